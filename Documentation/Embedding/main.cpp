@@ -1,0 +1,13 @@
+#include <VelmoraCore/LinkCleaner.h>
+
+#include <iostream>
+
+int main()
+{
+    using Configuration = velmora::LinkCleanerConfiguration;
+    const velmora::LinkCleaner cleaner(
+        Configuration({"intranet.example"}, Configuration::defaultTrackedParameterNames(),
+                      Configuration::defaultTrackedParameterPrefixes(),
+                      Configuration::defaultValueSensitiveTrackedParameters()));
+    std::cout << cleaner.clean("see https://example.com/?id=7&utm_source=mail").cleanedText << '\n';
+}

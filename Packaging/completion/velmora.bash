@@ -1,0 +1,2 @@
+# Completion of velmora for bash.
+complete -W "--help --version" velmora

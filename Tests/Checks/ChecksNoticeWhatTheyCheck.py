@@ -1,0 +1,93 @@
+"""Runs each source check on small trees that break its rule, and on one that keeps it."""
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+TOOLS = pathlib.Path(sys.argv.pop())
+
+
+def run(check, files):
+    with tempfile.TemporaryDirectory() as top:
+        for name, text in files.items():
+            path = pathlib.Path(top, name)
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(text, encoding="utf-8")
+        return subprocess.run([TOOLS / check, top], capture_output=True, text=True, check=False)
+
+
+class Arrows(unittest.TestCase):
+    def broken(self, name, include):
+        result = run("check-arrows", {"VelmoraCore/Empty.h": "", name: f"#pragma once\n#include <{include}>\n"})
+        self.assertEqual(result.returncode, 1, name)
+        self.assertIn(f"{name}:2:", result.stderr)
+
+    def test_an_engine_that_includes_qt_is_reported(self):
+        self.broken("VelmoraCore/LinkCleaner.cpp", "QString")
+
+    def test_an_interface_that_includes_the_engine_is_reported(self):
+        self.broken("VelmoraPlatform/Pasteboard.h", "VelmoraCore/LinkCleaner.h")
+
+    def test_an_application_that_includes_a_back_end_is_reported(self):
+        self.broken("VelmoraMac/AppState.cpp", "VelmoraLinux/Clipboard/X11Pasteboard.h")
+
+    def test_state_that_includes_the_screens_is_reported(self):
+        self.broken("VelmoraMac/AppState.h", "QQuickWindow")
+
+    def test_a_back_end_that_includes_the_application_is_reported(self):
+        self.broken("VelmoraLinux/Clipboard/X11Pasteboard.cpp", "VelmoraMac/AppState.h")
+
+    def test_the_composition_root_may_name_both(self):
+        result = run("check-arrows", {"VelmoraCore/Empty.h": "",
+                                      "VelmoraLinux/main.cpp": "#include <VelmoraMac/AppState.h>\n"})
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_a_folder_that_is_not_the_project_is_refused(self):
+        self.assertEqual(run("check-arrows", {"README.md": ""}).returncode, 1)
+
+
+class TestsListed(unittest.TestCase):
+    def test_a_test_that_nothing_builds_is_reported(self):
+        result = run("check-tests-listed", {"Tests/A/CMakeLists.txt": "velmora_qt_test(OneTests unit)\n",
+                                            "Tests/A/OneTests.cpp": "", "Tests/A/TwoTests.cpp": ""})
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("Tests/A/TwoTests.cpp", result.stderr)
+        self.assertNotIn("OneTests.cpp", result.stderr)
+
+
+class Texts(unittest.TestCase):
+    def result(self, body):
+        return run("check-texts", {"VelmoraMac/AView.qml": "Item {\n" + body + "\n}\n"})
+
+    def broken(self, body):
+        result = self.result(body)
+        self.assertEqual(result.returncode, 1, body)
+        self.assertIn("VelmoraMac/AView.qml", result.stderr)
+
+    def test_a_text_in_one_language_is_reported(self):
+        self.broken('Text { }\n    text: "Hello"')
+
+    def test_a_text_of_a_condition_is_reported(self):
+        self.broken('    text: on ? root.t("On", "An")\n             : "Off"')
+
+    def test_a_spoken_name_in_one_language_is_reported(self):
+        self.broken('    Accessible.name: "Press me"')
+
+    def test_half_a_pair_is_reported(self):
+        self.broken('    text: root.t("Hello", "")')
+
+    def test_a_control_without_a_name_is_reported(self):
+        self.broken('    T.Button {\n        Accessible.onPressAction: clicked()\n    }')
+
+    def test_a_control_that_cannot_be_pressed_by_assistive_tools_is_reported(self):
+        self.broken('    T.Button {\n        Accessible.name: root.name\n    }')
+
+    def test_pairs_names_and_signs_pass(self):
+        result = self.result('    text: root.t("Hello", "Hallo")\n    title: "Velmora"\n    label: root.label\n'
+                             '    value: "\\u2713"\n    objectName: "anything"')
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,45 @@
+#include "FakePasteboard.h"
+
+#include <utility>
+
+void FakePasteboard::readString(TextHandler done)
+{
+    using namespace std::chrono_literals;
+    ++reads;
+    const auto answer = [this, asked = changeCount_, hears = answers, done = std::move(done)] {
+        done(hears && asked == changeCount_ ? contents_ : std::nullopt);
+    };
+    if (answers && answerDelay == 0ns)
+        answer();
+    else
+        scheduler_.after(answers ? answerDelay : 1s, answer);
+}
+
+void FakePasteboard::clear()
+{
+    change({});
+    cleared_ = true;
+}
+
+void FakePasteboard::setString(std::string text)
+{
+    written.push_back(text);
+    if (cleared_)
+        contents_ = std::move(text);
+    else
+        change(std::move(text));
+    cleared_ = false;
+}
+
+void FakePasteboard::change(std::optional<std::string> contents)
+{
+    contents_ = std::move(contents);
+    cleared_ = false;
+    ++changeCount_;
+    if (notifies) {
+        scheduler_.after(std::chrono::nanoseconds(0), [this] {
+            if (changeHandler_)
+                changeHandler_();
+        });
+    }
+}

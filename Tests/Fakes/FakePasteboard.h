@@ -1,0 +1,51 @@
+#pragma once
+
+#include "VirtualTime.h"
+
+#include <VelmoraPlatform/Pasteboard.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+// A clipboard in memory that other programs, played by the test, copy to.
+class FakePasteboard final : public Pasteboard {
+public:
+    explicit FakePasteboard(Scheduler &scheduler)
+        : scheduler_(scheduler)
+    {
+    }
+
+    [[nodiscard]] qint64 changeCount() const override { return changeCount_; }
+
+    void readString(TextHandler done) override;
+    void clear() override;
+    void setString(std::string text) override;
+
+    [[nodiscard]] bool notifiesChanges() const override { return notifies; }
+
+    void setChangeHandler(ChangeHandler handler) override { changeHandler_ = std::move(handler); }
+
+    // Another program copies a text, or something without one.
+    void copy(std::string text) { change(std::move(text)); }
+
+    void copyImage() { change({}); }
+
+    [[nodiscard]] const std::optional<std::string> &contents() const { return contents_; }
+
+    bool notifies = true;
+    bool answers = true;                     // False: the owner hangs, a read gives up after a second.
+    std::chrono::nanoseconds answerDelay{0}; // From the asking to the answer.
+    std::vector<std::string> written;        // Our own texts, in order.
+    int reads = 0;
+
+private:
+    void change(std::optional<std::string> contents);
+
+    Scheduler &scheduler_;
+    std::optional<std::string> contents_;
+    qint64 changeCount_ = 7; // Not zero: a fresh process meets a clipboard with a past.
+    bool cleared_ = false;
+    ChangeHandler changeHandler_;
+};

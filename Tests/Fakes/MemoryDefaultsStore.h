@@ -1,0 +1,44 @@
+#pragma once
+
+#include <VelmoraPlatform/DefaultsStore.h>
+
+#include <QHash>
+#include <QStringList>
+
+#include <variant>
+
+// A store that forgets everything with the test, remembers who wrote, and can be told to fail.
+class MemoryDefaultsStore final : public DefaultsStore {
+public:
+    using Value = std::variant<bool, qint64, QString, QByteArray>;
+
+    [[nodiscard]] std::optional<bool> boolean(QStringView key) const override;
+    [[nodiscard]] std::optional<qint64> integer(QStringView key) const override;
+    [[nodiscard]] std::optional<QString> string(QStringView key) const override;
+    [[nodiscard]] std::optional<QByteArray> data(QStringView key) const override;
+    void setBoolean(QStringView key, bool value) override;
+    void setInteger(QStringView key, qint64 value) override;
+    void setString(QStringView key, const QString &value) override;
+    void setData(QStringView key, const QByteArray &value) override;
+    void remove(QStringView key) override;
+    void setProblemHandler(ProblemHandler handler) override;
+
+    // What a test prepares or looks at; none of these counts as a write.
+    void place(const QString &key, const Value &value) { values_[key] = value; }
+
+    [[nodiscard]] QStringList keys() const; // Sorted.
+    // Keys in the order of their writes; a removal is the key with a leading minus.
+    QStringList writes;
+    // A problem reported now, or as soon as somebody listens.
+    void fail(Problem problem);
+    bool failsWrites = false; // Each write then reports `notWritable`; the value is kept all the same.
+
+private:
+    template<typename Type>
+    [[nodiscard]] std::optional<Type> read(QStringView key) const;
+    void write(QStringView key, const Value &value);
+
+    QHash<QString, Value> values_;
+    ProblemHandler problemHandler_;
+    std::optional<Problem> unheard_;
+};

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <VelmoraPlatform/Scheduler.h>
+#include <VelmoraPlatform/WallClock.h>
+
+#include <QDateTime>
+
+#include <chrono>
+#include <map>
+
+// A wall clock that stands still until it is set.
+class FakeWallClock final : public WallClock {
+public:
+    [[nodiscard]] QDateTime now() const override { return now_; }
+
+    void set(const QDateTime &moment) { now_ = moment; }
+
+private:
+    QDateTime now_ = QDateTime(QDate(2026, 3, 7), QTime(10, 11, 12), Qt::UTC);
+};
+
+// Time that moves only when a test passes it; the wall clock moves along.
+class VirtualTime final : public Scheduler {
+public:
+    [[nodiscard]] std::chrono::nanoseconds now() const override { return now_; }
+
+    void after(std::chrono::nanoseconds delay, Step step) override;
+
+    // Lets `duration` go by and runs every step that falls due in it, in order, each at its own moment.
+    void pass(std::chrono::nanoseconds duration);
+
+    // How many steps are waiting: zero means that nothing would ever wake the program up.
+    [[nodiscard]] std::size_t waiting() const { return steps_.size(); }
+
+    FakeWallClock &wallClock() { return wallClock_; }
+
+private:
+    void moveTo(std::chrono::nanoseconds moment);
+
+    std::chrono::nanoseconds now_{0};
+    std::multimap<std::chrono::nanoseconds, Step> steps_; // Equal moments keep the order of asking.
+    FakeWallClock wallClock_;
+};

@@ -1,0 +1,152 @@
+#include "Scenes.h"
+
+#include <algorithm>
+
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto settled = 2000ms; // Everything has come to rest; the backdrop has only begun to drift.
+
+CleaningResult unchangedResult()
+{
+    const QString link = u"https://example.org/articles/quiet-computing?page=2"_s;
+    return {link, link, {}};
+}
+
+QQuickItem *popoverWith(Stage &stage, const CleaningResult &result)
+{
+    stage.state->record(result);
+    return stage.showPopover();
+}
+
+std::vector<Scene> popoverScenes()
+{
+    return {
+        {u"popover-waiting"_s, true, [](Stage &stage) { return stage.showPopover(); }, settled},
+        {u"popover-paused"_s, true,
+         [](Stage &stage) {
+             stage.state->setAutoCleanEnabled(false);
+             return stage.showPopover();
+         },
+         settled},
+        {u"popover-cleaned"_s, true, [](Stage &stage) { return popoverWith(stage, shopResult()); }, settled},
+        {u"popover-protected"_s, true, [](Stage &stage) { return popoverWith(stage, unchangedResult()); },
+         settled},
+        {u"popover-active"_s, true,
+         [](Stage &stage) {
+             QQuickItem *popover = popoverWith(stage, shopResult());
+             stage.pass(1500ms);
+             stage.state->record({longEntry().originalText, longEntry().cleanedText, {u"utm_source"_s}});
+             return popover; // Half a second into the pulse.
+         },
+         500ms},
+        {u"popover-opening"_s, true, [](Stage &stage) { return popoverWith(stage, shopResult()); }, 260ms},
+    };
+}
+
+std::vector<Scene> toastScenes()
+{
+    return {
+        {u"toast-cleaned"_s, false, [](Stage &stage) { return stage.showToast(shopResult(), false); },
+         settled},
+        {u"toast-warning"_s, false, [](Stage &stage) { return stage.showToast(shopResult(), true); },
+         settled},
+        {u"toast-entering"_s, false, [](Stage &stage) { return stage.showToast(shopResult(), true); }, 96ms},
+    };
+}
+
+std::vector<Scene> settingsScenes()
+{
+    return {
+        {u"settings-general"_s, false, [](Stage &stage) { return stage.showSettings(AppTab::general); },
+         settled},
+        {u"settings-general-whole"_s, false,
+         [](Stage &stage) {
+             return stage.showSettings(AppTab::general, {660, 1180});
+         },
+         settled},
+        {u"settings-cleaning"_s, false,
+         [](Stage &stage) {
+             stage.state->setIgnoredDomainsText(u"intranet.example\nshop.example.org\n"_s);
+             return stage.showSettings(AppTab::cleaning);
+         },
+         settled},
+        {u"settings-history"_s, false,
+         [](Stage &stage) {
+             fillHistory(stage, 30);
+             return stage.showSettings(AppTab::history);
+         },
+         settled},
+        {u"settings-history-empty"_s, false, [](Stage &stage) { return stage.showSettings(AppTab::history); },
+         settled},
+        {u"details"_s, false, [](Stage &stage) { return stage.showDetails(longEntry()); }, settled},
+    };
+}
+
+} // namespace
+
+StageSetup everydaySetup()
+{
+    StageSetup setup;
+    setup.links = 1284;
+    setup.trackers = 5071;
+    setup.today = 17;
+    return setup;
+}
+
+CleaningResult shopResult()
+{
+    return {
+        u"https://shop.example.com/products/blue-kettle?utm_source=newsletter&utm_medium=email&fbclid=IwAR0x7"_s,
+        u"https://shop.example.com/products/blue-kettle"_s,
+        {u"utm_source"_s, u"utm_medium"_s, u"fbclid"_s}};
+}
+
+CleanHistoryEntry longEntry()
+{
+    constexpr qsizetype length = 4000;
+    CleanHistoryEntry entry;
+    entry.cleanedText = u"https://maps.example.net/route?stops="_s;
+    for (int stop = 1; entry.cleanedText.size() < length - 23; ++stop)
+        entry.cleanedText += u"stop-%1%2C"_s.arg(stop);
+    entry.originalText = entry.cleanedText + u"&utm_source=share-sheet"_s;
+    entry.removedCount = 1;
+    entry.removedParameterNames = {u"utm_source"_s};
+    entry.setCleanedAt(QDateTime(QDate(2026, 3, 7), QTime(10, 11), Qt::UTC));
+    return entry;
+}
+
+void fillHistory(Stage &stage, int entries)
+{
+    for (int i = entries; i > 0; --i) {
+        const QString clean = u"https://news.example.org/2026/03/story-%1"_s.arg(i);
+        QStringList names{u"utm_source"_s, u"utm_campaign"_s};
+        QString original = clean + u"?utm_source=feed&utm_campaign=spring"_s;
+        if (i % 3 == 0) {
+            names.append(u"gclid"_s);
+            original += u"&gclid=Cj0KCQiA-9_aBhDGARIsAG3a%1"_s.arg(i);
+        }
+        stage.fakes.time.pass(37min);
+        stage.state->record({original, clean, names});
+    }
+}
+
+const std::vector<Scene> &allScenes()
+{
+    static const std::vector<Scene> scenes = [] {
+        std::vector<Scene> all;
+        for (const auto &group : {popoverScenes(), toastScenes(), settingsScenes()})
+            all.insert(all.end(), group.begin(), group.end());
+        return all;
+    }();
+    return scenes;
+}
+
+const Scene *sceneNamed(const QString &name)
+{
+    const auto found = std::find_if(allScenes().begin(), allScenes().end(),
+                                    [&name](const Scene &scene) { return scene.name == name; });
+    return found != allScenes().end() ? &*found : nullptr;
+}

@@ -1,0 +1,115 @@
+#include "Stage.h"
+
+#include <QFont>
+#include <QGuiApplication>
+#include <QQmlError>
+#include <QtQml/qqmlextensionplugin.h>
+
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+Q_IMPORT_QML_PLUGIN(VelmoraMacPlugin)
+
+namespace {
+
+constexpr auto frame = 16ms;
+constexpr QColor desk(0x9c, 0xa9, 0xb5); // What a translucent window lies on.
+
+void fill(MemoryDefaultsStore &store, const StageSetup &setup)
+{
+    store.place(u"appTheme"_s, rawValue(setup.theme));
+    store.place(u"language"_s, rawValue(setup.language));
+    store.place(u"totalCleaned"_s, qint64{setup.links});
+    store.place(u"totalTrackersRemoved"_s, qint64{setup.trackers});
+    store.place(u"cleanedToday"_s, qint64{setup.today});
+    store.place(u"todayKey"_s, u"2026-03-07"_s); // The day on the wall of the fakes.
+}
+
+} // namespace
+
+void prepareFont(const QString &family)
+{
+    QFont font(family);
+    font.setHintingPreference(QFont::PreferNoHinting);
+    QGuiApplication::setFont(font);
+}
+
+Stage::Stage(const StageSetup &setup)
+{
+    fill(fakes.defaults, setup);
+    state = std::make_unique<AppState>(fakes.services());
+    updates = std::make_unique<UpdateController>(fakes.bundle, UpdateController::MakeUpdater());
+    engine_.addImportPath(u"qrc:/qt/qml"_s);
+    QObject::connect(&engine_, &QQmlEngine::warnings, &engine_, [this](const QList<QQmlError> &errors) {
+        for (const QQmlError &error : errors)
+            warnings.append(error.toString());
+    });
+    clock().setVirtual();
+    surroundings().setDarkAppearance(setup.darkAppearance);
+    surroundings().setReducedMotion(setup.reducedMotion);
+}
+
+QQuickItem *Stage::show(const QString &name, const QVariantMap &properties, QSize size)
+{
+    view_ = std::make_unique<QQuickView>(&engine_, nullptr);
+    view_->setColor(desk);
+    view_->setResizeMode(QQuickView::SizeRootObjectToView);
+    view_->setInitialProperties(properties);
+    view_->resize(size);
+    view_->setSource(QUrl(u"qrc:/qt/qml/VelmoraMac/"_s + name + u".qml"_s));
+    for (const QQmlError &error : view_->errors())
+        warnings.append(error.toString());
+    if (view_->rootObject() == nullptr)
+        return nullptr;
+    view_->show();
+    QCoreApplication::processEvents();
+    return view_->rootObject();
+}
+
+QQuickItem *Stage::showPopover()
+{
+    return show(u"PopoverView"_s,
+                {{u"appState"_s, QVariant::fromValue(state.get())},
+                 {u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimation)}},
+                {306, state->hasLastResult() ? 536 : 386});
+}
+
+QQuickItem *Stage::showToast(const CleaningResult &result, bool offersCleaning)
+{
+    return show(u"CleanToastView"_s,
+                {{u"appState"_s, QVariant::fromValue(state.get())},
+                 {u"result"_s, QVariant::fromValue(result)},
+                 {u"offersCleaning"_s, offersCleaning}},
+                {342, offersCleaning ? 118 : 86});
+}
+
+QQuickItem *Stage::showSettings(AppTab tab, QSize size)
+{
+    state->setActiveAppTab(tab);
+    return show(u"SettingsView"_s,
+                {{u"appState"_s, QVariant::fromValue(state.get())},
+                 {u"updateController"_s, QVariant::fromValue(updates.get())},
+                 {u"notifications"_s, QVariant::fromValue(&notifications)}},
+                size);
+}
+
+QQuickItem *Stage::showDetails(const CleanHistoryEntry &entry)
+{
+    return show(u"HistoryEntryDetailView"_s,
+                {{u"appState"_s, QVariant::fromValue(state.get())}, {u"entry"_s, QVariant::fromValue(entry)}},
+                {720, 560});
+}
+
+void Stage::pass(std::chrono::milliseconds time)
+{
+    for (auto left = time; left > 0ms; left -= frame) {
+        clock().pass(std::min<std::chrono::milliseconds>(left, frame));
+        QCoreApplication::processEvents();
+    }
+}
+
+QImage Stage::picture()
+{
+    QCoreApplication::processEvents();
+    return view_->grabWindow();
+}

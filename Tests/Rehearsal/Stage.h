@@ -1,0 +1,78 @@
+#pragma once
+
+#include <VelmoraMac/AnimationClock.h>
+#include <VelmoraMac/AppState.h>
+#include <VelmoraMac/NotificationCenter.h>
+#include <VelmoraMac/PopoverAnimationState.h>
+#include <VelmoraMac/Surroundings.h>
+#include <VelmoraMac/UpdateController.h>
+
+#include <QImage>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+
+#include <Fakes/FakeServices.h>
+
+#include <chrono>
+#include <memory>
+
+// How the views of a stage shall look.
+struct StageSetup {
+    VelmoraTheme theme = VelmoraTheme::graphite;
+    AppLanguage language = AppLanguage::english;
+    bool darkAppearance = false;
+    bool reducedMotion = false;
+    int links = 0; // Cleanings in the past; they fill the counters.
+    int trackers = 0;
+    int today = 0;
+};
+
+// Gives the application the pinned `family`, without hinting, so that pictures are the same on every machine.
+void prepareFont(const QString &family);
+
+// Shows the application's views in any state, without the outside world and in time that moves only when told
+// to.
+//
+// Needs a QGuiApplication with the software scene graph.
+class Stage {
+public:
+    explicit Stage(const StageSetup &setup);
+
+    // Lets the views move by themselves, for somebody who watches.
+    void setRealTime() { clock().setReal(); }
+
+    // Shows `VelmoraMac/name.qml` in a window of its own of `size`; its animations stand at their beginning.
+    // Objects among `properties` outlive the window. Null when the view cannot be loaded; the reason is in
+    // the warnings.
+    QQuickItem *show(const QString &name, const QVariantMap &properties, QSize size);
+    QQuickItem *showPopover();
+    QQuickItem *showToast(const CleaningResult &result, bool offersCleaning);
+    QQuickItem *showSettings(AppTab tab, QSize size = QSize(660, 640));
+    QQuickItem *showDetails(const CleanHistoryEntry &entry);
+
+    // Closes the window.
+    void clear() { view_.reset(); }
+
+    [[nodiscard]] QQuickView *window() const { return view_.get(); }
+
+    // Lets `time` pass frame by frame, as it does on screen.
+    void pass(std::chrono::milliseconds time);
+    // What the window shows now.
+    [[nodiscard]] QImage picture();
+
+    [[nodiscard]] AnimationClock &clock() { return *AnimationClock::in(engine_); }
+
+    [[nodiscard]] Surroundings &surroundings() { return *Surroundings::in(engine_); }
+
+    FakeServices fakes;
+    std::unique_ptr<AppState> state;
+    PopoverAnimationState popoverAnimation;
+    NotificationCenter notifications;
+    std::unique_ptr<UpdateController> updates;
+    QStringList warnings; // Of the QML engine.
+
+private:
+    QQmlEngine engine_;
+    std::unique_ptr<QQuickView> view_;
+};

@@ -1,0 +1,55 @@
+#include <VelmoraCore/ByteSearch.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace velmora {
+namespace {
+
+constexpr std::size_t longest = 50;
+
+void expectAlike(const std::string &text)
+{
+    for (std::size_t at = 0; at <= text.size(); ++at) {
+        EXPECT_EQ(findBlank(text, at), portable::findBlank(text, at));
+        EXPECT_EQ(findLinkDelimiter(text, at), portable::findLinkDelimiter(text, at));
+        EXPECT_EQ(behindLastBlank(text, 0, at), portable::behindLastBlank(text, 0, at));
+        EXPECT_EQ(behindLastBlank(text, at / 3, at), portable::behindLastBlank(text, at / 3, at));
+    }
+}
+
+TEST(ByteSearch, GivesTheSameOnThisMachineAsOnEveryOther)
+{
+    for (int byte = 0; byte < 256; ++byte) {
+        for (std::size_t place = 0; place < longest; place += 7) {
+            std::string text(longest, 'x');
+            text[place] = static_cast<char>(byte);
+            expectAlike(text);
+            text[longest - 1 - place] = ' ';
+            expectAlike(text);
+        }
+    }
+}
+
+TEST(ByteSearch, FindsNothingInAnEmptyText)
+{
+    EXPECT_EQ(findBlank("", 0), 0U);
+    EXPECT_EQ(behindLastBlank("", 0, 0), 0U);
+    EXPECT_EQ(findLinkDelimiter("", 0), 0U);
+}
+
+TEST(ByteSearch, StopsAtWhatEndsALink)
+{
+    const std::string word(40, 'a');
+    for (const char c : std::string(" \t\n\r\0<>\x7F", 8)) {
+        EXPECT_EQ(findBlank(word + c + word, 0), word.size());
+        EXPECT_EQ(behindLastBlank(word + c + word, 0, 2 * word.size() + 1), word.size() + 1);
+    }
+    for (const char c : std::string("\"()[]{}\xC3"))
+        EXPECT_EQ(findLinkDelimiter(word + c + word, 0), word.size());
+    EXPECT_EQ(findBlank(word + "\"()[]{}\xC3?#&=", 0), word.size() + 12);
+}
+
+} // namespace
+} // namespace velmora

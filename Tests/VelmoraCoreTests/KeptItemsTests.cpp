@@ -1,0 +1,53 @@
+#include <VelmoraCore/KeptItems.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace velmora {
+namespace {
+
+TEST(KeptItems, FindsEqualPlainItemsAmongFew)
+{
+    KeptItems kept;
+    EXPECT_TRUE(kept.isNew({"a", "1"}));
+    EXPECT_TRUE(kept.isNew({"a", "2"}));
+    EXPECT_FALSE(kept.isNew({"A", "1"}));
+    EXPECT_TRUE(kept.isNew({"b", std::nullopt}));
+    EXPECT_FALSE(kept.isNew({"B", ""}));
+}
+
+TEST(KeptItems, RemembersPlainItemsWhenOthersFollow)
+{
+    KeptItems kept;
+    EXPECT_TRUE(kept.isNew({"a", "1"}));
+    EXPECT_TRUE(kept.isNew({"\u00E9", "1"}));
+    EXPECT_FALSE(kept.isNew({"e%CC%81", "%31"}));
+    EXPECT_FALSE(kept.isNew({"%41", "1"}));
+    EXPECT_TRUE(kept.isNew({"%FF", "1"}));
+    EXPECT_TRUE(kept.isNew({"%FE", "1"}));
+    EXPECT_FALSE(kept.isNew({"%FF", "1"}));
+}
+
+TEST(KeptItems, ComparesNameAndValueAsTheirOneKey)
+{
+    KeptItems kept;
+    EXPECT_TRUE(kept.isNew({"a%3Db", "c"}));
+    EXPECT_FALSE(kept.isNew({"a", "b%3Dc"}));
+}
+
+TEST(KeptItems, TellsManyItemsApart)
+{
+    std::vector<std::string> names;
+    for (int i = 0; i < 5000; ++i)
+        names.push_back("name" + std::to_string(i));
+    KeptItems kept;
+    for (const std::string &name : names)
+        EXPECT_TRUE(kept.isNew({name, "1"}));
+    for (const std::string &name : names)
+        EXPECT_FALSE(kept.isNew({name, "1"}));
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,89 @@
+#include <VelmoraCore/QueryItem.h>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace velmora {
+namespace {
+
+using namespace std::string_view_literals;
+
+std::vector<QueryItem> itemsOf(std::string_view query)
+{
+    std::vector<QueryItem> items;
+    QueryItemReader reader(query);
+    while (const auto item = reader.next())
+        items.push_back(*item);
+    return items;
+}
+
+std::string written(std::string_view text)
+{
+    std::string query;
+    appendQueryText(query, text);
+    return query;
+}
+
+TEST(QueryItemReader, SplitsAtAmpersandsAndFirstEqualsSigns)
+{
+    EXPECT_EQ(itemsOf("a=1&b=2=3;c&d&e="),
+              (std::vector<QueryItem>{{"a", "1"}, {"b", "2=3;c"}, {"d", std::nullopt}, {"e", ""}}));
+}
+
+TEST(QueryItemReader, GivesEmptyItemsForEmptyPieces)
+{
+    EXPECT_TRUE(itemsOf("").empty());
+    EXPECT_EQ(itemsOf("&"), (std::vector<QueryItem>{{"", std::nullopt}, {"", std::nullopt}}));
+    EXPECT_EQ(
+        itemsOf("a&&=v&"),
+        (std::vector<QueryItem>{{"a", std::nullopt}, {"", std::nullopt}, {"", "v"}, {"", std::nullopt}}));
+}
+
+TEST(PercentDecoded, DecodesEscapesAndLeavesTheRest)
+{
+    EXPECT_EQ(percentDecoded("a%20b+c"), "a b+c");
+    EXPECT_EQ(percentDecoded("%C3%a4\u00E4"), "\u00E4\u00E4");
+    EXPECT_EQ(percentDecoded("%zz%4%"), "%zz%4%");
+    EXPECT_EQ(percentDecoded("%00"), std::string("\0", 1));
+    EXPECT_EQ(percentDecoded(""), "");
+    EXPECT_EQ(percentDecoded("%2541"), "%41");
+}
+
+TEST(PercentDecoded, GivesNothingForWhatIsNotUtf8)
+{
+    for (const std::string_view text : {"%FF"sv, "a%C3"sv, "%ED%A0%80"sv, "\xFF"sv})
+        EXPECT_EQ(percentDecoded(text), std::nullopt);
+}
+
+TEST(AppendQueryText, WritesWhatMayStandThereAsItself)
+{
+    constexpr std::string_view allowed = "ABCXYZabcxyz0189-._~!$'()*+,;:@/?";
+    EXPECT_EQ(written(allowed), allowed);
+    for (int byte = 0; byte < 128; ++byte) {
+        const char c = static_cast<char>(byte);
+        const std::string result = written(std::string_view(&c, 1));
+        if (allowed.find(c) != std::string_view::npos || std::isalnum(byte) != 0 || c == '%')
+            EXPECT_EQ(result, std::string(1, c));
+        else
+            EXPECT_EQ(result.size(), 3U) << byte;
+    }
+}
+
+TEST(AppendQueryText, EscapesTheRestInUpperCase)
+{
+    EXPECT_EQ(written("&=#[]{}|<>\"\\^` "), "%26%3D%23%5B%5D%7B%7D%7C%3C%3E%22%5C%5E%60%20");
+    EXPECT_EQ(written("\x01\x7F\u00FC你🙂"), "%01%7F%C3%BC%E4%BD%A0%F0%9F%99%82");
+    EXPECT_EQ(written("%5b%c3%bc%2f%2b"), "%5B%C3%BC/%2B");
+}
+
+TEST(AppendQueryText, WritesBackWhatItCannotRead)
+{
+    EXPECT_EQ(written("%zz%4%%%ff%c3%e2%82x"), "%zz%4%%%ff%c3%e2%82x");
+    EXPECT_EQ(written("%%34%31%7e"), "%%341~");
+    EXPECT_EQ(written("\xFF\xC3"), "\xFF\xC3");
+    EXPECT_EQ(written("%c3\xBC"), "%C3%BC");
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,347 @@
+// The whole way of a copied link on a real X server: another program copies, and what it finds afterwards.
+#include <VelmoraLinux/Clipboard/X11Pasteboard.h>
+#include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
+#include <VelmoraLinux/System/EventLoopScheduler.h>
+#include <VelmoraLinux/System/SystemWallClock.h>
+#include <VelmoraMac/AppState.h>
+#include <VelmoraMac/ClipboardMonitor.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <Tests/Desktops/CopyingProgram.h>
+#include <Tests/Desktops/XServer.h>
+#include <Tests/Fakes/FakeBundleInfo.h>
+#include <Tests/Fakes/FakeLoginItem.h>
+#include <Tests/Fakes/RecordingNotices.h>
+#include <Tests/Fakes/RecordingTelemetrySink.h>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+// Longer than any cleaning takes, to see that there is none.
+constexpr auto kThreeGridPoints = 660ms;
+constexpr auto kPatience = 20s;
+
+QByteArray tracked(int number)
+{
+    const QByteArray n = QByteArray::number(number);
+    return "https://shop" + n + ".example/item?id=" + n + "&utm_source=mail&fbclid=" + n;
+}
+
+QByteArray clean(int number)
+{
+    const QByteArray n = QByteArray::number(number);
+    return "https://shop" + n + ".example/item?id=" + n;
+}
+
+// The application without its face, on real back ends; ends as the program does.
+struct Pipeline {
+    Pipeline(const QString &folder, const QByteArray &display)
+        : defaults(folder)
+        , pasteboard(X11Pasteboard::create(scheduler, display))
+    {
+        monitor.start(state);
+    }
+
+    EventLoopScheduler scheduler;
+    SystemWallClock clock;
+    SqliteDefaultsStore defaults;
+    std::unique_ptr<X11Pasteboard> pasteboard;
+    FakeLoginItem loginItem;
+    FakeBundleInfo bundle;
+    RecordingTelemetrySink telemetry;
+    RecordingNotices notices;
+    AppState state{{defaults, *pasteboard, loginItem, bundle, clock, telemetry}};
+    ClipboardMonitor monitor{*pasteboard, scheduler, notices};
+};
+
+// How long the event loop was kept from a beat it has every 5 ms.
+class Heartbeat {
+public:
+    Heartbeat()
+    {
+        timer_.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
+            longest_ = std::max(longest_, sinceBeat_.nsecsElapsed());
+            sinceBeat_.start();
+        });
+        sinceBeat_.start();
+        timer_.start(5ms);
+    }
+
+    [[nodiscard]] double longestDelayMs() const { return double(longest_) / 1e6 - 5; }
+
+private:
+    QTimer timer_;
+    QElapsedTimer sinceBeat_;
+    qint64 longest_ = 0;
+};
+
+} // namespace
+
+class ClipboardPipelineTests : public QObject {
+    Q_OBJECT
+
+    std::optional<XServer> server_;
+    std::optional<QTemporaryDir> home_;
+    std::unique_ptr<CopyingProgram> other_;
+    std::unique_ptr<Pipeline> app_;
+
+    [[nodiscard]] QString folder() const { return home_->filePath(QStringLiteral("velmora")); }
+
+    void restart()
+    {
+        app_.reset();
+        app_ = std::make_unique<Pipeline>(folder(), server_->display());
+    }
+
+    // What a paste gives after this copy was cleaned; nothing when nobody cleaned it.
+    std::optional<QByteArray> copyAndPaste(const QByteArray &text)
+    {
+        if (!other_->copy(text) || !other_->waitUntilLost(kPatience))
+            return std::nullopt;
+        return paste(server_->environment());
+    }
+
+    // Whether the clipboard stays with the program that has just copied this.
+    bool staysUntouched(const QByteArray &text, const QByteArray &mode = "text")
+    {
+        return other_->copy(text, mode) && !other_->waitUntilLost(kThreeGridPoints);
+    }
+
+    [[nodiscard]] bool isOnDisk(const QByteArray &bytes) const
+    {
+        const QStringList names = QDir(folder()).entryList(QDir::Files);
+        return std::any_of(names.begin(), names.end(), [&](const QString &name) {
+            QFile file(folder() + u'/' + name);
+            return file.open(QIODevice::ReadOnly) && file.readAll().contains(bytes);
+        });
+    }
+
+private Q_SLOTS:
+
+    void initTestCase()
+    {
+        server_.emplace();
+        QVERIFY(server_->isRunning());
+    }
+
+    void init()
+    {
+        home_.emplace();
+        restart();
+        QVERIFY(app_->pasteboard);
+        other_ = std::make_unique<CopyingProgram>(server_->environment());
+    }
+
+    void cleanup()
+    {
+        other_.reset();
+        app_.reset();
+    }
+
+    void fiftyTrackedLinksComeBackCleanAndAreRecordedInOrder()
+    {
+        std::vector<double> latencies;
+        for (int i = 0; i < 50; ++i) {
+            const auto copied = other_->copy(tracked(i));
+            QVERIFY(copied.has_value());
+            const auto cleaned = other_->waitUntilLost(kPatience);
+            QVERIFY(cleaned.has_value());
+            latencies.push_back(double((*cleaned - *copied).count()) / 1e6);
+            QCOMPARE(paste(server_->environment()), std::optional(clean(i)));
+        }
+        std::sort(latencies.begin(), latencies.end());
+        qInfo("50 of 50 cleaned; copy to clean clipboard: p50 %.1f ms, max %.1f ms", latencies.at(25),
+              latencies.back());
+
+        for (int start = 0; start < 2; ++start) { // The second time as it was stored.
+            QCOMPARE(app_->state.totalCleaned(), 50);
+            QCOMPARE(app_->state.totalTrackersRemoved(), 100);
+            QCOMPARE(app_->state.cleanedToday(), 50);
+            const QList<CleanHistoryEntry> entries = app_->state.historyEntries();
+            QCOMPARE(entries.size(), 30);
+            for (int i = 0; i < 30; ++i) {
+                QCOMPARE(entries.at(i).originalText, QString::fromLatin1(tracked(49 - i)));
+                QCOMPARE(entries.at(i).cleanedText, QString::fromLatin1(clean(49 - i)));
+                QCOMPARE(entries.at(i).removedParameterNames, QStringList({u"utm_source"_qs, u"fbclid"_qs}));
+            }
+            restart();
+        }
+    }
+
+    void theSameLinkCopiedTwiceIsCleanedTwice()
+    {
+        QCOMPARE(copyAndPaste(tracked(1)), std::optional(clean(1)));
+        QCOMPARE(copyAndPaste(tracked(1)), std::optional(clean(1)));
+        QCOMPARE(app_->state.totalCleaned(), 2);
+        QCOMPARE(app_->state.historyEntries().size(), 2);
+    }
+
+    void whatWasCopiedWhilePausedStaysAsItIs()
+    {
+        app_->state.setAutoCleanEnabled(false);
+        QVERIFY(staysUntouched(tracked(1)));
+        app_->state.setAutoCleanEnabled(true);
+        QVERIFY(!other_->waitUntilLost(kThreeGridPoints));
+        QCOMPARE(copyAndPaste(tracked(2)), std::optional(clean(2)));
+        QCOMPARE(app_->state.totalCleaned(), 1);
+    }
+
+    void whatWasThereBeforeTheStartStaysAsItIs()
+    {
+        app_.reset();
+        QVERIFY(other_->copy(tracked(1)));
+        restart();
+        QVERIFY(!other_->waitUntilLost(kThreeGridPoints));
+        QCOMPARE(copyAndPaste(tracked(2)), std::optional(clean(2)));
+    }
+
+    void withAskFirstNothingIsCleanedUnlessTheUserAgrees()
+    {
+        app_->state.setAskBeforeCleaningEnabled(true);
+        QVERIFY(staysUntouched(tracked(1)));
+        QCOMPARE(app_->notices.warnings.size(), 1);
+        QCOMPARE(app_->state.totalCleaned(), 0);
+        QCOMPARE(paste(server_->environment()), std::optional(tracked(1)));
+
+        app_->notices.warnings.first().cleanAction();
+        QVERIFY(other_->waitUntilLost(kPatience));
+        QCOMPARE(paste(server_->environment()), std::optional(clean(1)));
+        QCOMPARE(app_->state.totalCleaned(), 1);
+        QCOMPARE(app_->state.historyEntries().size(), 1);
+    }
+
+    void aRestoredOriginalIsCleanedAgain()
+    {
+        QCOMPARE(copyAndPaste(tracked(1)), std::optional(clean(1)));
+        app_->state.restoreOriginalLink(app_->state.historyEntries().first());
+        QCOMPARE(paste(server_->environment()), std::optional(tracked(1)));
+        QTRY_COMPARE(app_->state.totalCleaned(), 2);
+        QCOMPARE(paste(server_->environment()), std::optional(clean(1)));
+        QCOMPARE(app_->state.historyEntries().size(), 2);
+    }
+
+    void textWithNothingToRemoveIsNotTouched_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("no link") << QByteArray("just words?");
+        QTest::newRow("a clean link") << QByteArray("https://example.com/?id=1");
+        QTest::newRow("white space") << QByteArray(" \n\t");
+        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("64 MiB without a link") << QByteArray(64 << 20, 'x');
+    }
+
+    void textWithNothingToRemoveIsNotTouched()
+    {
+        QFETCH(QByteArray, text);
+        QVERIFY(staysUntouched(text));
+        QCOMPARE(app_->state.totalCleaned(), 0);
+        QVERIFY(app_->state.historyEntries().isEmpty());
+    }
+
+    void aTextBeyondTheLimitIsNotTouched()
+    {
+        const QByteArray link = tracked(1) + ' ';
+        QVERIFY(staysUntouched(link + QByteArray((64 << 20) - link.size() + 1, 'x')));
+        QCOMPARE(app_->state.totalCleaned(), 0);
+    }
+
+    void anImageIsNotTouched() { QVERIFY(staysUntouched(tracked(1), "image")); }
+
+    void aSecretIsNotTouchedAndNotStored()
+    {
+        QVERIFY(staysUntouched(tracked(7), "secret"));
+        QCOMPARE(copyAndPaste(tracked(8)), std::optional(clean(8)));
+        QCOMPARE(app_->state.totalCleaned(), 1);
+        QVERIFY(isOnDisk(clean(8)));
+        QVERIFY(!isOnDisk("shop7.example"));
+        app_.reset();
+        QVERIFY(!isOnDisk("shop7.example"));
+    }
+
+    void bytesAroundALinkComeBackUnharmed()
+    {
+        const QByteArray before("NUL \0, not UTF-8 \xff\xc3( \xed\xa0\x80, ", 27);
+        const QByteArray after("\r\n\t\0\xfe end", 9);
+        QCOMPARE(copyAndPaste(before + tracked(1) + after), std::optional(before + clean(1) + after));
+    }
+
+    void aLongTextComesBackWithItsLinkCleaned()
+    {
+        const QByteArray page = QByteArray("a line of prose without any link\n").repeated(100000);
+        const auto pasted = copyAndPaste(page + tracked(1) + '\n' + page);
+        QVERIFY(pasted == std::optional(page + clean(1) + '\n' + page));
+    }
+
+    void aHungOwnerHoldsUpNothingButItsOwnCopy()
+    {
+        CopyingProgram hung(server_->environment());
+        const Heartbeat heartbeat;
+        QVERIFY(hung.copy(tracked(1)));
+        hung.hang();
+        QTest::qWait(1000);
+        const auto copied = other_->copy(tracked(2));
+        const auto cleaned = other_->waitUntilLost(kPatience);
+        QVERIFY(copied && cleaned);
+        qInfo("longest delay of the event loop %.1f ms; the next copy was clean after %.1f ms",
+              heartbeat.longestDelayMs(), double((*cleaned - *copied).count()) / 1e6);
+        QCOMPARE(paste(server_->environment()), std::optional(clean(2)));
+        // On an idle machine a few milliseconds; a wait for the owner would be seconds.
+        QVERIFY(heartbeat.longestDelayMs() < 500);
+        QCOMPARE(app_->state.totalCleaned(), 1);
+    }
+
+    void anOwnerThatMisbehavesCostsItsCopyOnly_data()
+    {
+        QTest::addColumn<QByteArray>("mode");
+        for (const char *mode : {"silent", "wrong-type", "wrong-format", "unwritten", "garbage-targets",
+                                 "pieces-stall", "pieces-endless", "pieces-lie", "mark-unreadable"})
+            QTest::newRow(mode) << QByteArray(mode);
+    }
+
+    void anOwnerThatMisbehavesCostsItsCopyOnly()
+    {
+        QFETCH(QByteArray, mode);
+        QVERIFY(staysUntouched(tracked(1) + QByteArray(3000, ' '), mode));
+        QCOMPARE(copyAndPaste(tracked(2)), std::optional(clean(2)));
+        QCOMPARE(app_->state.totalCleaned(), 1);
+    }
+
+    void anOwnerThatDiesInTheMiddleCostsItsCopyOnly()
+    {
+        CopyingProgram dying(server_->environment());
+        QVERIFY(dying.copy(tracked(1) + QByteArray(3000, ' '), "pieces-die"));
+        QTest::qWait(400);
+        QCOMPARE(copyAndPaste(tracked(2)), std::optional(clean(2)));
+        QCOMPARE(app_->state.totalCleaned(), 1);
+    }
+
+    void aCleaningIsKeptThoughTheStoreIsLostMeanwhile()
+    {
+        QCOMPARE(copyAndPaste(tracked(1)), std::optional(clean(1)));
+        QVERIFY(QDir(folder()).removeRecursively());
+        QFile obstacle(folder());
+        QVERIFY(obstacle.open(QIODevice::WriteOnly)); // Now there cannot even be a folder.
+        QCOMPARE(copyAndPaste(tracked(2)), std::optional(clean(2)));
+        QVERIFY(!app_->state.lastError().isEmpty());
+
+        QVERIFY(obstacle.remove());
+        QCOMPARE(copyAndPaste(tracked(3)), std::optional(clean(3)));
+        restart();
+        QCOMPARE(app_->state.totalCleaned(), 3);
+        QCOMPARE(app_->state.historyEntries().size(), 3);
+    }
+};
+
+QTEST_GUILESS_MAIN(ClipboardPipelineTests)
+#include "ClipboardPipelineTests.moc"

@@ -1,0 +1,58 @@
+#include <VelmoraLinux/System/EnvironmentLanguage.h>
+
+#include <QMap>
+#include <QTest>
+
+using Variables = QMap<QByteArray, QByteArray>;
+
+class EnvironmentLanguageTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void theFirstVariableThatIsSetNamesTheLanguage_data()
+    {
+        QTest::addColumn<Variables>("variables");
+        QTest::addColumn<QString>("code");
+        QTest::newRow("none") << Variables() << QString();
+        QTest::newRow("German in Austria") << Variables{{"LANG", "de_AT.UTF-8"}} << u"de"_qs;
+        QTest::newRow("English in Germany") << Variables{{"LANG", "en_DE.UTF-8"}} << u"en"_qs;
+        QTest::newRow("with a modifier") << Variables{{"LANG", "de@euro"}} << u"de"_qs;
+        QTest::newRow("bare, in capitals") << Variables{{"LANG", "DE"}} << u"de"_qs;
+        QTest::newRow("Swiss German") << Variables{{"LANG", "gsw_CH"}} << u"gsw"_qs;
+        QTest::newRow("messages before the rest")
+            << Variables{{"LANG", "en_US"}, {"LC_MESSAGES", "de_DE"}} << u"de"_qs;
+        QTest::newRow("all before messages")
+            << Variables{{"LC_MESSAGES", "de_DE"}, {"LC_ALL", "fr_FR"}} << u"fr"_qs;
+        QTest::newRow("a list before all")
+            << Variables{{"LC_ALL", "fr_FR"}, {"LANGUAGE", "de:en"}} << u"de"_qs;
+        QTest::newRow("an empty one is not set") << Variables{{"LC_ALL", ""}, {"LANG", "de_DE"}} << u"de"_qs;
+        QTest::newRow("C") << Variables{{"LC_ALL", "C.UTF-8"}, {"LANG", "de_DE"}} << QString();
+        QTest::newRow("POSIX") << Variables{{"LANG", "POSIX"}} << QString();
+    }
+
+    void theFirstVariableThatIsSetNamesTheLanguage()
+    {
+        QFETCH(Variables, variables);
+        QFETCH(QString, code);
+        Variables before;
+        for (const char *name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
+            if (qEnvironmentVariableIsSet(name))
+                before.insert(name, qgetenv(name));
+            qunsetenv(name);
+        }
+        for (auto variable = variables.cbegin(); variable != variables.cend(); ++variable)
+            qputenv(variable.key().constData(), variable.value());
+
+        const QString found = EnvironmentLanguage().code();
+
+        for (const char *name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
+            qunsetenv(name);
+        for (auto variable = before.cbegin(); variable != before.cend(); ++variable)
+            qputenv(variable.key().constData(), variable.value());
+        QCOMPARE(found, code);
+    }
+};
+
+QTEST_GUILESS_MAIN(EnvironmentLanguageTests)
+#include "EnvironmentLanguageTests.moc"

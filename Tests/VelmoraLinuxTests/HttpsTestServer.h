@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QList>
+#include <QSslServer>
+#include <QTemporaryDir>
+#include <QUrl>
+
+#include <chrono>
+#include <deque>
+#include <functional>
+
+// A certificate made for one test run, trusted by nobody who is not told to.
+class TestCertificate {
+public:
+    // `names` as in "IP:127.0.0.1" or "DNS:other.example". Made with the openssl tool.
+    explicit TestCertificate(const QString &names);
+
+    [[nodiscard]] bool isValid() const;
+    // Trusts this certificate and no other.
+    [[nodiscard]] QSslConfiguration trustingIt() const;
+    [[nodiscard]] QSslConfiguration forServer() const;
+
+    [[nodiscard]] QString certificateFile() const
+    {
+        return folder_.filePath(QStringLiteral("certificate.pem"));
+    }
+
+private:
+    [[nodiscard]] QString keyFile() const { return folder_.filePath(QStringLiteral("key.pem")); }
+
+    QTemporaryDir folder_;
+};
+
+// A real HTTPS server on the loopback interface that does as it is told and keeps every byte it got.
+class HttpsTestServer : public QObject {
+    Q_OBJECT
+
+public:
+    struct Request {
+        std::chrono::steady_clock::time_point at;
+        QByteArray head; // Request line and headers, without the empty line.
+        QByteArray body;
+    };
+
+    // What to do once a whole request has come.
+    using Behaviour = std::function<void(QSslSocket &)>;
+    static Behaviour answer(int status, const QByteArray &extraHeaders = {});
+    static Behaviour silence(); // Keeps the connection open and says nothing.
+    static Behaviour reset();   // Breaks the connection off without a word.
+    static Behaviour endlessBody();
+    static Behaviour brokenOffBody();
+
+    explicit HttpsTestServer(const TestCertificate &certificate);
+
+    [[nodiscard]] QUrl url() const;
+
+    void close() { server_.close(); }
+
+    QList<Request> requests;
+    int connections = 0;              // Attempts, failed handshakes included.
+    std::deque<Behaviour> behaviours; // In order; the last one stays.
+
+private:
+    void serve(QSslSocket &socket);
+    void read(QSslSocket &socket, QByteArray &received);
+
+    QSslServer server_;
+};

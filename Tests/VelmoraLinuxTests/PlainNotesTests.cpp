@@ -1,0 +1,42 @@
+#include <VelmoraLinux/Updates/PlainNotes.h>
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class PlainNotesTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void htmlBecomesPlainText_data()
+    {
+        QTest::addColumn<QString>("html");
+        QTest::addColumn<QString>("plain");
+
+        QTest::newRow("words") << u"Just words"_s << u"Just words"_s;
+        QTest::newRow("blanks collapse") << u" a \n\t b "_s << u"a b"_s;
+        QTest::newRow("paragraphs") << u"<p>One</p><p class='x'>Two</p>"_s << u"One\nTwo"_s;
+        QTest::newRow("breaks") << u"a<br>b<BR/>c"_s << u"a\nb\nc"_s;
+        QTest::newRow("lists") << u"<ul><li>a</li> <li>b</li></ul>"_s << u"• a\n• b"_s;
+        QTest::newRow("emphasis") << u"a <b>bold</b>, <i>slanted</i>"_s << u"a bold, slanted"_s;
+        QTest::newRow("entities") << u"&lt;a&gt; &amp; &quot;&#8364;&#x20AC;&apos;"_s << u"<a> & \"€€'"_s;
+        QTest::newRow("entities that are none")
+            << u"AT&T & &foo; &#0; &#xD800;"_s << u"AT&T & &foo; &#0; &#xD800;"_s;
+        QTest::newRow("scripts") << u"a<script>alert('<p>')</script>b"_s << u"ab"_s;
+        QTest::newRow("styles without end") << u"a<style>p {"_s << u"a"_s;
+        QTest::newRow("a tag without end") << u"a<p"_s << u"a"_s;
+        QTest::newRow("links keep their words")
+            << u"see <a href='https://e.example'>there</a>"_s << u"see there"_s;
+        QTest::newRow("nothing") << QString() << QString();
+    }
+
+    void htmlBecomesPlainText()
+    {
+        QFETCH(QString, html);
+        QTEST(plainNotes(html), "plain");
+    }
+};
+
+QTEST_GUILESS_MAIN(PlainNotesTests)
+#include "PlainNotesTests.moc"

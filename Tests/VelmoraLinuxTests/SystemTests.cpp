@@ -1,0 +1,113 @@
+#include <VelmoraLinux/System/BundleInfoFile.h>
+#include <VelmoraLinux/System/EventLoopScheduler.h>
+#include <VelmoraLinux/System/SystemWallClock.h>
+#include <VelmoraLinux/System/XdgFolders.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace std::chrono_literals;
+
+class SystemTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void stepsRunInTheOrderOfTheirTimesAndOfAsking()
+    {
+        EventLoopScheduler scheduler;
+        QStringList ran;
+        const auto start = scheduler.now();
+        std::chrono::nanoseconds lastAt{};
+        scheduler.after(30ms, [&] {
+            ran += u"late"_qs;
+            lastAt = scheduler.now();
+        });
+        scheduler.after(0ms, [&] { ran += u"first"_qs; });
+        scheduler.after(0ms, [&] { ran += u"second"_qs; });
+        scheduler.after(10ms, [&] { ran += u"middle"_qs; });
+        QVERIFY(ran.isEmpty()); // Never from within the call.
+
+        QTRY_COMPARE(ran.size(), 4);
+        QCOMPARE(ran, QStringList({u"first"_qs, u"second"_qs, u"middle"_qs, u"late"_qs}));
+        QVERIFY(lastAt - start >= 30ms);
+    }
+
+    void aStepMayAskForAnother()
+    {
+        EventLoopScheduler scheduler;
+        int rounds = 0;
+        std::function<void()> again = [&] {
+            if (++rounds < 5)
+                scheduler.after(1ms, again);
+        };
+        scheduler.after(1ms, again);
+        QTRY_COMPARE(rounds, 5);
+    }
+
+    void relativeBaseFoldersAreIgnored_data()
+    {
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("absolute") << QByteArray("/somewhere/data/") << u"/somewhere/data"_qs;
+        QTest::newRow("relative") << QByteArray("data") << QDir::homePath() + u"/.local/share"_qs;
+        QTest::newRow("empty") << QByteArray("") << QDir::homePath() + u"/.local/share"_qs;
+    }
+
+    void relativeBaseFoldersAreIgnored()
+    {
+        QFETCH(QByteArray, value);
+        const QByteArray before = qgetenv("XDG_DATA_HOME");
+        qputenv("XDG_DATA_HOME", value);
+        QTEST(XdgFolders::dataHome(), "folder");
+        qputenv("XDG_DATA_HOME", before);
+    }
+
+    void theInformationDictionaryLiesBesideTheProgramAndKeepsTypes()
+    {
+        const QTemporaryDir prefix;
+        QVERIFY(QDir(prefix.path()).mkpath(u"share/velmora"_qs));
+        QFile file(prefix.filePath(u"share/velmora/Info.json"_qs));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(R"({"CFBundleIdentifier": "app.velmora.Velmora", "CFBundleVersion": 7})");
+        file.close();
+
+        const BundleInfoFile info(prefix.filePath(u"bin"_qs));
+        QCOMPARE(info.value(u"CFBundleIdentifier"), QJsonValue(u"app.velmora.Velmora"_qs));
+        QCOMPARE(info.value(u"CFBundleVersion"), QJsonValue(7));
+        QVERIFY(info.value(u"SUFeedURL").isUndefined());
+        QCOMPARE(info.resourceFolder(), prefix.filePath(u"share/velmora"_qs));
+    }
+
+    void aProgramInABuildFolderIsUnbundled()
+    {
+        const QTemporaryDir prefix;
+        const BundleInfoFile info(prefix.filePath(u"bin"_qs));
+        QVERIFY(info.value(u"CFBundleIdentifier").isUndefined());
+        QVERIFY(info.resourceFolder().isEmpty());
+    }
+
+    void aBrokenInformationDictionaryIsNone()
+    {
+        const QTemporaryDir prefix;
+        QVERIFY(QDir(prefix.path()).mkpath(u"share/velmora"_qs));
+        QFile file(prefix.filePath(u"share/velmora/Info.json"_qs));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[1, 2");
+        file.close();
+        QVERIFY(BundleInfoFile(prefix.filePath(u"bin"_qs)).resourceFolder().isEmpty());
+    }
+
+    void theWallClockIsTheSystemsInItsZone()
+    {
+        const QDateTime before = QDateTime::currentDateTime();
+        const QDateTime now = SystemWallClock().now();
+        QVERIFY(now >= before && now <= QDateTime::currentDateTime());
+        QCOMPARE(now.timeSpec(), Qt::LocalTime);
+    }
+};
+
+QTEST_GUILESS_MAIN(SystemTests)
+#include "SystemTests.moc"

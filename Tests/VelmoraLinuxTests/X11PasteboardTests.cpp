@@ -1,0 +1,398 @@
+#include <VelmoraLinux/Clipboard/X11Pasteboard.h>
+#include <VelmoraLinux/System/EventLoopScheduler.h>
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <Tests/Desktops/CopyingProgram.h>
+#include <Tests/Desktops/XServer.h>
+
+#include <optional>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+using Text = std::optional<std::string>;
+
+constexpr qsizetype kMiB = qsizetype(1024) * 1024;
+
+// What came of a reading: nothing as long as there is no answer.
+using Answer = std::optional<Text>;
+
+void read(Pasteboard &pasteboard, Answer &answer)
+{
+    pasteboard.readString([&answer](Text text) { answer = std::move(text); });
+}
+
+} // namespace
+
+class X11PasteboardTests : public QObject {
+    Q_OBJECT
+
+    std::optional<XServer> server_;
+    EventLoopScheduler scheduler_;
+    SelectionLimits limits_;
+    std::unique_ptr<X11Pasteboard> pasteboard_;
+    std::unique_ptr<CopyingProgram> other_;
+
+    [[nodiscard]] Text readNow()
+    {
+        Answer answer;
+        read(*pasteboard_, answer);
+        const bool isAnswered = QTest::qWaitFor([&answer] { return answer.has_value(); }, 30000);
+        return isAnswered ? *answer : Text("no answer came");
+    }
+
+    // Until the pasteboard has heard of everything the server did so far.
+    void settle(qint64 count) { QTRY_COMPARE_WITH_TIMEOUT(pasteboard_->changeCount(), count, 20000); }
+
+    // Copies as another program does, without letting our event loop run.
+    void copyUnheard(const QByteArray &text)
+    {
+        QProcess xclip;
+        xclip.setProcessEnvironment(server_->environment());
+        xclip.start(u"xclip"_qs, {u"-selection"_qs, u"clipboard"_qs, u"-i"_qs});
+        QVERIFY(xclip.waitForStarted());
+        xclip.write(text);
+        xclip.closeWriteChannel();
+        QVERIFY(xclip.waitForFinished());
+        QByteArray pasted;
+        while (pasted != text) {
+            xclip.start(u"xclip"_qs, {u"-selection"_qs, u"clipboard"_qs, u"-o"_qs});
+            QVERIFY(xclip.waitForFinished());
+            pasted = xclip.readAll();
+        }
+    }
+
+    void makePasteboard() { pasteboard_ = X11Pasteboard::create(scheduler_, server_->display(), limits_); }
+
+private Q_SLOTS:
+
+    void initTestCase()
+    {
+        server_.emplace();
+        QVERIFY(server_->isRunning());
+    }
+
+    void init()
+    {
+        limits_ = {};
+        makePasteboard();
+        QVERIFY(pasteboard_);
+        other_ = std::make_unique<CopyingProgram>(server_->environment());
+    }
+
+    void cleanup()
+    {
+        other_.reset();
+        pasteboard_.reset();
+    }
+
+    void withoutAServerThereIsNoPasteboard()
+    {
+        QVERIFY(X11Pasteboard::create(scheduler_, ":29999") == nullptr);
+        QVERIFY(X11Pasteboard::create(scheduler_, "nonsense") == nullptr);
+    }
+
+    void anEmptyClipboardHasNoText()
+    {
+        const XServer fresh;
+        const auto pasteboard = X11Pasteboard::create(scheduler_, fresh.display());
+        Answer answer;
+        read(*pasteboard, answer);
+        QTRY_VERIFY(answer.has_value());
+        QCOMPARE(*answer, Text());
+    }
+
+    void everyCopyIsOneStepOfTheCountAlsoOfTheSameText()
+    {
+        int calls = 0;
+        pasteboard_->setChangeHandler([&calls] { ++calls; });
+        for (int i = 1; i <= 3; ++i) {
+            QVERIFY(other_->copy("the same"));
+            settle(i);
+        }
+        QTRY_COMPARE(calls, 3);
+        QCOMPARE(readNow(), Text("the same"));
+        QCOMPARE(pasteboard_->changeCount(), 3);
+    }
+
+    void textIsReadAsItsOwnerGivesIt_data()
+    {
+        QTest::addColumn<QByteArray>("mode");
+        QTest::addColumn<QByteArray>("copied");
+        QTest::addColumn<QByteArray>("text");
+        const QByteArray link = "https://example.com/?utm_source=a";
+        const QByteArray strange("a\0b \xff\xfe \xc3( \xed\xa0\x80 end", 17);
+        const QByteArray pieces = QByteArray("0123456789").repeated(1234) + "x";
+        QTest::newRow("plain") << QByteArray("text") << link << link;
+        QTest::newRow("empty") << QByteArray("text") << QByteArray("") << QByteArray("");
+        QTest::newRow("NUL bytes and invalid UTF-8") << QByteArray("text") << strange << strange;
+        QTest::newRow("an owner without a list of forms") << QByteArray("old") << link << link;
+        QTest::newRow("Latin-1 only")
+            << QByteArray("latin1") << QByteArray("gr\xfc\xdf") << QByteArray("gr\xc3\xbc\xc3\x9f");
+        QTest::newRow("in pieces") << QByteArray("pieces") << pieces << pieces;
+        QTest::newRow("in pieces, empty") << QByteArray("pieces") << QByteArray("") << QByteArray("");
+        QTest::newRow("in pieces, strange")
+            << QByteArray("pieces") << strange.repeated(500) << strange.repeated(500);
+        QTest::newRow("longer than one request")
+            << QByteArray("text") << pieces.repeated(300) << pieces.repeated(300);
+        QTest::newRow("marked, but as public") << QByteArray("mark-public") << link << link;
+    }
+
+    void textIsReadAsItsOwnerGivesIt()
+    {
+        QFETCH(QByteArray, mode);
+        QFETCH(QByteArray, copied);
+        QFETCH(QByteArray, text);
+        QVERIFY(other_->copy(copied, mode));
+        settle(1);
+        QVERIFY(readNow() == Text(text.toStdString()));
+    }
+
+    void answersWithoutUsableTextAreNoText_data()
+    {
+        QTest::addColumn<QByteArray>("mode");
+        for (const char *mode : {"image", "secret", "mark-unreadable", "wrong-type", "wrong-format",
+                                 "unwritten", "garbage-targets", "dies", "pieces-die", "pieces-lie"})
+            QTest::newRow(mode) << QByteArray(mode);
+    }
+
+    void answersWithoutUsableTextAreNoText()
+    {
+        QFETCH(QByteArray, mode);
+        QVERIFY(other_->copy(QByteArray("https://example.com/?utm_source=a ").repeated(100), mode));
+        settle(1);
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(readNow(), Text());
+        // Found out at once, not by waiting for the limit of five seconds.
+        QVERIFY2(clock.elapsed() < 4500, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    void aSecretIsNotEvenAskedFor()
+    {
+        QVERIFY(other_->copy("hunter2", "secret"));
+        settle(1);
+        QCOMPARE(readNow(), Text());
+        QVERIFY(other_->copy("hunter2", "mark-unreadable"));
+        settle(2);
+        QCOMPARE(readNow(), Text());
+        QTRY_COMPARE(other_->asked(), QList<QByteArray>({"TARGETS", "x-kde-passwordManagerHint"}));
+    }
+
+    void anOwnerThatTakesTooLongIsGivenUp_data()
+    {
+        QTest::addColumn<QByteArray>("mode");
+        for (const char *mode : {"silent", "pieces-stall", "pieces-endless"})
+            QTest::newRow(mode) << QByteArray(mode);
+    }
+
+    void anOwnerThatTakesTooLongIsGivenUp()
+    {
+        QFETCH(QByteArray, mode);
+        limits_.silence = 200ms;
+        limits_.total = 400ms;
+        makePasteboard();
+        QVERIFY(other_->copy(QByteArray(5000, 'x'), mode));
+        settle(1);
+        QCOMPARE(readNow(), Text());
+
+        QVERIFY(other_->copy("next"));
+        settle(2);
+        QCOMPARE(readNow(), Text("next"));
+    }
+
+    void anEndlessTextIsGivenUpAtTheSizeLimit()
+    {
+        limits_.bytes = 100000;
+        makePasteboard();
+        QVERIFY(other_->copy(QByteArray(5000, 'x'), "pieces-endless"));
+        settle(1);
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(readNow(), Text());
+        QVERIFY(clock.elapsed() < 10000);
+    }
+
+    void anOwnerThatAnswersTooLateIsNotHarmed()
+    {
+        limits_.silence = 100ms;
+        makePasteboard();
+        QVERIFY(other_->copy("late but alive"));
+        settle(1);
+        other_->hang();
+        QCOMPARE(readNow(), Text());
+        other_->goOn();
+        QTRY_COMPARE(other_->asked().size(), 1);
+        QCOMPARE(readNow(), Text("late but alive"));
+    }
+
+    void aNewerCopyEndsTheReadingOfAnOlderOne()
+    {
+        CopyingProgram another(server_->environment());
+        QVERIFY(other_->copy("never told"));
+        settle(1);
+        other_->hang();
+        Answer older;
+        read(*pasteboard_, older);
+        QVERIFY(another.copy("newer"));
+        QTRY_VERIFY(older.has_value());
+        QCOMPARE(*older, Text());
+        QCOMPARE(readNow(), Text("newer"));
+        QCOMPARE(pasteboard_->changeCount(), 2);
+    }
+
+    void twoReadingsAtOnceBothGetTheText()
+    {
+        QVERIFY(other_->copy("for both"));
+        settle(1);
+        Answer first;
+        Answer second;
+        read(*pasteboard_, first);
+        read(*pasteboard_, second);
+        QTRY_VERIFY(first.has_value() && second.has_value());
+        QCOMPARE(*first, Text("for both"));
+        QCOMPARE(*second, Text("for both"));
+    }
+
+    void upToSixtyFourMebibytesAreRead()
+    {
+        QVERIFY(other_->copyFilled(64 * kMiB));
+        settle(1);
+        const Text text = readNow();
+        QVERIFY(text.has_value());
+        QCOMPARE(qsizetype(text->size()), 64 * kMiB);
+        QVERIFY(text->find_first_not_of('x') == std::string::npos);
+
+        QVERIFY(other_->copyFilled(64 * kMiB + 1));
+        settle(2);
+        QCOMPARE(readNow(), Text());
+    }
+
+    void theEndOfTheOwnerIsNoChange()
+    {
+        QVERIFY(other_->copy("gone soon"));
+        settle(1);
+        other_->kill();
+        QCOMPARE(readNow(), Text());
+        QCOMPARE(pasteboard_->changeCount(), 1);
+    }
+
+    void anOwnWriteIsOneStepAndCanBePasted()
+    {
+        int calls = 0;
+        pasteboard_->setChangeHandler([&calls] { ++calls; });
+        QVERIFY(other_->copy("before"));
+        settle(1);
+        const std::string strange("a\0b \xff\xfe end", 10);
+        pasteboard_->clear();
+        QCOMPARE(pasteboard_->changeCount(), 2);
+        pasteboard_->setString(strange);
+        QCOMPARE(pasteboard_->changeCount(), 2);
+        QVERIFY(other_->waitUntilLost(20s));
+
+        QCOMPARE(readNow(), Text(strange));
+        QCOMPARE(paste(server_->environment()), std::optional(QByteArray::fromStdString(strange)));
+        QTRY_COMPARE(calls, 2);
+        QCOMPARE(pasteboard_->changeCount(), 2);
+
+        pasteboard_->clear();
+        pasteboard_->setString(strange);
+        QCOMPARE(pasteboard_->changeCount(), 3); // The same text again is a change as well.
+        QTRY_COMPARE(calls, 3);
+    }
+
+    void aClearedClipboardHasNoText()
+    {
+        pasteboard_->clear();
+        QCOMPARE(readNow(), Text());
+        QCOMPARE(paste(server_->environment()), std::nullopt);
+        pasteboard_->setString("on its own");
+        QCOMPARE(pasteboard_->changeCount(), 2);
+        QCOMPARE(paste(server_->environment()), std::optional<QByteArray>("on its own"));
+    }
+
+    void oldProgramsGetTheFormsTheyKnow()
+    {
+        pasteboard_->setString("gr\xc3\xbc\xc3\x9f");
+        QCOMPARE(paste(server_->environment(), u"STRING"_qs), std::optional<QByteArray>("gr\xfc\xdf"));
+        QCOMPARE(paste(server_->environment(), u"text/plain;charset=utf-8"_qs),
+                 std::optional<QByteArray>("gr\xc3\xbc\xc3\x9f"));
+        QVERIFY(paste(server_->environment(), u"TARGETS"_qs)->contains("UTF8_STRING"));
+        QVERIFY(paste(server_->environment(), u"TIMESTAMP"_qs));
+
+        pasteboard_->setString("\xe2\x82\xac");
+        QCOMPARE(paste(server_->environment(), u"STRING"_qs), std::nullopt);
+    }
+
+    void aLongTextIsPastedInPieces()
+    {
+        const std::string text(std::size_t(3) * 1024 * 1024 + 17, 'y');
+        pasteboard_->setString(text);
+        QVERIFY(paste(server_->environment()) == std::optional(QByteArray::fromStdString(text)));
+    }
+
+    void aCopyThatWeHaveNotHeardOfYetIsNotOverwritten()
+    {
+        QVERIFY(other_->copy("first"));
+        settle(1);
+        QCOMPARE(readNow(), Text("first"));
+        // Copied while we are busy: the server knows of it, we do not.
+        copyUnheard("second");
+
+        pasteboard_->clear();
+        pasteboard_->setString("first, cleaned");
+        settle(3);
+        QCOMPARE(readNow(), Text("second"));
+        QCOMPARE(paste(server_->environment()), std::optional<QByteArray>("second"));
+    }
+
+    void theTextOutlivesUsWhereAClipboardManagerTakesIt()
+    {
+        const XServer desktop;
+        QProcess manager;
+        manager.setProcessEnvironment(desktop.environment());
+        manager.start(u"xfce4-clipman"_qs, QStringList());
+        QVERIFY(manager.waitForStarted());
+        QTest::qWait(1500);
+        auto pasteboard = X11Pasteboard::create(scheduler_, desktop.display());
+        pasteboard->setString("kept");
+        QElapsedTimer clock;
+        clock.start();
+        pasteboard.reset();
+        qInfo("handed over in %lld ms", clock.elapsed());
+        QCOMPARE(paste(desktop.environment()), std::optional<QByteArray>("kept"));
+        manager.terminate();
+        manager.waitForFinished();
+    }
+
+    void theEndOfTheServerIsReportedOnceAndEndsReadings()
+    {
+        XServer server;
+        auto pasteboard = X11Pasteboard::create(scheduler_, server.display());
+        CopyingProgram other(server.environment());
+        QVERIFY(other.copy("x"));
+        QTRY_COMPARE(pasteboard->changeCount(), 1);
+        other.hang();
+        int lost = 0;
+        pasteboard->setLostHandler([&lost] { ++lost; });
+        Answer answer;
+        read(*pasteboard, answer);
+        server.end();
+
+        QTRY_COMPARE(lost, 1);
+        QVERIFY(answer.has_value());
+        QCOMPARE(*answer, Text());
+        pasteboard->setString("into the void");
+        answer.reset();
+        read(*pasteboard, answer);
+        QVERIFY(answer.has_value());
+        QCOMPARE(*answer, Text());
+        QCOMPARE(lost, 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(X11PasteboardTests)
+#include "X11PasteboardTests.moc"

@@ -1,0 +1,129 @@
+#include <VelmoraMac/AppAssets.h>
+
+#include <QDir>
+#include <QPainter>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class AppAssetsTests : public QObject {
+    Q_OBJECT
+
+    static void put(const QString &path, int side, const QColor &color)
+    {
+        QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+        image.fill(color);
+        QVERIFY(image.save(path));
+    }
+
+    static QColor colorOf(const QString &name, int pixels = 0)
+    {
+        const QImage image = AppAssets::image(name, pixels).image;
+        return image.pixelColor(image.width() / 2, image.height() / 2);
+    }
+
+private Q_SLOTS:
+
+    void cleanup() { AppAssets::setResourceFolder({}); }
+
+    void theFolderComesFirstThenItsImages()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(QDir(folder.path()).mkpath(QStringLiteral("Images")));
+        put(folder.filePath(QStringLiteral("both.png")), 16, Qt::red);
+        put(folder.filePath(QStringLiteral("Images/both.png")), 16, Qt::green);
+        put(folder.filePath(QStringLiteral("Images/inner.png")), 16, Qt::blue);
+        AppAssets::setResourceFolder(folder.path());
+
+        QCOMPARE(colorOf(QStringLiteral("both")), QColor(Qt::red));
+        QCOMPARE(colorOf(QStringLiteral("inner")), QColor(Qt::blue));
+    }
+
+    void theFolderWinsOverWhatIsCompiledIn()
+    {
+        const QTemporaryDir folder;
+        put(folder.filePath(QStringLiteral("velmora-app-icon.png")), 16, Qt::red);
+        AppAssets::setResourceFolder(folder.path());
+
+        QCOMPARE(colorOf(QStringLiteral("velmora-app-icon")), QColor(Qt::red));
+    }
+
+    void theProductsPicturesAreThereWithoutABundle()
+    {
+        for (const char *name : {"velmora-app-icon", "velmora-menubar-template"}) {
+            const AppAssets::Picture picture = AppAssets::image(QLatin1String(name));
+            QVERIFY2(picture.image.width() > 32, name);
+            QVERIFY2(picture.accessibilityDescription.isEmpty(), name);
+        }
+    }
+
+    void aLargeSizeTakesTheLargeFile()
+    {
+        const QTemporaryDir folder;
+        put(folder.filePath(QStringLiteral("two.png")), 16, Qt::red);
+        put(folder.filePath(QStringLiteral("two@2x.png")), 32, Qt::green);
+        AppAssets::setResourceFolder(folder.path());
+
+        QCOMPARE(colorOf(QStringLiteral("two"), 16), QColor(Qt::red));
+        QCOMPARE(colorOf(QStringLiteral("two"), 24), QColor(Qt::green));
+        QCOMPARE(AppAssets::image(QStringLiteral("two"), 24).image.size(), QSize(24, 24));
+    }
+
+    void aMissingPictureIsReplacedByTheLinkSymbol()
+    {
+        const AppAssets::Picture picture = AppAssets::image(QStringLiteral("no-such-picture"), 24);
+
+        QCOMPARE(picture.image, AppAssets::symbol(QStringLiteral("link"), 24));
+        QCOMPARE(picture.accessibilityDescription, QStringLiteral("Velmora"));
+    }
+
+    void aBrokenFileIsPassedOver()
+    {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("velmora-app-icon.png")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("no picture");
+        file.close();
+        AppAssets::setResourceFolder(folder.path());
+
+        QVERIFY(AppAssets::image(QStringLiteral("velmora-app-icon")).image.width() > 32);
+    }
+
+    void everySymbolIsDrawn_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const char *name : {"pause.circle.fill", "pause.fill", "checkmark.circle.fill",
+                                 "checkmark.shield.fill", "sparkles", "lock.fill", "clock.arrow.circlepath",
+                                 "switch.2", "wand.and.sparkles", "link.badge.plus", "link"})
+            QTest::newRow(name) << QString::fromLatin1(name);
+    }
+
+    void everySymbolIsDrawn()
+    {
+        QFETCH(QString, name);
+        const QImage symbol = AppAssets::symbol(name, 48);
+
+        QCOMPARE(symbol.size(), QSize(48, 48));
+        int inked = 0;
+        for (int y = 0; y < 48; ++y)
+            for (int x = 0; x < 48; ++x)
+                inked += symbol.pixelColor(x, y).alpha() > 128 ? 1 : 0;
+        QVERIFY2(inked > 150 && inked < 48 * 48 * 3 / 4, qPrintable(QString::number(inked)));
+    }
+
+    void anUnknownSymbolIsNothing()
+    {
+        QVERIFY(AppAssets::symbol(QStringLiteral("no.such.symbol"), 48).isNull());
+    }
+
+    void theTemplateIsOneColourOnTransparent()
+    {
+        const QImage image = AppAssets::image(QStringLiteral("velmora-menubar-template")).image;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (const QColor pixel = image.pixelColor(x, y); pixel.alpha() > 0)
+                    QVERIFY(pixel.red() == 0 && pixel.green() == 0 && pixel.blue() == 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(AppAssetsTests)
+#include "AppAssetsTests.moc"

@@ -1,0 +1,169 @@
+#include <VelmoraMac/AppDelegate.h>
+
+#include <QTest>
+
+#include <Fakes/FakeAppWindows.h>
+#include <Fakes/FakeDesktop.h>
+#include <Fakes/FakeHttpsClient.h>
+#include <Fakes/FakePanels.h>
+#include <Fakes/FakeServices.h>
+#include <Fakes/FakeStatusItem.h>
+#include <Fakes/FakeSystemLanguage.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+class FakeInstance final : public ApplicationInstance {
+public:
+    [[nodiscard]] Role claim() override { return Role::first; }
+
+    void setReopenHandler(ReopenHandler) override {}
+};
+
+class FakeWindowManager final : public WindowManager {
+public:
+    void makePanel(QWindow &, const PanelTraits &) override {}
+
+    void place(QWindow &, const QRect &) override {}
+
+    [[nodiscard]] bool blendsWindows() const override { return true; }
+
+    void activate(QWindow &) override {}
+};
+
+class FakeAppearance final : public Appearance {
+public:
+    [[nodiscard]] ColorScheme colorScheme() const override { return ColorScheme::light; }
+
+    [[nodiscard]] bool reducesMotion() const override { return false; }
+
+    void addChangeHandler(ChangeHandler) override {}
+};
+
+// The whole application on a desktop of fakes.
+struct Application {
+    Application() { https.replies.assign(20, 200); }
+
+    FakeServices fakes;
+    FakeHttpsClient https{fakes.time};
+    FakeSystemLanguage language;
+    FakeInstance instance;
+    FakeStatusItem item;
+    FakeWindowManager windowManager;
+    FakePointerMonitor pointer;
+    FakeScreens screens;
+    FakeAppearance appearance;
+    FakePanels panels;
+    FakeAppWindows windows;
+    FakeMenuPresenter menus;
+    NotificationCenter notifications;
+    TelemetryService telemetry{TelemetryService::Services{fakes.defaults, https, fakes.time,
+                                                          fakes.time.wallClock(), fakes.bundle,
+                                                          QUrl(u"https://events.example/e"_s)}};
+    Platform platform{fakes.bundle, fakes.defaults, fakes.pasteboard, fakes.time, fakes.time.wallClock(),
+                      language,     https,          fakes.loginItem,  {},         instance,
+                      item,         windowManager,  pointer,          screens,    appearance};
+    std::shared_ptr<AppDelegate> delegate = std::make_shared<AppDelegate>(
+        platform, AppDelegate::Surface{telemetry, notifications, panels, windows, menus, QImage(), [] {}});
+
+    QStringList events() const
+    {
+        QStringList names;
+        for (const TelemetryEnvelope &envelope : telemetry.queue())
+            names.append(envelope.name);
+        return names;
+    }
+
+    QString shownTab() const
+    {
+        return rawValue(windows.view.properties.value(u"appState"_s).value<AppState *>()->activeAppTab());
+    }
+};
+
+} // namespace
+
+class AppDelegateTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void launchingShowsTheIconWatchesTheClipboardAndReportsOnce()
+    {
+        Application app;
+        QVERIFY(!app.item.events.activated);
+        app.delegate->applicationDidFinishLaunching();
+
+        QVERIFY(app.item.events.activated);
+        QCOMPARE(app.events(), QStringList({u"app_first_launch"_s, u"app_opened"_s}));
+        QVERIFY(app.windows.log.isEmpty());
+        app.fakes.pasteboard.copy("https://a.example/?utm_source=x");
+        app.fakes.time.pass(220ms);
+        QCOMPARE(app.fakes.pasteboard.contents(), std::optional<std::string>("https://a.example/"));
+        QCOMPARE(app.panels.visible().size(), size_t{1});
+    }
+
+    void whatIsOnTheClipboardAtLaunchStays()
+    {
+        Application app;
+        app.fakes.pasteboard.copy("https://a.example/?utm_source=x");
+        app.delegate->applicationDidFinishLaunching();
+        app.fakes.time.pass(1s);
+        QVERIFY(app.fakes.pasteboard.written.empty());
+    }
+
+    void reopeningBringsAHiddenIconBackAndOpensTheGeneralTab()
+    {
+        Application app;
+        app.delegate->applicationDidFinishLaunching();
+        app.delegate->showAppWindow(AppTab::history);
+        app.item.setVisible(false);
+        app.delegate->applicationShouldHandleReopen();
+
+        QVERIFY(app.item.visible);
+        QVERIFY(app.windows.visible);
+        QCOMPARE(app.shownTab(), u"general"_s);
+    }
+
+    void aSecondRequestChangesTheTabAndDoesNotCentreAgain()
+    {
+        Application app;
+        app.delegate->applicationDidFinishLaunching();
+        app.delegate->showAppWindow(AppTab::general);
+        app.delegate->showAppWindow(AppTab::cleaning);
+
+        QCOMPARE(app.shownTab(), u"cleaning"_s);
+        QCOMPARE(app.windows.log,
+                 QStringList({u"made"_s, u"centred"_s, u"to the front"_s, u"to the front"_s}));
+        QCOMPARE(app.events().count(u"settings_opened"_s), 2);
+    }
+
+    void closingTheWindowLeavesTheIconInPlace()
+    {
+        Application app;
+        app.delegate->applicationDidFinishLaunching();
+        app.delegate->showAppWindow(AppTab::general);
+        app.windows.visible = false;
+        QVERIFY(app.item.visible);
+        QVERIFY(app.item.events.activated);
+    }
+
+    void quittingReportsAndPlansAFlushAFifthOfASecondLater()
+    {
+        Application app;
+        app.delegate->applicationDidFinishLaunching();
+        app.fakes.time.pass(10s); // The launch events are gone.
+        const auto before = app.https.requests.size();
+        app.delegate->applicationShouldTerminate();
+        QCOMPARE(app.events(), QStringList(u"app_quit"_s));
+
+        app.fakes.time.pass(199ms);
+        QCOMPARE(app.https.requests.size(), before);
+        app.fakes.time.pass(1ms);
+        QCOMPARE(app.https.requests.size(), before + 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(AppDelegateTests)
+#include "AppDelegateTests.moc"

@@ -1,0 +1,40 @@
+#include <VelmoraMac/AppWindowController.h>
+
+#include <QTest>
+
+#include <Fakes/FakeAppWindows.h>
+#include <Fakes/FakeServices.h>
+
+using namespace Qt::StringLiterals;
+
+class AppWindowControllerTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void theWindowIsMadeOnFirstShowAndCentredOnce()
+    {
+        FakeServices fakes;
+        AppState state(fakes.services());
+        UpdateController updates(fakes.bundle, {});
+        FakeAppWindows windows;
+        NotificationCenter notifications;
+        AppWindowController controller(state, updates, windows, notifications);
+        QVERIFY(windows.log.isEmpty());
+
+        controller.show();
+        QCOMPARE(windows.log, QStringList({u"made"_s, u"centred"_s, u"to the front"_s}));
+        QCOMPARE(windows.options.title, u"Velmora"_s);
+        QCOMPARE(windows.options.contentSize, QSize(660, 640));
+        QCOMPARE(windows.options.minimumSize, QSize(640, 610));
+        QCOMPARE(windows.view.properties.value(u"appState"_s).value<AppState *>(), &state);
+
+        windows.visible = false; // The close button.
+        controller.show();
+        controller.show();
+        QCOMPARE(windows.log.mid(3), QStringList({u"to the front"_s, u"to the front"_s}));
+    }
+};
+
+QTEST_GUILESS_MAIN(AppWindowControllerTests)
+#include "AppWindowControllerTests.moc"

@@ -1,0 +1,70 @@
+#include <VelmoraMac/DelayedSteps.h>
+
+#include <QList>
+#include <QTest>
+
+#include <Fakes/VirtualTime.h>
+
+#include <memory>
+
+using namespace std::chrono_literals;
+
+class DelayedStepsTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void stepsOfOneRoundRunInTheirOrder()
+    {
+        VirtualTime time;
+        DelayedSteps steps(time);
+        QList<int> ran;
+        steps.after(20ms, [&] { ran.append(2); });
+        steps.after(10ms, [&] { ran.append(1); });
+        steps.after(20ms, [&] { ran.append(3); });
+
+        time.pass(19ms);
+        QCOMPARE(ran, QList<int>({1}));
+        time.pass(1ms);
+        QCOMPARE(ran, QList<int>({1, 2, 3}));
+    }
+
+    void startingOverSilencesTheEarlierRound()
+    {
+        VirtualTime time;
+        DelayedSteps steps(time);
+        QList<int> ran;
+        steps.after(10ms, [&] { ran.append(1); });
+        steps.startOver();
+        steps.after(10ms, [&] { ran.append(2); });
+        time.pass(1s);
+        QCOMPARE(ran, QList<int>({2}));
+    }
+
+    void destructionSilencesEverything()
+    {
+        VirtualTime time;
+        bool ran = false;
+        {
+            DelayedSteps steps(time);
+            steps.after(10ms, [&] { ran = true; });
+        }
+        time.pass(1s);
+        QVERIFY(!ran);
+    }
+
+    void aStepMayDestroyItsOwner()
+    {
+        VirtualTime time;
+        auto steps = std::make_unique<DelayedSteps>(time);
+        bool second = false;
+        steps->after(10ms, [&] { steps.reset(); });
+        steps->after(10ms, [&] { second = true; });
+        time.pass(1s);
+        QVERIFY(!steps);
+        QVERIFY(!second);
+    }
+};
+
+QTEST_GUILESS_MAIN(DelayedStepsTests)
+#include "DelayedStepsTests.moc"

@@ -1,0 +1,78 @@
+#include <VelmoraMac/LocalizedStrings.h>
+
+#include <QTest>
+
+#include <Fakes/FakeSystemLanguage.h>
+
+using namespace Qt::StringLiterals;
+
+class LocalizedStringsTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void cleanup() { LocalizedStrings::setSystemLanguage(nullptr); }
+
+    void onlyTheLanguageCodeDeMeansGerman_data()
+    {
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<AppLanguage>("language");
+        QTest::newRow("German, also in Austria") << u"de"_s << AppLanguage::german;
+        QTest::newRow("English, also in Germany") << u"en"_s << AppLanguage::english;
+        QTest::newRow("Swiss German has a code of its own") << u"gsw"_s << AppLanguage::english;
+        QTest::newRow("no code") << QString() << AppLanguage::english;
+        QTest::newRow("not a prefix") << u"den"_s << AppLanguage::english;
+    }
+
+    void onlyTheLanguageCodeDeMeansGerman()
+    {
+        QFETCH(QString, code);
+        QFETCH(AppLanguage, language);
+        QCOMPARE(LocalizedStrings::defaultLanguage(code), language);
+    }
+
+    void aPairIsChosenByTheSetting()
+    {
+        FakeSystemLanguage french;
+        french.languageCode = u"fr"_s;
+        LocalizedStrings::setSystemLanguage(&french);
+        QCOMPARE(LocalizedStrings::choose(u"Today"_s, u"Heute"_s, AppLanguage::english), u"Today"_s);
+        QCOMPARE(LocalizedStrings::choose(u"Today"_s, u"Heute"_s, AppLanguage::german), u"Heute"_s);
+    }
+
+    void theSystemsLanguageIsAskedForEveryText()
+    {
+        FakeSystemLanguage system;
+        system.languageCode = u"de"_s;
+        LocalizedStrings::setSystemLanguage(&system);
+        QCOMPARE(LocalizedStrings::choose(u"Today"_s, u"Heute"_s, AppLanguage::system), u"Heute"_s);
+        system.languageCode = u"fr"_s;
+        QCOMPARE(LocalizedStrings::choose(u"Today"_s, u"Heute"_s, AppLanguage::system), u"Today"_s);
+    }
+
+    void removedCountsHaveNoSingular()
+    {
+        QCOMPARE(LocalizedStrings::removedCount(0, AppLanguage::english), u"0 removed"_s);
+        QCOMPARE(LocalizedStrings::removedCount(1, AppLanguage::english), u"1 removed"_s);
+        QCOMPARE(LocalizedStrings::removedCount(1, AppLanguage::german), u"1 entfernt"_s);
+        QCOMPARE(LocalizedStrings::removedCount(1234567, AppLanguage::german), u"1234567 entfernt"_s);
+    }
+
+    void languagesAndThemesAreNamedInTheChosenLanguage()
+    {
+        const auto english = AppLanguage::english;
+        const auto german = AppLanguage::german;
+        QCOMPARE(LocalizedStrings::languageName(AppLanguage::system, german), u"System"_s);
+        QCOMPARE(LocalizedStrings::languageName(AppLanguage::english, german), u"Englisch"_s);
+        QCOMPARE(LocalizedStrings::languageName(AppLanguage::german, german), u"Deutsch"_s);
+        QCOMPARE(LocalizedStrings::languageName(AppLanguage::german, english), u"German"_s);
+        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::aurora, german), u"Aurora"_s);
+        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::ocean, german), u"Ocean"_s);
+        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::light, german), u"Hell"_s);
+        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::graphite, german), u"Graphit"_s);
+        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::light, english), u"Light"_s);
+    }
+};
+
+QTEST_GUILESS_MAIN(LocalizedStringsTests)
+#include "LocalizedStringsTests.moc"

@@ -1,0 +1,126 @@
+#include <VelmoraMac/TelemetryProperties.h>
+
+#include <QTest>
+
+#include <Fakes/FakeServices.h>
+
+using namespace Qt::StringLiterals;
+
+class TelemetryPropertiesTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void everyEventHasItsWireName()
+    {
+        using enum TelemetryEventName;
+        QStringList names;
+        for (int event = static_cast<int>(appFirstLaunch); event <= static_cast<int>(languageChanged);
+             ++event)
+            names.append(wireName(static_cast<TelemetryEventName>(event)));
+        QCOMPARE(names,
+                 QStringList({u"app_first_launch"_s, u"app_opened"_s, u"app_quit"_s, u"menu_popover_opened"_s,
+                              u"settings_opened"_s, u"cleaning_enabled"_s, u"cleaning_disabled"_s,
+                              u"link_cleaned"_s, u"cleaning_undo_used"_s, u"ignored_domain_added"_s,
+                              u"ignored_domain_removed"_s, u"theme_changed"_s, u"language_changed"_s}));
+    }
+
+    void countsFallIntoTheirBuckets_data()
+    {
+        QTest::addColumn<qint64>("count");
+        QTest::addColumn<QString>("cleaned");
+        QTest::addColumn<QString>("removed");
+        const auto row = [](qint64 count, const QString &cleaned, const QString &removed) {
+            QTest::addRow("%lld", count) << count << cleaned << removed;
+        };
+        row(0, u"0"_s, u"0"_s);
+        row(1, u"1-5"_s, u"1-2"_s);
+        row(2, u"1-5"_s, u"1-2"_s);
+        row(3, u"1-5"_s, u"3-5"_s);
+        row(5, u"1-5"_s, u"3-5"_s);
+        row(6, u"6-25"_s, u"6-10"_s);
+        row(10, u"6-25"_s, u"6-10"_s);
+        row(11, u"6-25"_s, u"10+"_s);
+        row(25, u"6-25"_s, u"10+"_s);
+        row(26, u"26-100"_s, u"10+"_s);
+        row(100, u"26-100"_s, u"10+"_s);
+        row(101, u"100+"_s, u"10+"_s);
+    }
+
+    void countsFallIntoTheirBuckets()
+    {
+        QFETCH(qint64, count);
+        QFETCH(QString, cleaned);
+        QFETCH(QString, removed);
+        QCOMPARE(cleanedCountBucket(count), cleaned);
+        QCOMPARE(removedParameterCountBucket(count), removed);
+    }
+
+    void theCleaningModeIsManualWheneverCleaningIsPaused()
+    {
+        FakeServices fakes;
+        AppState state(fakes.services());
+        QCOMPARE(cleaningMode(state), u"auto"_s);
+        state.setAskBeforeCleaningEnabled(true);
+        QCOMPARE(cleaningMode(state), u"ask"_s);
+        state.setAutoCleanEnabled(false);
+        QCOMPARE(cleaningMode(state), u"manual"_s);
+        state.setAskBeforeCleaningEnabled(false);
+        QCOMPARE(cleaningMode(state), u"manual"_s);
+    }
+
+    void thePropertiesAreTheEightOfTheStateAsItIsNow()
+    {
+        FakeServices fakes;
+        fakes.bundle.values = {{u"CFBundleShortVersionString"_s, u"1.2.3"_s},
+                               {u"CFBundleVersion"_s, u"77"_s}};
+        fakes.defaults.place(u"totalCleaned"_s, qint64(101));
+        AppState state(fakes.services());
+        state.setLanguage(AppLanguage::system);
+        state.setAppTheme(VelmoraTheme::ocean);
+
+        TelemetrySink::Properties properties = baseProperties(state, fakes.bundle);
+        QVERIFY(properties.take(u"macos_major_version"_s).toLongLong() > 0);
+        QCOMPARE(properties, TelemetrySink::Properties({{u"app_version"_s, u"1.2.3"_s},
+                                                        {u"build_number"_s, u"77"_s},
+                                                        {u"architecture"_s, u"arm64"_s},
+                                                        {u"app_language"_s, u"system"_s},
+                                                        {u"cleaning_mode"_s, u"auto"_s},
+                                                        {u"theme"_s, u"ocean"_s},
+                                                        {u"cleaned_count_bucket"_s, u"100+"_s}}));
+    }
+
+    void versionsThatAreMissingOrNoTextsHaveFixedValues()
+    {
+        FakeServices fakes;
+        const AppState state(fakes.services());
+        QCOMPARE(baseProperties(state, fakes.bundle)[u"app_version"_s], u"0.1.9"_s);
+        QCOMPARE(baseProperties(state, fakes.bundle)[u"build_number"_s], u"10"_s);
+        fakes.bundle.values = {{u"CFBundleShortVersionString"_s, 2}, {u"CFBundleVersion"_s, true}};
+        QCOMPARE(baseProperties(state, fakes.bundle)[u"app_version"_s], u"0.1.9"_s);
+        QCOMPARE(baseProperties(state, fakes.bundle)[u"build_number"_s], u"10"_s);
+    }
+
+    void theMajorVersionIsAPlainNumber_data()
+    {
+        QTest::addColumn<QString>("system");
+        QTest::addColumn<QString>("kernel");
+        QTest::addColumn<QString>("major");
+        QTest::newRow("whole number") << u"12"_s << u"6.1.0-18-amd64"_s << u"12"_s;
+        QTest::newRow("with a minor one") << u"22.04"_s << u"6.1.0"_s << u"22"_s;
+        QTest::newRow("a rolling system has only its kernel") << u"unknown"_s << u"6.10.3-arch1"_s << u"6"_s;
+        QTest::newRow("no system") << QString() << u"5.15"_s << u"5"_s;
+        QTest::newRow("neither") << u"unknown"_s << QString() << u"0"_s;
+    }
+
+    void theMajorVersionIsAPlainNumber()
+    {
+        QFETCH(QString, system);
+        QFETCH(QString, kernel);
+        QFETCH(QString, major);
+        QCOMPARE(majorVersion(system, kernel), major);
+    }
+};
+
+QTEST_GUILESS_MAIN(TelemetryPropertiesTests)
+#include "TelemetryPropertiesTests.moc"

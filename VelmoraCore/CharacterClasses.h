@@ -1,0 +1,89 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+// What each byte may be in links. Bytes of non-ASCII characters have no class; they are decoded and asked for
+// their properties.
+namespace velmora::characters {
+
+enum Class : std::uint16_t {
+    host = 1U << 0,       // Letters, digits, "-" and "_".
+    dot = 1U << 1,        // "."
+    scheme = 1U << 2,     // Letters, digits, "+" and "-".
+    letter = 1U << 3,     // A to Z in either case.
+    digit = 1U << 4,      // 0 to 9
+    hex = 1U << 5,        // Digits and A to F in either case.
+    user = 1U << 6,       // What we accept before the "@" of an authority.
+    mailbox = 1U << 7,    // May stand in the local part of an e-mail address.
+    blank = 1U << 8,      // Ends every link: space, controls, "<" and ">".
+    plain = 1U << 9,      // Belongs to a link's path, query and fragment without further thought.
+    queryText = 1U << 10, // Stands in a query item as itself.
+    literal = 1U << 11,   // May stand in the brackets of a literal host.
+    nonAscii = 1U << 12,
+    coded =
+        1U << 15, // Not to be taken as it stands in a name or value: "%" and bytes of non-ASCII characters.
+    soft = 1U << 14,      // Belongs to a link only when more of it follows.
+    delimiter = 1U << 13, // The end of a link needs more thought: blanks, brackets, double quotes, non-ASCII.
+};
+
+constexpr std::array<std::uint16_t, 256> makeClasses()
+{
+    std::array<std::uint16_t, 256> classes{};
+    const auto add = [&classes](std::string_view members, unsigned value) {
+        for (const char c : members) {
+            auto &entry = classes[static_cast<unsigned char>(c)];
+            entry = static_cast<std::uint16_t>(entry | value);
+        }
+    };
+    add("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ",
+        host | scheme | letter | user | mailbox | plain | queryText | literal);
+    add("0123456789", host | scheme | digit | hex | user | mailbox | plain | queryText | literal);
+    add("abcdefABCDEF", hex);
+    add("-", host | scheme | user | mailbox | plain | queryText | literal);
+    add("_", host | user | mailbox | plain | queryText | literal);
+    add(".", dot | user | mailbox | queryText | literal);
+    add("+", scheme | user | mailbox | plain | queryText);
+    add("~", user | mailbox | plain | queryText | literal);
+    add(":", user | queryText | literal);
+    add("!$", user | mailbox | queryText);
+    add("&*=%", user | mailbox);
+    add("#'/?^`{|}", mailbox);
+    add("$*%@^`|\\", plain);
+    add("'()*,;@/?", queryText);
+    add("<>\x7F", blank | delimiter);
+    add("\"()[]{}", delimiter);
+    add("!\"',.:;?", soft);
+    add("%", coded);
+    for (unsigned c = 0; c <= ' '; ++c)
+        classes[c] = blank | delimiter;
+    for (unsigned c = 0x80; c <= 0xFF; ++c)
+        classes[c] = nonAscii | delimiter | coded;
+    return classes;
+}
+
+inline constexpr std::array<std::uint16_t, 256> classes = makeClasses();
+
+constexpr bool is(char c, unsigned wanted)
+{
+    return (classes[static_cast<unsigned char>(c)] & wanted) != 0;
+}
+
+constexpr char lower(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+constexpr bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase)
+{
+    if (text.size() != lowerCase.size())
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (lower(text[i]) != lowerCase[i])
+            return false;
+    }
+    return true;
+}
+
+} // namespace velmora::characters

@@ -1,0 +1,206 @@
+#include <VelmoraCore/CharacterClasses.h>
+#include <VelmoraCore/HostLabels.h>
+#include <VelmoraCore/TopLevelDomains.h>
+#include <VelmoraCore/Utf8.h>
+
+#include <unicode/uchar.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace velmora {
+
+namespace {
+
+// Top-level domains that are commoner at the end of a file's name than at the end of a host's.
+constexpr std::array<std::string_view, 17> fileEndings = {"am", "cab", "cc", "la",  "md",        "mk",
+                                                          "ml", "mov", "pm", "ps",  "pub",       "py",
+                                                          "rs", "sh",  "so", "zip", "properties"};
+
+// Reads a host label by label.
+class LabelReader {
+public:
+    explicit LabelReader(std::string_view host)
+        : rest_(host)
+    {
+    }
+
+    // False behind the last label.
+    bool next(std::string_view &label)
+    {
+        if (atEnd_)
+            return false;
+        std::size_t end = 0;
+        std::size_t dot = 0;
+        while (end < rest_.size() && dot == 0) {
+            if (rest_[end] == '.') {
+                dot = 1;
+            } else if (characters::is(rest_[end], characters::nonAscii)) {
+                const utf8::CodePoint point = utf8::decode(rest_, end);
+                if (isIdeographicDot(point.value))
+                    dot = point.length;
+                else
+                    end += point.length;
+            } else {
+                ++end;
+            }
+        }
+        label = rest_.substr(0, end);
+        rest_.remove_prefix(end + dot);
+        atEnd_ = dot == 0;
+        return true;
+    }
+
+private:
+    std::string_view rest_;
+    bool atEnd_ = false;
+};
+
+struct Labels {
+    std::size_t count = 0;
+    std::string_view first;
+    std::string_view last;
+    bool valid = true;
+};
+
+Labels labelsOf(std::string_view host)
+{
+    Labels labels;
+    LabelReader reader(host);
+    std::string_view label;
+    while (labels.valid && reader.next(label)) {
+        labels.valid = !label.empty() && label.front() != '-' && label.back() != '-';
+        if (labels.count++ == 0)
+            labels.first = label;
+        labels.last = label;
+    }
+    return labels;
+}
+
+bool isEscape(std::string_view text, std::size_t at)
+{
+    return text[at] == '%' && at + 2 < text.size() && characters::is(text[at + 1], characters::hex) &&
+           characters::is(text[at + 2], characters::hex);
+}
+
+std::size_t trimmedEnd(std::string_view run)
+{
+    std::size_t end = run.size();
+    while (end > 0) {
+        const utf8::CodePoint last = utf8::decodeBefore(run, end, 0);
+        if (last.value != '.' && last.value != '-' && last.value != '_' && !isIdeographicDot(last.value))
+            break;
+        end -= last.length;
+    }
+    return end;
+}
+
+bool isAlphabetic(std::string_view label)
+{
+    return std::all_of(label.begin(), label.end(),
+                       [](char c) { return characters::is(c, characters::letter); });
+}
+
+// A host of ASCII letters without escapes, in one pass; nothing if it goes on with something else.
+std::optional<HostExtent> asciiHostExtent(std::string_view text, std::size_t begin)
+{
+    std::size_t at = begin;
+    bool valid = true;
+    while (true) {
+        const std::size_t label = at;
+        while (at < text.size() && characters::is(text[at], characters::host))
+            ++at;
+        if (at != label)
+            valid = valid && text[label] != '-' && text[at - 1] != '-';
+        if (at == text.size() || text[at] != '.')
+            break;
+        // An empty label breaks the host, unless nothing but dots follows.
+        const std::size_t next = std::min(text.find_first_not_of('.', at), text.size());
+        const bool goesOn = next < text.size() && characters::is(text[next], characters::host);
+        valid = valid && at != label && (!goesOn || next == at + 1);
+        if (!goesOn && (next == text.size() || !characters::is(text[next], characters::coded)))
+            return HostExtent{at, valid && at > begin};
+        at = next;
+    }
+    if (at < text.size() && characters::is(text[at], characters::coded))
+        return std::nullopt;
+    return HostExtent{at, valid && at > begin};
+}
+
+} // namespace
+
+bool isHostCodePoint(char32_t point)
+{
+    if (point == utf8::illFormed)
+        return false;
+    if ((U_GET_GC_MASK(static_cast<UChar32>(point)) & (U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK)) != 0)
+        return true;
+    // The joiners and the marks beside letters that internationalised names may hold; emoji.
+    constexpr std::array<char32_t, 11> others = {0xB7,  0x375,  0x5F3,  0x5F4,  0x6FD, 0x6FE,
+                                                 0xF0B, 0x200C, 0x200D, 0x30FB, 0xFF0D};
+    return std::find(others.begin(), others.end(), point) != others.end() ||
+           u_hasBinaryProperty(static_cast<UChar32>(point), UCHAR_EXTENDED_PICTOGRAPHIC) != 0;
+}
+
+bool isIdeographicDot(char32_t point)
+{
+    return point == 0x3002 || point == 0xFF0E || point == 0xFF61;
+}
+
+HostExtent hostExtent(std::string_view text, std::size_t begin)
+{
+    if (const auto extent = asciiHostExtent(text, begin))
+        return *extent;
+    std::size_t end = begin;
+    std::size_t fullStop = 0;
+    bool asciiDot = false;
+    while (end < text.size()) {
+        const char c = text[end];
+        if (characters::is(c, characters::host | characters::dot)) {
+            asciiDot = asciiDot || c == '.';
+            ++end;
+        } else if (c == '%' && isEscape(text, end)) {
+            end += 3;
+        } else if (characters::is(c, characters::nonAscii)) {
+            const utf8::CodePoint point = utf8::decode(text, end);
+            if (isIdeographicDot(point.value)) {
+                if (asciiDot)
+                    break;
+                if (fullStop == 0)
+                    fullStop = end;
+            } else if (!isHostCodePoint(point.value)) {
+                break;
+            }
+            end += point.length;
+        } else {
+            break;
+        }
+    }
+    // A full stop that leads to no known domain ends the sentence, not a label.
+    if (fullStop != 0 && (asciiDot || !isTopLevelDomain(labelsOf(text.substr(begin, end - begin)).last)))
+        end = fullStop;
+    while (end > begin && text[end - 1] == '.')
+        --end;
+    return {end, end > begin && labelsOf(text.substr(begin, end - begin)).valid};
+}
+
+BareHost bareHost(std::string_view run)
+{
+    BareHost host{0, trimmedEnd(run), false, false};
+    while (host.begin < host.end && (run[host.begin] == '-' || run[host.begin] == '_'))
+        ++host.begin;
+    const Labels labels = labelsOf(run.substr(host.begin, host.end - host.begin));
+    if (!labels.valid || labels.count < 2)
+        return host;
+    const bool isWww = labels.count > 2 && characters::equalsIgnoringCase(labels.first, "www");
+    host.valid = (isWww && isAlphabetic(labels.last)) || isTopLevelDomain(labels.last);
+    const auto isEnding = [&labels](std::string_view ending) {
+        return characters::equalsIgnoringCase(labels.last, ending);
+    };
+    host.looksLikeFile =
+        host.valid && labels.count == 2 && std::any_of(fileEndings.begin(), fileEndings.end(), isEnding);
+    return host;
+}
+
+} // namespace velmora

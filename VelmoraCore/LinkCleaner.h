@@ -1,0 +1,65 @@
+#pragma once
+
+#include <VelmoraCore/LinkCleanerConfiguration.h>
+#include <VelmoraCore/LinkCleaningResult.h>
+#include <VelmoraCore/RemovedQueryItem.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+class TrackingRules;
+struct FoundLink;
+
+// What cleaning made of one URL: the URL itself when nothing was removed.
+struct CleanedUrl {
+    std::string url;
+    std::vector<RemovedQueryItem> removedItems;
+
+    bool operator==(const CleanedUrl &) const = default;
+};
+
+// One link of a text and what is to stand in its place.
+struct LinkEdit {
+    std::size_t offset; // In bytes.
+    std::size_t length;
+    std::string replacement;
+    std::vector<RemovedQueryItem> removedItems; // At least one.
+
+    bool operator==(const LinkEdit &) const = default;
+};
+
+// Takes tracking parameters out of web links.
+//
+// Texts are UTF-8; bytes that are not pass through. Immutable after construction; any thread may call any
+// member. Nothing here fails: a link that cannot be understood stays as it is.
+class LinkCleaner {
+public:
+    explicit LinkCleaner(LinkCleanerConfiguration configuration);
+
+    const LinkCleanerConfiguration &configuration() const { return configuration_; }
+
+    // Cleans every web link in `text`. What stands around and between the links is kept byte for byte, and so
+    // is every link that holds no tracking parameter.
+    //
+    // In a cleaned link everything but the query stays as written. Its kept parameters keep their order;
+    // repeated ones are dropped, and escapes that are not needed are written as plain characters. A link that
+    // was written without its scheme gets "http://".
+    [[nodiscard]] LinkCleaningResult clean(std::string_view text) const;
+
+    // The changes that `clean` makes, in the order of the text. Costs no memory when there are none.
+    [[nodiscard]] std::vector<LinkEdit> edits(std::string_view text) const;
+
+    // Cleans a text that is one URL, scheme included. Other schemes than http and https are left alone.
+    [[nodiscard]] CleanedUrl cleanUrl(std::string_view url) const;
+
+private:
+    LinkCleanerConfiguration configuration_;
+    std::shared_ptr<const TrackingRules> rules_; // Shared by copies, which have the same configuration.
+};
+
+} // namespace velmora

@@ -1,0 +1,58 @@
+#include <VelmoraCore/HostName.h>
+#include <VelmoraCore/LinkDetector.h>
+#include <VelmoraCore/LinkScanner.h>
+#include <VelmoraCore/UrlComponents.h>
+#include <VelmoraCore/Utf8.h>
+
+namespace velmora {
+
+namespace {
+
+std::string urlOf(std::string_view text, const FoundLink &link)
+{
+    std::string url;
+    if (link.kind == FoundLink::Kind::bareWeb)
+        url = "http://";
+    else if (link.kind == FoundLink::Kind::mail)
+        url = "mailto:";
+    url += text.substr(link.begin, link.end - link.begin);
+    return url;
+}
+
+std::optional<std::string> hostOf(std::string_view text, const FoundLink &link)
+{
+    switch (link.kind) {
+    case FoundLink::Kind::web:
+    case FoundLink::Kind::bareWeb:
+        return reportedHost(text.substr(link.hostBegin, link.hostEnd - link.hostBegin));
+    case FoundLink::Kind::mail:
+        return std::nullopt;
+    case FoundLink::Kind::other:
+        break;
+    }
+    const auto url = UrlComponents::parse(text.substr(link.begin, link.end - link.begin));
+    if (!url || !url->host || url->host->empty())
+        return std::nullopt;
+    return reportedHost(*url->host);
+}
+
+} // namespace
+
+std::vector<LinkMatch> LinkDetector::matches(std::string_view text) const
+{
+    std::vector<LinkMatch> matches;
+    LinkScanner scanner(text);
+    FoundLink link;
+    std::size_t counted = 0;
+    std::size_t units = 0;
+    while (scanner.next(link)) {
+        units += utf8::utf16Length(text.substr(counted, link.begin - counted));
+        const std::size_t length = utf8::utf16Length(text.substr(link.begin, link.end - link.begin));
+        matches.push_back({units, length, urlOf(text, link), hostOf(text, link)});
+        units += length;
+        counted = link.end;
+    }
+    return matches;
+}
+
+} // namespace velmora

@@ -1,0 +1,385 @@
+#include <VelmoraCore/CharacterClasses.h>
+#include <VelmoraCore/HostLabels.h>
+#include <VelmoraCore/LinkProperties.h>
+#include <VelmoraCore/LinkScanner.h>
+#include <VelmoraCore/LinkTail.h>
+#include <VelmoraCore/TopLevelDomains.h>
+#include <VelmoraCore/Utf8.h>
+
+#include <algorithm>
+#include <array>
+
+namespace velmora {
+
+namespace {
+
+// Schemes without slashes that swallow what follows them.
+constexpr std::array<std::string_view, 10> labels = {"mailto", "tel",  "sms",        "news", "sip",
+                                                     "sips",   "xmpp", "javascript", "data", "urn"};
+
+bool isHttp(std::string_view scheme)
+{
+    return characters::equalsIgnoringCase(scheme, "http") || characters::equalsIgnoringCase(scheme, "https");
+}
+
+Quoting quotingBefore(std::string_view text, std::size_t begin)
+{
+    if (begin == 0 || text[begin - 1] != '"')
+        return Quoting::none;
+    return begin >= 2 && text[begin - 2] == '\\' ? Quoting::escapedQuoted : Quoting::quoted;
+}
+
+} // namespace
+
+// A stretch of host characters and dots, as long as it goes.
+struct LinkScanner::Run {
+    std::size_t begin;
+    std::size_t end;
+    bool hasDot;
+};
+
+struct LinkScanner::Authority {
+    std::size_t hostBegin;
+    std::size_t hostEnd;
+    std::size_t end; // Behind the port, or behind the dot that a longer link takes in.
+    bool valid;
+};
+
+bool LinkScanner::next(FoundLink &link)
+{
+    while (position_ < text_.size()) {
+        const char c = text_[position_];
+        if (characters::is(c, characters::host | characters::dot | characters::nonAscii)) {
+            const Run run = hostRunFrom(position_);
+            if (run.end == run.begin) {
+                position_ = run.end + utf8::decode(text_, run.end).length;
+                continue;
+            }
+            position_ = run.end;
+            if (linkAt(run, link))
+                return finish(link);
+        } else {
+            const std::size_t here = position_++;
+            if (c == '@' && mailLink(here, link))
+                return finish(link);
+        }
+    }
+    return false;
+}
+
+bool LinkScanner::finish(FoundLink &link)
+{
+    position_ = link.end;
+    floor_ = link.end;
+    return true;
+}
+
+bool LinkScanner::linkAt(const Run &run, FoundLink &link)
+{
+    if (at(run.end) == ':') {
+        if (at(run.end + 1) == '/' && at(run.end + 2) == '/')
+            return schemeLink(run, link);
+        if (labelledLink(run, link))
+            return true;
+    }
+    return run.hasDot && bareLink(run, link);
+}
+
+// A full stop of East Asian scripts is a dot where a host has no other; beside an ASCII dot it ends a
+// sentence.
+LinkScanner::Run LinkScanner::hostRunFrom(std::size_t begin) const
+{
+    Run run{begin, begin, false};
+    bool asciiDot = false;
+    std::size_t behindFullStop = 0;
+    while (run.end < text_.size()) {
+        const char c = text_[run.end];
+        if (characters::is(c, characters::host)) {
+            ++run.end;
+        } else if (c == '.') {
+            if (behindFullStop != 0)
+                run.begin = behindFullStop;
+            behindFullStop = 0;
+            asciiDot = true;
+            run.hasDot = true;
+            ++run.end;
+        } else if (characters::is(c, characters::nonAscii)) {
+            const utf8::CodePoint point = utf8::decode(text_, run.end);
+            if (isIdeographicDot(point.value)) {
+                if (asciiDot)
+                    break;
+                run.hasDot = true;
+                behindFullStop = run.end + point.length;
+            } else if (!isHostCodePoint(point.value)) {
+                break;
+            }
+            run.end += point.length;
+        } else {
+            break;
+        }
+    }
+    return run;
+}
+
+bool LinkScanner::schemeLink(const Run &run, FoundLink &link)
+{
+    std::size_t begin = run.end;
+    while (begin > floor_ && characters::is(text_[begin - 1], characters::scheme))
+        --begin;
+    while (begin < run.end && !characters::is(text_[begin], characters::letter))
+        ++begin;
+    const std::size_t behind = run.end + 3;
+    if (begin == run.end) {
+        position_ = behind;
+        return false;
+    }
+    link.begin = begin;
+    return isHttp(text_.substr(begin, run.end - begin)) ? webLink(behind, link) : otherLink(behind, link);
+}
+
+bool LinkScanner::webLink(std::size_t authorityBegin, FoundLink &link)
+{
+    const Authority authority = authorityFrom(authorityBegin);
+    link.kind = FoundLink::Kind::web;
+    link.hostBegin = authority.hostBegin;
+    link.hostEnd = authority.hostEnd;
+    link.end = authority.end;
+    if (!authority.valid) {
+        // Nothing in the rest of a broken link is a link either.
+        scanTail(authority.end, link);
+        position_ = std::max(link.end, authorityBegin);
+        floor_ = position_;
+        return false;
+    }
+    if (startsTail(authority.end))
+        scanTail(authority.end, link);
+    else
+        link.query = link.fragment = link.end;
+    return true;
+}
+
+bool LinkScanner::otherLink(std::size_t tailBegin, FoundLink &link)
+{
+    link.kind = FoundLink::Kind::other;
+    scanTail(tailBegin, link);
+    position_ = tailBegin;
+    return link.end > tailBegin;
+}
+
+// "mailto:" and its like. Before a scheme with slashes the word is a label of the text ("news:https://...").
+bool LinkScanner::labelledLink(const Run &run, FoundLink &link)
+{
+    std::size_t begin = run.end;
+    while (begin > floor_ && characters::is(text_[begin - 1], characters::scheme))
+        --begin;
+    const std::string_view word = text_.substr(begin, run.end - begin);
+    const auto isWord = [word](std::string_view label) {
+        return characters::equalsIgnoringCase(word, label);
+    };
+    if (std::none_of(labels.begin(), labels.end(), isWord))
+        return false;
+    const std::size_t tailBegin = run.end + 1;
+    if (isWord("mailto") && at(tailBegin) != '?')
+        return false; // The "@" will find it.
+    std::size_t next = tailBegin;
+    while (characters::is(at(next), characters::scheme))
+        ++next;
+    if (at(next) == ':' && at(next + 1) == '/' && at(next + 2) == '/')
+        return false;
+    link.begin = begin;
+    return otherLink(tailBegin, link);
+}
+
+bool LinkScanner::startsTail(std::size_t position) const
+{
+    const char c = at(position);
+    return c == '/' || c == '?' || c == '#';
+}
+
+void LinkScanner::scanTail(std::size_t begin, FoundLink &link) const
+{
+    const LinkTail tail = linkTail(text_, begin, quotingBefore(text_, link.begin));
+    link.end = tail.end;
+    link.query = tail.query;
+    link.fragment = tail.fragment;
+}
+
+LinkScanner::Authority LinkScanner::authorityFrom(std::size_t begin) const
+{
+    Authority authority{begin, begin, begin, false};
+    if (hostAt(begin, authority) && !characters::is(at(authority.end), characters::user | characters::dot) &&
+        at(authority.end) != '@')
+        return authority;
+    // What looked like a host and a port may be a user and a password.
+    std::size_t behindUser = begin;
+    for (std::size_t i = begin; i < text_.size(); ++i) {
+        const char c = text_[i];
+        if (c == '@')
+            behindUser = i + 1;
+        else if (!characters::is(c, characters::user))
+            break;
+    }
+    if (behindUser != begin)
+        hostAt(behindUser, authority);
+    return authority;
+}
+
+bool LinkScanner::hostAt(std::size_t begin, Authority &authority) const
+{
+    authority = {begin, begin, begin, false};
+    if (at(begin) == '[') {
+        std::size_t close = begin + 1;
+        while (characters::is(at(close), characters::literal) || at(close) == '%')
+            ++close;
+        if (at(close) != ']' || close == begin + 1)
+            return false;
+        authority.hostEnd = authority.end = close + 1;
+    } else {
+        const HostExtent extent = hostExtent(text_, begin);
+        authority.hostEnd = authority.end = extent.end;
+        if (!extent.valid)
+            return false;
+        // The dot of the root belongs to the host when the link goes on behind it.
+        if (at(extent.end) == '.' && (startsTail(extent.end + 1) || at(extent.end + 1) == ':')) {
+            authority.hostEnd = authority.end = extent.end + 1;
+            scanPort(authority);
+            if (!startsTail(authority.end) && authority.end == authority.hostEnd)
+                authority.hostEnd = authority.end = extent.end;
+            authority.valid = true;
+            return true;
+        }
+    }
+    authority.valid = true;
+    scanPort(authority);
+    return true;
+}
+
+// A port has digits behind its colon; without digits it belongs to the link only when the link goes on.
+void LinkScanner::scanPort(Authority &authority) const
+{
+    if (at(authority.end) != ':')
+        return;
+    std::size_t end = authority.end + 1;
+    while (characters::is(at(end), characters::digit))
+        ++end;
+    const bool hasDigits = end > authority.end + 1;
+    if (startsTail(end) || (hasDigits && !characters::is(at(end), characters::host)))
+        authority.end = end;
+}
+
+bool LinkScanner::mayPrecedeBareHost(std::size_t begin) const
+{
+    if (begin == floor_)
+        return begin == 0 || text_[begin - 1] != '@';
+    switch (text_[begin - 1]) {
+    case '@':
+    case '/':
+    case '\\':
+    case '%':
+    case '+':
+        return false;
+    case ':': {
+        std::size_t scheme = begin - 1;
+        while (scheme > floor_ && begin - scheme < 8 && characters::is(text_[scheme - 1], characters::scheme))
+            --scheme;
+        return !isHttp(text_.substr(scheme, begin - 1 - scheme));
+    }
+    default:
+        return true;
+    }
+}
+
+bool LinkScanner::isPartOfMailbox(std::size_t position)
+{
+    if (mailboxEnd_ < position) {
+        mailboxEnd_ = position;
+        while (mailboxEnd_ < text_.size()) {
+            const char c = text_[mailboxEnd_];
+            if (characters::is(c, characters::nonAscii)) {
+                const utf8::CodePoint point = utf8::decode(text_, mailboxEnd_);
+                if (!linkEmail(point.value))
+                    break;
+                mailboxEnd_ += point.length;
+            } else if (characters::is(c, characters::mailbox) && !startsTail(mailboxEnd_)) {
+                ++mailboxEnd_;
+            } else {
+                break;
+            }
+        }
+    }
+    return at(mailboxEnd_) == '@';
+}
+
+bool LinkScanner::bareLink(const Run &run, FoundLink &link)
+{
+    const BareHost host = bareHost(text_.substr(run.begin, run.end - run.begin));
+    if (!host.valid)
+        return false;
+    link.kind = FoundLink::Kind::bareWeb;
+    link.begin = run.begin + host.begin;
+    link.hostBegin = link.begin;
+    link.hostEnd = run.begin + host.end;
+    if (!mayPrecedeBareHost(run.begin) || isPartOfMailbox(run.end))
+        return false;
+    Authority authority{link.hostBegin, link.hostEnd, link.hostEnd, true};
+    // One dot of the root may stand between the host and the rest of the link.
+    const bool rootDot = run.end == link.hostEnd + 1 && at(link.hostEnd) == '.';
+    if (run.end == link.hostEnd || rootDot) {
+        authority.end = run.end;
+        scanPort(authority);
+        if (startsTail(authority.end) || authority.end != run.end)
+            link.hostEnd = run.end;
+        else
+            authority.end = link.hostEnd;
+    }
+    link.end = authority.end;
+    link.query = link.fragment = link.end;
+    if (startsTail(link.end))
+        scanTail(link.end, link);
+    if (host.looksLikeFile && (link.end == authority.end || text_[authority.end] != '/'))
+        return false;
+    return true;
+}
+
+// The local part stands before the "@": no dot at its ends, no two in a row.
+bool LinkScanner::mailLink(std::size_t mark, FoundLink &link)
+{
+    std::size_t begin = mark;
+    while (begin > floor_) {
+        const char c = text_[begin - 1];
+        if (characters::is(c, characters::mailbox)) {
+            --begin;
+            continue;
+        }
+        if (!characters::is(c, characters::nonAscii))
+            break;
+        const utf8::CodePoint point = utf8::decodeBefore(text_, begin, floor_);
+        if (!linkEmail(point.value))
+            break;
+        begin -= point.length;
+    }
+    floor_ = mark + 1;
+    const std::string_view local = text_.substr(begin, mark - begin);
+    if (local.empty() || local.front() == '.' || local.back() == '.' ||
+        local.find("..") != std::string_view::npos)
+        return false;
+    const Run run = hostRunFrom(mark + 1);
+    const BareHost host = bareHost(text_.substr(run.begin, run.end - run.begin));
+    if (run.begin != mark + 1 || !host.valid || host.begin != 0)
+        return false;
+    constexpr std::string_view scheme = "mailto:";
+    link.kind = FoundLink::Kind::mail;
+    link.begin = begin;
+    link.end = run.begin + host.end;
+    link.query = link.fragment = link.end;
+    if (begin >= scheme.size() &&
+        characters::equalsIgnoringCase(text_.substr(begin - scheme.size(), scheme.size()), scheme)) {
+        link.kind = FoundLink::Kind::other;
+        link.begin = begin - scheme.size();
+        if (at(link.end) == '?')
+            scanTail(link.end, link);
+    }
+    return true;
+}
+
+} // namespace velmora

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace velmora {
+
+// A link found in a text; all positions are byte offsets into that text.
+struct FoundLink {
+    enum class Kind : std::uint8_t {
+        web,     // http or https, with its scheme.
+        bareWeb, // A web link written without its scheme.
+        mail,    // An e-mail address written without its scheme.
+        other,   // Any other scheme.
+    };
+
+    Kind kind = Kind::web;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    // Of web links.
+    std::size_t hostBegin = 0;
+    std::size_t hostEnd = 0;
+    // Where the query's "?" stands, `fragment` without one, and the fragment's "#", `end` without one. Of web
+    // links.
+    std::size_t query = 0;
+    std::size_t fragment = 0;
+};
+
+// Finds links in running text, from left to right, in time linear to the text.
+//
+// The rules are those of Unicode's link detection standard, with these decisions of our own, in order of
+// precedence:
+// - "<" and ">" end every link, as white space and controls do; a double quote ends the link that it stands
+//   directly before, and so does its escaped form \".
+// - Links with a scheme may have a user, a port, a name that is no known domain, an IP address.
+// - Without a scheme a host needs a known top-level domain, or has to begin with "www.".
+// - Links of other schemes are found so that nothing inside them is mistaken for a link.
+class LinkScanner {
+public:
+    explicit LinkScanner(std::string_view text)
+        : LinkScanner(text, 0, text.size())
+    {
+    }
+
+    // Looks at the bytes from `begin` to before `end` only. This gives the links that a scan of the whole
+    // text gives there if a blank, a control, "<" or ">" stands on both sides.
+    LinkScanner(std::string_view text, std::size_t begin, std::size_t end)
+        : text_(text.substr(0, end))
+        , position_(begin)
+        , floor_(begin)
+    {
+    }
+
+    // False after the last link.
+    bool next(FoundLink &link);
+
+private:
+    struct Run;
+    struct Authority;
+
+    bool linkAt(const Run &run, FoundLink &link);
+    bool schemeLink(const Run &run, FoundLink &link);
+    bool webLink(std::size_t authorityBegin, FoundLink &link);
+    bool otherLink(std::size_t tailBegin, FoundLink &link);
+    bool labelledLink(const Run &run, FoundLink &link);
+    bool bareLink(const Run &run, FoundLink &link);
+    bool mailLink(std::size_t mark, FoundLink &link);
+
+    Run hostRunFrom(std::size_t begin) const;
+    Authority authorityFrom(std::size_t begin) const;
+    bool hostAt(std::size_t begin, Authority &authority) const;
+    void scanTail(std::size_t begin, FoundLink &link) const;
+    void scanPort(Authority &authority) const;
+    bool startsTail(std::size_t at) const;
+    bool isPartOfMailbox(std::size_t at);
+    bool mayPrecedeBareHost(std::size_t begin) const;
+    bool finish(FoundLink &link);
+
+    char at(std::size_t position) const { return position < text_.size() ? text_[position] : '\0'; }
+
+    std::string_view text_;
+    std::size_t position_;
+    // Nothing before this belongs to a further link.
+    std::size_t floor_;
+    // What the last look ahead for an "@" found, so that no stretch of text is looked at twice.
+    std::size_t mailboxEnd_ = 0;
+};
+
+} // namespace velmora

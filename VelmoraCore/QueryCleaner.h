@@ -1,0 +1,46 @@
+#pragma once
+
+#include <VelmoraCore/QueryItem.h>
+#include <VelmoraCore/RemovedQueryItem.h>
+#include <VelmoraCore/TrackingRules.h>
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+// Cleans the query of one link.
+class QueryCleaner {
+public:
+    QueryCleaner(const TrackingRules &rules, std::string_view query, std::string_view host)
+        : rules_(rules)
+        , host_(host)
+        , rest_(query)
+    {
+    }
+
+    // Whether anything is to be removed. Allocates nothing when the parameters are plain ASCII.
+    bool isTracked();
+
+    // For a tracked query: appends the new query with its "?", or nothing if no parameter is left, and the
+    // removed parameters.
+    void rewrite(std::string &link, std::vector<RemovedQueryItem> &removed) const;
+
+private:
+    // What was read and decided of the first items; those behind are read when the query is rewritten.
+    static constexpr std::size_t remembered = 8;
+
+    bool readFirstItems();
+
+    const TrackingRules &rules_;
+    LinkHost host_;
+    QueryItemReader rest_;
+    std::array<QueryItem, remembered> items_;
+    std::array<bool, remembered> removed_{};
+    std::size_t count_ = 0;
+};
+
+} // namespace velmora

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+// One piece of a query between two "&", as it is written there. The views belong to the query.
+struct QueryItem {
+    std::string_view name;
+    std::optional<std::string_view> value; // Nothing without "=".
+
+    bool operator==(const QueryItem &) const = default;
+};
+
+// Walks the items of a query in their order. An empty query has none; an empty piece is an item with an empty
+// name and no value.
+class QueryItemReader {
+public:
+    explicit QueryItemReader(std::string_view query)
+        : query_(query)
+        , atEnd_(query.empty())
+    {
+    }
+
+    // Nothing after the last item.
+    std::optional<QueryItem> next();
+
+private:
+    std::string_view query_;
+    std::size_t position_ = 0;
+    bool atEnd_;
+};
+
+// The text with its "%XX" decoded; what is no escape stays as it is. Nothing if the result is not UTF-8.
+std::optional<std::string> percentDecoded(std::string_view text);
+
+// Appends a name or a value as it is written into a query: what may stand there unescaped is written as
+// itself, everything else as "%XX". An escaped plus sign stays escaped, because a bare one means a blank to
+// many servers. Malformed escapes and escaped bytes that are not UTF-8 are written as they stood.
+void appendQueryText(std::string &query, std::string_view text);
+
+} // namespace velmora

@@ -1,0 +1,223 @@
+#include <VelmoraCore/Unicode.h>
+#include <VelmoraCore/Utf8.h>
+
+#include <unicode/bytestream.h>
+#include <unicode/normalizer2.h>
+#include <unicode/stringpiece.h>
+#include <unicode/uchar.h>
+
+#include <algorithm>
+
+namespace velmora {
+
+namespace {
+
+bool isAscii(std::string_view text)
+{
+    return std::none_of(text.begin(), text.end(),
+                        [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
+}
+
+void append(std::string &text, char32_t point)
+{
+    const auto byte = [&text](char32_t value) { text.push_back(static_cast<char>(value)); };
+    if (point < 0x80) {
+        byte(point);
+    } else if (point < 0x800) {
+        byte(0xC0 | point >> 6);
+        byte(0x80 | (point & 0x3F));
+    } else if (point < 0x10000) {
+        byte(0xE0 | point >> 12);
+        byte(0x80 | (point >> 6 & 0x3F));
+        byte(0x80 | (point & 0x3F));
+    } else {
+        byte(0xF0 | point >> 18);
+        byte(0x80 | (point >> 12 & 0x3F));
+        byte(0x80 | (point >> 6 & 0x3F));
+        byte(0x80 | (point & 0x3F));
+    }
+}
+
+bool isWhitespace(char32_t point)
+{
+    return point == 0x09 || point == 0x20 || point == 0xA0 || point == 0x1680 ||
+           (point >= 0x2000 && point <= 0x200B) || point == 0x202F || point == 0x205F || point == 0x3000;
+}
+
+bool isWhitespaceOrNewline(char32_t point)
+{
+    return isWhitespace(point) || (point >= 0x0A && point <= 0x0D) || point == 0x85 || point == 0x2028 ||
+           point == 0x2029;
+}
+
+template<typename Belongs>
+std::string_view trimmed(std::string_view text, Belongs belongs)
+{
+    while (!text.empty()) {
+        const utf8::CodePoint first = utf8::decode(text, 0);
+        if (!belongs(first.value))
+            break;
+        text.remove_prefix(first.length);
+    }
+    while (!text.empty()) {
+        const utf8::CodePoint last = utf8::decodeBefore(text, text.size(), 0);
+        if (!belongs(last.value))
+            break;
+        text.remove_suffix(last.length);
+    }
+    return text;
+}
+
+const icu::Normalizer2 *composer()
+{
+    static const icu::Normalizer2 *const instance = [] {
+        UErrorCode error = U_ZERO_ERROR;
+        const icu::Normalizer2 *nfc = icu::Normalizer2::getNFCInstance(error);
+        return U_SUCCESS(error) ? nfc : nullptr;
+    }();
+    return instance;
+}
+
+enum class Spelling {
+    canonical, // In normalisation form C already.
+    none,      // Not to be normalised.
+    open,
+};
+
+// Putting marks in order takes the square of how many stand in a row, so texts with more than any writing has
+// are left as they are.
+Spelling spellingOf(std::string_view text)
+{
+    constexpr std::size_t mostMarks = 30;
+    bool canonical = true;
+    std::size_t marks = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const utf8::CodePoint point = utf8::decode(text, at);
+        if (point.value == utf8::illFormed)
+            return Spelling::none;
+        at += point.length;
+        if (point.value < 0x300) { // All of these stay and combine with nothing before them.
+            marks = 0;
+            continue;
+        }
+        const auto value = static_cast<UChar32>(point.value);
+        const bool isMark = u_getCombiningClass(value) != 0;
+        marks = isMark ? marks + 1 : 0;
+        if (marks > mostMarks)
+            return Spelling::none;
+        canonical = canonical && !isMark && u_getIntPropertyValue(value, UCHAR_NFC_QUICK_CHECK) == UNORM_YES;
+    }
+    return canonical ? Spelling::canonical : Spelling::open;
+}
+
+int clusterBreak(char32_t point)
+{
+    return u_getIntPropertyValue(static_cast<UChar32>(point), UCHAR_GRAPHEME_CLUSTER_BREAK);
+}
+
+// An even number of flags halves before the cut leaves the next half to begin a flag of its own.
+bool endsWithLoneRegionalIndicator(std::string_view text)
+{
+    bool lone = false;
+    while (!text.empty()) {
+        const utf8::CodePoint last = utf8::decodeBefore(text, text.size(), 0);
+        if (clusterBreak(last.value) != U_GCB_REGIONAL_INDICATOR)
+            break;
+        lone = !lone;
+        text.remove_suffix(last.length);
+    }
+    return lone;
+}
+
+bool hangulJoins(int before, int after)
+{
+    if (before == U_GCB_L)
+        return after == U_GCB_L || after == U_GCB_V || after == U_GCB_LV || after == U_GCB_LVT;
+    if (before == U_GCB_LV || before == U_GCB_V)
+        return after == U_GCB_V || after == U_GCB_T;
+    return (before == U_GCB_LVT || before == U_GCB_T) && after == U_GCB_T;
+}
+
+bool isControl(int clusterClass)
+{
+    return clusterClass == U_GCB_CONTROL || clusterClass == U_GCB_CR || clusterClass == U_GCB_LF;
+}
+
+// Whether the reader sees a character end after `before` when `after` follows.
+bool isCharacterBoundary(std::string_view before, char32_t after)
+{
+    const char32_t last = utf8::decodeBefore(before, before.size(), 0).value;
+    if (last > ' ' && last < 0x7F && after > ' ' && after < 0x7F)
+        return true;
+    if (last == utf8::illFormed || after == utf8::illFormed)
+        return true;
+    const int left = clusterBreak(last);
+    const int right = clusterBreak(after);
+    if (left == U_GCB_CR && right == U_GCB_LF)
+        return false;
+    if (isControl(left) || isControl(right))
+        return true;
+    if (right == U_GCB_EXTEND || right == U_GCB_ZWJ || right == U_GCB_SPACING_MARK || left == U_GCB_PREPEND)
+        return false;
+    if (left == U_GCB_ZWJ && u_hasBinaryProperty(static_cast<UChar32>(after), UCHAR_EXTENDED_PICTOGRAPHIC))
+        return false;
+    if (left == U_GCB_REGIONAL_INDICATOR && right == U_GCB_REGIONAL_INDICATOR)
+        return !endsWithLoneRegionalIndicator(before);
+    return !hangulJoins(left, right);
+}
+
+} // namespace
+
+std::string lowercased(std::string_view text)
+{
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        const utf8::CodePoint point = utf8::decode(text, at);
+        if (point.value < 0x80) {
+            const char c = text[at];
+            result.push_back(c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c);
+        } else if (point.value == utf8::illFormed) {
+            result.push_back(text[at]);
+        } else if (point.value == 0x130) {
+            result += "i\u0307"; // The only letter whose lower case is more than one code point.
+        } else {
+            append(result, static_cast<char32_t>(u_tolower(static_cast<UChar32>(point.value))));
+        }
+        at += point.length;
+    }
+    return result;
+}
+
+std::string_view trimmedWhitespace(std::string_view text)
+{
+    return trimmed(text, isWhitespace);
+}
+
+std::string_view trimmedWhitespaceAndNewlines(std::string_view text)
+{
+    return trimmed(text, isWhitespaceOrNewline);
+}
+
+std::string canonicalForm(std::string_view text)
+{
+    if (isAscii(text) || composer() == nullptr || spellingOf(text) != Spelling::open)
+        return std::string(text);
+    std::string result;
+    icu::StringByteSink<std::string> sink(&result);
+    UErrorCode error = U_ZERO_ERROR;
+    composer()->normalizeUTF8(0, icu::StringPiece(text.data(), static_cast<int32_t>(text.size())), sink,
+                              nullptr, error);
+    return U_SUCCESS(error) ? result : std::string(text);
+}
+
+bool hasCanonicalPrefix(std::string_view text, std::string_view prefix)
+{
+    if (!text.starts_with(prefix))
+        return false;
+    if (prefix.empty() || prefix.size() == text.size())
+        return true;
+    return isCharacterBoundary(prefix, utf8::decode(text, prefix.size()).value);
+}
+
+} // namespace velmora

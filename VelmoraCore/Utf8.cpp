@@ -1,0 +1,80 @@
+#include <VelmoraCore/Utf8.h>
+
+namespace velmora::utf8 {
+
+namespace {
+
+char32_t continuation(std::string_view text, std::size_t at)
+{
+    return byteAt(text, at) & 0x3FU;
+}
+
+CodePoint decodeLong(std::string_view text, std::size_t at, char32_t lead)
+{
+    const bool third = isContinuation(text, at + 1) && isContinuation(text, at + 2);
+    if (lead < 0xF0) {
+        if (!third)
+            return {illFormed, 1};
+        const char32_t value =
+            (lead & 0x0FU) << 12 | continuation(text, at + 1) << 6 | continuation(text, at + 2);
+        const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
+        return value < 0x800 || surrogate ? CodePoint{illFormed, 1} : CodePoint{value, 3};
+    }
+    if (!third || !isContinuation(text, at + 3))
+        return {illFormed, 1};
+    const char32_t value = (lead & 0x07U) << 18 | continuation(text, at + 1) << 12 |
+                           continuation(text, at + 2) << 6 | continuation(text, at + 3);
+    return value < 0x10000 || value > 0x10FFFF ? CodePoint{illFormed, 1} : CodePoint{value, 4};
+}
+
+} // namespace
+
+CodePoint decode(std::string_view text, std::size_t at)
+{
+    const char32_t lead = byteAt(text, at);
+    if (lead < 0x80)
+        return {lead, 1};
+    if (lead < 0xC2 || lead > 0xF4)
+        return {illFormed, 1};
+    if (lead < 0xE0) {
+        if (!isContinuation(text, at + 1))
+            return {illFormed, 1};
+        return {(lead & 0x1FU) << 6 | continuation(text, at + 1), 2};
+    }
+    return decodeLong(text, at, lead);
+}
+
+CodePoint decodeBefore(std::string_view text, std::size_t end, std::size_t floor)
+{
+    std::size_t start = end - 1;
+    while (start > floor && end - start < 4 && isContinuation(text, start))
+        --start;
+    const CodePoint point = decode(text.substr(0, end), start);
+    if (point.value != illFormed && start + point.length == end)
+        return point;
+    return {illFormed, 1};
+}
+
+bool isWellFormed(std::string_view text)
+{
+    for (std::size_t at = 0; at < text.size();) {
+        const CodePoint point = decode(text, at);
+        if (point.value == illFormed)
+            return false;
+        at += point.length;
+    }
+    return true;
+}
+
+std::size_t utf16Length(std::string_view text)
+{
+    std::size_t units = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const CodePoint point = decode(text, at);
+        units += point.length == 4 ? 2 : 1;
+        at += point.length;
+    }
+    return units;
+}
+
+} // namespace velmora::utf8

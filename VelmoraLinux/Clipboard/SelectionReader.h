@@ -1,0 +1,88 @@
+#pragma once
+
+#include "XcbConnection.h"
+
+#include <VelmoraPlatform/Scheduler.h>
+
+#include <QtGlobal>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+// How long and how much a selection's owner may take.
+struct SelectionLimits {
+    std::chrono::nanoseconds silence = std::chrono::seconds(5); // Without any sign of progress.
+    std::chrono::nanoseconds total = std::chrono::seconds(15);
+    std::size_t bytes = std::size_t(64) * 1024 * 1024;
+};
+
+// One reading of the plain text that the clipboard's owner offers.
+//
+// Asks for the list of forms, stays away from a copy marked as secret, then asks for the text in the best
+// form there is, whole or in pieces. Whatever goes wrong, `done` hears of it as "no text", once; destroying
+// the reader is silent. `done` may destroy the reader.
+class SelectionReader {
+public:
+    using Done = std::function<void(std::optional<std::string> text)>;
+
+    // `time` is the server's time of the latest known change of owner.
+    SelectionReader(XcbConnection &connection, Scheduler &scheduler, SelectionLimits limits,
+                    xcb_timestamp_t time, Done done);
+    ~SelectionReader();
+    Q_DISABLE_COPY_MOVE(SelectionReader)
+
+    // Where the owner is to put its answer.
+    [[nodiscard]] xcb_window_t window() const { return window_; }
+
+    // Takes the window out of the reader's care if the owner has not answered yet: an owner that writes into
+    // a window that is gone may die of it, and the user's copy with it. Otherwise nothing.
+    [[nodiscard]] std::optional<xcb_window_t> releaseAwaitedWindow();
+
+    void handleSelectionNotify(const xcb_selection_notify_event_t &event);
+    void handlePropertyNotify(const xcb_property_notify_event_t &event);
+
+private:
+    enum class Step { targets, hint, text };
+
+    // The whole of one answer.
+    struct Answer {
+        xcb_atom_t type = XCB_NONE;
+        std::uint8_t format = 0;
+        std::string bytes;
+    };
+
+    void convert(Step step, xcb_atom_t target);
+    void fetch();
+    void fetchRest();
+    void receive(const xcb_get_property_reply_t *reply);
+    void beginPieces(const xcb_get_property_reply_t &reply);
+    void use(const Answer &answer);
+    void useTargets(const Answer &answer);
+    void useText(const Answer &answer);
+    void tryNextForm();
+    void noteProgress();
+    void watch(std::chrono::nanoseconds delay);
+    void finish(std::optional<std::string> text);
+
+    XcbConnection &connection_;
+    Scheduler &scheduler_;
+    SelectionLimits limits_;
+    xcb_timestamp_t time_;
+    Done done_;
+    xcb_window_t window_;
+    Step step_ = Step::targets;
+    xcb_atom_t target_ = XCB_NONE;
+    std::vector<xcb_atom_t> forms_; // Still to be tried, the best one last.
+    bool isAwaited_ = false;        // The owner was asked and has not answered.
+    bool isInPieces_ = false;
+    std::size_t received_ = 0; // Bytes of the present property, or of the present piece.
+    Answer answer_;
+    std::chrono::nanoseconds begun_;
+    std::chrono::nanoseconds lastProgress_;
+    std::shared_ptr<char> alive_ =
+        std::make_shared<char>(); // What is under way finds out that the reader is gone.
+};

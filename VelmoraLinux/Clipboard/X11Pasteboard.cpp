@@ -1,0 +1,274 @@
+#include "X11Pasteboard.h"
+
+#include <QDeadlineTimer>
+
+#include <xcb/xfixes.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr auto kLongestHandOver = std::chrono::milliseconds(300);
+constexpr std::size_t kMostAwaitedWindows = 8;
+
+template<typename Event>
+const Event &as(const xcb_generic_event_t &event)
+{
+    return reinterpret_cast<const Event &>(event);
+}
+
+} // namespace
+
+std::unique_ptr<X11Pasteboard> X11Pasteboard::create(Scheduler &scheduler, const QByteArray &displayName,
+                                                     SelectionLimits limits)
+{
+    auto connection = XcbConnection::open(displayName);
+    if (!connection)
+        return nullptr;
+    return std::unique_ptr<X11Pasteboard>(new X11Pasteboard(std::move(connection), scheduler, limits));
+}
+
+X11Pasteboard::X11Pasteboard(std::unique_ptr<XcbConnection> connection, Scheduler &scheduler,
+                             SelectionLimits limits)
+    : connection_(std::move(connection))
+    , scheduler_(scheduler)
+    , limits_(limits)
+    , server_(*connection_, scheduler)
+    , window_(connection_->makeWindow())
+{
+    connection_->setEventHandler([this](const xcb_generic_event_t &event) { handleEvent(event); });
+    connection_->setLostHandler([this] { handleLoss(); });
+    xcb_xfixes_select_selection_input(connection_->raw(), window_, connection_->atom(XcbAtom::clipboard),
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    connection_->flush();
+}
+
+X11Pasteboard::~X11Pasteboard()
+{
+    changeHandler_ = nullptr;
+    lostHandler_ = nullptr;
+    waiting_.clear();
+    reader_.reset();
+    if (ownership_ != Ownership::none && server_.text() != nullptr && !connection_->isLost())
+        handOver();
+}
+
+void X11Pasteboard::readString(TextHandler done)
+{
+    waiting_.push_back(std::move(done));
+    if (connection_->isLost())
+        return answerReaders(std::nullopt);
+    if (ownership_ == Ownership::ours)
+        return answerReaders(server_.text() == nullptr ? std::nullopt : std::optional(*server_.text()));
+    if (ownership_ == Ownership::none && !reader_)
+        beginReading();
+    // Otherwise this one waits together with an earlier one, or until it is known whose the clipboard is.
+}
+
+void X11Pasteboard::clear()
+{
+    takeOver(std::nullopt);
+    isJustCleared_ = true;
+}
+
+void X11Pasteboard::setString(std::string text)
+{
+    const bool isSameTakeOver = std::exchange(isJustCleared_, false);
+    if (isSameTakeOver && ownership_ != Ownership::none)
+        server_.offer(std::move(text));
+    else
+        takeOver(std::move(text));
+}
+
+void X11Pasteboard::takeOver(std::optional<std::string> text)
+{
+    ++changeCount_;
+    abortReading();
+    if (connection_->isLost())
+        return;
+    server_.offer(std::move(text));
+    claim();
+}
+
+void X11Pasteboard::claim()
+{
+    ownership_ = Ownership::claimed;
+    server_.setOwnedSince(XCB_CURRENT_TIME); // Known when the server tells.
+    claimSequence_ = xcb_set_selection_owner(connection_->raw(), window_,
+                                             connection_->atom(XcbAtom::clipboard), latestTime_)
+                         .sequence;
+    connection_->askOwner(connection_->atom(XcbAtom::clipboard),
+                          [this, claim = claimSequence_](xcb_window_t owner) {
+                              if (claim == claimSequence_ && ownership_ == Ownership::claimed)
+                                  settleClaim(owner);
+                          });
+}
+
+void X11Pasteboard::settleClaim(xcb_window_t owner)
+{
+    isJustCleared_ = false;
+    if (owner == window_)
+        ownership_ = Ownership::ours;
+    else
+        giveUpOwnership();
+    if (waiting_.empty())
+        return;
+    if (ownership_ == Ownership::ours)
+        answerReaders(server_.text() == nullptr ? std::nullopt : std::optional(*server_.text()));
+    else
+        beginReading();
+}
+
+void X11Pasteboard::giveUpOwnership()
+{
+    ownership_ = Ownership::none;
+    isJustCleared_ = false;
+    server_.withdraw();
+}
+
+void X11Pasteboard::handleEvent(const xcb_generic_event_t &event)
+{
+    const unsigned type = event.response_type & 0x7FU; // Without the mark of an event sent by a program.
+    if (type == connection_->firstXfixesEvent() + unsigned(XCB_XFIXES_SELECTION_NOTIFY))
+        return handleOwnerChange(event);
+    switch (type) {
+    case XCB_SELECTION_NOTIFY:
+        return handleSelectionNotify(as<xcb_selection_notify_event_t>(event));
+    case XCB_PROPERTY_NOTIFY:
+        return handlePropertyNotify(as<xcb_property_notify_event_t>(event));
+    case XCB_SELECTION_REQUEST:
+        return server_.handleRequest(as<xcb_selection_request_event_t>(event));
+    case XCB_SELECTION_CLEAR:
+        return handleSelectionClear(event);
+    case XCB_DESTROY_NOTIFY:
+        return server_.handleDestroyNotify(as<xcb_destroy_notify_event_t>(event));
+    default:
+        break;
+    }
+}
+
+void X11Pasteboard::handleOwnerChange(const xcb_generic_event_t &event)
+{
+    const auto &change = as<xcb_xfixes_selection_notify_event_t>(event);
+    noteTime(change.timestamp);
+    if (change.subtype != XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER)
+        return abortReading();     // The owner is gone, and nobody has taken its place.
+    if (change.owner == window_) { // Counted when it was asked for.
+        server_.setOwnedSince(change.selection_timestamp);
+    } else {
+        ++changeCount_;
+        if (!isBeforeClaim(event))
+            giveUpOwnership();
+        abortReading();
+    }
+    if (changeHandler_)
+        changeHandler_();
+}
+
+void X11Pasteboard::handleSelectionClear(const xcb_generic_event_t &event)
+{
+    noteTime(as<xcb_selection_clear_event_t>(event).time);
+    if (!isBeforeClaim(event))
+        giveUpOwnership();
+}
+
+// Whether the server had not yet seen our latest claim when this happened.
+bool X11Pasteboard::isBeforeClaim(const xcb_generic_event_t &event) const
+{
+    return ownership_ != Ownership::none &&
+           static_cast<std::int32_t>(event.full_sequence - claimSequence_) < 0;
+}
+
+void X11Pasteboard::handleSelectionNotify(const xcb_selection_notify_event_t &event)
+{
+    if (event.selection == connection_->atom(XcbAtom::clipboardManager)) {
+        isHandedOver_ = true;
+        return;
+    }
+    if (reader_ && event.requestor == reader_->window())
+        return reader_->handleSelectionNotify(event);
+    const auto awaited = std::find(awaitedWindows_.begin(), awaitedWindows_.end(), event.requestor);
+    if (awaited == awaitedWindows_.end())
+        return;
+    connection_->destroyWindow(*awaited);
+    awaitedWindows_.erase(awaited);
+}
+
+void X11Pasteboard::handlePropertyNotify(const xcb_property_notify_event_t &event)
+{
+    noteTime(event.time);
+    if (reader_ && event.window == reader_->window())
+        reader_->handlePropertyNotify(event);
+    else
+        server_.handlePropertyNotify(event);
+}
+
+void X11Pasteboard::handleLoss()
+{
+    giveUpOwnership();
+    reader_.reset();
+    answerReaders(std::nullopt);
+    if (lostHandler_)
+        lostHandler_();
+}
+
+void X11Pasteboard::beginReading()
+{
+    reader_ = std::make_unique<SelectionReader>(
+        *connection_, scheduler_, limits_, latestTime_, [this](const std::optional<std::string> &text) {
+            const auto finished = std::move(reader_); // Lives to the end of its own call.
+            if (const auto window = finished->releaseAwaitedWindow())
+                awaitedWindows_.push_back(*window);
+            answerReaders(text);
+        });
+}
+
+// Those who wait get nothing, from the event loop: the caller may be in the middle of something.
+void X11Pasteboard::abortReading()
+{
+    if (const auto aborted = std::move(reader_)) {
+        if (const auto window = aborted->releaseAwaitedWindow())
+            awaitedWindows_.push_back(*window);
+    }
+    for (; awaitedWindows_.size() > kMostAwaitedWindows; awaitedWindows_.pop_front())
+        connection_->destroyWindow(awaitedWindows_.front());
+    for (TextHandler &done : std::exchange(waiting_, {}))
+        connection_->later([done = std::move(done)] { done(std::nullopt); });
+}
+
+void X11Pasteboard::answerReaders(const std::optional<std::string> &text)
+{
+    for (const TextHandler &done : std::exchange(waiting_, {}))
+        done(text);
+}
+
+void X11Pasteboard::noteTime(xcb_timestamp_t time)
+{
+    if (latestTime_ == XCB_CURRENT_TIME || static_cast<std::int32_t>(time - latestTime_) > 0)
+        latestTime_ = time;
+}
+
+// Waits for another program: only here, where nothing else is left to be done.
+void X11Pasteboard::handOver()
+{
+    xcb_connection_t *server = connection_->raw();
+    const xcb_atom_t manager = connection_->atom(XcbAtom::clipboardManager);
+    const XcbReply<xcb_get_selection_owner_reply_t> owner(
+        xcb_get_selection_owner_reply(server, xcb_get_selection_owner(server, manager), nullptr));
+    if (!owner || owner->owner == XCB_NONE)
+        return;
+    const std::vector<xcb_atom_t> forms = server_.forms();
+    const xcb_atom_t property = connection_->atom(XcbAtom::transfer);
+    xcb_change_property(server, XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_ATOM, 32,
+                        static_cast<std::uint32_t>(forms.size()), forms.data());
+    xcb_convert_selection(server, window_, manager, connection_->atom(XcbAtom::saveTargets), property,
+                          XCB_CURRENT_TIME);
+    xcb_flush(server);
+    // Real time, not the scheduler's: the event loop has ended.
+    const QDeadlineTimer deadline(kLongestHandOver);
+    while (!isHandedOver_ && !connection_->isLost() && !deadline.hasExpired())
+        connection_->wait(std::chrono::milliseconds(deadline.remainingTime()));
+}

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "SelectionReader.h"
+#include "SelectionServer.h"
+#include "XcbConnection.h"
+
+#include <VelmoraPlatform/Pasteboard.h>
+#include <VelmoraPlatform/Scheduler.h>
+
+#include <QByteArray>
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+// The CLIPBOARD selection of an X server.
+//
+// Every change of its owner is one step of the count. Writing gives the time of the latest change we know of,
+// so the server turns us down when somebody has copied anew behind our back. On its end it hands the text to
+// a clipboard manager, if there is one, for which it waits at most 300 ms.
+class X11Pasteboard final : public Pasteboard {
+public:
+    // Nothing when there is no server or it lacks XFixes. An empty display name stands for $DISPLAY.
+    [[nodiscard]] static std::unique_ptr<X11Pasteboard>
+    create(Scheduler &scheduler, const QByteArray &displayName = {}, SelectionLimits limits = {});
+    ~X11Pasteboard() override;
+    Q_DISABLE_COPY_MOVE(X11Pasteboard)
+
+    [[nodiscard]] qint64 changeCount() const override { return changeCount_; }
+
+    void readString(TextHandler done) override;
+    void clear() override;
+    void setString(std::string text) override;
+
+    [[nodiscard]] bool notifiesChanges() const override { return true; }
+
+    void setChangeHandler(ChangeHandler handler) override { changeHandler_ = std::move(handler); }
+
+    // `handler` runs once when the server has gone away; from then on the clipboard is empty.
+    void setLostHandler(std::function<void()> handler) { lostHandler_ = std::move(handler); }
+
+private:
+    enum class Ownership {
+        none,
+        claimed, // Asked for, and the server has not answered yet.
+        ours,
+    };
+
+    X11Pasteboard(std::unique_ptr<XcbConnection> connection, Scheduler &scheduler, SelectionLimits limits);
+
+    void handleEvent(const xcb_generic_event_t &event);
+    void handleOwnerChange(const xcb_generic_event_t &event);
+    void handleSelectionClear(const xcb_generic_event_t &event);
+    void handleSelectionNotify(const xcb_selection_notify_event_t &event);
+    void handlePropertyNotify(const xcb_property_notify_event_t &event);
+    void handleLoss();
+    [[nodiscard]] bool isBeforeClaim(const xcb_generic_event_t &event) const;
+
+    void takeOver(std::optional<std::string> text);
+    void claim();
+    void settleClaim(xcb_window_t owner);
+    void giveUpOwnership();
+    void beginReading();
+    void abortReading();
+    void answerReaders(const std::optional<std::string> &text);
+    void noteTime(xcb_timestamp_t time);
+    void handOver();
+
+    std::unique_ptr<XcbConnection> connection_;
+    Scheduler &scheduler_;
+    SelectionLimits limits_;
+    SelectionServer server_;
+    xcb_window_t window_;
+    qint64 changeCount_ = 0;
+    xcb_timestamp_t latestTime_ = XCB_CURRENT_TIME;
+
+    Ownership ownership_ = Ownership::none;
+    std::uint32_t claimSequence_ =
+        0; // The request that took the selection over; events tell what they follow.
+    bool isJustCleared_ = false;
+
+    std::unique_ptr<SelectionReader> reader_;
+    std::vector<TextHandler> waiting_;
+    std::deque<xcb_window_t> awaitedWindows_; // Of readings that were given up before the owner answered.
+    bool isHandedOver_ = false;
+
+    ChangeHandler changeHandler_;
+    std::function<void()> lostHandler_;
+};

@@ -1,0 +1,53 @@
+#include "PrivateFiles.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr mode_t kForOthers = S_IRWXG | S_IRWXO;
+
+void narrowTo(const QString &path, mode_t rights)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status = {};
+    if (stat(name.constData(), &status) == 0 && (status.st_mode & kForOthers) != 0)
+        (void)chmod(name.constData(), rights); // Not ours or a read-only disk: it stays as it is.
+}
+
+bool makeFolder(const QString &folder)
+{
+    const QString above = QDir::cleanPath(folder + QStringLiteral("/.."));
+    if (!QDir(above).exists() && above != folder && !makeFolder(above))
+        return false;
+    return mkdir(QFile::encodeName(folder).constData(), S_IRWXU) == 0 || QDir(folder).exists();
+}
+
+} // namespace
+
+bool PrivateFiles::prepareFolder(const QString &folder)
+{
+    if (!makeFolder(folder))
+        return false;
+    narrowTo(folder, S_IRWXU);
+    return true;
+}
+
+bool PrivateFiles::prepareFile(const QString &path)
+{
+    const int file = open(QFile::encodeName(path).constData(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK,
+                          S_IRUSR | S_IWUSR);
+    if (file < 0)
+        return QFile::exists(path);
+    close(file);
+    return true;
+}
+
+void PrivateFiles::narrow(const QString &path)
+{
+    narrowTo(path, S_IRUSR | S_IWUSR);
+}

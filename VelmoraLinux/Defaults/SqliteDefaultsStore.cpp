@@ -1,0 +1,170 @@
+#include "SqliteDefaultsStore.h"
+
+#include "PrivateFiles.h"
+
+#include <utility>
+
+using Outcome = SqliteFile::Outcome;
+
+SqliteDefaultsStore::SqliteDefaultsStore(const QString &folder)
+    : folder_(folder)
+    , path_(folder + QStringLiteral("/defaults.sqlite"))
+{
+    Outcome outcome = openFile();
+    if (outcome == Outcome::damaged) {
+        setAside();
+        outcome = openFile();
+    }
+    if (outcome == Outcome::refused)
+        SqliteFile::readCopy(path_, values_);
+    isNewer_ = outcome == Outcome::newer;
+    isWritable_ = outcome == Outcome::done;
+    if (!isWritable_)
+        report(Problem::notWritable);
+}
+
+SqliteDefaultsStore::~SqliteDefaultsStore()
+{
+    if (!unwritten_.isEmpty())
+        (void)tryToWrite();
+}
+
+std::optional<bool> SqliteDefaultsStore::boolean(QStringView key) const
+{
+    return read<bool>(key);
+}
+
+std::optional<qint64> SqliteDefaultsStore::integer(QStringView key) const
+{
+    return read<qint64>(key);
+}
+
+std::optional<QString> SqliteDefaultsStore::string(QStringView key) const
+{
+    return read<QString>(key);
+}
+
+std::optional<QByteArray> SqliteDefaultsStore::data(QStringView key) const
+{
+    return read<QByteArray>(key);
+}
+
+void SqliteDefaultsStore::setBoolean(QStringView key, bool value)
+{
+    set(key, value);
+}
+
+void SqliteDefaultsStore::setInteger(QStringView key, qint64 value)
+{
+    set(key, value);
+}
+
+void SqliteDefaultsStore::setString(QStringView key, const QString &value)
+{
+    set(key, value);
+}
+
+void SqliteDefaultsStore::setData(QStringView key, const QByteArray &value)
+{
+    // A null array is an empty one here; the database tells them apart.
+    set(key, value.isNull() ? QByteArray("") : value);
+}
+
+void SqliteDefaultsStore::remove(QStringView key)
+{
+    values_.remove(key.toString());
+    unwritten_.insert(key.toString(), std::nullopt);
+    writeChanges();
+}
+
+void SqliteDefaultsStore::setProblemHandler(ProblemHandler handler)
+{
+    handler_ = std::move(handler);
+    for (const Problem problem : std::exchange(unreported_, {}))
+        report(problem);
+}
+
+template<typename Value>
+std::optional<Value> SqliteDefaultsStore::read(QStringView key) const
+{
+    const auto found = values_.constFind(key.toString());
+    if (found == values_.constEnd() || !std::holds_alternative<Value>(*found))
+        return std::nullopt;
+    return std::get<Value>(*found);
+}
+
+void SqliteDefaultsStore::set(QStringView key, DefaultsValue value)
+{
+    values_.insert(key.toString(), value);
+    unwritten_.insert(key.toString(), std::move(value));
+    writeChanges();
+}
+
+void SqliteDefaultsStore::writeChanges()
+{
+    Outcome outcome = tryToWrite();
+    if (outcome == Outcome::damaged) {
+        setAside();
+        outcome = tryToWrite();
+    }
+    const bool wasWritable = std::exchange(isWritable_, outcome == Outcome::done);
+    if (wasWritable && !isWritable_)
+        report(Problem::notWritable);
+}
+
+Outcome SqliteDefaultsStore::tryToWrite()
+{
+    if (isNewer_)
+        return Outcome::newer;
+    if (file_.isOpen() && !file_.isStillInPlace()) {
+        file_.abandon();
+        wantAllWritten();
+    }
+    Outcome outcome = file_.isOpen() ? Outcome::done : openFile();
+    if (outcome == Outcome::done)
+        outcome = file_.write(unwritten_);
+    if (outcome == Outcome::done)
+        unwritten_.clear();
+    else
+        file_.close();
+    return outcome;
+}
+
+// Opens the file and takes over what it holds; what was set meanwhile counts more.
+Outcome SqliteDefaultsStore::openFile()
+{
+    if (!PrivateFiles::prepareFolder(folder_))
+        return Outcome::refused;
+    DefaultsValues stored;
+    const Outcome outcome = file_.open(path_, stored);
+    if (outcome != Outcome::done && outcome != Outcome::newer)
+        return outcome;
+    for (auto row = stored.cbegin(); row != stored.cend(); ++row) {
+        if (!unwritten_.contains(row.key()))
+            values_.insert(row.key(), row.value());
+    }
+    return outcome;
+}
+
+void SqliteDefaultsStore::setAside()
+{
+    file_.close();
+    if (SqliteFile::setAside(path_).isEmpty())
+        return;
+    wantAllWritten();
+    report(Problem::setAside);
+}
+
+void SqliteDefaultsStore::wantAllWritten()
+{
+    for (auto value = values_.cbegin(); value != values_.cend(); ++value)
+        unwritten_.insert(value.key(), value.value());
+}
+
+void SqliteDefaultsStore::report(Problem problem)
+{
+    if (handler_)
+        handler_(problem);
+    else
+        unreported_.append(problem);
+}

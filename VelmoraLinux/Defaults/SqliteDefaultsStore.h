@@ -1,0 +1,51 @@
+#pragma once
+
+#include "SqliteFile.h"
+
+#include <VelmoraPlatform/DefaultsStore.h>
+
+#include <QList>
+
+// The defaults in an SQLite file that only the user can read.
+//
+// All values live in memory too: a read never touches the disk, and a value that could not be written stays,
+// to be written together with the next one that is set, or at the end of the program.
+class SqliteDefaultsStore final : public DefaultsStore {
+public:
+    // `folder` is made when missing; the file in it is "defaults.sqlite".
+    explicit SqliteDefaultsStore(const QString &folder);
+    ~SqliteDefaultsStore() override;
+    Q_DISABLE_COPY_MOVE(SqliteDefaultsStore)
+
+    [[nodiscard]] std::optional<bool> boolean(QStringView key) const override;
+    [[nodiscard]] std::optional<qint64> integer(QStringView key) const override;
+    [[nodiscard]] std::optional<QString> string(QStringView key) const override;
+    [[nodiscard]] std::optional<QByteArray> data(QStringView key) const override;
+    void setBoolean(QStringView key, bool value) override;
+    void setInteger(QStringView key, qint64 value) override;
+    void setString(QStringView key, const QString &value) override;
+    void setData(QStringView key, const QByteArray &value) override;
+    void remove(QStringView key) override;
+    void setProblemHandler(ProblemHandler handler) override;
+
+private:
+    template<typename Value>
+    [[nodiscard]] std::optional<Value> read(QStringView key) const;
+    void set(QStringView key, DefaultsValue value);
+    void writeChanges();
+    SqliteFile::Outcome tryToWrite();
+    SqliteFile::Outcome openFile();
+    void setAside();
+    void wantAllWritten();
+    void report(Problem problem);
+
+    QString folder_;
+    QString path_;
+    SqliteFile file_;
+    DefaultsValues values_;
+    DefaultsChanges unwritten_;
+    bool isNewer_ = false;   // Written by a later version: never written to.
+    bool isWritable_ = true; // Whether the last attempt went well, to report each trouble once.
+    ProblemHandler handler_;
+    QList<Problem> unreported_;
+};

@@ -1,0 +1,321 @@
+#include "SqliteFile.h"
+
+#include "PrivateFiles.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <limits>
+
+namespace {
+
+using Outcome = SqliteFile::Outcome;
+
+constexpr int kLongestWaitMs = 5;
+constexpr int kApplicationId = 0x564C4D52; // "VLMR"
+constexpr int kSchemaVersion = 1;
+constexpr std::array kCompanions = {"-wal", "-shm",
+                                    ""}; // The database last: without it the others say nothing.
+
+constexpr auto kSchema = "BEGIN IMMEDIATE;"
+                         "CREATE TABLE IF NOT EXISTS defaults("
+                         " key TEXT PRIMARY KEY NOT NULL,"
+                         " type TEXT NOT NULL CHECK(type IN ('bool', 'integer', 'string', 'data')),"
+                         " value ANY NOT NULL) STRICT;"
+                         "PRAGMA application_id=0x564C4D52;"
+                         "PRAGMA user_version=1;"
+                         "COMMIT";
+
+Outcome outcomeOf(int code)
+{
+    switch (code) {
+    case SQLITE_OK:
+    case SQLITE_DONE:
+    case SQLITE_ROW:
+        return Outcome::done;
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        return Outcome::damaged;
+    default:
+        return Outcome::refused;
+    }
+}
+
+// A prepared statement; a failure to prepare shows at the first step.
+class Statement {
+public:
+    Statement(sqlite3 *database, const char *text)
+        : code_(sqlite3_prepare_v2(database, text, -1, &statement_, nullptr))
+    {
+    }
+
+    ~Statement() { sqlite3_finalize(statement_); }
+
+    Q_DISABLE_COPY_MOVE(Statement)
+
+    int step() { return code_ == SQLITE_OK ? sqlite3_step(statement_) : code_; }
+
+    void bind(int place, bool value) { note(sqlite3_bind_int(statement_, place, value)); }
+
+    void bind(int place, qint64 value) { note(sqlite3_bind_int64(statement_, place, value)); }
+
+    void bind(int place, const QString &value)
+    {
+        const QByteArray text = value.toUtf8();
+        note(sqlite3_bind_text64(statement_, place, text.constData(), sqlite3_uint64(text.size()),
+                                 SQLITE_TRANSIENT, SQLITE_UTF8));
+    }
+
+    void bind(int place, const QByteArray &value)
+    {
+        // Never a null pointer: that would be a null value.
+        note(sqlite3_bind_blob64(statement_, place, value.constData(), sqlite3_uint64(value.size()),
+                                 SQLITE_STATIC));
+    }
+
+    [[nodiscard]] int type(int column) const { return sqlite3_column_type(statement_, column); }
+
+    [[nodiscard]] qint64 integer(int column) const { return sqlite3_column_int64(statement_, column); }
+
+    [[nodiscard]] QByteArray bytes(int column) const
+    {
+        const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement_, column));
+        return {bytes, sqlite3_column_bytes(statement_, column)};
+    }
+
+private:
+    void note(int code)
+    {
+        if (code_ == SQLITE_OK)
+            code_ = code;
+    }
+
+    sqlite3_stmt *statement_ = nullptr;
+    int code_ = SQLITE_OK;
+};
+
+Outcome run(sqlite3 *database, const char *text)
+{
+    return outcomeOf(sqlite3_exec(database, text, nullptr, nullptr, nullptr));
+}
+
+Outcome readNumber(sqlite3 *database, const char *text, qint64 &number)
+{
+    Statement statement(database, text);
+    const int code = statement.step();
+    if (code == SQLITE_ROW)
+        number = statement.integer(0);
+    return outcomeOf(code);
+}
+
+std::optional<DefaultsValue> decode(const QByteArray &type, const Statement &row, int column)
+{
+    const int stored = row.type(column);
+    if (type == "bool" && stored == SQLITE_INTEGER)
+        return row.integer(column) != 0;
+    if (type == "integer" && stored == SQLITE_INTEGER)
+        return row.integer(column);
+    if (type == "string" && stored == SQLITE_TEXT)
+        return QString::fromUtf8(row.bytes(column));
+    if (type == "data" && stored == SQLITE_BLOB)
+        return row.bytes(column);
+    return std::nullopt; // Not written by us: it stays where it is.
+}
+
+const char *typeName(const DefaultsValue &value)
+{
+    static constexpr std::array names = {"bool", "integer", "string", "data"}; // In the order of the variant.
+    return names.at(value.index());
+}
+
+} // namespace
+
+void SqliteFile::Closer::operator()(sqlite3 *database) const
+{
+    sqlite3_close(database);
+}
+
+SqliteFile::~SqliteFile() = default;
+
+Outcome SqliteFile::open(const QString &path, DefaultsValues &values)
+{
+    path_ = path;
+    if (!PrivateFiles::prepareFile(path))
+        return Outcome::refused;
+    sqlite3 *database = nullptr;
+    const int code = sqlite3_open_v2(QFile::encodeName(path).constData(), &database,
+                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    database_.reset(database); // Also after a failure there is an object to release.
+    Outcome outcome = outcomeOf(code);
+    if (outcome == Outcome::done) {
+        sqlite3_busy_timeout(database, kLongestWaitMs);
+        keepCompanionsOnClose(true); // Until we know that it is ours and sound.
+        outcome = checkSchema();
+    }
+    if (outcome == Outcome::done || outcome == Outcome::newer) {
+        const Outcome read = load(values);
+        if (outcome == Outcome::done)
+            outcome = read;
+    }
+    if (outcome != Outcome::done) {
+        close();
+        return outcome;
+    }
+    keepCompanionsOnClose(false);
+    for (const char *companion : kCompanions)
+        PrivateFiles::narrow(path + QLatin1StringView(companion));
+    struct stat status = {};
+    if (stat(QFile::encodeName(path).constData(), &status) == 0) {
+        device_ = status.st_dev;
+        inode_ = status.st_ino;
+    }
+    return Outcome::done;
+}
+
+Outcome SqliteFile::checkSchema()
+{
+    qint64 application = 0;
+    qint64 version = 0;
+    qint64 tables = 0;
+    Outcome outcome = readNumber(database_.get(), "PRAGMA application_id", application);
+    if (outcome == Outcome::done)
+        outcome = readNumber(database_.get(), "PRAGMA user_version", version);
+    if (outcome == Outcome::done)
+        outcome = readNumber(database_.get(), "SELECT count(*) FROM sqlite_master", tables);
+    if (outcome != Outcome::done)
+        return outcome;
+    const bool isEmpty = application == 0 && version == 0 && tables == 0;
+    if (!isEmpty && application != kApplicationId)
+        return Outcome::damaged;
+    if (version > kSchemaVersion)
+        return Outcome::newer;
+    return createSchema();
+}
+
+// Also for an existing file: a write that changes nothing shows early whether writing is possible.
+Outcome SqliteFile::createSchema()
+{
+    for (const char *step :
+         {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA secure_delete=ON", kSchema}) {
+        const Outcome outcome = run(database_.get(), step);
+        if (outcome != Outcome::done)
+            return outcome;
+    }
+    return Outcome::done;
+}
+
+Outcome SqliteFile::load(DefaultsValues &values)
+{
+    Statement rows(database_.get(), "SELECT key, type, value FROM defaults");
+    int code = rows.step();
+    for (; code == SQLITE_ROW; code = rows.step()) {
+        if (auto value = decode(rows.bytes(1), rows, 2))
+            values.insert(QString::fromUtf8(rows.bytes(0)), *std::move(value));
+    }
+    return outcomeOf(code);
+}
+
+Outcome SqliteFile::write(const DefaultsChanges &changes)
+{
+    Outcome outcome = run(database_.get(), "BEGIN IMMEDIATE");
+    if (outcome != Outcome::done)
+        return outcome;
+    bool removes = false;
+    for (auto change = changes.cbegin(); change != changes.cend() && outcome == Outcome::done; ++change) {
+        outcome = writeOne(change.key(), change.value());
+        removes = removes || !change.value();
+    }
+    if (outcome == Outcome::done)
+        outcome = run(database_.get(), "COMMIT");
+    if (outcome == Outcome::damaged)
+        keepCompanionsOnClose(true);
+    if (outcome != Outcome::done)
+        (void)run(database_.get(), "ROLLBACK");
+    else if (removes) // What the user had removed shall not linger in the log.
+        (void)run(database_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
+    return outcome;
+}
+
+Outcome SqliteFile::writeOne(const QString &key, const std::optional<DefaultsValue> &value)
+{
+    if (!value) {
+        Statement removal(database_.get(), "DELETE FROM defaults WHERE key=?1");
+        removal.bind(1, key);
+        return outcomeOf(removal.step());
+    }
+    Statement row(database_.get(),
+                  "INSERT INTO defaults(key, type, value) VALUES(?1, ?2, ?3)"
+                  " ON CONFLICT(key) DO UPDATE SET type=excluded.type, value=excluded.value");
+    row.bind(1, key);
+    row.bind(2, QString::fromLatin1(typeName(*value)));
+    std::visit([&row](const auto &content) { row.bind(3, content); }, *value);
+    return outcomeOf(row.step());
+}
+
+void SqliteFile::close()
+{
+    database_.reset();
+}
+
+void SqliteFile::abandon()
+{
+    if (database_)
+        keepCompanionsOnClose(true);
+    database_.reset();
+}
+
+bool SqliteFile::isStillInPlace() const
+{
+    struct stat status = {};
+    return stat(QFile::encodeName(path_).constData(), &status) == 0 && status.st_dev == device_ &&
+           status.st_ino == inode_;
+}
+
+void SqliteFile::keepCompanionsOnClose(bool keep)
+{
+    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
+}
+
+void SqliteFile::readCopy(const QString &path, DefaultsValues &values)
+{
+    const QTemporaryDir folder; // 0700.
+    if (!folder.isValid() || !QFile::exists(path))
+        return;
+    const QString copy = folder.filePath(QStringLiteral("copy"));
+    QFile::copy(path + QStringLiteral("-wal"), copy + QStringLiteral("-wal"));
+    if (!QFile::copy(path, copy))
+        return;
+    for (const char *companion : kCompanions) // A copy of a read-only file is read-only.
+        QFile::setPermissions(copy + QLatin1StringView(companion), QFile::ReadOwner | QFile::WriteOwner);
+    DefaultsValues read;
+    SqliteFile file;
+    const Outcome outcome = file.open(copy, read);
+    if (outcome == Outcome::done || outcome == Outcome::newer)
+        values = std::move(read);
+}
+
+QString SqliteFile::setAside(const QString &path)
+{
+    const QFileInfo file(path);
+    const auto nameFor = [&file](int number) {
+        return QStringLiteral("%1/%2.damaged-%3.%4")
+            .arg(file.path(), file.completeBaseName(), QString::number(number), file.suffix());
+    };
+    const auto isTaken = [](const QString &name) {
+        return std::any_of(kCompanions.begin(), kCompanions.end(), [&name](const char *companion) {
+            return QFile::exists(name + QLatin1StringView(companion));
+        });
+    };
+    int number = 1;
+    while (isTaken(nameFor(number)))
+        ++number;
+    const QString name = nameFor(number);
+    for (const char *companion : kCompanions)
+        QFile::rename(path + QLatin1StringView(companion), name + QLatin1StringView(companion));
+    return QFile::exists(path) ? QString() : name;
+}

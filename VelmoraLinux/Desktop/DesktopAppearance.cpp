@@ -1,0 +1,97 @@
+#include "DesktopAppearance.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QPalette>
+
+namespace {
+const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
+const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
+} // namespace
+
+DesktopAppearance::DesktopAppearance(QDBusConnection bus)
+    : bus_(std::move(bus))
+{
+    // Without a service name: naming it would make Qt wait for the bus to say who that is.
+    bus_.connect({}, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
+                 SLOT(settingChanged(QString, QString, QDBusVariant)));
+    qGuiApp->installEventFilter(this);
+    askPortal();
+}
+
+Appearance::ColorScheme DesktopAppearance::colorScheme() const
+{
+    if (portalScheme_)
+        return *portalScheme_;
+    const QPalette palette = QGuiApplication::palette();
+    const bool isDark = palette.windowText().color().lightnessF() > palette.window().color().lightnessF();
+    return isDark ? ColorScheme::dark : ColorScheme::light;
+}
+
+void DesktopAppearance::addChangeHandler(ChangeHandler handler)
+{
+    handlers_.push_back(std::move(handler));
+}
+
+void DesktopAppearance::askPortal()
+{
+    auto call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
+                                               QStringLiteral("ReadAll"));
+    call << QStringList{appearanceGroup};
+    auto *pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
+        pending->deleteLater();
+        if (pending->isError() || pending->reply().arguments().isEmpty())
+            return; // No portal: the palette decides.
+        const auto groups = qdbus_cast<QMap<QString, QVariantMap>>(
+            pending->reply().arguments().constFirst().value<QDBusArgument>());
+        bool changed = false;
+        const QVariantMap settings = groups.value(appearanceGroup);
+        for (auto setting = settings.begin(); setting != settings.end(); ++setting)
+            changed |= take(setting.key(), setting.value());
+        if (changed)
+            tell();
+    });
+}
+
+void DesktopAppearance::settingChanged(const QString &group, const QString &key, const QDBusVariant &value)
+{
+    if (group == appearanceGroup && take(key, value.variant()))
+        tell();
+}
+
+bool DesktopAppearance::take(const QString &key, const QVariant &value)
+{
+    if (key == QLatin1String("color-scheme")) { // 0: no preference, 1: dark, 2: light.
+        const uint scheme = value.toUInt();
+        portalScheme_.reset();
+        if (scheme == 1)
+            portalScheme_ = ColorScheme::dark;
+        else if (scheme == 2)
+            portalScheme_ = ColorScheme::light;
+        return true;
+    }
+    if (key == QLatin1String("reduced-motion")) {
+        reducesMotion_ = value.toUInt() == 1;
+        return true;
+    }
+    return false;
+}
+
+bool DesktopAppearance::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::ApplicationPaletteChange && watched == qGuiApp)
+        tell();
+    return QObject::eventFilter(watched, event);
+}
+
+void DesktopAppearance::tell()
+{
+    for (const ChangeHandler &handler : handlers_)
+        handler();
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <VelmoraPlatform/Appearance.h>
+
+#include <QDBusConnection>
+#include <QDBusVariant>
+#include <QObject>
+
+#include <optional>
+#include <vector>
+
+// What the settings portal says, live; without a portal the palette tells light from dark.
+class DesktopAppearance : public QObject, public Appearance {
+    Q_OBJECT
+
+public:
+    explicit DesktopAppearance(QDBusConnection bus);
+
+    [[nodiscard]] ColorScheme colorScheme() const override;
+
+    [[nodiscard]] bool reducesMotion() const override { return reducesMotion_; }
+
+    void addChangeHandler(ChangeHandler handler) override;
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void askPortal();
+    Q_SLOT void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+    bool take(const QString &key, const QVariant &value);
+    void tell();
+
+    QDBusConnection bus_;
+    std::optional<ColorScheme> portalScheme_;
+    bool reducesMotion_ = false;
+    std::vector<ChangeHandler> handlers_;
+};

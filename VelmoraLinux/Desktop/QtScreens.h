@@ -1,0 +1,10 @@
+#pragma once
+
+#include <VelmoraPlatform/Screens.h>
+
+// The screens as Qt knows them.
+class QtScreens : public Screens {
+public:
+    [[nodiscard]] QRect mainWorkArea() const override;
+    [[nodiscard]] QRect workAreaAt(QPoint point) const override;
+};

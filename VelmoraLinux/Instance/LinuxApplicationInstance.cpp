@@ -1,0 +1,93 @@
+#include "LinuxApplicationInstance.h"
+
+#include "DBusApplication.h"
+#include "LocalInstance.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+
+#include <utility>
+
+namespace {
+constexpr int patience = 3000; // Milliseconds for a first instance that is busy.
+
+QByteArray startToken()
+{
+    const QByteArray token = qgetenv("XDG_ACTIVATION_TOKEN");
+    return token.isEmpty() ? qgetenv("DESKTOP_STARTUP_ID") : token;
+}
+
+// As the desktop entry standard asks: dots become slashes, hyphens underscores.
+QString objectPath(QString identifier)
+{
+    return QLatin1Char('/') +
+           identifier.replace(QLatin1Char('.'), QLatin1Char('/')).replace(QLatin1Char('-'), QLatin1Char('_'));
+}
+} // namespace
+
+LinuxApplicationInstance::LinuxApplicationInstance(QDBusConnection bus, QString identifier,
+                                                   ActivationToken &token)
+    : bus_(std::move(bus))
+    , startedByBus_(qEnvironmentVariableIsSet("DBUS_STARTER_ADDRESS"))
+    , identifier_(std::move(identifier))
+    , token_(token)
+{
+}
+
+LinuxApplicationInstance::~LinuxApplicationInstance() = default;
+
+ApplicationInstance::Role LinuxApplicationInstance::claim()
+{
+    if (bus_.isConnected())
+        return claimOnBus();
+    local_ = std::make_unique<LocalInstance>(identifier_);
+    if (!local_->claim(startToken()))
+        return Role::second;
+    connect(local_.get(), &LocalInstance::reopened, this, [this](const QByteArray &token) {
+        token_.keep(token);
+        if (reopen_)
+            reopen_();
+    });
+    return Role::first;
+}
+
+ApplicationInstance::Role LinuxApplicationInstance::claimOnBus()
+{
+    auto *application = new DBusApplication(this);
+    connect(application, &DBusApplication::reopened, this, [this](const QByteArray &token) {
+        token_.keep(token);
+        if (std::exchange(startedByBus_, false))
+            return;
+        if (reopen_)
+            reopen_();
+    });
+    // The object first: who sees the name may call at once.
+    bus_.registerObject(objectPath(identifier_), application, QDBusConnection::ExportScriptableInvokables);
+    const auto reply =
+        bus_.interface()->registerService(identifier_, QDBusConnectionInterface::DontQueueService,
+                                          QDBusConnectionInterface::DontAllowReplacement);
+    if (!reply.isValid() || reply.value() != QDBusConnectionInterface::ServiceNotRegistered)
+        return Role::first;
+    activateFirst();
+    return Role::second;
+}
+
+void LinuxApplicationInstance::activateFirst()
+{
+    auto call = QDBusMessage::createMethodCall(identifier_, objectPath(identifier_),
+                                               QStringLiteral("org.freedesktop.Application"),
+                                               QStringLiteral("Activate"));
+    QVariantMap platformData;
+    const QByteArray token = startToken();
+    if (!token.isEmpty()) {
+        platformData[QStringLiteral("activation-token")] = QString::fromUtf8(token);
+        platformData[QStringLiteral("desktop-startup-id")] = QString::fromUtf8(token);
+    }
+    call << platformData;
+    bus_.call(call, QDBus::Block, patience); // This process has nothing else to do and ends afterwards.
+}
+
+void LinuxApplicationInstance::setReopenHandler(ReopenHandler handler)
+{
+    reopen_ = std::move(handler);
+}

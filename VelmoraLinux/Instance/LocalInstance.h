@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class QLocalServer;
+
+// A lock that dies with its holder, and a socket over which a second start reaches the first. Both lie in the
+// user's runtime directory and are for the user's eyes only.
+class LocalInstance : public QObject {
+    Q_OBJECT
+
+public:
+    explicit LocalInstance(const QString &identifier);
+    ~LocalInstance() override;
+
+    // Whether this process is the first; if not, the first has been given `token` and asked to re-open.
+    [[nodiscard]] bool claim(const QByteArray &token);
+
+    Q_SIGNAL void reopened(const QByteArray &token);
+
+private:
+    [[nodiscard]] bool takeLock();
+    void listen();
+    void callFirst(const QByteArray &token) const;
+
+    QString lockPath_;
+    QString socketPath_;
+    int lock_ = -1;
+};

@@ -1,0 +1,80 @@
+#include "LinuxPlatform.h"
+
+#include "Clipboard/PasteboardFactory.h"
+#include "Login/LoginItems.h"
+#include "System/WorkingSet.h"
+#include "System/XdgFolders.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDesktopServices>
+#include <QProcessEnvironment>
+
+namespace {
+const QString identifier = QStringLiteral("app.velmora.Velmora");
+const QString title = QStringLiteral("Velmora");
+
+// A session without any clipboard.
+class NoPasteboard final : public Pasteboard {
+public:
+    [[nodiscard]] qint64 changeCount() const override { return 0; }
+
+    void readString(TextHandler done) override { done({}); }
+
+    void clear() override {}
+
+    void setString(std::string) override {}
+
+    [[nodiscard]] bool notifiesChanges() const override { return true; }
+
+    void setChangeHandler(ChangeHandler) override {}
+};
+
+std::unique_ptr<Pasteboard> pasteboardOfTheSession(Scheduler &scheduler)
+{
+    // An agent whose clipboard has gone for good has nothing left to do.
+    auto pasteboard = makePasteboard(scheduler, [] { QCoreApplication::quit(); });
+    return pasteboard ? std::move(pasteboard) : std::make_unique<NoPasteboard>();
+}
+} // namespace
+
+LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &token)
+    : instance_(instance)
+    , bundle_(QCoreApplication::applicationDirPath())
+    , defaults_(XdgFolders::dataHome() + QStringLiteral("/velmora"))
+    , pasteboard_(pasteboardOfTheSession(scheduler_))
+    , loginItem_(makeLoginItem(identifier, QCoreApplication::applicationFilePath(),
+                               QProcessEnvironment::systemEnvironment()))
+    , display_(X11Display::open())
+    , windows_(display_.get(), token)
+    , pointer_(display_.get())
+    , appearance_(QDBusConnection::sessionBus())
+    , statusItem_({QDBusConnection::sessionBus(), display_.get(), appearance_, token}, identifier, title)
+{
+}
+
+Platform LinuxPlatform::platform()
+{
+    const UpdaterFactory makeUpdater = [this](const UpdateConfiguration &configuration,
+                                              UpdateUserDriver &driver) {
+        return std::make_unique<StandardUpdater>(updaterEnvironment(driver), configuration);
+    };
+    return {bundle_,  defaults_,   *pasteboard_, scheduler_,    clock_,      language_,
+            https_,   *loginItem_, makeUpdater,  instance_,     statusItem_, windows_,
+            pointer_, screens_,    appearance_,  trimWorkingSet};
+}
+
+StandardUpdater::Environment LinuxPlatform::updaterEnvironment(UpdateUserDriver &driver)
+{
+    return {.defaults = defaults_,
+            .scheduler = scheduler_,
+            .clock = clock_,
+            .bundle = bundle_,
+            .driver = driver,
+            .installation = Installation::detect(QCoreApplication::applicationFilePath(),
+                                                 QProcessEnvironment::systemEnvironment()),
+            .downloadFolder = XdgFolders::cacheHome() + QStringLiteral("/velmora/updates"),
+            .network = {.userAgent = title + QLatin1Char('/') + QCoreApplication::applicationVersion()},
+            .openPage = [](const QUrl &page) { QDesktopServices::openUrl(page); },
+            .quit = [] { QCoreApplication::quit(); }};
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Defaults/SqliteDefaultsStore.h"
+#include "Desktop/ActivationToken.h"
+#include "Desktop/DesktopAppearance.h"
+#include "Desktop/QtScreens.h"
+#include "Network/QtHttpsClient.h"
+#include "StatusItem/LinuxStatusItem.h"
+#include "System/BundleInfoFile.h"
+#include "System/EnvironmentLanguage.h"
+#include "System/EventLoopScheduler.h"
+#include "System/SystemWallClock.h"
+#include "Updates/StandardUpdater.h"
+#include "X11/X11Display.h"
+#include "X11/X11PointerMonitor.h"
+#include "X11/X11WindowManager.h"
+
+#include <VelmoraPlatform/Platform.h>
+
+#include <memory>
+
+// The back ends of a Linux desktop. A QGuiApplication exists as long as this object.
+class LinuxPlatform {
+public:
+    // `instance` is claimed; `token` is what it gives activation tokens to.
+    LinuxPlatform(ApplicationInstance &instance, ActivationToken &token);
+
+    [[nodiscard]] Platform platform();
+
+private:
+    [[nodiscard]] StandardUpdater::Environment updaterEnvironment(UpdateUserDriver &driver);
+
+    ApplicationInstance &instance_;
+    BundleInfoFile bundle_;
+    SqliteDefaultsStore defaults_;
+    EventLoopScheduler scheduler_;
+    SystemWallClock clock_;
+    EnvironmentLanguage language_;
+    QtHttpsClient https_;
+    std::unique_ptr<Pasteboard> pasteboard_;
+    std::unique_ptr<LoginItem> loginItem_;
+
+    std::unique_ptr<X11Display> display_; // Null without an X server.
+    X11WindowManager windows_;
+    X11PointerMonitor pointer_;
+    QtScreens screens_;
+    DesktopAppearance appearance_;
+    LinuxStatusItem statusItem_;
+};

@@ -1,0 +1,92 @@
+#include "PortalLoginItem.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QUuid>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kPortal = u"org.freedesktop.portal.Desktop"_s;
+const QString kRequestInterface = u"org.freedesktop.portal.Request"_s;
+
+} // namespace
+
+PortalLoginItem::PortalLoginItem(QDBusConnection bus, QStringList command, QString reason)
+    : bus_(std::move(bus))
+    , command_(std::move(command))
+    , reason_(std::move(reason))
+{
+}
+
+bool PortalLoginItem::registerItem()
+{
+    return ask(true);
+}
+
+bool PortalLoginItem::unregisterItem()
+{
+    return ask(false);
+}
+
+void PortalLoginItem::setRefusalHandler(RefusalHandler handler)
+{
+    refusal_ = std::move(handler);
+}
+
+bool PortalLoginItem::ask(bool autostart)
+{
+    if (!bus_.isConnected())
+        return false;
+    stopListening();
+    wanted_ = autostart;
+    const QString token = u"velmora"_s + QUuid::createUuid().toString(QUuid::Id128);
+    const QString sender = bus_.baseService().mid(1).replace(u'.', u'_');
+    request_ = u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(sender, token);
+    // Listened for before the question: the answer may be quicker than the reply.
+    bus_.connect(kPortal, request_, kRequestInterface, u"Response"_s, this,
+                 SLOT(answered(uint, QVariantMap)));
+
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(kPortal, u"/org/freedesktop/portal/desktop"_s,
+                                       u"org.freedesktop.portal.Background"_s, u"RequestBackground"_s);
+    const QVariantMap options{{u"handle_token"_s, token},
+                              {u"reason"_s, reason_},
+                              {u"autostart"_s, autostart},
+                              {u"commandline"_s, command_},
+                              {u"dbus-activatable"_s, false}};
+    call.setArguments({QString(), options});
+    auto *watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, request = request_, watcher] {
+        watcher->deleteLater();
+        if (watcher->isError() && request == request_)
+            refused();
+    });
+    return true;
+}
+
+void PortalLoginItem::answered(uint response, const QVariantMap &results)
+{
+    if (response != 0 || results.value(u"autostart"_s).toBool() != wanted_)
+        refused();
+    else
+        stopListening();
+}
+
+void PortalLoginItem::stopListening()
+{
+    if (request_.isEmpty())
+        return;
+    bus_.disconnect(kPortal, request_, kRequestInterface, u"Response"_s, this,
+                    SLOT(answered(uint, QVariantMap)));
+    request_.clear();
+}
+
+void PortalLoginItem::refused()
+{
+    stopListening();
+    if (refusal_)
+        refusal_();
+}

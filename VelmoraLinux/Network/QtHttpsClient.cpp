@@ -1,0 +1,119 @@
+#include "QtHttpsClient.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QTimer>
+
+#include <utility>
+
+namespace {
+
+// Nobody reads the answer. What comes after this much of it is not waited for.
+constexpr qint64 answerLimit = qint64(64) * 1024;
+
+QNetworkRequest requestTo(const QUrl &url)
+{
+    QNetworkRequest request(url);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/json"));
+    request.setRawHeader("User-Agent", "Velmora");
+    request.setRawHeader("Accept-Language", "*");
+    request.setRawHeader("Accept-Encoding", "identity");
+    request.setRawHeader("Connection", "close");
+    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+    request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+    return request;
+}
+
+// Fires once, unless `owner` is gone before.
+QTimer *startedTimer(std::chrono::milliseconds delay, QObject *owner)
+{
+    auto *timer = new QTimer(owner);
+    timer->setSingleShot(true);
+    timer->setTimerType(Qt::PreciseTimer); // A coarse one would be early or late by a twentieth.
+    timer->start(delay);
+    return timer;
+}
+
+} // namespace
+
+// One request from its sending to its completion.
+struct QtHttpsClient::Exchange {
+    QNetworkReply *reply;
+    Completion done;
+    qint64 received = 0;
+    bool isCutShort = false; // By us, with the status at hand.
+
+    [[nodiscard]] std::optional<int> status() const
+    {
+        const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        // Qt calls a status from 400 on an error too, but it is an answer; a success that broke off is none.
+        const bool isAnswer = isCutShort || reply->error() == QNetworkReply::NoError || status >= 400;
+        return isAnswer && status > 0 ? std::optional<int>(status) : std::nullopt;
+    }
+};
+
+QtHttpsClient::QtHttpsClient(QObject *parent)
+    : QObject(parent)
+{
+}
+
+QtHttpsClient::QtHttpsClient(QSslConfiguration security, QObject *parent)
+    : QObject(parent)
+    , security_(std::move(security))
+{
+}
+
+QtHttpsClient::~QtHttpsClient() = default;
+
+QNetworkReply *QtHttpsClient::send(const QUrl &url, const QByteArray &json)
+{
+    if (!manager_)
+        manager_ = std::make_unique<QNetworkAccessManager>();
+    QNetworkRequest request = requestTo(url);
+    QSslConfiguration security = security_.value_or(QSslConfiguration::defaultConfiguration());
+    security.setProtocol(QSsl::TlsV1_2OrLater);
+    request.setSslConfiguration(security);
+    return manager_->post(request, json);
+}
+
+void QtHttpsClient::postJson(const QUrl &url, const QByteArray &json, std::chrono::milliseconds timeLimit,
+                             Completion done)
+{
+    if (url.scheme() != QLatin1String("https")) {
+        QTimer *refusal = startedTimer(std::chrono::milliseconds(0), this);
+        connect(refusal, &QTimer::timeout, this, [refusal, done = std::move(done)] {
+            refusal->deleteLater();
+            done({});
+        });
+        return;
+    }
+    ++underWay_;
+    const auto exchange = std::make_shared<Exchange>(Exchange{send(url, json), std::move(done)});
+    QNetworkReply *reply = exchange->reply;
+    reply->setReadBufferSize(answerLimit);
+    connect(reply, &QNetworkReply::finished, this, [this, exchange] { finish(exchange); });
+    connect(reply, &QNetworkReply::readyRead, this, [exchange] {
+        exchange->received += exchange->reply->readAll().size();
+        if (exchange->received > answerLimit && !exchange->isCutShort) {
+            exchange->isCutShort = true;
+            exchange->reply->abort();
+        }
+    });
+    connect(startedTimer(timeLimit, reply), &QTimer::timeout, reply, &QNetworkReply::abort);
+}
+
+void QtHttpsClient::finish(const std::shared_ptr<Exchange> &exchange)
+{
+    const std::optional<int> status = exchange->status();
+    exchange->reply->deleteLater();
+    if (--underWay_ == 0) {
+        // Not here and now: the reply that speaks belongs to it.
+        manager_->deleteLater();
+        static_cast<void>(manager_.release());
+    }
+    exchange->done(status);
+}

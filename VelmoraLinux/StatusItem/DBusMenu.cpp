@@ -1,0 +1,166 @@
+#include "DBusMenu.h"
+
+#include <QDBusError>
+#include <QDBusMetaType>
+
+namespace {
+QVariantMap entryProperties(const StatusMenuEntry &entry)
+{
+    if (entry.isSeparator())
+        return {{QStringLiteral("type"), QStringLiteral("separator")}};
+    QString label = entry.title;
+    label.replace(QLatin1Char('_'), QLatin1String("__")); // A single one would mark an access key.
+    QVariantMap properties{{QStringLiteral("label"), label}};
+    if (entry.check != StatusMenuEntry::Check::none) {
+        properties[QStringLiteral("toggle-type")] = QStringLiteral("checkmark");
+        properties[QStringLiteral("toggle-state")] = entry.check == StatusMenuEntry::Check::on ? 1 : 0;
+    }
+    return properties;
+}
+
+QVariantMap chosen(const QVariantMap &all, const QStringList &names)
+{
+    if (names.isEmpty())
+        return all; // No names stand for every name.
+    QVariantMap some;
+    for (const QString &name : names) {
+        if (all.contains(name))
+            some[name] = all[name];
+    }
+    return some;
+}
+} // namespace
+
+DBusMenu::DBusMenu(QDBusConnection bus)
+    : bus_(std::move(bus))
+{
+    qDBusRegisterMetaType<DBusMenuItem>();
+    qDBusRegisterMetaType<DBusMenuItems>();
+    qDBusRegisterMetaType<DBusMenuLayout>();
+    qDBusRegisterMetaType<DBusMenuItemKeys>();
+    qDBusRegisterMetaType<DBusMenuItemKeysList>();
+    qDBusRegisterMetaType<DBusMenuEvent>();
+    qDBusRegisterMetaType<DBusMenuEvents>();
+    // Signatures are looked up by the names that stand in the declarations.
+    qRegisterMetaType<DBusMenuItems>("DBusMenuItems");
+    qRegisterMetaType<DBusMenuItemKeysList>("DBusMenuItemKeysList");
+    qRegisterMetaType<DBusMenuEvents>("DBusMenuEvents");
+}
+
+bool DBusMenu::exportMenu()
+{
+    return bus_.registerObject(path(), this,
+                               QDBusConnection::ExportAllProperties |
+                                   QDBusConnection::ExportScriptableInvokables |
+                                   QDBusConnection::ExportScriptableSignals);
+}
+
+QString DBusMenu::path()
+{
+    return QStringLiteral("/StatusMenu");
+}
+
+void DBusMenu::setMenu(StatusMenu menu)
+{
+    menu_ = std::move(menu);
+    Q_EMIT LayoutUpdated(++revision_, 0);
+}
+
+bool DBusMenu::knows(int id) const
+{
+    return id >= 0 && static_cast<size_t>(id) <= menu_.size();
+}
+
+QVariantMap DBusMenu::properties(int id) const
+{
+    if (id == 0)
+        return {{QStringLiteral("children-display"), QStringLiteral("submenu")}};
+    return entryProperties(menu_.at(static_cast<size_t>(id) - 1));
+}
+
+uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
+                         DBusMenuLayout &layout)
+{
+    if (!knows(parentId)) {
+        sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("No such menu item"));
+        return 0;
+    }
+    layout = {parentId, chosen(properties(parentId), propertyNames), {}};
+    if (parentId == 0 && recursionDepth != 0) {
+        for (int id = 1; knows(id); ++id)
+            layout.children << DBusMenuLayout{id, chosen(properties(id), propertyNames), {}};
+    }
+    return revision_;
+}
+
+DBusMenuItems DBusMenu::GetGroupProperties(const QList<int> &ids, const QStringList &propertyNames)
+{
+    DBusMenuItems items;
+    if (ids.isEmpty()) { // No ids stand for every id.
+        for (int id = 0; knows(id); ++id)
+            items << DBusMenuItem{id, chosen(properties(id), propertyNames)};
+    }
+    for (const int id : ids) {
+        if (knows(id))
+            items << DBusMenuItem{id, chosen(properties(id), propertyNames)};
+    }
+    return items;
+}
+
+QDBusVariant DBusMenu::GetProperty(int id, const QString &name)
+{
+    const QVariant value = knows(id) ? properties(id).value(name) : QVariant();
+    if (!value.isValid()) {
+        sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("No such menu item or property"));
+        return QDBusVariant(QString());
+    }
+    return QDBusVariant(value);
+}
+
+void DBusMenu::Event(int id, const QString &eventId, const QDBusVariant & /*data*/, uint /*timestamp*/)
+{
+    if (eventId == QLatin1String("clicked"))
+        run(id);
+    else if (id == 0 && eventId == QLatin1String("opened"))
+        Q_EMIT opening();
+}
+
+QList<int> DBusMenu::EventGroup(const DBusMenuEvents &events)
+{
+    QList<int> unknown;
+    for (const DBusMenuEvent &event : events) {
+        if (knows(event.id))
+            Event(event.id, event.eventId, event.data, event.timestamp);
+        else
+            unknown << event.id;
+    }
+    return unknown;
+}
+
+bool DBusMenu::AboutToShow(int id)
+{
+    if (id == 0)
+        Q_EMIT opening();
+    return false; // What was told last is still true: every change is announced when it happens.
+}
+
+QList<int> DBusMenu::AboutToShowGroup(const QList<int> &ids, QList<int> &idErrors)
+{
+    for (const int id : ids) {
+        if (knows(id))
+            AboutToShow(id);
+        else
+            idErrors << id;
+    }
+    return {};
+}
+
+void DBusMenu::run(int id)
+{
+    if (id <= 0 || !knows(id))
+        return;
+    const auto action = menu_[static_cast<size_t>(id) - 1].action;
+    // The host gets its answer first: an action may end the process.
+    if (action)
+        QMetaObject::invokeMethod(this, action, Qt::QueuedConnection);
+}

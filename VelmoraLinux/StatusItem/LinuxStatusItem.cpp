@@ -1,0 +1,204 @@
+#include "LinuxStatusItem.h"
+
+#include "StatusIconImage.h"
+#include "StatusItemAnchor.h"
+#include "VelmoraLinux/Desktop/NativeGeometry.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <array>
+
+namespace {
+constexpr std::array iconSizes{16, 22, 24, 32, 48};
+constexpr int fadeSteps = 4;
+constexpr int reachOfClick = 20; // Points around a click on the icon that still are the icon.
+constexpr qint64 curiosityAfterRegistration =
+    2000; // Milliseconds in which some hosts ask about an unopened menu.
+
+std::optional<ScreenFrame> screenFrame(const QScreen *screen)
+{
+    if (screen == nullptr)
+        return {};
+    return ScreenFrame{screen->geometry(), screen->availableGeometry()};
+}
+
+bool isWaylandSession()
+{
+    return qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+}
+} // namespace
+
+LinuxStatusItem::LinuxStatusItem(const Desktop &desktop, const QString &id, const QString &title)
+    : desktop_(desktop)
+    , item_(desktop.bus, id, title, DBusMenu::path())
+    , menu_(desktop.bus)
+    , registration_(desktop.bus)
+    , embedded_(desktop.xcb, title, [this](int pixels) { return paint(pixels); })
+{
+    connectHosts();
+    fade_.callOnTimeout(this, &LinuxStatusItem::fadeStep);
+    desktop_.appearance.addChangeHandler([this] { showIcon(); });
+    if (item_.exportItem() && menu_.exportMenu())
+        registration_.start();
+    else
+        hostKnown_ = true; // No bus: the notification area is all there can be.
+    chooseHost();
+}
+
+void LinuxStatusItem::connectHosts()
+{
+    connect(&registration_, &StatusNotifierRegistration::registered, this,
+            [this] { sinceRegistration_.start(); });
+    connect(&registration_, &StatusNotifierRegistration::hostChanged, this, [this] {
+        hostKnown_ = true;
+        chooseHost();
+    });
+    connect(&item_, &StatusNotifierItem::activationTokenProvided, this,
+            [this](const QByteArray &token) { desktop_.activationToken.keep(token); });
+    connect(&item_, &StatusNotifierItem::activated, this, [this](QPoint nativeHint) {
+        sinceRegistration_.invalidate(); // From now on whoever asks does so for the user.
+        clickAnchor_ = anchorOfClick(nativeHint);
+        if (events_.activated)
+            events_.activated();
+    });
+    connect(&item_, &StatusNotifierItem::menuRequested, this, [this](QPoint nativeHint) {
+        clickAnchor_ = anchorOfClick(nativeHint);
+        if (events_.menuRequested)
+            events_.menuRequested();
+    });
+    connect(&embedded_, &XEmbedIcon::activated, this, [this] {
+        if (events_.activated)
+            events_.activated();
+    });
+    connect(&embedded_, &XEmbedIcon::menuRequested, this, [this] {
+        if (events_.menuRequested)
+            events_.menuRequested();
+    });
+    connect(&menu_, &DBusMenu::opening, this, [this] {
+        const bool isCuriosity =
+            sinceRegistration_.isValid() && !sinceRegistration_.hasExpired(curiosityAfterRegistration);
+        if (!isCuriosity && events_.menuAboutToShow)
+            events_.menuAboutToShow();
+    });
+}
+
+void LinuxStatusItem::chooseHost()
+{
+    embedded_.setShown(visible_ && hostKnown_ && !registration_.hasHost());
+}
+
+void LinuxStatusItem::setEvents(Events events)
+{
+    events_ = std::move(events);
+}
+
+void LinuxStatusItem::setTemplateImage(const QImage &image, QSize /*size: hosts scale icons to their own*/)
+{
+    template_ = image;
+    showIcon();
+}
+
+void LinuxStatusItem::setOpacity(double opacity)
+{
+    fade_.stop();
+    if (opacity == opacity_)
+        return;
+    opacity_ = opacity;
+    showIcon();
+}
+
+void LinuxStatusItem::fadeOpacity(double opacity, std::chrono::milliseconds duration)
+{
+    fadeTarget_ = opacity;
+    fadeStepsLeft_ = fadeSteps;
+    fade_.start(duration / fadeSteps);
+    fadeStep();
+}
+
+void LinuxStatusItem::fadeStep()
+{
+    opacity_ += (fadeTarget_ - opacity_) / fadeStepsLeft_;
+    if (--fadeStepsLeft_ == 0)
+        fade_.stop();
+    showIcon();
+}
+
+void LinuxStatusItem::setToolTip(const QString &text)
+{
+    item_.setToolTip(text);
+    embedded_.setToolTip(text);
+}
+
+void LinuxStatusItem::setVisible(bool visible)
+{
+    visible_ = visible;
+    item_.setActive(visible);
+    chooseHost();
+}
+
+void LinuxStatusItem::setMenu(StatusMenu menu)
+{
+    menu_.setMenu(std::move(menu));
+}
+
+void LinuxStatusItem::showIcon()
+{
+    if (template_.isNull())
+        return;
+    StatusNotifierPixmaps pixmaps;
+    for (const int pixels : iconSizes)
+        pixmaps << StatusNotifierPixmap::of(paint(pixels));
+    item_.setIcon(pixmaps);
+    embedded_.repaint();
+}
+
+QImage LinuxStatusItem::paint(int pixels) const
+{
+    const bool isDark = desktop_.appearance.colorScheme() == Appearance::ColorScheme::dark;
+    return paintStatusIcon(template_, pixels, isDark ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x30, 0x30, 0x33),
+                           opacity_);
+}
+
+std::optional<QPoint> LinuxStatusItem::pointer() const
+{
+    // Under Wayland the X server's pointer stands still wherever it left an X window.
+    if (desktop_.xcb == nullptr || isWaylandSession())
+        return {};
+    const auto cookie = xcb_query_pointer(desktop_.xcb->xcb(), desktop_.xcb->root());
+    const X11Reply<xcb_query_pointer_reply_t> reply(
+        xcb_query_pointer_reply(desktop_.xcb->xcb(), cookie, nullptr));
+    if (!reply)
+        return {};
+    return toPoints(QPoint(reply->root_x, reply->root_y));
+}
+
+QRect LinuxStatusItem::anchorOfClick(QPoint nativeHint) const
+{
+    const QPoint hint = toPoints(nativeHint);
+    std::optional<QPoint> click;
+    if (tellsPlace(hint, screenFrame(QGuiApplication::screenAt(hint))))
+        click = hint;
+    else
+        click = pointer();
+    const QScreen *screen = click ? QGuiApplication::screenAt(*click) : QGuiApplication::primaryScreen();
+    const auto frame = screenFrame(screen);
+    if (!frame)
+        return {};
+    return click ? anchorAround(*click, *frame) : likelyAnchor(*frame);
+}
+
+std::optional<QRect> LinuxStatusItem::anchor() const
+{
+    if (const auto geometry = embedded_.nativeGeometry())
+        return toPoints(*geometry);
+    return clickAnchor_;
+}
+
+bool LinuxStatusItem::contains(QPoint point) const
+{
+    if (const auto geometry = embedded_.nativeGeometry())
+        return toPoints(*geometry).contains(point);
+    return clickAnchor_ &&
+           clickAnchor_->adjusted(-reachOfClick, -reachOfClick, reachOfClick, reachOfClick).contains(point);
+}

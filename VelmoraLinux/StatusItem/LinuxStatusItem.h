@@ -1,0 +1,69 @@
+#pragma once
+
+#include "DBusMenu.h"
+#include "StatusNotifierItem.h"
+#include "StatusNotifierRegistration.h"
+#include "VelmoraLinux/Desktop/ActivationToken.h"
+#include "XEmbedIcon.h"
+
+#include <VelmoraPlatform/Appearance.h>
+#include <VelmoraPlatform/StatusItem.h>
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+// The status icon of Linux desktops: a StatusNotifierItem where a host shows those, else a window in an
+// old-style notification area. Hosts may come late, go and return.
+class LinuxStatusItem : public QObject, public StatusItem {
+    Q_OBJECT
+
+public:
+    struct Desktop {
+        QDBusConnection bus;
+        X11Display *xcb; // May be null.
+        Appearance &appearance;
+        ActivationToken &activationToken;
+    };
+
+    // `id` names the application on the bus, `title` for people.
+    LinuxStatusItem(const Desktop &desktop, const QString &id, const QString &title);
+
+    void setEvents(Events events) override;
+    void setTemplateImage(const QImage &image, QSize size) override;
+    void setOpacity(double opacity) override;
+    void fadeOpacity(double opacity, std::chrono::milliseconds duration) override;
+    void setToolTip(const QString &text) override;
+    void setVisible(bool visible) override;
+
+    [[nodiscard]] bool isVisible() const override { return visible_; }
+
+    void setMenu(StatusMenu menu) override;
+    [[nodiscard]] std::optional<QRect> anchor() const override;
+    [[nodiscard]] bool contains(QPoint point) const override;
+
+private:
+    void connectHosts();
+    void chooseHost();
+    void showIcon();
+    void fadeStep();
+    [[nodiscard]] QImage paint(int pixels) const;
+    [[nodiscard]] std::optional<QPoint> pointer() const;
+    [[nodiscard]] QRect anchorOfClick(QPoint nativeHint) const;
+
+    Desktop desktop_;
+    StatusNotifierItem item_;
+    DBusMenu menu_;
+    StatusNotifierRegistration registration_;
+    XEmbedIcon embedded_;
+    Events events_;
+    QImage template_;
+    double opacity_ = 1;
+    bool visible_ = true;
+    bool hostKnown_ = false;
+    QElapsedTimer sinceRegistration_;
+    std::optional<QRect> clickAnchor_;
+
+    QTimer fade_;
+    double fadeTarget_ = 1;
+    int fadeStepsLeft_ = 0;
+};

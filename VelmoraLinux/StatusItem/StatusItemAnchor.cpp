@@ -1,0 +1,49 @@
+#include "StatusItemAnchor.h"
+
+#include <algorithm>
+
+namespace {
+constexpr int largestIcon = 48;
+
+// How much of each edge the desktop's panels take.
+struct Struts {
+    int left, top, right, bottom;
+};
+
+Struts strutsOf(const ScreenFrame &screen)
+{
+    return {screen.workArea.left() - screen.whole.left(), screen.workArea.top() - screen.whole.top(),
+            screen.whole.right() - screen.workArea.right(), screen.whole.bottom() - screen.workArea.bottom()};
+}
+} // namespace
+
+bool tellsPlace(QPoint hint, const std::optional<ScreenFrame> &screenOfHint)
+{
+    return screenOfHint && (hint.x() >= largestIcon || hint.y() >= largestIcon);
+}
+
+QRect anchorAround(QPoint click, const ScreenFrame &screen)
+{
+    const auto [left, top, right, bottom] = strutsOf(screen);
+    if (click.y() < screen.workArea.top())
+        return {click.x(), screen.whole.top(), 1, top};
+    if (click.y() > screen.workArea.bottom())
+        return {click.x(), screen.workArea.bottom() + 1, 1, bottom};
+    if (click.x() < screen.workArea.left())
+        return {screen.whole.left(), click.y(), left, 1};
+    if (click.x() > screen.workArea.right())
+        return {screen.workArea.right() + 1, click.y(), right, 1};
+    return {click, QSize(1, 1)};
+}
+
+QRect likelyAnchor(const ScreenFrame &screen)
+{
+    const auto [left, top, right, bottom] = strutsOf(screen);
+    const int thickest = std::max({left, top, right, bottom});
+    const QRect &whole = screen.whole;
+    if (thickest == top)
+        return anchorAround(whole.topRight(), screen);
+    if (thickest == left)
+        return anchorAround(whole.bottomLeft(), screen);
+    return anchorAround(whole.bottomRight(), screen);
+}

@@ -1,0 +1,79 @@
+#include "StatusNotifierItem.h"
+
+#include <QDBusMetaType>
+
+StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, QString id, QString title, QString menu)
+    : bus_(std::move(bus))
+    , id_(std::move(id))
+    , title_(std::move(title))
+    , menu_(std::move(menu))
+{
+    qDBusRegisterMetaType<StatusNotifierPixmap>();
+    qDBusRegisterMetaType<StatusNotifierPixmaps>();
+    qDBusRegisterMetaType<StatusNotifierToolTip>();
+}
+
+bool StatusNotifierItem::exportItem()
+{
+    return bus_.registerObject(path(), this,
+                               QDBusConnection::ExportAllProperties |
+                                   QDBusConnection::ExportScriptableInvokables |
+                                   QDBusConnection::ExportScriptableSignals);
+}
+
+QString StatusNotifierItem::path()
+{
+    return QStringLiteral("/StatusNotifierItem"); // Hosts look here when they are told a bus name only.
+}
+
+void StatusNotifierItem::setIcon(const StatusNotifierPixmaps &icon)
+{
+    icon_ = icon;
+    Q_EMIT NewIcon();
+}
+
+void StatusNotifierItem::setToolTip(const QString &text)
+{
+    if (text == toolTip_)
+        return;
+    toolTip_ = text;
+    Q_EMIT NewToolTip();
+}
+
+void StatusNotifierItem::setActive(bool active)
+{
+    if (active == active_)
+        return;
+    active_ = active;
+    Q_EMIT NewStatus(status());
+}
+
+QString StatusNotifierItem::category() const
+{
+    return QStringLiteral("ApplicationStatus");
+}
+
+QString StatusNotifierItem::status() const
+{
+    return active_ ? QStringLiteral("Active") : QStringLiteral("Passive");
+}
+
+void StatusNotifierItem::Activate(int x, int y)
+{
+    Q_EMIT activated({x, y});
+}
+
+void StatusNotifierItem::ContextMenu(int x, int y)
+{
+    Q_EMIT menuRequested({x, y});
+}
+
+// The middle button and the wheel have no meaning here; a host that asks gets a quiet answer.
+void StatusNotifierItem::SecondaryActivate(int /*x*/, int /*y*/) {}
+
+void StatusNotifierItem::Scroll(int /*delta*/, const QString & /*orientation*/) {}
+
+void StatusNotifierItem::ProvideXdgActivationToken(const QString &token)
+{
+    Q_EMIT activationTokenProvided(token.toUtf8());
+}

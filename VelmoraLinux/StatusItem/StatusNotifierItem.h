@@ -1,0 +1,90 @@
+#pragma once
+
+#include "StatusNotifierTypes.h"
+
+#include <QDBusConnection>
+#include <QDBusObjectPath>
+#include <QObject>
+#include <QPoint>
+
+// The icon as the StatusNotifierItem protocol offers it to the desktop's panels. The public part below is
+// what hosts read and call; hosts get our own click coordinates to us, which Qt's tray icon drops.
+class StatusNotifierItem : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
+    Q_PROPERTY(QString Category READ category)
+    Q_PROPERTY(QString Id READ id)
+    Q_PROPERTY(QString Title READ title)
+    Q_PROPERTY(QString Status READ status)
+    Q_PROPERTY(int WindowId READ windowId)
+    Q_PROPERTY(QString IconThemePath READ noName)
+    Q_PROPERTY(QDBusObjectPath Menu READ menu)
+    Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
+    Q_PROPERTY(QString IconName READ noName)
+    Q_PROPERTY(StatusNotifierPixmaps IconPixmap READ icon)
+    Q_PROPERTY(QString OverlayIconName READ noName)
+    Q_PROPERTY(StatusNotifierPixmaps OverlayIconPixmap READ noIcon)
+    Q_PROPERTY(QString AttentionIconName READ noName)
+    Q_PROPERTY(StatusNotifierPixmaps AttentionIconPixmap READ noIcon)
+    Q_PROPERTY(QString AttentionMovieName READ noName)
+    Q_PROPERTY(StatusNotifierToolTip ToolTip READ toolTip)
+
+public:
+    // `id` names the application, `menu` the exported menu's object.
+    StatusNotifierItem(QDBusConnection bus, QString id, QString title, QString menu);
+
+    // Exports the item; it is offered to hosts by StatusNotifierRegistration.
+    [[nodiscard]] bool exportItem();
+    static QString path();
+
+    void setIcon(const StatusNotifierPixmaps &icon);
+    void setToolTip(const QString &text);
+    void setActive(bool active);
+
+    [[nodiscard]] QString category() const;
+
+    [[nodiscard]] QString id() const { return id_; }
+
+    [[nodiscard]] QString title() const { return title_; }
+
+    [[nodiscard]] QString status() const;
+
+    [[nodiscard]] int windowId() const { return 0; }
+
+    [[nodiscard]] QString noName() const { return {}; }
+
+    [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(menu_); }
+
+    [[nodiscard]] bool itemIsMenu() const { return false; }
+
+    [[nodiscard]] StatusNotifierPixmaps icon() const { return icon_; }
+
+    [[nodiscard]] StatusNotifierPixmaps noIcon() const { return {}; }
+
+    [[nodiscard]] StatusNotifierToolTip toolTip() const { return {{}, {}, toolTip_, {}}; }
+
+    // What hosts call.
+    Q_SCRIPTABLE void Activate(int x, int y);
+    Q_SCRIPTABLE void ContextMenu(int x, int y);
+    Q_SCRIPTABLE void SecondaryActivate(int x, int y);
+    Q_SCRIPTABLE void Scroll(int delta, const QString &orientation);
+    Q_SCRIPTABLE void ProvideXdgActivationToken(const QString &token);
+
+    // What hosts hear.
+    Q_SIGNAL Q_SCRIPTABLE void NewIcon();
+    Q_SIGNAL Q_SCRIPTABLE void NewToolTip();
+    Q_SIGNAL Q_SCRIPTABLE void NewStatus(const QString &status);
+
+    Q_SIGNAL void activated(QPoint nativeHint);
+    Q_SIGNAL void menuRequested(QPoint nativeHint);
+    Q_SIGNAL void activationTokenProvided(const QByteArray &token);
+
+private:
+    QDBusConnection bus_;
+    QString id_;
+    QString title_;
+    QString menu_;
+    StatusNotifierPixmaps icon_;
+    QString toolTip_;
+    bool active_ = true;
+};

@@ -1,0 +1,72 @@
+#include "StatusNotifierRegistration.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
+#include <QDBusVariant>
+
+namespace {
+const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+} // namespace
+
+StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection bus)
+    : bus_(std::move(bus))
+{
+    auto *services =
+        new QDBusServiceWatcher(watcherName, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(services, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString &, const QString &, const QString &newOwner) {
+                if (newOwner.isEmpty())
+                    setHost(false);
+                else
+                    registerItem();
+            });
+    // Without a service name: naming it would make Qt wait for the bus to say who that is.
+    for (const char *signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
+        bus_.connect({}, watcherPath, watcherName, QLatin1String(signal), this, SLOT(askForHost()));
+}
+
+void StatusNotifierRegistration::start()
+{
+    registerItem();
+}
+
+void StatusNotifierRegistration::registerItem()
+{
+    auto call = QDBusMessage::createMethodCall(watcherName, watcherPath, watcherName,
+                                               QStringLiteral("RegisterStatusNotifierItem"));
+    call << bus_.baseService();
+    auto *pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
+        pending->deleteLater();
+        if (pending->isError()) {
+            setHost(false);
+            return;
+        }
+        Q_EMIT registered();
+        askForHost();
+    });
+}
+
+void StatusNotifierRegistration::askForHost()
+{
+    auto call = QDBusMessage::createMethodCall(
+        watcherName, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    call << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
+    auto *pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
+        pending->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *pending;
+        // A watcher that cannot say has taken our registration: trust it.
+        setHost(reply.isError() ? reply.error().type() != QDBusError::ServiceUnknown
+                                : reply.value().variant().toBool());
+    });
+}
+
+void StatusNotifierRegistration::setHost(bool present)
+{
+    hasHost_ = present;
+    Q_EMIT hostChanged();
+}

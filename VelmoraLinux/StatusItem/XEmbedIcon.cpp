@@ -1,0 +1,246 @@
+#include "XEmbedIcon.h"
+
+#include <QPainter>
+
+#include <array>
+
+namespace {
+constexpr quint32 requestDock = 0;
+constexpr quint32 mappedFlag = 1;
+constexpr quint16 preferredSize = 22;
+constexpr quint32 hasMinimumSize = 1U << 4U;
+} // namespace
+
+XEmbedIcon::XEmbedIcon(X11Display *connection, QString title, Painter painter)
+    : connection_(connection)
+    , title_(std::move(title))
+    , painter_(std::move(painter))
+{
+    if (connection_ == nullptr)
+        return;
+    const QByteArray selection = "_NET_SYSTEM_TRAY_S" + QByteArray::number(connection_->screenNumber());
+    areaSelection_ = connection_->atom(selection.constData());
+    managerMessage_ = connection_->atom("MANAGER");
+    connection_->addEventHandler([this](const xcb_generic_event_t &event) { handle(event); });
+}
+
+XEmbedIcon::~XEmbedIcon()
+{
+    leaveArea();
+}
+
+void XEmbedIcon::setShown(bool shown)
+{
+    if (connection_ == nullptr || shown == shown_)
+        return;
+    shown_ = shown;
+    if (shown_) {
+        // A new area announces itself on the root window.
+        connection_->listenTo(connection_->root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+        enterArea();
+    } else {
+        leaveArea();
+    }
+}
+
+void XEmbedIcon::enterArea()
+{
+    leaveArea();
+    const xcb_window_t area = connection_->selectionOwner(areaSelection_);
+    if (area == XCB_WINDOW_NONE)
+        return;
+    area_ = area;
+    connection_->listenTo(area_, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    createWindow(area_);
+
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = area_;
+    message.type = connection_->atom("_NET_SYSTEM_TRAY_OPCODE");
+    message.data.data32[0] = XCB_CURRENT_TIME;
+    message.data.data32[1] = requestDock;
+    message.data.data32[2] = window_;
+    connection_->sendClientMessage(area_, XCB_EVENT_MASK_NO_EVENT, message);
+}
+
+void XEmbedIcon::leaveArea()
+{
+    if (window_ == XCB_WINDOW_NONE)
+        return;
+    xcb_destroy_window(connection_->xcb(), window_);
+    if (colormap_ != XCB_NONE)
+        xcb_free_colormap(connection_->xcb(), colormap_);
+    connection_->flush();
+    window_ = XCB_WINDOW_NONE;
+    colormap_ = XCB_NONE;
+    area_ = XCB_WINDOW_NONE;
+    size_ = {};
+}
+
+quint8 XEmbedIcon::depthOf(xcb_visualid_t visual) const
+{
+    for (auto depths = xcb_screen_allowed_depths_iterator(&connection_->screen()); depths.rem != 0;
+         xcb_depth_next(&depths)) {
+        for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem != 0;
+             xcb_visualtype_next(&visuals)) {
+            if (visuals.data->visual_id == visual)
+                return depths.data->depth;
+        }
+    }
+    return 0;
+}
+
+void XEmbedIcon::createWindow(xcb_window_t area)
+{
+    xcb_connection_t *xcb = connection_->xcb();
+    const auto wished = connection_->property(area, connection_->atom("_NET_SYSTEM_TRAY_VISUAL"), 1);
+    const bool translucent = !wished.empty() && depthOf(wished.front()) == 32;
+    const xcb_visualid_t visual = translucent ? wished.front() : connection_->screen().root_visual;
+    depth_ = translucent ? quint8{32} : connection_->screen().root_depth;
+
+    colormap_ = xcb_generate_id(xcb);
+    xcb_create_colormap(xcb, XCB_COLORMAP_ALLOC_NONE, colormap_, connection_->root(), visual);
+    constexpr quint32 events = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
+                               XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
+    window_ = xcb_generate_id(xcb);
+    if (translucent) {
+        const std::array<quint32, 4> values{0, 0, events, colormap_};
+        xcb_create_window(xcb, depth_, window_, connection_->root(), -1, -1, preferredSize, preferredSize, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
+                          XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
+                          values.data());
+    } else {
+        const std::array<quint32, 2> values{XCB_BACK_PIXMAP_PARENT_RELATIVE, events};
+        xcb_create_window(xcb, depth_, window_, connection_->root(), -1, -1, preferredSize, preferredSize, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, visual, XCB_CW_BACK_PIXMAP | XCB_CW_EVENT_MASK,
+                          values.data());
+    }
+    describeWindow();
+}
+
+void XEmbedIcon::describeWindow()
+{
+    xcb_connection_t *xcb = connection_->xcb();
+    const std::array<quint32, 2> info{0, mappedFlag};
+    const xcb_atom_t infoAtom = connection_->atom("_XEMBED_INFO");
+    xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, window_, infoAtom, infoAtom, 32, info.size(),
+                        info.data());
+    // Some areas give an icon no more than the least size it asks for.
+    std::array<quint32, 18> sizeHints{};
+    sizeHints[0] = hasMinimumSize;
+    sizeHints[5] = sizeHints[6] = preferredSize;
+    xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
+                        32, sizeHints.size(), sizeHints.data());
+    const QByteArray windowClass = title_.toLower().toUtf8() + '\0' + title_.toUtf8() + '\0';
+    xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+                        static_cast<quint32>(windowClass.size()), windowClass.constData());
+    setToolTip(title_);
+}
+
+void XEmbedIcon::setToolTip(const QString &text)
+{
+    if (window_ == XCB_WINDOW_NONE)
+        return;
+    // Panels and screen readers that describe an icon read its window's name.
+    const QByteArray name = text.toUtf8();
+    xcb_change_property(connection_->xcb(), XCB_PROP_MODE_REPLACE, window_, connection_->atom("_NET_WM_NAME"),
+                        connection_->atom("UTF8_STRING"), 8, static_cast<quint32>(name.size()),
+                        name.constData());
+    connection_->flush();
+}
+
+void XEmbedIcon::handle(const xcb_generic_event_t &event)
+{
+    if (!shown_)
+        return;
+    switch (event.response_type & 0x7fU) {
+    case XCB_CLIENT_MESSAGE: {
+        const auto &message = reinterpret_cast<const xcb_client_message_event_t &>(event);
+        if (message.type == managerMessage_ && message.data.data32[1] == areaSelection_)
+            enterArea();
+        break;
+    }
+    case XCB_DESTROY_NOTIFY:
+        if (reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window == area_)
+            enterArea(); // Another area may have taken over already.
+        break;
+    case XCB_CONFIGURE_NOTIFY: {
+        const auto &configured = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
+        if (configured.window == window_ && size_ != QSize(configured.width, configured.height)) {
+            size_ = {configured.width, configured.height};
+            repaint();
+        }
+        break;
+    }
+    case XCB_EXPOSE:
+        if (reinterpret_cast<const xcb_expose_event_t &>(event).window == window_)
+            repaint();
+        break;
+    case XCB_BUTTON_RELEASE:
+        handleRelease(reinterpret_cast<const xcb_button_release_event_t &>(event));
+        break;
+    default:
+        break;
+    }
+}
+
+void XEmbedIcon::handleRelease(const xcb_button_release_event_t &release)
+{
+    if (release.event != window_ || !QRect(QPoint(), size_).contains(release.event_x, release.event_y))
+        return;
+    if (release.detail == XCB_BUTTON_INDEX_1)
+        Q_EMIT activated();
+    else if (release.detail == XCB_BUTTON_INDEX_3)
+        Q_EMIT menuRequested();
+}
+
+QImage XEmbedIcon::background(quint16 width, quint16 height) const
+{
+    QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    if (depth_ == 32)
+        return image;
+    // Without an alpha channel of our own we paint upon what the panel shows through our cleared window.
+    xcb_clear_area(connection_->xcb(), 0, window_, 0, 0, 0, 0);
+    const auto cookie =
+        xcb_get_image(connection_->xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, window_, 0, 0, width, height, ~0U);
+    const X11Reply<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection_->xcb(), cookie, nullptr));
+    if (!reply || xcb_get_image_data_length(reply.get()) != image.sizeInBytes())
+        return image;
+    return QImage(xcb_get_image_data(reply.get()), width, height, QImage::Format_RGB32)
+        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+void XEmbedIcon::repaint()
+{
+    if (window_ == XCB_WINDOW_NONE || size_.isEmpty())
+        return;
+    const auto width = static_cast<quint16>(size_.width());
+    const auto height = static_cast<quint16>(size_.height());
+    QImage image = background(width, height);
+    const int side = qMin(width, height);
+    QPainter painter(&image);
+    painter.drawImage((width - side) / 2, (height - side) / 2, painter_(side));
+    painter.end();
+
+    xcb_connection_t *xcb = connection_->xcb();
+    const xcb_gcontext_t gc = xcb_generate_id(xcb);
+    xcb_create_gc(xcb, gc, window_, 0, nullptr);
+    xcb_put_image(xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, window_, gc, width, height, 0, 0, 0, depth_,
+                  static_cast<quint32>(image.sizeInBytes()), image.constBits());
+    xcb_free_gc(xcb, gc);
+    connection_->flush();
+}
+
+std::optional<QRect> XEmbedIcon::nativeGeometry() const
+{
+    if (window_ == XCB_WINDOW_NONE || size_.isEmpty())
+        return {};
+    const auto cookie = xcb_translate_coordinates(connection_->xcb(), window_, connection_->root(), 0, 0);
+    const X11Reply<xcb_translate_coordinates_reply_t> reply(
+        xcb_translate_coordinates_reply(connection_->xcb(), cookie, nullptr));
+    if (!reply)
+        return {};
+    return QRect(QPoint(reply->dst_x, reply->dst_y), size_);
+}

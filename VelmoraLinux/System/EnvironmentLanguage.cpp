@@ -1,0 +1,26 @@
+#include "EnvironmentLanguage.h"
+
+#include <algorithm>
+
+namespace {
+
+// The language of "de_AT.UTF-8@euro", and the first of "de:en"; none of "C" and "POSIX".
+QString languageOf(const QString &locale)
+{
+    const auto endsLanguage = [](QChar c) { return c == u'_' || c == u'.' || c == u'@' || c == u':'; };
+    const auto end = std::find_if(locale.cbegin(), locale.cend(), endsLanguage);
+    const QString language = locale.left(end - locale.cbegin());
+    const bool isNone = language == QLatin1String("C") || language == QLatin1String("POSIX");
+    return isNone ? QString() : language.toLower();
+}
+
+} // namespace
+
+QString EnvironmentLanguage::code() const
+{
+    for (const char *variable : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (!qEnvironmentVariableIsEmpty(variable))
+            return languageOf(qEnvironmentVariable(variable));
+    }
+    return {};
+}

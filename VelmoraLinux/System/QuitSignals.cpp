@@ -1,0 +1,41 @@
+#include "QuitSignals.h"
+
+#include <QCoreApplication>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+
+namespace {
+constexpr std::array quitSignals{SIGTERM, SIGINT, SIGHUP};
+int wakeUp = -1; // A signal handler reaches nothing but what is global.
+
+void noteSignal(int)
+{
+    const eventfd_t one = 1;
+    [[maybe_unused]] const auto written = ::write(wakeUp, &one, sizeof one);
+}
+} // namespace
+
+QuitSignals::QuitSignals()
+{
+    wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    notifier_ = std::make_unique<QSocketNotifier>(wakeUp, QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, [] {
+        eventfd_t count = 0;
+        ::eventfd_read(wakeUp, &count);
+        QCoreApplication::quit();
+    });
+    for (const int signal : quitSignals)
+        std::signal(signal, noteSignal);
+}
+
+QuitSignals::~QuitSignals()
+{
+    for (const int signal : quitSignals)
+        std::signal(signal, SIG_DFL);
+    notifier_.reset();
+    ::close(wakeUp);
+}

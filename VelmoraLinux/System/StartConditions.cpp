@@ -1,0 +1,83 @@
+#include "StartConditions.h"
+
+#include <xcb/xcb.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+namespace {
+
+constexpr int kWrongUse = 2;
+
+constexpr auto kHelp = "Usage: velmora [OPTION]\n"
+                       "Takes tracking parameters out of copied links, from the system tray.\n"
+                       "\n"
+                       "Started while it is running already, it shows its settings.\n"
+                       "\n"
+                       "  --help       shows this text\n"
+                       "  --version    shows the version\n";
+
+bool isSet(const char *variable)
+{
+    const char *value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+bool isDisplayReachable()
+{
+    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
+    const bool isReachable = xcb_connection_has_error(connection) == 0;
+    xcb_disconnect(connection);
+    return isReachable;
+}
+
+// The toolkit would end the program without a word that a user could understand.
+bool hasDesktop()
+{
+    if (isSet("WAYLAND_DISPLAY"))
+        return true;
+    if (!isSet("DISPLAY")) {
+        std::fputs("velmora: there is no desktop here: neither DISPLAY nor WAYLAND_DISPLAY is set.\n",
+                   stderr);
+        return false;
+    }
+    if (!isDisplayReachable()) {
+        std::fprintf(stderr, "velmora: the display %s cannot be reached.\n", std::getenv("DISPLAY"));
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::optional<int> StartConditions::check(int argc, char **argv, const char *version)
+{
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        if (argument == "--help" || argument == "-h") {
+            std::fputs(kHelp, stdout);
+            return EXIT_SUCCESS;
+        }
+        if (argument == "--version") {
+            std::printf("velmora %s\n", version);
+            return EXIT_SUCCESS;
+        }
+        // An older version hands its place over with this one.
+        const bool isHandover = argument.starts_with("--handover=");
+        if (argument.starts_with("--") && !isHandover) {
+            std::fprintf(stderr, "velmora: unknown option %s; see velmora --help\n", argv[i]);
+            return kWrongUse;
+        }
+    }
+    if (!hasDesktop())
+        return EXIT_FAILURE;
+    return std::nullopt;
+}
+
+void StartConditions::ignoreWriteSignals()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}

@@ -1,0 +1,32 @@
+#include "WorkingSet.h"
+
+#include <QtGlobal>
+
+#include <link.h>
+#include <malloc.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace {
+// Only code: other pages of a library may hold what its loading wrote into them, which no file knows.
+int giveCodeBack(dl_phdr_info *library, size_t, void *)
+{
+    const auto page = static_cast<quintptr>(::sysconf(_SC_PAGESIZE));
+    for (int i = 0; i < library->dlpi_phnum; ++i) {
+        const auto &segment = library->dlpi_phdr[i];
+        if (segment.p_type != PT_LOAD || segment.p_flags != (PF_R | PF_X))
+            continue;
+        const quintptr begin = (library->dlpi_addr + segment.p_vaddr) / page * page;
+        const quintptr end = library->dlpi_addr + segment.p_vaddr + segment.p_filesz;
+        ::madvise(reinterpret_cast<void *>(begin), end - begin,
+                  MADV_DONTNEED); // NOLINT(performance-no-int-to-ptr)
+    }
+    return 0;
+}
+} // namespace
+
+void trimWorkingSet()
+{
+    ::malloc_trim(0);
+    ::dl_iterate_phdr(giveCodeBack, nullptr);
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Appcast.h"
+
+#include <QByteArray>
+#include <QXmlStreamReader>
+
+#include <functional>
+
+// Reads an update feed: RSS 2.0 with the elements of the update namespace.
+//
+// The text comes from the network and is not trusted: a document type, an entity of its own, nesting or size
+// beyond what any feed needs, and anything that is not well-formed refuse the whole feed. Unknown elements
+// are passed over.
+class AppcastReader {
+public:
+    static constexpr qsizetype kMaximumBytes = qsizetype{2} * 1024 * 1024;
+
+    // Nothing when the feed is refused; `problem` then says why and in which line.
+    [[nodiscard]] static std::optional<Appcast> read(const QByteArray &feed, QString *problem = nullptr);
+
+private:
+    explicit AppcastReader(const QByteArray &feed);
+
+    void readDocument();
+    void readItem();
+    void readItemElement(AppcastItem &item);
+    void readUpdateElement(AppcastItem &item);
+    void readInformational(AppcastItem &item);
+    [[nodiscard]] AppcastEnclosure readEnclosure(AppcastItem &item);
+    [[nodiscard]] QString readText();
+    // Calls `element` at each start tag inside the present element; it may read the element or leave it.
+    void forEachChild(const std::function<void()> &element);
+    void skipElement();
+    void next();
+    [[nodiscard]] bool isUpdateElement() const;
+    [[nodiscard]] QString updateAttribute(QStringView name) const;
+
+    QXmlStreamReader xml_;
+    Appcast items_;
+    int depth_ = 0;
+};

@@ -1,0 +1,215 @@
+#include "ArchiveUnpacker.h"
+
+#include <QDir>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <memory>
+#include <optional>
+
+namespace {
+
+constexpr qsizetype kBlock = 512;
+constexpr qsizetype kLongestName = 512;
+constexpr qsizetype kDeepest = 24;
+
+struct CloseGzip {
+    void operator()(gzFile file) const { gzclose(file); }
+};
+
+using Gzip = std::unique_ptr<gzFile_s, CloseGzip>;
+using Block = std::array<char, kBlock>;
+
+struct Entry {
+    QByteArray name; // Without the archive's top folder; empty for that folder itself.
+    qint64 size = 0;
+    bool isFolder = false;
+    bool isProgram = false;
+};
+
+// The text of a header field, which ends at its first NUL if it has one.
+QByteArray field(const Block &header, qsizetype offset, qsizetype size)
+{
+    const char *begin = header.data() + offset;
+    return {begin, std::find(begin, begin + size, '\0') - begin};
+}
+
+std::optional<qint64> octal(const Block &header, qsizetype offset, qsizetype size)
+{
+    bool isNumber = false;
+    const qint64 value = field(header, offset, size).trimmed().toLongLong(&isNumber, 8);
+    return isNumber && value >= 0 ? std::optional(value) : std::nullopt;
+}
+
+bool hasRightChecksum(const Block &header)
+{
+    constexpr qsizetype at = 148;
+    constexpr qsizetype size = 8;
+    qint64 sum = size * ' ';
+    for (qsizetype i = 0; i < kBlock; ++i)
+        sum += i >= at && i < at + size ? 0 : static_cast<unsigned char>(header[static_cast<size_t>(i)]);
+    return octal(header, at, size) == sum;
+}
+
+bool isPlainName(const QByteArray &part)
+{
+    return !part.isEmpty() && part != "." && part != ".." &&
+           std::none_of(part.begin(), part.end(), [](char c) {
+               return static_cast<unsigned char>(c) < 0x20 || c == 0x7f || c == '\\';
+           });
+}
+
+// Nothing unless the header is one of the few kinds that are installed. `top` is the archive's one top
+// folder, set by the first entry.
+std::optional<Entry> parseEntry(const Block &header, QByteArray &top)
+{
+    const QByteArray prefix = field(header, 345, 155);
+    QByteArray name = (prefix.isEmpty() ? QByteArray() : prefix + '/') + field(header, 0, 100);
+    const char type = header[156];
+    const auto size = octal(header, 124, 12);
+    const auto mode = octal(header, 100, 8);
+    const bool isFolder = type == '5';
+    const bool isFile = type == '0' || type == '\0';
+    if (!hasRightChecksum(header) || field(header, 257, 5) != "ustar" || !size || !mode ||
+        isFolder == isFile || name.size() > kLongestName)
+        return std::nullopt;
+    if (isFolder && name.endsWith('/'))
+        name.chop(1);
+    QByteArrayList parts = name.split('/');
+    if (parts.size() > kDeepest || !std::all_of(parts.begin(), parts.end(), isPlainName))
+        return std::nullopt;
+    const QByteArray first = parts.takeFirst();
+    if (top.isEmpty())
+        top = first;
+    if (first != top || (parts.isEmpty() && !isFolder) || (isFolder && *size != 0))
+        return std::nullopt;
+    return Entry{parts.join('/'), *size, isFolder, (*mode & 0111) != 0};
+}
+
+UpdateProblem problemOfErrno()
+{
+    return errno == ENOSPC || errno == EDQUOT || errno == EFBIG ? UpdateProblem::noSpace
+                                                                : UpdateProblem::notReplaced;
+}
+
+bool readBlock(gzFile archive, Block &block)
+{
+    return gzread(archive, block.data(), kBlock) == kBlock;
+}
+
+// A full disk may take a part first and refuse only the rest.
+bool writeAll(int file, const char *bytes, size_t size)
+{
+    while (size > 0) {
+        const ssize_t written = write(file, bytes, size);
+        if (written <= 0)
+            return false;
+        bytes += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
+// Copies the `size` bytes that follow in `archive`, and passes over the padding behind them.
+UpdateProblem copyContent(gzFile archive, int file, qint64 size)
+{
+    std::array<char, 64 * kBlock> buffer{};
+    while (size > 0) {
+        const qint64 padded = (size + kBlock - 1) / kBlock * kBlock;
+        const auto wanted = static_cast<unsigned>(std::min<qint64>(padded, buffer.size()));
+        if (gzread(archive, buffer.data(), wanted) != static_cast<int>(wanted))
+            return UpdateProblem::contents;
+        const auto useful = static_cast<size_t>(std::min<qint64>(size, wanted));
+        if (!writeAll(file, buffer.data(), useful))
+            return problemOfErrno();
+        size -= static_cast<qint64>(useful);
+    }
+    return UpdateProblem::none;
+}
+
+UpdateProblem makeFolder(const QByteArray &path)
+{
+    constexpr mode_t mode = 0755;
+    if (mkdir(path.constData(), mode) == 0 || errno == EEXIST)
+        return UpdateProblem::none;
+    return problemOfErrno();
+}
+
+UpdateProblem makeFolders(const QByteArray &root, const QByteArray &name)
+{
+    for (qsizetype slash = name.indexOf('/'); slash >= 0; slash = name.indexOf('/', slash + 1)) {
+        if (const auto problem = makeFolder(root + '/' + name.first(slash)); problem != UpdateProblem::none)
+            return problem;
+    }
+    return UpdateProblem::none;
+}
+
+UpdateProblem writeEntry(gzFile archive, const QByteArray &root, const Entry &entry)
+{
+    if (const auto problem = makeFolders(root, entry.name); problem != UpdateProblem::none)
+        return problem;
+    const QByteArray path = root + '/' + entry.name;
+    if (entry.isFolder)
+        return entry.name.isEmpty() ? UpdateProblem::none : makeFolder(path);
+    const mode_t mode = entry.isProgram ? 0755 : 0644;
+    const int file = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+    if (file < 0)
+        return errno == EEXIST || errno == ENOTDIR || errno == EISDIR ? UpdateProblem::contents
+                                                                      : problemOfErrno();
+    UpdateProblem problem = copyContent(archive, file, entry.size);
+    if (close(file) != 0 && problem == UpdateProblem::none)
+        problem = problemOfErrno();
+    return problem;
+}
+
+UpdateProblem writeEntries(gzFile archive, const QByteArray &root, ArchiveUnpacker::Limits limits)
+{
+    QByteArray top;
+    for (Block header{}; readBlock(archive, header);) {
+        if (std::all_of(header.begin(), header.end(), [](char c) { return c == '\0'; }))
+            return top.isEmpty() ? UpdateProblem::contents : UpdateProblem::none;
+        const auto entry = parseEntry(header, top);
+        if (!entry)
+            return UpdateProblem::contents;
+        limits.bytes -= entry->size;
+        if (--limits.entries < 0 || limits.bytes < 0)
+            return UpdateProblem::tooLarge;
+        if (const auto problem = writeEntry(archive, root, *entry); problem != UpdateProblem::none)
+            return problem;
+    }
+    return UpdateProblem::contents; // The end mark is missing.
+}
+
+UpdateProblem bringToDisk(const QByteArray &root)
+{
+    const int folder = open(root.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool written = folder >= 0 && syncfs(folder) == 0;
+    const UpdateProblem problem = written ? UpdateProblem::none : problemOfErrno();
+    if (folder >= 0)
+        close(folder);
+    return problem;
+}
+
+} // namespace
+
+UpdateProblem ArchiveUnpacker::unpack(VerifiedArchive &archive, const QString &folder) const
+{
+    const QByteArray root = QFile::encodeName(folder);
+    constexpr mode_t mode = 0755;
+    if (mkdir(root.constData(), mode) != 0)
+        return problemOfErrno();
+    const int descriptor = dup(archive.file().handle());
+    if (descriptor < 0 || lseek(descriptor, 0, SEEK_SET) != 0)
+        return UpdateProblem::notReplaced;
+    const Gzip gzip(gzdopen(descriptor, "rb"));
+    if (!gzip)
+        return UpdateProblem::notReplaced;
+    const UpdateProblem problem = writeEntries(gzip.get(), root, limits_);
+    return problem == UpdateProblem::none ? bringToDisk(root) : problem;
+}

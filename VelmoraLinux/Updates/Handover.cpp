@@ -1,0 +1,161 @@
+#include "Handover.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr std::string_view kArgument = "--handover=";
+constexpr int kGuestSocket = 3; // Any number that a fresh process does not use.
+constexpr auto kLongestStart = 20s;
+constexpr auto kLongestFarewell = 30s;
+constexpr size_t kLongestMessage = 256;
+
+// What the running image has set for itself: the new one sets its own.
+bool belongsToRunningImage(std::string_view variable)
+{
+    return variable.starts_with("APPIMAGE=") || variable.starts_with("APPDIR=") ||
+           variable.starts_with("ARGV0=");
+}
+
+pid_t spawn(const QString &program, int socket)
+{
+    const QByteArray path = QFile::encodeName(program);
+    QByteArray argument = QByteArray(kArgument.data(), kArgument.size()) + QByteArray::number(kGuestSocket);
+    const std::array<char *, 3> arguments{const_cast<char *>(path.constData()), argument.data(), nullptr};
+    std::vector<char *> environment;
+    for (char **variable = environ; *variable != nullptr; ++variable) {
+        if (!belongsToRunningImage(*variable))
+            environment.push_back(*variable);
+    }
+    environment.push_back(nullptr);
+
+    posix_spawn_file_actions_t files{};
+    posix_spawnattr_t attributes{};
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_adddup2(&files, socket, kGuestSocket);
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+    pid_t child = 0;
+    const int error =
+        posix_spawn(&child, path.constData(), &files, &attributes, arguments.data(), environment.data());
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&files);
+    return error == 0 ? child : 0;
+}
+
+} // namespace
+
+Handover::Handover(Scheduler &scheduler)
+    : scheduler_(scheduler)
+{
+}
+
+Handover::~Handover()
+{
+    if (socket_ >= 0)
+        close(socket_);
+}
+
+void Handover::start(const QString &program, const QString &version, Done done)
+{
+    done_ = std::move(done);
+    expected_ = "ready " + version.toUtf8() + '\n';
+    heard_.clear();
+    round_ = std::make_shared<char>();
+    std::array<int, 2> ends{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0) {
+        socket_ = ends[0];
+        child_ = spawn(program, ends[1]);
+        close(ends[1]);
+    }
+    const auto later = [this, round = std::weak_ptr(round_)] {
+        if (!round.expired())
+            finish(UpdateProblem::notStarted);
+    };
+    if (child_ == 0) {
+        scheduler_.after(0s, later);
+        return;
+    }
+    notifier_ = std::make_unique<QSocketNotifier>(socket_, QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] { hear(); });
+    scheduler_.after(kLongestStart, later);
+}
+
+void Handover::hear()
+{
+    std::array<char, kLongestMessage> buffer{};
+    const ssize_t size = read(socket_, buffer.data(), buffer.size());
+    if (size > 0)
+        heard_.append(buffer.data(), size);
+    if (heard_ == expected_)
+        finish(UpdateProblem::none);
+    else if (size == 0 || (size > 0 && !expected_.startsWith(heard_)))
+        finish(UpdateProblem::notStarted);
+}
+
+void Handover::finish(UpdateProblem problem)
+{
+    round_.reset();
+    if (notifier_) {
+        notifier_->setEnabled(false);
+        notifier_.release()->deleteLater(); // We may be inside its signal.
+    }
+    if (problem != UpdateProblem::none) {
+        if (socket_ >= 0)
+            close(std::exchange(socket_, -1));
+        if (child_ > 0) {
+            kill(child_, SIGKILL);
+            waitpid(child_, nullptr, WNOHANG);
+        }
+        child_ = 0;
+    }
+    std::exchange(done_, nullptr)(problem);
+}
+
+std::unique_ptr<HandoverGuest> HandoverGuest::fromArguments(int count, const char *const *arguments)
+{
+    for (int i = 1; i < count; ++i) {
+        const std::string_view argument(arguments[i]);
+        if (!argument.starts_with(kArgument))
+            continue;
+        const std::string_view digits = argument.substr(kArgument.size());
+        int socket = -1;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), socket);
+        if (error != std::errc() || end != digits.data() + digits.size() || socket <= STDERR_FILENO ||
+            fcntl(socket, F_SETFD, FD_CLOEXEC) != 0)
+            return nullptr;
+        return std::unique_ptr<HandoverGuest>(new HandoverGuest(socket));
+    }
+    return nullptr;
+}
+
+HandoverGuest::~HandoverGuest()
+{
+    close(socket_);
+}
+
+void HandoverGuest::takeOver(const QString &version)
+{
+    const QByteArray message = "ready " + version.toUtf8() + '\n';
+    if (send(socket_, message.constData(), static_cast<size_t>(message.size()), MSG_NOSIGNAL) !=
+        message.size())
+        return;
+    pollfd end{socket_, POLLIN, 0};
+    poll(&end, 1, static_cast<int>(std::chrono::milliseconds(kLongestFarewell).count()));
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Downloader.h"
+
+#include <QFile>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QSslConfiguration>
+
+#include <chrono>
+#include <memory>
+
+// Downloads through Qt's network classes, without cookies, cache or credentials.
+class HttpsDownloader : public Downloader {
+public:
+    struct Settings {
+        QSslConfiguration ssl = QSslConfiguration::defaultConfiguration(); // Whom to trust.
+        std::chrono::milliseconds silence = std::chrono::seconds(30); // The longest wait for the next byte.
+        QString userAgent;
+    };
+
+    explicit HttpsDownloader(Settings settings);
+    ~HttpsDownloader() override;
+
+    void fetch(const QUrl &url, qint64 limit, BytesDone done) override;
+    void fetchToFile(const QUrl &url, qint64 limit, const QString &path, Progress progress,
+                     FileDone done) override;
+    void cancel() override;
+
+private:
+    struct Transfer;
+
+    void begin(const QUrl &url, std::unique_ptr<Transfer> transfer);
+    void take();
+    void finish();
+    void end(UpdateProblem problem);
+
+    Settings settings_;
+    QNetworkAccessManager network_;
+    std::unique_ptr<Transfer> transfer_; // Nothing while idle.
+};

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "HttpsDownloader.h"
+#include "Installation.h"
+#include "ReplacingInstaller.h"
+#include "UpdateSchedule.h"
+#include "UpdateSession.h"
+
+#include <VelmoraPlatform/BundleInfo.h>
+#include <VelmoraPlatform/Updater.h>
+
+// The updater: schedule, session and installer put together.
+//
+// A copy that somebody else manages is never checked by schedule; asked for, it says who updates it.
+class StandardUpdater : public Updater {
+public:
+    struct Environment {
+        DefaultsStore &defaults;
+        Scheduler &scheduler;
+        const WallClock &clock;
+        const BundleInfo &bundle;
+        UpdateUserDriver &driver;
+        Installation installation;
+        QString downloadFolder;
+        HttpsDownloader::Settings network;
+        std::function<void(const QUrl &page)> openPage;
+        std::function<void()> quit; // Ends this process in the ordinary way.
+    };
+
+    // Starts at once.
+    StandardUpdater(Environment environment, const UpdateConfiguration &configuration);
+
+    void checkForUpdates() override;
+    [[nodiscard]] bool canCheckForUpdates() const override;
+    void setChangeHandler(ChangeHandler handler) override;
+
+private:
+    void start();
+    void answer(UpdateAnswer answer);
+    void show(UpdateStep step, UpdateProblem problem, UpdateUserDriver::Attention attention);
+    void noteChange();
+    [[nodiscard]] UpdateHost host() const;
+    [[nodiscard]] UpdateSchedule::Settings scheduleSettings() const;
+    [[nodiscard]] QString ownVersion() const;   // What is compared.
+    [[nodiscard]] QString shownVersion() const; // What users read.
+
+    Environment environment_;
+    std::optional<UpdateKey> key_;
+    std::unique_ptr<HttpsDownloader> downloader_;
+    std::unique_ptr<ReplacingInstaller> installer_; // Nothing when managed or without a usable key.
+    std::unique_ptr<UpdateSession> session_;        // Together with the installer.
+    UpdateSchedule schedule_;
+    std::optional<UpdateStep> ownStep_; // What is on show outside a session.
+    ChangeHandler changed_ = [] {};
+    bool couldCheck_ = true;
+    std::shared_ptr<char> alive_ = std::make_shared<char>(); // Steps that outlive this do nothing.
+};

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Appcast.h"
+
+// What the feed is held against: the program that runs and the system under it.
+struct UpdateHost {
+    QString version;        // The bundle's "CFBundleVersion".
+    QString systemVersion;  // Of the C library, which decides what a program can run on.
+    QString system;         // "linux"
+    QString architecture;   // As `uname -m` says it.
+    QString archiveType;    // MIME type of the archives that can replace this installation.
+    QString skippedVersion; // Empty: none was skipped.
+    int rolloutGroup = 0;   // 0 to 6, drawn once on this computer.
+    QDateTime now;
+};
+
+enum class CheckKind {
+    scheduled, // Keeps to skipped versions and staggered releases.
+    byUser,    // Sees everything.
+};
+
+struct UpdateChoice {
+    // The item to offer; nothing when the host is up to date. Its one enclosure is the fitting one, unless
+    // the item is informational.
+    std::optional<AppcastItem> item;
+    bool critical = false;
+    bool informational = false;
+    bool otherSystemOnly = false; // Something newer exists, but not for this system.
+};
+
+// Picks the newest version that fits the host and is newer than it. Never offers an equal or older one.
+[[nodiscard]] UpdateChoice chooseUpdate(const Appcast &appcast, const UpdateHost &host, CheckKind kind);

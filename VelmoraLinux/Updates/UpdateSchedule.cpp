@@ -1,0 +1,88 @@
+#include "UpdateSchedule.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr QStringView kHasLaunchedBefore = u"SUHasLaunchedBefore";
+constexpr QStringView kAutomaticChecks = u"SUEnableAutomaticChecks";
+constexpr QStringView kLastCheckTime = u"SULastCheckTime"; // Milliseconds since 1970, UTC.
+
+// The steady clock stands still while the computer sleeps: look at the wall's clock now and then.
+constexpr std::chrono::milliseconds kLongestNap = 30min;
+
+} // namespace
+
+UpdateSchedule::UpdateSchedule(DefaultsStore &defaults, Scheduler &scheduler, const WallClock &clock,
+                               Settings settings, Actions actions)
+    : defaults_(defaults)
+    , scheduler_(scheduler)
+    , clock_(clock)
+    , settings_(settings)
+    , actions_(std::move(actions))
+{
+    settings_.interval = std::max<std::chrono::seconds>(settings_.interval, 1h);
+}
+
+void UpdateSchedule::start()
+{
+    const bool launchedBefore = defaults_.boolean(kHasLaunchedBefore).value_or(false);
+    if (!launchedBefore)
+        defaults_.setBoolean(kHasLaunchedBefore, true);
+    if (permission().value_or(false))
+        arm();
+    else if (!permission().has_value() && launchedBefore)
+        after(0s, [this] { actions_.askPermission(); });
+}
+
+void UpdateSchedule::setPermission(bool granted)
+{
+    defaults_.setBoolean(kAutomaticChecks, granted);
+    arm();
+}
+
+void UpdateSchedule::noteCheck()
+{
+    defaults_.setInteger(kLastCheckTime, clock_.now().toMSecsSinceEpoch());
+    arm();
+}
+
+std::optional<bool> UpdateSchedule::permission() const
+{
+    return settings_.fixedAnswer ? settings_.fixedAnswer : defaults_.boolean(kAutomaticChecks);
+}
+
+std::chrono::milliseconds UpdateSchedule::untilDue() const
+{
+    const auto last = defaults_.integer(kLastCheckTime);
+    if (!last)
+        return 0ms;
+    const std::chrono::milliseconds interval = settings_.interval;
+    const std::chrono::milliseconds passed{clock_.now().toMSecsSinceEpoch() - *last};
+    if (passed < 0ms) // The clock was set back: as if the last check were just over.
+        return interval;
+    return std::max(interval - passed, 0ms);
+}
+
+void UpdateSchedule::arm()
+{
+    round_ = std::make_shared<char>();
+    if (!permission().value_or(false))
+        return;
+    after(std::min(untilDue(), kLongestNap), [this] {
+        if (untilDue() > 0ms) {
+            arm();
+            return;
+        }
+        noteCheck();
+        actions_.check();
+    });
+}
+
+void UpdateSchedule::after(std::chrono::nanoseconds delay, Scheduler::Step step)
+{
+    scheduler_.after(delay, [round = std::weak_ptr(round_), step = std::move(step)] {
+        if (!round.expired())
+            step();
+    });
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QObject>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <vector>
+
+struct X11Free {
+    void operator()(void *memory) const
+    {
+        std::free(memory);
+    } // NOLINT(cppcoreguidelines-no-malloc): xcb's own way
+};
+
+// A reply or event of xcb.
+template<typename T>
+using X11Reply = std::unique_ptr<T, X11Free>;
+
+// A connection of our own to the X server, beside the one Qt keeps.
+//
+// Events reach every handler on the main thread. A server that goes away leaves a connection that does
+// nothing.
+class X11Display : public QObject {
+    Q_OBJECT
+
+public:
+    using EventHandler = std::function<void(const xcb_generic_event_t &event)>;
+
+    // Nothing when there is no X server.
+    static std::unique_ptr<X11Display> open();
+    ~X11Display() override;
+
+    [[nodiscard]] xcb_connection_t *xcb() const { return connection_; }
+
+    [[nodiscard]] const xcb_screen_t &screen() const { return *screen_; }
+
+    [[nodiscard]] int screenNumber() const { return screenNumber_; }
+
+    [[nodiscard]] xcb_window_t root() const { return screen_->root; }
+
+    [[nodiscard]] xcb_atom_t atom(const char *name) const;
+    [[nodiscard]] xcb_window_t selectionOwner(xcb_atom_t selection) const;
+    // The first `length` words of a property; empty when it is missing.
+    [[nodiscard]] std::vector<quint32> property(xcb_window_t window, xcb_atom_t name, quint32 length) const;
+    void sendClientMessage(xcb_window_t destination, quint32 eventMask,
+                           const xcb_client_message_event_t &message);
+    // Adds to what we want to hear of a window that may be another client's.
+    void listenTo(xcb_window_t window, quint32 eventMask);
+
+    void addEventHandler(EventHandler handler) { handlers_.push_back(std::move(handler)); }
+
+    // Sends what was asked for and looks for events that came in the meantime.
+    void flush();
+
+private:
+    X11Display(xcb_connection_t *connection, int screenNumber);
+    void dispatch();
+
+    xcb_connection_t *connection_;
+    int screenNumber_;
+    const xcb_screen_t *screen_;
+    std::vector<EventHandler> handlers_;
+};

@@ -1,0 +1,52 @@
+#include "Instance/LinuxApplicationInstance.h"
+#include "LinuxPlatform.h"
+#include "System/BundleInfoFile.h"
+#include "System/QuitSignals.h"
+#include "System/StartConditions.h"
+#include "Updates/Handover.h"
+
+#include <VelmoraMac/VelmoraMacApp.h>
+
+#include <QDBusConnection>
+#include <QGuiApplication>
+#include <QtQml/qqmlextensionplugin.h>
+
+Q_IMPORT_QML_PLUGIN(VelmoraMacPlugin)
+
+namespace {
+
+// After an update the version before is still running: it goes when this one says that it can run.
+void takeOver(int argc, char **argv)
+{
+    const std::unique_ptr<HandoverGuest> guest = HandoverGuest::fromArguments(argc, argv);
+    if (guest == nullptr)
+        return;
+    const BundleInfoFile bundle(QCoreApplication::applicationDirPath());
+    guest->takeOver(bundle.value(u"CFBundleVersion").toString());
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (const auto status = StartConditions::check(argc, argv, VELMORA_VERSION))
+        return *status;
+    StartConditions::ignoreWriteSignals();
+
+    const QGuiApplication application(argc, argv);
+    QGuiApplication::setApplicationName(QStringLiteral("velmora"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("app.velmora.Velmora"));
+    const QuitSignals quitSignals;
+    takeOver(argc, argv);
+
+    ActivationToken token;
+    LinuxApplicationInstance instance(QDBusConnection::sessionBus(), QStringLiteral("app.velmora.Velmora"),
+                                      token);
+    if (instance.claim() == ApplicationInstance::Role::second)
+        return 0;
+    LinuxPlatform platform(instance, token);
+    VelmoraMacApp app(platform.platform());
+    return app.run();
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+// The application's named pictures and symbols.
+//
+// Looking one up never fails. The order: NAME.png in the resource folder, in its folder Images, a picture of
+// that name compiled into the program or known to the desktop's icon theme, the symbol "link", and at last an
+// empty picture of 32 by 32 points. A file NAME@2x.png beside NAME.png serves larger sizes.
+namespace AppAssets {
+
+struct Picture {
+    QImage image;
+    QString accessibilityDescription; // Only where the symbol stands in for a missing picture.
+};
+
+// Where the first two places are; empty when there is no bundle. Set by the composition root before any view
+// is made.
+void setResourceFolder(const QString &folder);
+
+// The picture `name`, fitted into a square of `pixels` by `pixels`. Zero: as large as it was drawn.
+[[nodiscard]] Picture image(const QString &name, int pixels = 0);
+
+// The symbol `name` in a square of `pixels` by `pixels`, black on transparent; null when there is none.
+[[nodiscard]] QImage symbol(const QString &name, int pixels);
+
+} // namespace AppAssets

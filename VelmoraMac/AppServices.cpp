@@ -1,0 +1,14 @@
+#include "AppServices.h"
+
+AppServices::AppServices(const Platform &platform, TelemetrySink &telemetry, PanelFactory &panels,
+                         AppWindowFactory &windows)
+    : appState_({platform.defaults, platform.pasteboard, platform.loginItem, platform.bundle, platform.clock,
+                 telemetry})
+    , notices_(appState_, panels, platform.screens, platform.scheduler)
+    , clipboardMonitor_(platform.pasteboard, platform.scheduler, notices_)
+    , updateWindow_(appState_, windows)
+    , updateController_(platform.bundle, [this, &platform](const UpdateConfiguration &configuration) {
+        return platform.makeUpdater(configuration, updateWindow_);
+    })
+{
+}

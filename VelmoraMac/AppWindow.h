@@ -1,0 +1,38 @@
+#pragma once
+
+#include "View.h"
+
+#include <QSize>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+// An ordinary window with a title bar. Its close button only hides it.
+class AppWindow {
+public:
+    virtual ~AppWindow() = default;
+    [[nodiscard]] virtual bool isVisible() const = 0;
+    // Moves it to the middle of the main screen's work area.
+    virtual void centre() = 0;
+    // Shows it above the other applications' windows, on the desktop the user is looking at, with the
+    // keyboard.
+    virtual void bringToFront() = 0;
+    // Shows it where it is and leaves the keyboard to whoever has it.
+    virtual void showQuietly() = 0;
+};
+
+struct AppWindowOptions {
+    QString title;
+    QSize contentSize;
+    QSize minimumSize;
+    std::function<void()> closed = [] {}; // The close button was pressed.
+};
+
+class AppWindowFactory {
+public:
+    virtual ~AppWindowFactory() = default;
+    // A window that is not on screen yet.
+    [[nodiscard]] virtual std::unique_ptr<AppWindow> makeWindow(const View &view,
+                                                                const AppWindowOptions &options) = 0;
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QMetaType>
+#include <QString>
+#include <QStringList>
+#include <qqmlintegration.h>
+
+// What a cleaning did to a copied text, in the application's text form. A plain value.
+//
+// The values of removed parameters stay in the engine: nothing here shows, counts or keeps them.
+struct CleaningResult {
+    Q_GADGET
+    QML_VALUE_TYPE(cleaningResult)
+    Q_PROPERTY(QString originalText MEMBER originalText)
+    Q_PROPERTY(QString cleanedText MEMBER cleanedText)
+    Q_PROPERTY(QStringList removedParameterNames MEMBER removedParameterNames)
+    Q_PROPERTY(int removedCount READ removedCount)
+    Q_PROPERTY(bool didChange READ didChange)
+
+public:
+    QString originalText;
+    QString cleanedText;
+    QStringList removedParameterNames; // In removal order, repeats kept.
+
+    [[nodiscard]] int removedCount() const { return static_cast<int>(removedParameterNames.size()); }
+
+    [[nodiscard]] bool didChange() const { return cleanedText != originalText; }
+
+    bool operator==(const CleaningResult &) const = default;
+};

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "CleaningNotices.h"
+#include "DelayedSteps.h"
+
+#include <VelmoraPlatform/Pasteboard.h>
+#include <VelmoraPlatform/Scheduler.h>
+
+#include <QObject>
+#include <QPointer>
+#include <qqmlintegration.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+class AppState;
+
+// Notices every copy and has its links cleaned. Main thread only.
+//
+// It looks at the clipboard's change count on a grid of 0.22 s that begins with start(). A pasteboard that
+// reports its changes is looked at only at the grid point after a change; one that does not is looked at on
+// all of them. A change is used up when it is seen: what is copied while cleaning is paused is never cleaned
+// later.
+class ClipboardMonitor : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("There is one monitor, made when the application starts")
+    Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
+
+public:
+    static constexpr std::chrono::milliseconds interval{220};
+
+    // The pasteboard, the scheduler and the notices outlive the monitor.
+    ClipboardMonitor(Pasteboard &pasteboard, Scheduler &scheduler, CleaningNotices &notices,
+                     QObject *parent = nullptr);
+    ~ClipboardMonitor() override;
+
+    // Begins to watch, for good; a second call does nothing. What is on the clipboard now is never cleaned.
+    // Nothing happens any more once `state` is gone.
+    void start(AppState &state);
+
+    [[nodiscard]] bool isRunning() const { return isRunning_; }
+
+Q_SIGNALS:
+    void isRunningChanged();
+
+private:
+    struct Cleaning;
+
+    void waitForNextGridPoint();
+    void reachGridPoint();
+    void inspectClipboard();
+    void inspect(const std::string &text);
+    void writeCleanedResult(const Cleaning &cleaning);
+
+    Pasteboard &pasteboard_;
+    Scheduler &scheduler_;
+    CleaningNotices &notices_;
+    DelayedSteps steps_;
+    QPointer<AppState> state_;
+    std::chrono::nanoseconds gridStart_{0};
+    qint64 lastChangeCount_;
+    bool isRunning_ = false;
+    bool isWaiting_ = false;
+};

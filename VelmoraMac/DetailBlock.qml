@@ -1,0 +1,73 @@
+import QtQuick
+import VelmoraMac
+import QtQuick.Templates as T
+
+// A whole text in a box under its caption. It scrolls, and parts of it can be selected and copied.
+Column {
+    id: root
+
+    required property string caption
+    required property string value
+
+    spacing: 6
+
+    SystemText {
+        id: title
+
+        text: root.caption
+        font.weight: Font.Bold
+        color: Surroundings.colors.label
+        Accessible.role: Accessible.Heading
+    }
+    Rectangle {
+        width: parent.width
+        height: parent.height - title.height - parent.spacing
+        radius: 16
+        color: Surroundings.colors.textBackground
+        border.color: Surroundings.colors.cardStroke
+
+        Flickable {
+            id: scroll
+
+            anchors {
+                fill: parent
+                margins: 12
+            }
+            clip: true
+            contentWidth: width
+            contentHeight: text.implicitHeight
+            boundsBehavior: Flickable.StopAtBounds
+
+            T.ScrollBar.vertical: SlimScrollBar {
+                parent: scroll.parent
+                x: scroll.parent.width - width - 2
+                y: scroll.y
+                height: scroll.height
+            }
+
+            TextEdit {
+                id: text
+
+                width: scroll.width
+                text: root.value
+                textFormat: TextEdit.PlainText
+                font.pixelSize: 12
+                color: Surroundings.colors.label
+                selectionColor: Surroundings.colors.blue
+                selectedTextColor: "white"
+                wrapMode: TextEdit.WrapAnywhere
+                readOnly: true
+                selectByMouse: true
+                activeFocusOnTab: true
+                Accessible.role: Accessible.EditableText
+                Accessible.readOnly: true
+                Accessible.multiLine: true
+                Accessible.name: root.caption
+            }
+        }
+        FocusRing {
+            shown: text.activeFocus
+            radius: 19
+        }
+    }
+}

@@ -1,0 +1,64 @@
+import QtQuick
+import VelmoraMac
+import QtQuick.Templates as T
+
+// Edits the ignored domains: one a line, at least 160 points high. Tab leaves it.
+Item {
+    id: root
+
+    required property AppState appState
+    required property string label
+
+    width: parent?.width ?? 0
+    implicitHeight: Math.max(160, editor.implicitHeight) + 20
+
+    Rectangle {
+        anchors {
+            fill: parent
+            margins: 10
+        }
+        radius: 6
+        color: Surroundings.colors.textBackground
+        border.color: Surroundings.colors.cardStroke
+
+        T.TextArea {
+            id: editor
+
+            anchors.fill: parent
+            implicitHeight: contentHeight + 16
+            padding: 8
+            font.pixelSize: 13
+            color: Surroundings.colors.label
+            selectionColor: Surroundings.colors.blue
+            selectedTextColor: "white"
+            selectByMouse: true
+            textFormat: TextEdit.PlainText
+            wrapMode: TextEdit.Wrap
+            text: root.appState.ignoredDomainsText
+            KeyNavigation.priority: KeyNavigation.BeforeItem
+            KeyNavigation.tab: nextItemInFocusChain(true)
+            KeyNavigation.backtab: nextItemInFocusChain(false)
+            Accessible.role: Accessible.EditableText
+            Accessible.multiLine: true
+            Accessible.name: root.label
+            onTextChanged: {
+                if (text !== root.appState.ignoredDomainsText)
+                    root.appState.ignoredDomainsText = text;
+            }
+
+            FocusRing {
+                shown: editor.activeFocus
+                radius: 9
+            }
+        }
+        Connections {
+            target: root.appState
+
+            // Typing breaks the binding of `text`; what is added from elsewhere comes in here.
+            function onIgnoredDomainsTextChanged() {
+                if (editor.text !== root.appState.ignoredDomainsText)
+                    editor.text = root.appState.ignoredDomainsText;
+            }
+        }
+    }
+}

@@ -1,0 +1,14 @@
+import QtQuick
+import VelmoraMac
+
+// Shows where the keyboard is: a ring around its parent.
+Rectangle {
+    required property bool shown
+
+    anchors.fill: parent
+    anchors.margins: -3
+    visible: shown
+    color: "transparent"
+    border.width: 2
+    border.color: Surroundings.colors.blue
+}

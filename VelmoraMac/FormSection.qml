@@ -1,0 +1,35 @@
+import QtQuick
+import VelmoraMac
+
+// A titled card in a form; its rows stand one below the other with lines between them.
+Column {
+    id: root
+
+    property string title
+    default property alias rows: card.data
+
+    width: parent?.width ?? 0
+    spacing: 7
+
+    SystemText {
+        visible: root.title !== ""
+        leftPadding: 10
+        text: root.title
+        font.weight: Font.Bold
+        color: Surroundings.colors.label
+        Accessible.role: Accessible.Heading
+    }
+    Rectangle {
+        width: parent.width
+        height: card.implicitHeight
+        radius: 10
+        color: Surroundings.colors.cardFill
+        border.color: Surroundings.colors.cardStroke
+
+        Column {
+            id: card
+
+            width: parent.width
+        }
+    }
+}

@@ -1,0 +1,91 @@
+import QtQuick
+import VelmoraMac
+
+// Both links of a cleaning in full, in a sheet of 720 by 560 points. `dismissed()` asks to be closed.
+Rectangle {
+    id: root
+
+    required property cleanHistoryEntry entry
+    required property AppState appState
+
+    signal dismissed
+
+    function t(english: string, german: string): string {
+        return LocalizedStrings.choose(english, german, appState.language);
+    }
+
+    implicitWidth: 720
+    implicitHeight: 560
+    color: Surroundings.colors.windowBackground
+    Keys.onEscapePressed: dismissed()
+
+    Item {
+        id: header
+
+        x: 22
+        y: 22
+        width: root.width - 44
+        height: Math.max(title.height, close.height)
+
+        SystemText {
+            id: title
+
+            anchors.verticalCenter: parent.verticalCenter
+            text: root.t("Full Link Details", "Link-Details")
+            pointSize: 22
+            font.weight: Font.Bold
+            color: Surroundings.colors.label
+            Accessible.role: Accessible.Heading
+        }
+        SystemButton {
+            id: close
+
+            anchors {
+                right: parent.right
+                verticalCenter: parent.verticalCenter
+            }
+            text: root.t("Close", "Schließen")
+            focus: true
+            onClicked: root.dismissed()
+        }
+    }
+    Column {
+        id: blocks
+
+        readonly property real blockHeight: (height - spacing) / 2
+
+        anchors {
+            top: header.bottom
+            topMargin: 18
+            bottom: buttons.top
+            bottomMargin: 18
+            left: header.left
+            right: header.right
+        }
+        spacing: 18
+
+        DetailBlock {
+            width: parent.width
+            height: blocks.blockHeight
+            caption: root.t("Before", "Vorher")
+            value: root.entry.originalText
+        }
+        DetailBlock {
+            width: parent.width
+            height: blocks.blockHeight
+            caption: root.t("After", "Nachher")
+            value: root.entry.cleanedText
+        }
+    }
+    HistoryEntryButtons {
+        id: buttons
+
+        anchors {
+            left: header.left
+            bottom: parent.bottom
+            bottomMargin: 22
+        }
+        entry: root.entry
+        appState: root.appState
+    }
+}

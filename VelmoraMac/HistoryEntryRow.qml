@@ -1,0 +1,104 @@
+import QtQuick
+import VelmoraMac
+
+// One cleaning in the history, with what can be done about it.
+Rectangle {
+    id: root
+
+    required property cleanHistoryEntry entry
+    required property AppState appState
+    property bool showingDetails: false
+
+    function t(english: string, german: string): string {
+        return LocalizedStrings.choose(english, german, appState.language);
+    }
+
+    implicitHeight: column.implicitHeight + 28
+    radius: 18
+    color: Surroundings.colors.cardFill
+    border.color: Surroundings.colors.cardStroke
+
+    Column {
+        id: column
+
+        anchors {
+            left: parent.left
+            right: parent.right
+            top: parent.top
+            margins: 14
+        }
+        spacing: 10
+
+        Item {
+            width: parent.width
+            height: count.height
+
+            SymbolImage {
+                id: sparkles
+
+                anchors.verticalCenter: parent.verticalCenter
+                symbolName: "sparkles"
+                pointSize: 12
+                color: count.color
+            }
+            SystemText {
+                id: count
+
+                anchors {
+                    left: sparkles.right
+                    leftMargin: 6
+                }
+                text: LocalizedStrings.removedCount(root.entry.removedCount, root.appState.language)
+                pointSize: 12
+                font.weight: Font.DemiBold
+                color: Surroundings.colors.label
+            }
+            SystemText {
+                anchors {
+                    right: parent.right
+                    verticalCenter: parent.verticalCenter
+                }
+                text: ViewDates.mediumDateShortTime(root.entry.cleanedAt, root.appState.language)
+                pointSize: 10
+                color: Surroundings.colors.secondaryLabel
+            }
+        }
+        Column {
+            width: parent.width
+            spacing: 4
+
+            HistoryLine {
+                width: parent.width
+                title: root.t("Before", "Vorher")
+                value: root.entry.originalText
+            }
+            HistoryLine {
+                width: parent.width
+                title: root.t("After", "Nachher")
+                value: root.entry.cleanedText
+            }
+        }
+        SystemText {
+            width: parent.width
+            text: [...root.entry.removedParameterNames].join(", ")
+            pointSize: 10
+            color: Surroundings.colors.secondaryLabel
+            elide: Text.ElideRight
+            maximumLineCount: 1
+        }
+        HistoryEntryButtons {
+            entry: root.entry
+            appState: root.appState
+            offersDetails: true
+            onDetailsRequested: root.showingDetails = true
+        }
+    }
+    Loader {
+        active: root.showingDetails
+        sourceComponent: HistoryEntrySheet {
+            entry: root.entry
+            appState: root.appState
+            onDismissed: root.showingDetails = false
+        }
+    }
+}

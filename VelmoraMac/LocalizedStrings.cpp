@@ -1,0 +1,62 @@
+#include "LocalizedStrings.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): set once, at the start
+const SystemLanguage *systemLanguage = nullptr;
+} // namespace
+
+void LocalizedStrings::setSystemLanguage(const SystemLanguage *source)
+{
+    systemLanguage = source;
+}
+
+AppLanguage LocalizedStrings::defaultLanguage(const QString &languageCode)
+{
+    return languageCode == "de"_L1 ? AppLanguage::german : AppLanguage::english;
+}
+
+AppLanguage LocalizedStrings::systemDefault()
+{
+    return defaultLanguage(systemLanguage ? systemLanguage->code() : QString());
+}
+
+QString LocalizedStrings::choose(const QString &english, const QString &german, AppLanguage language)
+{
+    const AppLanguage chosen = language == AppLanguage::system ? systemDefault() : language;
+    return chosen == AppLanguage::german ? german : english;
+}
+
+QString LocalizedStrings::removedCount(double count, AppLanguage language)
+{
+    return QString::number(qRound64(count)) + choose(u" removed"_s, u" entfernt"_s, language);
+}
+
+QString LocalizedStrings::languageName(AppLanguage named, AppLanguage language)
+{
+    switch (named) {
+    case AppLanguage::system:
+        break;
+    case AppLanguage::english:
+        return choose(u"English"_s, u"Englisch"_s, language);
+    case AppLanguage::german:
+        return choose(u"German"_s, u"Deutsch"_s, language);
+    }
+    return choose(u"System"_s, u"System"_s, language);
+}
+
+QString LocalizedStrings::themeName(VelmoraTheme named, AppLanguage language)
+{
+    switch (named) {
+    case VelmoraTheme::aurora:
+        break;
+    case VelmoraTheme::ocean:
+        return choose(u"Ocean"_s, u"Ocean"_s, language);
+    case VelmoraTheme::light:
+        return choose(u"Light"_s, u"Hell"_s, language);
+    case VelmoraTheme::graphite:
+        return choose(u"Graphite"_s, u"Graphit"_s, language);
+    }
+    return choose(u"Aurora"_s, u"Aurora"_s, language);
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <VelmoraPlatform/StatusItem.h>
+
+// Shows the status item's menu where the desktop leaves that to us.
+class MenuPresenter {
+public:
+    virtual ~MenuPresenter() = default;
+    // Pops `menu` up beside `anchor` with no entry selected; it goes away by itself. Widths in points.
+    virtual void popUp(const StatusMenu &menu, const QRect &anchor, int minimumWidth) = 0;
+    // Harmless when no menu is open.
+    virtual void dismiss() = 0;
+};

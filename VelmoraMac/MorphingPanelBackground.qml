@@ -1,0 +1,45 @@
+import QtQuick
+import VelmoraMac
+
+// The popover's panel: a rounded backdrop over the theme's material that grows from a small form to the whole item.
+PremiumBackground {
+    id: root
+
+    property bool expanded: false
+    property real response: 0.28
+    property real dampingFraction: 0.84
+    // 0 in the small form, 1 when expanded; a little more on the way.
+    readonly property real progress: morph.value
+    readonly property real small: Surroundings.reducedMotion ? 0 : 1 - progress
+
+    cornerRadius: 30
+    material: Surroundings.material(themePalette)
+    cover: themePalette.materialOpacity
+    scrim: themePalette.overlayScrim
+    restingShade: 0.1
+    shade: 0.1 + 0.24 * Math.max(0, 1 - progress)
+    sideInset: Math.max(0, 9 * small)
+    topInset: Math.max(0, 4 * small)
+    bottomInset: Math.max(0, 14 * small)
+
+    SpringValue {
+        id: morph
+
+        to: root.expanded ? 1 : 0
+        response: root.response
+        dampingFraction: root.dampingFraction
+    }
+
+    Rectangle {
+        anchors {
+            fill: parent
+            leftMargin: root.sideInset
+            rightMargin: root.sideInset
+            topMargin: root.topInset
+            bottomMargin: root.bottomInset
+        }
+        radius: root.cornerRadius
+        color: "transparent"
+        border.color: root.themePalette.cardStroke
+    }
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "View.h"
+
+#include <QRect>
+#include <QSize>
+
+#include <functional>
+#include <memory>
+
+enum class FrameChange {
+    atOnce,
+    animated, // The window follows within a fraction of a second; `frame` tells the final frame at once.
+};
+
+// A borderless window above all others, on every desktop, that never takes the focus.
+//
+// Frames are in points with the origin at the top left of the desktop. Destroying a panel orders it out; a
+// handler of its view's requests may do that.
+class Panel {
+public:
+    virtual ~Panel() = default;
+    [[nodiscard]] virtual QRect frame() const = 0;
+    virtual void setFrame(const QRect &frame, FrameChange change) = 0;
+    [[nodiscard]] virtual bool isVisible() const = 0;
+    virtual void orderFront() = 0;
+    virtual void orderOut() = 0;
+    // What `PointerMonitor` calls this window.
+    [[nodiscard]] virtual quintptr windowId() const = 0;
+};
+
+struct PanelOptions {
+    QSize size;
+    // A panel that does not accept the mouse lets every click through to what lies below.
+    bool acceptsMouse = true;
+    // Of the panel's own shape, where the desktop cannot blend windows.
+    int cornerRadius = 0;
+    // Called when the panel has the keyboard and the user presses Escape.
+    std::function<void()> cancelled;
+};
+
+class PanelFactory {
+public:
+    virtual ~PanelFactory() = default;
+    // A panel that is not on screen yet. Never fails: a view that cannot be loaded leaves the panel empty.
+    [[nodiscard]] virtual std::unique_ptr<Panel> makePanel(const View &view, const PanelOptions &options) = 0;
+};

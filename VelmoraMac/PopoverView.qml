@@ -1,0 +1,168 @@
+import QtQuick
+import VelmoraMac
+import QtQuick.Layouts
+
+// The panel under the status icon: whether cleaning is on, three counters and the last cleaned link.
+//
+// The host shows it in a borderless translucent window of 306 by 386 points, 306 by 536 once there is a result. It
+// plays its opening when it is created, and its closing, which takes less than 0.25 s, when
+// `popoverAnimation.closeRequest` changes. It asks for the history with `openHistory()`.
+Item {
+    id: root
+
+    required property AppState appState
+    required property PopoverAnimationState popoverAnimation
+
+    signal openHistory
+
+    readonly property velmoraThemePalette themePalette: Surroundings.palette(appState.appTheme, Surroundings.colors)
+    property bool glow: false
+    property bool shellVisible: false
+    property bool headerVisible: false
+    property bool heroVisible: false
+    property bool statsVisible: false
+    property bool lastVisible: false
+    property bool closing: false
+
+    function t(english: string, german: string): string {
+        return LocalizedStrings.choose(english, german, appState.language);
+    }
+
+    function resetVisibility() {
+        shellVisible = headerVisible = heroVisible = statsVisible = lastVisible = false;
+    }
+
+    // Runs `change` after `seconds`, unless the popover has opened or closed again by then.
+    function animate(seconds: real, change: var) {
+        steps.after(seconds, change);
+    }
+
+    function playOpeningAnimation() {
+        steps.startOver();
+        closing = false;
+        resetVisibility();
+        animate(0, () => root.shellVisible = true);
+        animate(0.13, () => root.headerVisible = true);
+        animate(0.19, () => root.heroVisible = true);
+        animate(0.245, () => root.statsVisible = true);
+        animate(0.3, () => root.lastVisible = true);
+    }
+
+    function playClosingAnimation() {
+        steps.startOver();
+        closing = true;
+        lastVisible = false;
+        animate(0.015, () => root.statsVisible = false);
+        animate(0.03, () => root.heroVisible = false);
+        animate(0.045, () => root.headerVisible = false);
+        animate(0.075, () => root.shellVisible = false);
+    }
+
+    implicitWidth: 306
+    implicitHeight: appState.hasLastResult ? 536 : 386
+
+    Component.onCompleted: playOpeningAnimation()
+    Component.onDestruction: steps.startOver()
+
+    ViewSteps {
+        id: steps
+    }
+    ViewSteps {
+        id: pulse
+    }
+    Connections {
+        target: root.popoverAnimation
+
+        function onCloseRequestChanged() {
+            root.playClosingAnimation();
+        }
+    }
+    Connections {
+        target: root.appState
+
+        function onLastCleanedAtChanged() {
+            root.glow = true;
+            pulse.startOver();
+            pulse.after(1.15, () => root.glow = false);
+        }
+    }
+
+    MorphingPanelBackground {
+        id: panel
+
+        objectName: "panel"
+        anchors.fill: parent
+        themePalette: root.themePalette
+        expanded: root.shellVisible
+        response: root.closing ? 0.24 : 0.28
+        dampingFraction: root.closing ? 0.86 : 0.84
+        opacity: Math.min(1, Math.max(0, panel.progress))
+    }
+    ColumnLayout {
+        anchors {
+            fill: parent
+            margins: 16
+        }
+        spacing: 12
+        opacity: panel.opacity
+
+        StaggerRevealModifier {
+            shown: root.headerVisible
+            offsetY: -8
+            dampingFraction: root.closing ? 0.86 : 0.88
+            Layout.fillWidth: true
+            Layout.preferredHeight: header.implicitHeight
+
+            PopoverHeader {
+                id: header
+
+                anchors.fill: parent
+                appState: root.appState
+                themePalette: root.themePalette
+            }
+        }
+        StaggerRevealModifier {
+            shown: root.heroVisible
+            dampingFraction: root.closing ? 0.86 : 0.88
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+
+            PopoverHero {
+                objectName: "hero"
+                anchors.fill: parent
+                appState: root.appState
+                themePalette: root.themePalette
+                glow: root.glow
+            }
+        }
+        StaggerRevealModifier {
+            shown: root.statsVisible
+            dampingFraction: root.closing ? 0.86 : 0.88
+            Layout.fillWidth: true
+            Layout.preferredHeight: stats.implicitHeight
+
+            PopoverStats {
+                id: stats
+
+                anchors.fill: parent
+                appState: root.appState
+                themePalette: root.themePalette
+            }
+        }
+        StaggerRevealModifier {
+            shown: root.lastVisible
+            dampingFraction: root.closing ? 0.86 : 0.88
+            Layout.fillWidth: true
+            Layout.preferredHeight: card.implicitHeight
+
+            LastLinkCard {
+                id: card
+
+                anchors.fill: parent
+                appState: root.appState
+                themePalette: root.themePalette
+                onOpenHistory: root.openHistory()
+            }
+        }
+    }
+}

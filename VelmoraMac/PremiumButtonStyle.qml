@@ -1,0 +1,65 @@
+import QtQuick
+import VelmoraMac
+import QtQuick.Templates as T
+
+// A button on a themed panel.
+T.Button {
+    id: root
+
+    enum Kind {
+        Primary,
+        Secondary,
+        Ghost
+    }
+
+    required property velmoraThemePalette themePalette
+    property int kind: PremiumButtonStyle.Secondary
+    readonly property real fillOpacity: {
+        if (kind === PremiumButtonStyle.Primary)
+            return down ? 0.78 : 0.95;
+        if (kind === PremiumButtonStyle.Secondary)
+            return down ? 0.16 : 0.11;
+        return down ? 0.1 : 0.06;
+    }
+    readonly property color fill: kind === PremiumButtonStyle.Primary ? themePalette.successAccent
+                                                                      : themePalette.primaryText
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    horizontalPadding: 12
+    verticalPadding: 8
+    scale: 1 - 0.03 * press.value
+    Accessible.name: text
+    Accessible.onPressAction: root.clicked()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
+
+    contentItem: Text {
+        text: root.text
+        textFormat: Text.PlainText
+        font.pixelSize: 12
+        font.weight: Font.DemiBold
+        lineHeight: 15
+        lineHeightMode: Text.FixedHeight
+        horizontalAlignment: Text.AlignHCenter
+        color: root.kind === PremiumButtonStyle.Primary ? root.themePalette.badgeText : root.themePalette.primaryText
+    }
+    background: Rectangle {
+        radius: 13
+        color: Qt.rgba(root.fill.r, root.fill.g, root.fill.b, root.fillOpacity)
+        border.color: Qt.rgba(1, 1, 1, 0.1)
+
+        FocusRing {
+            shown: root.visualFocus
+            radius: 16
+        }
+    }
+
+    SpringValue {
+        id: press
+
+        to: root.down ? 1 : 0
+        response: 0.28
+        dampingFraction: 0.82
+    }
+}

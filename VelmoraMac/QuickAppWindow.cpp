@@ -1,0 +1,61 @@
+#include "QuickAppWindow.h"
+
+#include <QEvent>
+
+namespace {
+
+// Tells of the close button. Belongs to the window that it watches.
+class CloseWatcher final : public QObject {
+public:
+    CloseWatcher(std::function<void()> closed, QObject *window)
+        : QObject(window)
+        , closed_(std::move(closed))
+    {
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Close)
+            closed_();
+        return false;
+    }
+
+private:
+    std::function<void()> closed_;
+};
+
+} // namespace
+
+QuickAppWindow::QuickAppWindow(QuickWindow window, const AppWindowOptions &options, WindowManager &windows,
+                               const Screens &screens)
+    : window_(std::move(window))
+    , windows_(windows)
+    , screens_(screens)
+{
+    window_->setTitle(options.title);
+    window_->setMinimumSize(options.minimumSize);
+    window_->resize(options.contentSize);
+    window_->setColor(Qt::white);
+    window_->installEventFilter(new CloseWatcher(options.closed, window_.get()));
+}
+
+void QuickAppWindow::centre()
+{
+    QRect frame(QPoint(), window_->size());
+    frame.moveCenter(screens_.mainWorkArea().center());
+    window_->setPosition(frame.topLeft());
+}
+
+void QuickAppWindow::bringToFront()
+{
+    window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
+    window_->show();
+    windows_.activate(*window_);
+}
+
+void QuickAppWindow::showQuietly()
+{
+    window_->setProperty("_q_showWithoutActivating", true); // Understood by Qt's window systems.
+    window_->show();
+    window_->setProperty("_q_showWithoutActivating", false);
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QColor>
+#include <QPointF>
+#include <QQuickPaintedItem>
+#include <qqmlintegration.h>
+
+// Fine rings that spread from a point and fade, over a soft light around it and the application's mark at the
+// far side, within a rounded rectangle.
+class RippleField : public QQuickPaintedItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QPointF centre MEMBER centre_ NOTIFY changed)
+    Q_PROPERTY(double cornerRadius MEMBER cornerRadius_ NOTIFY changed)
+    Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)
+    Q_PROPERTY(QColor tint MEMBER tint_ NOTIFY changed)
+
+public:
+    explicit RippleField(QQuickItem *parent = nullptr);
+    void paint(QPainter *painter) override;
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    QPointF centre_;
+    double cornerRadius_ = 0;
+    QColor color_ = Qt::white;
+    QColor tint_ = Qt::white;
+};

@@ -1,0 +1,103 @@
+import QtQuick
+import VelmoraMac
+
+// One choice out of a few, side by side in one track. Left and right arrows choose when it has the keyboard.
+FocusScope {
+    id: root
+
+    required property string label
+    required property list<string> titles
+    required property int currentIndex
+    // Symbols beside the titles; none for a plain picker.
+    property list<string> symbols
+    // Whether the choice turns pages: told to assistive tools.
+    property bool turnsPages: false
+
+    signal chosen(int index)
+
+    function step(by: int) {
+        const next = currentIndex + by;
+        if (next >= 0 && next < titles.length)
+            chosen(next);
+    }
+
+    implicitWidth: segments.implicitWidth + 4
+    implicitHeight: 26
+    activeFocusOnTab: true
+    Accessible.role: turnsPages ? Accessible.PageTabList : Accessible.Grouping
+    Accessible.name: label
+    Keys.onLeftPressed: step(-1)
+    Keys.onRightPressed: step(1)
+
+    Rectangle { // Opaque: the picker may stand on a line.
+        anchors.fill: parent
+        radius: 7
+        color: Surroundings.colors.windowBackground
+    }
+    Rectangle {
+        anchors.fill: parent
+        radius: 7
+        color: Surroundings.colors.controlFill
+        border.color: Surroundings.colors.cardStroke
+
+        FocusRing {
+            shown: root.activeFocus
+            radius: 10
+        }
+    }
+    Row {
+        id: segments
+
+        anchors.centerIn: parent
+
+        Repeater {
+            id: repeater
+
+            model: root.titles.length
+
+            Rectangle {
+                id: segment
+
+                required property int index
+                readonly property bool selected: index === root.currentIndex
+
+                width: Math.max(58, content.implicitWidth + 24)
+                height: 22
+                radius: 5.5
+                color: selected ? Surroundings.colors.controlRaised : "transparent"
+                border.color: selected ? Surroundings.colors.cardStroke : "transparent"
+                Accessible.role: root.turnsPages ? Accessible.PageTab : Accessible.RadioButton
+                Accessible.name: root.titles[index]
+                Accessible.checkable: true
+                Accessible.checked: selected
+                Accessible.onPressAction: root.chosen(index)
+
+                Row {
+                    id: content
+
+                    anchors.centerIn: parent
+                    spacing: 6
+
+                    SymbolImage {
+                        anchors.verticalCenter: parent.verticalCenter
+                        visible: root.symbols.length > 0
+                        symbolName: visible ? root.symbols[segment.index] : ""
+                        pointSize: 12
+                        color: Surroundings.colors.label
+                    }
+                    Text {
+                        anchors.verticalCenter: parent.verticalCenter
+                        text: root.titles[segment.index]
+                        textFormat: Text.PlainText
+                        font.pixelSize: 13
+                        font.weight: segment.selected ? Font.Medium : Font.Normal
+                        color: Surroundings.colors.label
+                    }
+                }
+                TapHandler {
+                    onTapped: root.chosen(segment.index)
+                }
+            }
+        }
+    }
+}

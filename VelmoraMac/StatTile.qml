@@ -1,0 +1,44 @@
+import QtQuick
+import VelmoraMac
+
+// A small card with one counter.
+Rectangle {
+    id: root
+
+    required property string label
+    required property double value
+    required property color tint
+    required property velmoraThemePalette themePalette
+
+    implicitHeight: column.implicitHeight + 18
+    radius: 15
+    color: themePalette.cardFill
+    border.color: themePalette.cardStroke
+
+    Column {
+        id: column
+
+        anchors {
+            left: parent.left
+            right: parent.right
+            top: parent.top
+            margins: 9
+        }
+        spacing: 3
+
+        SystemText {
+            width: parent.width
+            text: root.label.toUpperCase()
+            pointSize: 8
+            font.weight: Font.DemiBold
+            font.letterSpacing: 0.3
+            color: Surroundings.legible(root.themePalette.secondaryText, root.themePalette)
+            elide: Text.ElideRight
+        }
+        NumericText {
+            value: root.value
+            pointSize: 20
+            color: root.tint
+        }
+    }
+}

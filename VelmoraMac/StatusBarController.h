@@ -1,0 +1,89 @@
+#pragma once
+
+#include "AppState.h"
+#include "AppWindowPresenting.h"
+#include "DelayedSteps.h"
+#include "MenuPresenter.h"
+#include "NotificationCenter.h"
+#include "Panel.h"
+#include "PopoverAnimationState.h"
+#include "TelemetrySink.h"
+#include "UpdateController.h"
+
+#include <VelmoraPlatform/PointerMonitor.h>
+#include <VelmoraPlatform/Screens.h>
+#include <VelmoraPlatform/StatusItem.h>
+
+#include <QImage>
+#include <QObject>
+
+#include <chrono>
+#include <memory>
+
+// Owns the status item, the popover that a click on it opens, and its menu; keeps icon and tooltip in step
+// with the state. Lives from the end of launch to the end of the process.
+class StatusBarController : public QObject {
+    Q_OBJECT
+
+public:
+    // What the controller works with; all outlive it.
+    struct Surface {
+        StatusItem &statusItem;
+        QImage templateImage;
+        PanelFactory &panels;
+        MenuPresenter &menus;
+        PointerMonitor &pointer;
+        const Screens &screens;
+        Scheduler &scheduler;
+        TelemetrySink &telemetry;
+        NotificationCenter &notifications;
+        std::function<void()> terminate;
+    };
+
+    StatusBarController(AppState &appState, UpdateController &updateController,
+                        std::weak_ptr<AppWindowPresenting> windowPresenter, Surface surface);
+    ~StatusBarController() override;
+
+private:
+    void configureStatusItem();
+    void observeState();
+    template<typename Signal>
+    void observe(Signal signal, void (StatusBarController::*reaction)());
+    void autoCleanChanged();
+    void lastCleanedAtChanged();
+    void lastResultChanged();
+    void restoreStatusItem();
+
+    void updateStatusIcon();
+    void updateStatusItemTooltip();
+    void pulseStatusIcon();
+
+    void togglePopover();
+    void openPopover();
+    [[nodiscard]] std::shared_ptr<Panel> makePopoverPanel();
+    [[nodiscard]] QSize popoverSize() const;
+    [[nodiscard]] QRect popoverFrameFor(QSize size) const;
+    void updatePopoverSize();
+    void closePopover();
+    void closePopoverAtOnce();
+    void finishClosing(const std::shared_ptr<Panel> &panel);
+    void blockStatusItemClicks(std::chrono::milliseconds time);
+    void mousePressed(const PointerMonitor::Press &press);
+
+    void updateMenu();
+    [[nodiscard]] StatusMenu contextMenu();
+    void showContextMenu();
+    void showAppWindow(AppTab tab);
+
+    AppState &appState_;
+    UpdateController &updateController_;
+    std::weak_ptr<AppWindowPresenting> windowPresenter_;
+    Surface surface_;
+    PopoverAnimationState popoverAnimationState_;
+    std::shared_ptr<Panel> popoverPanel_;
+    bool statusItemClicksBlocked_ = false;
+    bool isClosingPopover_ = false;
+    DelayedSteps clickBlock_; // Only the latest block lifts itself.
+    DelayedSteps closing_;
+    DelayedSteps pulse_;
+};

@@ -1,0 +1,56 @@
+#include "StatusMenuModel.h"
+
+StatusMenuModel::StatusMenuModel(StatusMenu menu, int minimumWidth)
+    : menu_(std::move(menu))
+    , minimumWidth_(minimumWidth)
+{
+}
+
+QVariantList StatusMenuModel::entries() const
+{
+    QVariantList entries;
+    for (const StatusMenuEntry &entry : menu_) {
+        entries.append(QVariantMap{{QStringLiteral("title"), entry.title},
+                                   {QStringLiteral("checked"), entry.check == StatusMenuEntry::Check::on}});
+    }
+    return entries;
+}
+
+bool StatusMenuModel::hasChecks() const
+{
+    return std::any_of(menu_.begin(), menu_.end(), [](const StatusMenuEntry &entry) {
+        return entry.check != StatusMenuEntry::Check::none;
+    });
+}
+
+bool StatusMenuModel::isChoice(int index) const
+{
+    return index >= 0 && static_cast<size_t>(index) < menu_.size() &&
+           !menu_[static_cast<size_t>(index)].isSeparator();
+}
+
+void StatusMenuModel::setCurrent(int current)
+{
+    const int possible = isChoice(current) ? current : -1;
+    if (possible == current_)
+        return;
+    current_ = possible;
+    Q_EMIT currentChanged();
+}
+
+void StatusMenuModel::moveCurrent(int step)
+{
+    const int count = static_cast<int>(menu_.size());
+    int index = current_ < 0 && step < 0 ? count : current_;
+    for (int tries = 0; tries < count; ++tries) {
+        index = (index + step + count) % count;
+        if (isChoice(index))
+            return setCurrent(index);
+    }
+}
+
+void StatusMenuModel::choose(int index)
+{
+    if (isChoice(index))
+        Q_EMIT chosen(menu_[static_cast<size_t>(index)].action);
+}

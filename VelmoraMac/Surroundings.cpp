@@ -1,0 +1,73 @@
+#include "Surroundings.h"
+
+#include "Contrast.h"
+#include "EngineSingleton.h"
+#include "PanelGround.h"
+
+namespace {
+
+// The ratios that the guidelines ask for.
+constexpr double smallText = 4.5;
+constexpr double largeText = 3;
+
+} // namespace
+
+Surroundings::Surroundings(QObject *parent)
+    : QObject(parent)
+{
+}
+
+Surroundings *Surroundings::in(QQmlEngine &engine)
+{
+    return engineSingleton<Surroundings>(engine, "Surroundings");
+}
+
+Surroundings *Surroundings::of(const QObject *item)
+{
+    QQmlEngine *engine = qmlEngine(item);
+    return engine != nullptr ? in(*engine) : nullptr;
+}
+
+void Surroundings::setDarkAppearance(bool dark)
+{
+    if (dark == darkAppearance_)
+        return;
+    darkAppearance_ = dark;
+    Q_EMIT darkAppearanceChanged();
+}
+
+void Surroundings::setReducedMotion(bool reduced)
+{
+    if (reduced == reducedMotion_)
+        return;
+    reducedMotion_ = reduced;
+    Q_EMIT reducedMotionChanged();
+}
+
+VelmoraThemePalette Surroundings::palette(Velmora::VelmoraTheme theme, const SystemColors &colors)
+{
+    return VelmoraThemePalette::of(theme, colors);
+}
+
+QColor Surroundings::legible(const QColor &tint, const VelmoraThemePalette &palette)
+{
+    return Contrast::legible(tint, PanelGround::behindCards(palette), smallText);
+}
+
+QColor Surroundings::legibleLarge(const QColor &tint, const VelmoraThemePalette &palette)
+{
+    return Contrast::legible(tint, PanelGround::behindCards(palette), largeText);
+}
+
+QColor Surroundings::legibleInRow(const QColor &tint, const VelmoraThemePalette &palette)
+{
+    QList<QColor> grounds = PanelGround::behindCards(palette);
+    for (QColor &ground : grounds)
+        ground = Contrast::over(palette.linkRowFill, ground);
+    return Contrast::legible(tint, grounds, smallText);
+}
+
+QColor Surroundings::material(const VelmoraThemePalette &palette)
+{
+    return PanelGround::material(palette);
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QColor>
+#include <QQuickPaintedItem>
+#include <QString>
+#include <qqmlintegration.h>
+
+// One of the application's symbols in one colour, as large as the text it stands beside.
+class SymbolImage : public QQuickPaintedItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QString symbolName READ symbolName WRITE setSymbolName NOTIFY symbolNameChanged)
+    Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
+    // The size of the text, in points; the symbol is a fifth larger.
+    Q_PROPERTY(double pointSize READ pointSize WRITE setPointSize NOTIFY pointSizeChanged)
+
+public:
+    explicit SymbolImage(QQuickItem *parent = nullptr);
+
+    [[nodiscard]] QString symbolName() const { return symbolName_; }
+
+    [[nodiscard]] QColor color() const { return color_; }
+
+    [[nodiscard]] double pointSize() const { return pointSize_; }
+
+    void setSymbolName(const QString &name);
+    void setColor(const QColor &color);
+    void setPointSize(double size);
+    void paint(QPainter *painter) override;
+
+Q_SIGNALS:
+    void symbolNameChanged();
+    void colorChanged();
+    void pointSizeChanged();
+
+private:
+    QString symbolName_;
+    QColor color_ = Qt::black;
+    double pointSize_ = 0;
+};

@@ -1,0 +1,127 @@
+#include "TelemetryService.h"
+
+#include "AppState.h"
+#include "TelemetryProperties.h"
+
+#include <QSet>
+#include <QUuid>
+
+#include <algorithm>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto installIDKey = u"telemetryInstallID";
+constexpr auto firstLaunchTrackedKey = u"telemetryFirstLaunchTracked";
+constexpr auto eventQueueKey = u"telemetryEventQueue";
+
+constexpr qsizetype queueLimit = 100;
+constexpr qsizetype batchLimit = 20;
+constexpr auto delayAfterEvent = 3000ms;
+constexpr auto delayAfterSuccess = 500ms;
+constexpr auto delayAfterFailure = 30000ms;
+constexpr auto requestTimeLimit = 8000ms;
+
+QString newIdentifier()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces); // Lower-case.
+}
+
+QDateTime toTheSecond(const QDateTime &moment)
+{
+    return QDateTime::fromSecsSinceEpoch(moment.toSecsSinceEpoch(), Qt::UTC);
+}
+
+bool isSuccess(std::optional<int> status)
+{
+    return status && *status >= 200 && *status <= 299;
+}
+
+} // namespace
+
+TelemetryService::TelemetryService(const Services &services)
+    : services_(services)
+    , queue_(queueFromJson(services.defaults.data(eventQueueKey).value_or(QByteArray()))
+                 .value_or(QList<TelemetryEnvelope>()))
+    , flushTimer_(services.scheduler)
+{
+}
+
+QString TelemetryService::installID()
+{
+    if (const std::optional<QString> known = services_.defaults.string(installIDKey))
+        return *known;
+    QString created = newIdentifier();
+    services_.defaults.setString(installIDKey, created);
+    return created;
+}
+
+void TelemetryService::trackFirstLaunchIfNeeded(const AppState &state)
+{
+    if (services_.defaults.boolean(firstLaunchTrackedKey).value_or(false))
+        return;
+    track(TelemetryEventName::appFirstLaunch, state);
+    services_.defaults.setBoolean(firstLaunchTrackedKey, true);
+}
+
+void TelemetryService::track(TelemetryEventName event, const AppState &state,
+                             const Properties &extraProperties)
+{
+    if (!state.telemetryEnabled() || !services_.endpoint)
+        return;
+    Properties properties = baseProperties(state, services_.bundle);
+    properties.insert(extraProperties);
+    queue_.append(
+        {newIdentifier(), wireName(event), installID(), toTheSecond(services_.clock.now()), properties});
+    trimQueue();
+    saveQueue();
+    scheduleFlush(delayAfterEvent);
+}
+
+void TelemetryService::trimQueue()
+{
+    if (queue_.size() > queueLimit)
+        queue_.remove(0, queue_.size() - queueLimit);
+}
+
+void TelemetryService::saveQueue()
+{
+    services_.defaults.setData(eventQueueKey, queueToJson(queue_));
+}
+
+void TelemetryService::scheduleFlush(std::chrono::milliseconds delay)
+{
+    flushTimer_.startOver();
+    flushTimer_.after(delay, [this] { flush(); });
+}
+
+void TelemetryService::flush()
+{
+    if (isFlushing_ || queue_.isEmpty() || !services_.endpoint)
+        return;
+    isFlushing_ = true;
+    const TelemetryBatch batch{queue_.first(std::min(queue_.size(), batchLimit))};
+    services_.https.postJson(
+        *services_.endpoint, batch.toJson(), requestTimeLimit,
+        [this, alive = std::weak_ptr(alive_), sent = batch.events](std::optional<int> status) {
+            if (!alive.expired())
+                handleFlushResponse(sent, status);
+        });
+}
+
+void TelemetryService::handleFlushResponse(const QList<TelemetryEnvelope> &sent, std::optional<int> status)
+{
+    isFlushing_ = false;
+    if (!isSuccess(status)) {
+        scheduleFlush(delayAfterFailure);
+        return;
+    }
+    QSet<QString> delivered;
+    for (const TelemetryEnvelope &envelope : sent)
+        delivered.insert(envelope.id);
+    queue_.removeIf([&](const TelemetryEnvelope &envelope) { return delivered.contains(envelope.id); });
+    saveQueue();
+    if (!queue_.isEmpty())
+        scheduleFlush(delayAfterSuccess);
+}

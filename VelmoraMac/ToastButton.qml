@@ -1,0 +1,50 @@
+import QtQuick
+import VelmoraMac
+import QtQuick.Templates as T
+
+// The warning's prominent button.
+T.Button {
+    id: root
+
+    readonly property color labelColor: Qt.rgba(1, 1, 1, 0.66)
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    horizontalPadding: 9
+    verticalPadding: 4
+    topInset: 3
+    Accessible.name: text
+    Accessible.onPressAction: root.clicked()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
+
+    contentItem: Row {
+        topPadding: 3
+        spacing: 5
+
+        SymbolImage {
+            anchors.verticalCenter: parent.verticalCenter
+            symbolName: "wand.and.sparkles"
+            pointSize: 11
+            color: root.labelColor
+        }
+        Text {
+            anchors.verticalCenter: parent.verticalCenter
+            text: root.text
+            textFormat: Text.PlainText
+            font.pixelSize: 11
+            font.weight: Font.DemiBold
+            color: root.labelColor
+        }
+    }
+    background: Rectangle {
+        radius: 7
+        // A deep blue: the label is translucent and could not be read on the usual one.
+        color: Qt.darker(Surroundings.colors.blue, root.down ? 1.9 : 1.65)
+
+        FocusRing {
+            shown: root.visualFocus
+            radius: 10
+        }
+    }
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "AppTypes.h"
+
+#include <VelmoraPlatform/BundleInfo.h>
+#include <VelmoraPlatform/Updater.h>
+
+#include <QObject>
+#include <qqmlintegration.h>
+
+#include <memory>
+
+// The application's access to software updates: an updater where the bundle carries a complete update
+// configuration, and nothing elsewhere. Whoever offers a check to the user asks here first.
+class UpdateController : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the services")
+    Q_PROPERTY(bool hasUpdater READ hasUpdater CONSTANT)
+    Q_PROPERTY(bool canCheckForUpdates READ canCheckForUpdates NOTIFY canCheckForUpdatesChanged)
+
+public:
+    using MakeUpdater = std::function<std::unique_ptr<Updater>(const UpdateConfiguration &)>;
+
+    // Reads the configuration once; with a complete one makes the updater, which starts at once.
+    UpdateController(const BundleInfo &bundle, const MakeUpdater &makeUpdater, QObject *parent = nullptr);
+
+    // Nothing without a complete update configuration, for as long as the process lives.
+    [[nodiscard]] Updater *updaterController() const { return updaterController_.get(); }
+
+    [[nodiscard]] bool hasUpdater() const { return updaterController_ != nullptr; }
+
+    // False without an updater.
+    [[nodiscard]] bool canCheckForUpdates() const;
+    // A check on the user's behalf; does nothing without an updater.
+    Q_INVOKABLE void checkForUpdates();
+    // What the settings say about updates.
+    Q_INVOKABLE QString statusText(Velmora::AppLanguage language) const;
+
+Q_SIGNALS:
+    void canCheckForUpdatesChanged();
+
+private:
+    std::unique_ptr<Updater> updaterController_;
+};

@@ -1,0 +1,151 @@
+import QtQuick
+import VelmoraMac
+import QtQuick.Templates as T
+
+// The content of the updater's window, one layout for every step: headline, message, release notes or a bar, buttons.
+Rectangle {
+    id: root
+
+    required property UpdateWindow updateWindow
+
+    implicitWidth: 460
+    implicitHeight: 320
+    color: Surroundings.colors.windowBackground
+    focus: true
+    Accessible.role: Accessible.Dialog
+    Accessible.name: updateWindow.headline
+    Keys.onEscapePressed: updateWindow.close()
+    Keys.onReturnPressed: updateWindow.accept()
+    Keys.onEnterPressed: updateWindow.accept()
+
+    AssetImage {
+        id: icon
+
+        anchors {
+            left: parent.left
+            top: parent.top
+            margins: 20
+        }
+        width: 48
+        height: 48
+        name: "velmora-app-icon"
+    }
+    SystemText {
+        id: headline
+
+        anchors {
+            left: icon.right
+            leftMargin: 16
+            right: parent.right
+            rightMargin: 20
+            top: icon.top
+        }
+        text: root.updateWindow.headline
+        pointSize: 15
+        font.bold: true
+        wrapMode: Text.Wrap
+        color: Surroundings.colors.label
+    }
+    SystemText {
+        id: message
+
+        anchors {
+            left: headline.left
+            right: headline.right
+            top: headline.bottom
+            topMargin: 6
+        }
+        text: root.updateWindow.message
+        wrapMode: Text.Wrap
+        color: Surroundings.colors.secondaryLabel
+    }
+    ProgressBar {
+        anchors {
+            left: headline.left
+            right: headline.right
+            top: message.bottom
+            topMargin: 14
+        }
+        visible: root.updateWindow.working
+        label: root.updateWindow.headline
+        progress: root.updateWindow.progress
+    }
+    Rectangle {
+        anchors {
+            left: headline.left
+            right: headline.right
+            top: message.bottom
+            topMargin: 14
+            bottom: buttons.top
+            bottomMargin: 14
+        }
+        visible: root.updateWindow.notes !== ""
+        radius: 6
+        color: Surroundings.colors.paneFill
+        border.color: Surroundings.colors.cardStroke
+
+        Flickable {
+            id: pane
+
+            anchors {
+                fill: parent
+                margins: 8
+            }
+            clip: true
+            contentWidth: width
+            contentHeight: notes.height
+            boundsBehavior: Flickable.StopAtBounds
+            activeFocusOnTab: true
+            Keys.onUpPressed: scroll.decrease()
+            Keys.onDownPressed: scroll.increase()
+            T.ScrollBar.vertical: SlimScrollBar {
+                id: scroll
+            }
+
+            SystemText {
+                id: notes
+
+                width: pane.width - 12
+                text: root.updateWindow.notes
+                wrapMode: Text.Wrap
+                color: Surroundings.colors.label
+            }
+            FocusRing {
+                target: pane
+                radius: 9
+            }
+        }
+    }
+    SystemButton {
+        anchors {
+            left: parent.left
+            leftMargin: 20
+            verticalCenter: buttons.verticalCenter
+        }
+        visible: text !== ""
+        text: root.updateWindow.skipTitle
+        onClicked: root.updateWindow.skip()
+    }
+    Row {
+        id: buttons
+
+        anchors {
+            right: parent.right
+            bottom: parent.bottom
+            margins: 20
+        }
+        spacing: 10
+
+        SystemButton {
+            visible: text !== ""
+            text: root.updateWindow.dismissTitle
+            onClicked: root.updateWindow.close()
+        }
+        SystemButton {
+            visible: text !== ""
+            text: root.updateWindow.acceptTitle
+            prominent: true
+            onClicked: root.updateWindow.accept()
+        }
+    }
+}

@@ -1,0 +1,57 @@
+#include "VelmoraMacApp.h"
+
+#include "AppAssets.h"
+#include "LocalizedStrings.h"
+#include "TelemetryConfig.h"
+
+#include <QGuiApplication>
+#include <QQuickWindow>
+
+namespace {
+constexpr int statusImagePixels = 68;
+constexpr std::chrono::seconds startingTime(2); // What starting needed is not needed afterwards.
+
+// What must hold before the first of the lasting objects is made.
+const Platform &prepared(const Platform &platform)
+{
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    // The same pixels on every machine, without a driver and its memory.
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    LocalizedStrings::setSystemLanguage(&platform.language);
+    AppAssets::setResourceFolder(platform.bundle.resourceFolder());
+    return platform;
+}
+} // namespace
+
+VelmoraMacApp::VelmoraMacApp(const Platform &platform)
+    : platform_(prepared(platform))
+    , telemetry_({platform.defaults, platform.https, platform.scheduler, platform.clock, platform.bundle,
+                  TelemetryConfig::endpointURL(platform.bundle)})
+    , views_({platform.windows, platform.screens, platform.scheduler, platform.appearance,
+              platform.releaseMemory})
+    , menus_(views_)
+    , delegate_(std::make_shared<AppDelegate>(
+          platform, AppDelegate::Surface{
+                        telemetry_, notifications_, views_, views_, menus_,
+                        AppAssets::image(QStringLiteral("velmora-menubar-template"), statusImagePixels).image,
+                        [] { QCoreApplication::quit(); }}))
+{
+}
+
+VelmoraMacApp::~VelmoraMacApp()
+{
+    platform_.instance.setReopenHandler({});
+    LocalizedStrings::setSystemLanguage(nullptr);
+}
+
+int VelmoraMacApp::run()
+{
+    delegate_->applicationDidFinishLaunching();
+    platform_.instance.setReopenHandler([this] { delegate_->applicationShouldHandleReopen(); });
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, qApp,
+                     [this] { delegate_->applicationShouldTerminate(); });
+    platform_.scheduler.after(startingTime, platform_.releaseMemory);
+    const int status = QCoreApplication::exec();
+    views_.closeAll(); // They look at the state, which goes before them.
+    return status;
+}

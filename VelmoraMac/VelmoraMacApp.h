@@ -1,0 +1,33 @@
+#pragma once
+
+#include "AppDelegate.h"
+#include "NotificationCenter.h"
+#include "QuickMenuPresenter.h"
+#include "QuickViews.h"
+#include "TelemetryService.h"
+
+#include <VelmoraPlatform/Platform.h>
+
+#include <memory>
+
+// The application on a desktop: makes what lives as long as the process and runs until the user quits.
+//
+// It has no window of its own at the start and goes on without any.
+class VelmoraMacApp {
+public:
+    // A QGuiApplication exists; `platform` outlives this object.
+    explicit VelmoraMacApp(const Platform &platform);
+    ~VelmoraMacApp();
+    Q_DISABLE_COPY_MOVE(VelmoraMacApp)
+
+    // The process's exit status.
+    [[nodiscard]] int run();
+
+private:
+    Platform platform_;
+    NotificationCenter notifications_;
+    TelemetryService telemetry_;
+    QuickViews views_;
+    QuickMenuPresenter menus_;
+    std::shared_ptr<AppDelegate> delegate_;
+};

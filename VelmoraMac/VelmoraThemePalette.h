@@ -1,0 +1,54 @@
+#pragma once
+
+#include "AppTypes.h"
+#include "SystemColors.h"
+
+#include <QColor>
+#include <QList>
+#include <qqmlintegration.h>
+
+// The colours of one theme. A plain value; build it anew when the theme or the desktop's appearance changes.
+struct VelmoraThemePalette {
+    Q_GADGET
+    QML_VALUE_TYPE(velmoraThemePalette)
+    Q_PROPERTY(QList<QColor> backgroundColors MEMBER backgroundColors)
+    Q_PROPERTY(QColor glowPrimary MEMBER glowPrimary)
+    Q_PROPERTY(QColor glowSecondary MEMBER glowSecondary)
+    Q_PROPERTY(QColor primaryText MEMBER primaryText)
+    Q_PROPERTY(QColor secondaryText MEMBER secondaryText)
+    Q_PROPERTY(QColor mutedText MEMBER mutedText)
+    Q_PROPERTY(QColor cardFill MEMBER cardFill)
+    Q_PROPERTY(QColor cardStroke MEMBER cardStroke)
+    Q_PROPERTY(QColor linkRowFill MEMBER linkRowFill)
+    Q_PROPERTY(QColor successAccent MEMBER successAccent)
+    Q_PROPERTY(QColor dangerAccent MEMBER dangerAccent)
+    Q_PROPERTY(QColor infoAccent MEMBER infoAccent)
+    Q_PROPERTY(QColor warningText MEMBER warningText)
+    Q_PROPERTY(QColor badgeText MEMBER badgeText)
+    Q_PROPERTY(QColor overlayScrim MEMBER overlayScrim)
+    Q_PROPERTY(double materialOpacity MEMBER materialOpacity)
+    Q_PROPERTY(QList<QColor> switchColors MEMBER switchColors)
+
+public:
+    QList<QColor> backgroundColors; // Three, from top to bottom of the backdrop.
+    QColor glowPrimary;
+    QColor glowSecondary;
+    QColor primaryText;
+    QColor secondaryText;
+    QColor mutedText;
+    QColor cardFill;
+    QColor cardStroke;
+    QColor linkRowFill;
+    QColor successAccent;
+    QColor dangerAccent;
+    QColor infoAccent;
+    QColor warningText;
+    QColor badgeText;
+    QColor overlayScrim;
+    double materialOpacity = 1;
+    QList<QColor> switchColors; // Two: the gradient of a switch that is on.
+
+    // Some colours of a theme are the system's and follow the desktop's appearance.
+    [[nodiscard]] static VelmoraThemePalette of(Velmora::VelmoraTheme theme, const SystemColors &system);
+    bool operator==(const VelmoraThemePalette &) const = default;
+};

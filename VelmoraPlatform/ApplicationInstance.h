@@ -1,0 +1,19 @@
+#pragma once
+
+#include <functional>
+
+// Makes sure that one user runs one Velmora, and hands a second start over to the first.
+class ApplicationInstance {
+public:
+    enum class Role {
+        first,  // This process is the application.
+        second, // The application runs already, was asked to re-open, and this process should end.
+    };
+    using ReopenHandler = std::function<void()>;
+
+    virtual ~ApplicationInstance() = default;
+    // Decides once, at start. When it cannot be found out, this process is the first.
+    [[nodiscard]] virtual Role claim() = 0;
+    // `handler` runs on the main thread whenever the running application is started again.
+    virtual void setReopenHandler(ReopenHandler handler) = 0;
+};

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+#include <QUrl>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+// Sends small requests over HTTPS and tells what became of them.
+//
+// Nothing but the request goes out: no cookies, no credentials, no header beyond what HTTP itself needs. A
+// certificate that does not hold is a failure, and a redirection never leads to plain HTTP. The answer's body
+// is thrown away.
+class HttpsClient {
+public:
+    // The HTTP status; nothing when there was no answer in time or no secure connection.
+    using Completion = std::function<void(std::optional<int> status)>;
+
+    virtual ~HttpsClient() = default;
+    // Posts `json`. `done` runs exactly once on the main thread, later than this call and at the latest after
+    // `timeLimit`, which covers the whole exchange; never, when this client is destroyed before.
+    virtual void postJson(const QUrl &url, const QByteArray &json, std::chrono::milliseconds timeLimit,
+                          Completion done) = 0;
+};

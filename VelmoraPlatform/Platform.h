@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Appearance.h"
+#include "ApplicationInstance.h"
+#include "BundleInfo.h"
+#include "DefaultsStore.h"
+#include "HttpsClient.h"
+#include "LoginItem.h"
+#include "Pasteboard.h"
+#include "PointerMonitor.h"
+#include "Scheduler.h"
+#include "Screens.h"
+#include "StatusItem.h"
+#include "SystemLanguage.h"
+#include "Updater.h"
+#include "WallClock.h"
+#include "WindowManager.h"
+
+#include <functional>
+
+// One desktop: everything the application asks of it. All of it outlives the application.
+struct Platform {
+    const BundleInfo &bundle;
+    DefaultsStore &defaults;
+    Pasteboard &pasteboard;
+    Scheduler &scheduler;
+    const WallClock &clock;
+    const SystemLanguage &language;
+    HttpsClient &https;
+    LoginItem &loginItem;
+    UpdaterFactory makeUpdater;
+
+    ApplicationInstance &instance; // Claimed: this process is the first.
+    StatusItem &statusItem;
+    WindowManager &windows;
+    PointerMonitor &pointer;
+    const Screens &screens;
+    Appearance &appearance;
+
+    // Called when the application has just let go of much.
+    std::function<void()> releaseMemory = [] {};
+};

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+// The language of the user's desktop.
+class SystemLanguage {
+public:
+    virtual ~SystemLanguage() = default;
+    // The lower-case ISO 639 code, without region and script ("de" in Vienna too); empty when none is set.
+    // Asked anew on every call, so that a change shows in the texts made next.
+    [[nodiscard]] virtual QString code() const = 0;
+};

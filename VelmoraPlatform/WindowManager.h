@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QRect>
+
+class QWindow;
+
+struct PanelTraits {
+    // A panel that does not accept the mouse lets every click through to what lies below.
+    bool acceptsMouse = true;
+    // Of the panel's shape, in points, where the desktop cannot blend windows.
+    int cornerRadius = 0;
+};
+
+// What a window needs from the desktop beyond being shown.
+class WindowManager {
+public:
+    virtual ~WindowManager() = default;
+    // Makes `window`, which was never shown, a panel: without a frame, above all others, on every desktop,
+    // never given the focus.
+    virtual void makePanel(QWindow &window, const PanelTraits &traits) = 0;
+    // Moves a panel, shown or not. In points, origin at the top left of the desktop.
+    virtual void place(QWindow &panel, const QRect &frame) = 0;
+    // Whether what lies below shows through a panel's translucent pixels. Panels are cut to their shape if
+    // not.
+    [[nodiscard]] virtual bool blendsWindows() const = 0;
+    // Puts `window`, which is shown, above the other applications' windows on the desktop the user is looking
+    // at, and gives it the keyboard.
+    virtual void activate(QWindow &window) = 0;
+};
