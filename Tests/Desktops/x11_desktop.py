@@ -300,10 +300,19 @@ class Desktop:
             return None
         xs, ys = [x for x, _, _ in marked], [y for _, y, _ in marked]
         place = Rect(strip.x + min(xs), strip.y + min(ys), max(xs) - min(xs) + 1, max(ys) - min(ys) + 1)
+        if max(place.width, place.height) > PANEL:
+            return None  # Not an icon: a panel caught half drawn.
         return place, max(strength for _, _, strength in marked)
 
     def wait_for_icon(self):
-        return wait_until("the icon", self.icon)[0]
+        """Where the icon stands, once two looks in a row find it in one place: panels move their icons while they start."""
+        seen = [None]
+
+        def settled():
+            seen.append(found := self.icon())
+            return found and seen[-2] and repr(found[0]) == repr(seen[-2][0]) and found
+
+        return wait_until("the icon", settled)[0]
 
     def panel_menu(self):
         """The menu that the panel draws, while it is open."""
