@@ -128,6 +128,42 @@ std::optional<HostExtent> asciiHostExtent(std::string_view text, std::size_t beg
     return HostExtent{at, valid && at > begin};
 }
 
+// Walks over the characters of a host, escapes and full stops of East Asian scripts included; those are dots
+// only where the host has no other.
+struct HostWalk {
+    std::string_view text;
+    std::size_t end;          // Behind what was walked over.
+    std::size_t fullStop = 0; // The first one.
+    bool asciiDot = false;
+
+    // False when the host ends here; not at the end of the text.
+    bool step()
+    {
+        const char c = text[end];
+        if (characters::is(c, characters::nonAscii))
+            return stepNonAscii();
+        const bool escape = isEscape(text, end);
+        if (!escape && !characters::is(c, characters::host | characters::dot))
+            return false;
+        asciiDot = asciiDot || c == '.';
+        end += escape ? 3 : 1;
+        return true;
+    }
+
+private:
+    bool stepNonAscii()
+    {
+        const utf8::CodePoint point = utf8::decode(text, end);
+        const bool isDot = isIdeographicDot(point.value);
+        if (isDot ? asciiDot : !isHostCodePoint(point.value))
+            return false;
+        if (isDot && fullStop == 0)
+            fullStop = end;
+        end += point.length;
+        return true;
+    }
+};
+
 } // namespace
 
 bool isHostCodePoint(char32_t point)
@@ -152,34 +188,14 @@ HostExtent hostExtent(std::string_view text, std::size_t begin)
 {
     if (const auto extent = asciiHostExtent(text, begin))
         return *extent;
-    std::size_t end = begin;
-    std::size_t fullStop = 0;
-    bool asciiDot = false;
-    while (end < text.size()) {
-        const char c = text[end];
-        if (characters::is(c, characters::host | characters::dot)) {
-            asciiDot = asciiDot || c == '.';
-            ++end;
-        } else if (c == '%' && isEscape(text, end)) {
-            end += 3;
-        } else if (characters::is(c, characters::nonAscii)) {
-            const utf8::CodePoint point = utf8::decode(text, end);
-            if (isIdeographicDot(point.value)) {
-                if (asciiDot)
-                    break;
-                if (fullStop == 0)
-                    fullStop = end;
-            } else if (!isHostCodePoint(point.value)) {
-                break;
-            }
-            end += point.length;
-        } else {
-            break;
-        }
+    HostWalk walk{text, begin};
+    while (walk.end < text.size() && walk.step()) {
     }
+    std::size_t end = walk.end;
     // A full stop that leads to no known domain ends the sentence, not a label.
-    if (fullStop != 0 && (asciiDot || !isTopLevelDomain(labelsOf(text.substr(begin, end - begin)).last)))
-        end = fullStop;
+    if (walk.fullStop != 0 &&
+        (walk.asciiDot || !isTopLevelDomain(labelsOf(text.substr(begin, end - begin)).last)))
+        end = walk.fullStop;
     while (end > begin && text[end - 1] == '.')
         --end;
     return {end, end > begin && labelsOf(text.substr(begin, end - begin)).valid};

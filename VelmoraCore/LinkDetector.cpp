@@ -38,6 +38,7 @@ std::optional<std::string> hostOf(std::string_view text, const FoundLink &link)
 
 } // namespace
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): who holds a detector asks it.
 std::vector<LinkMatch> LinkDetector::matches(std::string_view text) const
 {
     std::vector<LinkMatch> matches;

@@ -29,7 +29,6 @@ class LinkDetector {
 public:
     // All links in the order of the text; they never overlap. The text is UTF-8; a byte that is not counts as
     // one UTF-16 unit and ends a link.
-    // NOLINTNEXTLINE(readability-convert-member-functions-to-static): who holds a detector asks it.
     [[nodiscard]] std::vector<LinkMatch> matches(std::string_view text) const;
 };
 

@@ -336,9 +336,7 @@ bool LinkScanner::bareLink(const Run &run, FoundLink &link)
     link.query = link.fragment = link.end;
     if (startsTail(link.end))
         scanTail(link.end, link);
-    if (host.looksLikeFile && (link.end == authority.end || text_[authority.end] != '/'))
-        return false;
-    return true;
+    return !host.looksLikeFile || (link.end > authority.end && text_[authority.end] == '/');
 }
 
 // The local part stands before the "@": no dot at its ends, no two in a row.

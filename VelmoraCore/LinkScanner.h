@@ -72,8 +72,8 @@ private:
     bool hostAt(std::size_t begin, Authority &authority) const;
     void scanTail(std::size_t begin, FoundLink &link) const;
     void scanPort(Authority &authority) const;
-    bool startsTail(std::size_t at) const;
-    bool isPartOfMailbox(std::size_t at);
+    bool startsTail(std::size_t position) const;
+    bool isPartOfMailbox(std::size_t position);
     bool mayPrecedeBareHost(std::size_t begin) const;
     bool finish(FoundLink &link);
 

@@ -14,8 +14,8 @@ namespace {
 
 class TailScanner {
 public:
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): clearing the stack would cost more than most
-    // tails.
+    // Clearing the stack of brackets would cost more than most tails.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
     TailScanner(std::string_view text, std::size_t begin, Quoting quoting)
         : text_(text)
         , at_(begin)

@@ -82,8 +82,8 @@ bool TrackingRules::ignores(const LinkHost &host) const
 bool TrackingRules::removes(const QueryItem &item, const LinkHost &host) const
 {
     constexpr std::size_t usualLength = 64;
-    std::array<char, usualLength>
-        buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): written before it is read.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): written before it is read.
+    std::array<char, usualLength> buffer;
     if (const auto key = plainKey(item.name, buffer))
         return removesKey(*key, item, host);
     return removesKey(ruleSpelling(percentDecoded(item.name).value_or(std::string())), item, host);

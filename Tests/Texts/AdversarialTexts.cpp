@@ -73,7 +73,7 @@ constexpr auto families = std::to_array<AdversarialFamily>({
     {"combining marks", "https://e.com/?utm_source=a&b=", "e\u0301\u0323\u0307", ""},
     {"combining marks in a name", "https://e.com/?utm_source=a&", "\u0301\u0323", "=1"},
     {"combining marks in words", "", "e\u0301.com?x ", ""},
-    {"controls of direction", "https://e.com/?utm_source=a", "\u202E\u2066\u2069", ""},
+    {"controls of direction", "https://e.com/?utm_source=a", "\u202E\u2066\u2069\u202C", ""},
     {"no-break spaces", "https://e.com/?utm_source=a", "\u00A0?a.b", ""},
     {"zero-width joiners", "", "\U0001F468\u200D.com?x", ""},
     {"bytes that are not UTF-8", "https://e.com/?utm_source=a ", "\xFF?\xC3", ""},

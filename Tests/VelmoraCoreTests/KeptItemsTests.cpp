@@ -39,9 +39,10 @@ TEST(KeptItems, ComparesNameAndValueAsTheirOneKey)
 
 TEST(KeptItems, TellsManyItemsApart)
 {
-    std::vector<std::string> names;
-    for (int i = 0; i < 5000; ++i)
-        names.push_back("name" + std::to_string(i));
+    std::vector<std::string> names(5000);
+    int number = 0;
+    for (std::string &name : names)
+        name = "name" + std::to_string(number++);
     KeptItems kept;
     for (const std::string &name : names)
         EXPECT_TRUE(kept.isNew({name, "1"}));
