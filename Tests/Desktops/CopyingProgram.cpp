@@ -37,8 +37,6 @@ CopyingProgram::~CopyingProgram()
 std::optional<std::chrono::nanoseconds> CopyingProgram::copy(const QByteArray &text, const QByteArray &mode)
 {
     owned_.reset();
-    lost_.reset();
-    asked_.clear();
     process_.write(mode + ' ' + QByteArray::number(text.size()) + '\n' + text);
     return waitFor(owned_, 30s);
 }
@@ -46,8 +44,6 @@ std::optional<std::chrono::nanoseconds> CopyingProgram::copy(const QByteArray &t
 std::optional<std::chrono::nanoseconds> CopyingProgram::copyFilled(qsizetype size)
 {
     owned_.reset();
-    lost_.reset();
-    asked_.clear();
     process_.write("filled " + QByteArray::number(size) + '\n');
     return waitFor(owned_, 30s);
 }
@@ -91,9 +87,12 @@ void CopyingProgram::readLines()
     while (process_.canReadLine()) {
         const QByteArray line = process_.readLine().trimmed();
         const QByteArray rest = line.mid(line.indexOf(' ') + 1);
-        if (line.startsWith("owned "))
+        if (line.startsWith("owned ")) {
+            // What was said before belongs to an earlier copy, however late it is read.
+            lost_.reset();
+            asked_.clear();
             owned_ = std::chrono::nanoseconds(rest.toLongLong());
-        else if (line.startsWith("lost "))
+        } else if (line.startsWith("lost "))
             lost_ = std::chrono::nanoseconds(rest.toLongLong());
         else if (line.startsWith("asked "))
             asked_.append(rest);
