@@ -27,6 +27,7 @@ Item {
             anchors.fill: parent
             implicitHeight: contentHeight + 16
             padding: 8
+            font.family: Qt.application.font.family
             font.pixelSize: 13
             color: Surroundings.colors.label
             selectionColor: Surroundings.colors.blue
