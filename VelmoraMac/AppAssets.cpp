@@ -47,7 +47,7 @@ QImage fromFolders(const QString &name, int pixels)
     if (folder.isEmpty())
         return {};
     for (const QString &base : {QString(folder + u"/"_s + name), QString(folder + u"/Images/"_s + name)}) {
-        if (const QImage image = fromFiles(base, pixels); !image.isNull())
+        if (QImage image = fromFiles(base, pixels); !image.isNull())
             return image;
     }
     return {};
@@ -55,7 +55,7 @@ QImage fromFolders(const QString &name, int pixels)
 
 QImage fromPlatform(const QString &name, int pixels)
 {
-    if (const QImage image = fromFiles(u":/velmora/images/"_s + name, pixels); !image.isNull())
+    if (QImage image = fromFiles(u":/velmora/images/"_s + name, pixels); !image.isNull())
         return image;
     if (qobject_cast<QGuiApplication *>(QCoreApplication::instance()) == nullptr ||
         !QIcon::hasThemeIcon(name))

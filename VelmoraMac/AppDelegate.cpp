@@ -1,9 +1,11 @@
 #include "AppDelegate.h"
 
+#include <utility>
+
 using namespace std::chrono_literals;
 
-AppDelegate::AppDelegate(const Platform &platform, Surface surface)
-    : platform_(platform)
+AppDelegate::AppDelegate(Platform platform, Surface surface)
+    : platform_(std::move(platform))
     , surface_(std::move(surface))
     , services_(platform_, surface_.telemetry, surface_.panels, surface_.windows)
 {

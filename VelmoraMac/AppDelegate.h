@@ -30,7 +30,7 @@ public:
     };
 
     // Makes the services: state, clipboard monitor, updates.
-    AppDelegate(const Platform &platform, Surface surface);
+    AppDelegate(Platform platform, Surface surface);
 
     // Starts watching the clipboard and puts the status item on the desktop.
     void applicationDidFinishLaunching();

@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QQuickItem>
 
+#include <utility>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -15,8 +17,8 @@ namespace {
 constexpr auto engineKeptFor = 60s;
 } // namespace
 
-QuickViews::QuickViews(const Desktop &desktop)
-    : desktop_(desktop)
+QuickViews::QuickViews(Desktop desktop)
+    : desktop_(std::move(desktop))
 {
     desktop_.appearance.addChangeHandler([self = QPointer(this)] {
         if (self)

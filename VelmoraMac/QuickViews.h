@@ -40,7 +40,7 @@ public:
         std::function<void()> releaseMemory;
     };
 
-    explicit QuickViews(const Desktop &desktop);
+    explicit QuickViews(Desktop desktop);
     ~QuickViews() override;
 
     [[nodiscard]] std::unique_ptr<Panel> makePanel(const View &view, const PanelOptions &options) override;
