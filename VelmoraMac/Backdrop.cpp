@@ -11,9 +11,12 @@
 
 namespace {
 
-// The ends of each glow's way, in points from the middle of the item.
-constexpr QPointF glowWays[2][2] = {{{148, 112}, {-212, -182}}, {{-172, -120}, {174, 136}}};
-constexpr double glowRadius[2] = {230, 210};
+struct Glow {
+    QPointF start, end; // Of its way, in points from the middle of the item.
+    double radius;
+};
+
+constexpr std::array glows = {Glow{{148, 112}, {-212, -182}, 230}, Glow{{-172, -120}, {174, 136}, 210}};
 constexpr double sheen = 0.15; // The opacity of the white light along the top edge.
 
 void castShade(QPainter &painter, const QSize &size, double opacity)
@@ -55,11 +58,11 @@ void Backdrop::setDrift(double drift)
     Q_EMIT driftChanged();
 }
 
-QPoint Backdrop::glowPlace(int glow, double ratio) const
+QPoint Backdrop::glowPlace(std::size_t glow, double ratio) const
 {
-    const QPointF offset = glowWays[glow][0] + (glowWays[glow][1] - glowWays[glow][0]) * drift_;
+    const auto &[start, end, radius] = glows[glow];
+    const QPointF offset = start + (end - start) * drift_;
     const QPointF middle(width() / 2, height() / 2);
-    const double radius = glowRadius[glow];
     return ((middle + offset - QPointF(radius, radius)) * ratio).toPoint();
 }
 
@@ -77,11 +80,11 @@ void Backdrop::prepare(const QSize &pixels, double ratio)
     castShade(painter, ground_.size(), restingShade_);
     if (!recoloured)
         return;
-    for (int glow = 0; glow < 2; ++glow) {
+    for (std::size_t glow = 0; glow < glows.size(); ++glow) {
         const QColor color = glow == 0 ? palette_.glowPrimary : palette_.glowSecondary;
         QColor seen = settled(color, 0.5);
         seen.setAlphaF(color.alphaF());
-        glows_[glow] = SoftPictures::glow(qRound(2 * glowRadius[glow] * ratio), seen);
+        glows_[glow] = SoftPictures::glow(qRound(2 * glows[glow].radius * ratio), seen);
     }
 }
 
@@ -94,7 +97,7 @@ void Backdrop::compose(double ratio)
 {
     canvas_ = ground_.copy();
     QPainter painter(&canvas_);
-    for (int glow = 0; glow < 2; ++glow) {
+    for (std::size_t glow = 0; glow < glows.size(); ++glow) {
         drawnAt_[glow] = glowPlace(glow, ratio);
         painter.drawImage(drawnAt_[glow], glows_[glow]);
     }

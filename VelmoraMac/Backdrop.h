@@ -6,6 +6,8 @@
 #include <QQuickPaintedItem>
 #include <qqmlintegration.h>
 
+#include <array>
+
 // The coloured ground of a panel: a gradient, two soft glows that drift over it, a shade, in a rounded
 // rectangle.
 //
@@ -109,7 +111,7 @@ private:
     // An opaque colour of the gradient as it is seen, `down` from 0 at the top to 1 at the bottom.
     [[nodiscard]] QColor settled(const QColor &color, double down) const;
     void compose(double ratio);
-    [[nodiscard]] QPoint glowPlace(int glow, double ratio) const;
+    [[nodiscard]] QPoint glowPlace(std::size_t glow, double ratio) const;
 
     VelmoraThemePalette palette_;
     double drift_ = 0;
@@ -123,7 +125,7 @@ private:
 
     bool stale_ = true; // The pictures below belong to other colours.
     QImage ground_;     // All that stands still: material, gradient, scrim and the resting shade.
-    QImage glows_[2];
+    std::array<QImage, 2> glows_;
     QImage canvas_;
-    QPoint drawnAt_[2];
+    std::array<QPoint, 2> drawnAt_;
 };

@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QRadialGradient>
+#include <QtMath>
 
 #include <algorithm>
 
@@ -54,7 +55,9 @@ void RippleField::paint(QPainter *painter)
     painter->drawImage(QRectF(width() - side * 0.74, (height() - side) / 2 + 6, side, side), mark);
 
     painter->setBrush(Qt::NoBrush);
-    for (double radius = firstRing; radius < reach; radius += ringGap) {
+    const int rings = qCeil((reach - firstRing) / ringGap);
+    for (int ring = 0; ring < rings; ++ring) {
+        const double radius = firstRing + ring * ringGap;
         const double left = 1 - radius / reach;
         painter->setPen(QPen(at(color_, ringOpacity * left * left * 1.6), 1));
         painter->drawEllipse(centre_, radius, radius);

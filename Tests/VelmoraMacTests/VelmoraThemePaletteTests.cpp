@@ -6,6 +6,8 @@
 #include <QMetaProperty>
 #include <QtTest>
 
+#include <array>
+
 namespace {
 
 // Components in hundredths as a designer writes them; the system's colours in bytes.
@@ -31,8 +33,8 @@ QColor system(int red, int green, int blue, double alpha = 1)
     return color;
 }
 
-constexpr VelmoraTheme themes[] = {VelmoraTheme::aurora, VelmoraTheme::ocean, VelmoraTheme::light,
-                                   VelmoraTheme::graphite};
+constexpr std::array themes = {VelmoraTheme::aurora, VelmoraTheme::ocean, VelmoraTheme::light,
+                               VelmoraTheme::graphite};
 
 } // namespace
 
