@@ -17,6 +17,8 @@ const QString title = QStringLiteral("Velmora");
 // A session without any clipboard.
 class NoPasteboard final : public Pasteboard {
 public:
+    [[nodiscard]] bool isReachable() const override { return false; }
+
     [[nodiscard]] qint64 changeCount() const override { return 0; }
 
     void readString(TextHandler done) override { done({}); }

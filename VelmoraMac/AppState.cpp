@@ -97,6 +97,20 @@ void AppState::load()
     cleanedToday_ = normalizedCleanedToday();
     historyEntries_ = historyFromJson(defaults.data(historyEntriesKey).value_or(QByteArray()))
                           .value_or(QList<CleanHistoryEntry>());
+    if (!services_.pasteboard.isReachable())
+        reportMissingClipboard();
+}
+
+void AppState::reportMissingClipboard()
+{
+    assign(lastError_,
+           LocalizedStrings::choose(u"Velmora cannot reach the clipboard of this session, so links stay as "
+                                    u"they are. Log in to an X11 session and start it there."_s,
+                                    u"Velmora erreicht die Zwischenablage dieser Sitzung nicht, darum "
+                                    u"bleiben Links, wie sie sind. Melde dich in einer X11-Sitzung an und "
+                                    u"starte es dort."_s,
+                                    language_),
+           &AppState::lastErrorChanged);
 }
 
 void AppState::report(DefaultsStore::Problem problem)

@@ -126,6 +126,7 @@ private:
     bool assign(Value &field, const Value &value, void (AppState::*changed)());
     void load();
     void report(DefaultsStore::Problem problem);
+    void reportMissingClipboard();
     void applyLaunchAtLogin();
     void reportRefusedLoginItem();
     void write(const QString &text);

@@ -20,6 +20,10 @@ public:
     using ChangeHandler = std::function<void()>;
 
     virtual ~Pasteboard() = default;
+
+    // Whether this session has a clipboard that can be read and written at all; stays as it is.
+    [[nodiscard]] virtual bool isReachable() const { return true; }
+
     // Grows by one whenever any process, this one included, takes over the contents; also for the same text
     // again. A `setString` directly after `clear` belongs to the same take-over: the two together are one
     // step.

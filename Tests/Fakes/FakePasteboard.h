@@ -17,6 +17,8 @@ public:
     {
     }
 
+    [[nodiscard]] bool isReachable() const override { return reachable; }
+
     [[nodiscard]] qint64 changeCount() const override { return changeCount_; }
 
     void readString(TextHandler done) override;
@@ -34,6 +36,7 @@ public:
 
     [[nodiscard]] const std::optional<std::string> &contents() const { return contents_; }
 
+    bool reachable = true;
     bool notifies = true;
     bool answers = true;                     // False: the owner hangs, a read gives up after a second.
     std::chrono::nanoseconds answerDelay{0}; // From the asking to the answer.

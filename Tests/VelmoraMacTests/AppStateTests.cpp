@@ -529,6 +529,14 @@ private Q_SLOTS:
         QCOMPARE(state.language(), AppLanguage::english);
     }
 
+    void aSessionWithoutAClipboardIsNamedInTheSettings()
+    {
+        QVERIFY(AppState(fakes->services()).lastError().isEmpty());
+        fakes->pasteboard.reachable = false;
+        fakes->defaults.setString(u"language", u"german"_s);
+        QVERIFY(AppState(fakes->services()).lastError().startsWith(u"Velmora erreicht die Zwischenablage"_s));
+    }
+
     void aCleaningThatCannotBeSavedSaysSo()
     {
         AppState state(fakes->services());
