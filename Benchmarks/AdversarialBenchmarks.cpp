@@ -20,7 +20,7 @@ void clean(benchmark::State &state, const AdversarialFamily &family, std::size_t
     const std::string text = family.text(size);
     for ([[maybe_unused]] const auto round : state)
         benchmark::DoNotOptimize(cleaner.clean(text));
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
 }
 
 void detect(benchmark::State &state, const AdversarialFamily &family, std::size_t size)
@@ -28,7 +28,7 @@ void detect(benchmark::State &state, const AdversarialFamily &family, std::size_
     const std::string text = family.text(size);
     for ([[maybe_unused]] const auto round : state)
         benchmark::DoNotOptimize(velmora::LinkDetector().matches(text));
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
 }
 
 void add(const char *what, void (*work)(benchmark::State &, const AdversarialFamily &, std::size_t),

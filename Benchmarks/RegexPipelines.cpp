@@ -9,27 +9,56 @@
 #include <re2/re2.h>
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
+#include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace {
 
 constexpr const char *urlPattern = R"(https?://[^\s<>"]+)";
+constexpr const char *urlOrHostPattern =
+    R"((?i)\b(?:https?://|(?:[a-z0-9-]+\.)+(?:com|org|net|de|uk|fr|it|es|io|eu|ru|cn|jp|info)\b)[^\s<>"]*)";
 
-bool isTracker(std::string_view name)
-{
+class Trackers {
+public:
     using Configuration = velmora::LinkCleanerConfiguration;
-    static const std::unordered_set<std::string> names(Configuration::defaultTrackedParameterNames().begin(),
-                                                       Configuration::defaultTrackedParameterNames().end());
-    static const std::vector<std::string> prefixes(Configuration::defaultTrackedParameterPrefixes().begin(),
-                                                   Configuration::defaultTrackedParameterPrefixes().end());
-    return names.contains(std::string(name)) ||
-           std::any_of(prefixes.begin(), prefixes.end(),
-                       [name](const auto &p) { return name.starts_with(p); });
-}
 
-void strip(std::string_view url, std::string &output, std::vector<std::string> &removed)
+    bool contain(std::string_view name, std::optional<std::string_view> value) const
+    {
+        const std::string key = lower(name);
+        if (names_.contains(key))
+            return true;
+        const auto begins = [&key](const std::string &prefix) { return key.starts_with(prefix); };
+        if (std::any_of(prefixes_.begin(), prefixes_.end(), begins))
+            return true;
+        const auto values = valueSensitive_.find(key);
+        return value && values != valueSensitive_.end() && values->second.contains(lower(*value));
+    }
+
+private:
+    static std::string lower(std::string_view text)
+    {
+        std::string result(text);
+        for (char &c : result)
+            c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+        return result;
+    }
+
+    std::unordered_set<std::string> names_{Configuration::defaultTrackedParameterNames().begin(),
+                                           Configuration::defaultTrackedParameterNames().end()};
+    std::vector<std::string> prefixes_{Configuration::defaultTrackedParameterPrefixes().begin(),
+                                       Configuration::defaultTrackedParameterPrefixes().end()};
+    std::unordered_map<std::string, Configuration::Strings> valueSensitive_{
+        Configuration::defaultValueSensitiveTrackedParameters().begin(),
+        Configuration::defaultValueSensitiveTrackedParameters().end()};
+};
+
+void strip(std::string_view url, velmora::LinkCleaningResult &result)
 {
+    static const Trackers trackers;
+    std::string &output = result.cleanedText;
     const std::size_t fragment = std::min(url.find('#'), url.size());
     const std::size_t mark = url.substr(0, fragment).find('?');
     if (mark == std::string_view::npos) {
@@ -41,9 +70,15 @@ void strip(std::string_view url, std::string &output, std::vector<std::string> &
     for (std::size_t at = mark + 1; at <= fragment;) {
         const std::size_t end = std::min(url.find('&', at), fragment);
         const std::string_view item = url.substr(at, end - at);
-        const std::string_view name = item.substr(0, item.find('='));
-        if (isTracker(name)) {
-            removed.emplace_back(name);
+        const std::size_t equals = item.find('=');
+        const std::string_view name = item.substr(0, equals);
+        std::optional<std::string_view> value;
+        if (equals != std::string_view::npos)
+            value = item.substr(equals + 1);
+        if (trackers.contain(name, value)) {
+            velmora::RemovedQueryItem &removed = result.removedItems.emplace_back();
+            removed.name = name;
+            removed.value = value;
         } else {
             output += separator;
             output += item;
@@ -72,11 +107,11 @@ class Re2Pipeline : public RegexPipeline {
 
 class Pcre2Pipeline : public RegexPipeline {
 public:
-    Pcre2Pipeline()
+    explicit Pcre2Pipeline(const char *pattern)
     {
         int error = 0;
         PCRE2_SIZE offset = 0;
-        code_.reset(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(urlPattern), PCRE2_ZERO_TERMINATED, 0, &error,
+        code_.reset(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern), PCRE2_ZERO_TERMINATED, 0, &error,
                                   &offset, nullptr));
         if (!code_ || pcre2_jit_compile(code_.get(), PCRE2_JIT_COMPLETE) != 0)
             throw std::runtime_error("PCRE2 has no compiler for this machine");
@@ -155,17 +190,18 @@ private:
 
 } // namespace
 
-std::string RegexPipeline::clean(std::string_view text, std::vector<std::string> &removed) const
+velmora::LinkCleaningResult RegexPipeline::clean(std::string_view text) const
 {
-    std::string output;
-    output.reserve(text.size());
+    velmora::LinkCleaningResult result{std::string(text), {}, {}};
+    result.cleanedText.reserve(text.size());
     std::size_t copied = 0;
     for (const Span &span : find(text)) {
-        output += text.substr(copied, span.begin - copied);
-        strip(text.substr(span.begin, span.end - span.begin), output, removed);
+        result.cleanedText += text.substr(copied, span.begin - copied);
+        strip(text.substr(span.begin, span.end - span.begin), result);
         copied = span.end;
     }
-    return output += text.substr(copied);
+    result.cleanedText += text.substr(copied);
+    return result;
 }
 
 std::unique_ptr<RegexPipeline> RegexPipeline::re2()
@@ -175,7 +211,12 @@ std::unique_ptr<RegexPipeline> RegexPipeline::re2()
 
 std::unique_ptr<RegexPipeline> RegexPipeline::pcre2Jit()
 {
-    return std::make_unique<Pcre2Pipeline>();
+    return std::make_unique<Pcre2Pipeline>(urlPattern);
+}
+
+std::unique_ptr<RegexPipeline> RegexPipeline::pcre2JitWithBareHosts()
+{
+    return std::make_unique<Pcre2Pipeline>(urlOrHostPattern);
 }
 
 std::unique_ptr<RegexPipeline> RegexPipeline::hyperscan()

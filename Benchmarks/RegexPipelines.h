@@ -1,22 +1,28 @@
 #pragma once
 
+#include <VelmoraCore/LinkCleaningResult.h>
+
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
 // The usual way to clean links: find URLs with a regular expression, then strip their queries. The comparison
-// for our own speed; the three differ in the engine that finds.
+// for our own speed; they differ in the engine that finds.
+//
+// The result is what a caller gets from us, the cleaned text and the removed parameters, by the same tables,
+// but without what makes ours careful: nothing is decoded or collapsed, no host is looked at, punctuation
+// behind a link is taken in.
 class RegexPipeline {
 public:
     virtual ~RegexPipeline() = default;
 
-    // The cleaned text; the names of what was removed are appended.
-    std::string clean(std::string_view text, std::vector<std::string> &removed) const;
+    velmora::LinkCleaningResult clean(std::string_view text) const;
 
     static std::unique_ptr<RegexPipeline> re2();
     static std::unique_ptr<RegexPipeline> pcre2Jit();
     static std::unique_ptr<RegexPipeline> hyperscan();
+    // Finds hosts without a scheme, as we do, by a few top-level domains.
+    static std::unique_ptr<RegexPipeline> pcre2JitWithBareHosts();
 
 protected:
     struct Span {

@@ -45,7 +45,7 @@ std::size_t countItems(std::string_view query)
 {
     std::size_t count = 0;
     velmora::QueryItemReader reader(query);
-    while (reader.next())
+    for (velmora::QueryItem item; reader.next(item);)
         ++count;
     return count;
 }

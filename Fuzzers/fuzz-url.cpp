@@ -61,10 +61,10 @@ void checkQuery(std::string_view query)
 {
     std::string rewritten;
     velmora::QueryItemReader reader(query);
-    while (const auto item = reader.next()) {
+    for (velmora::QueryItem item; reader.next(item);) {
         std::string name;
-        velmora::appendQueryText(name, item->name);
-        expect(velmora::percentDecoded(name) == velmora::percentDecoded(item->name),
+        velmora::appendQueryText(name, item.name);
+        expect(velmora::percentDecoded(name) == velmora::percentDecoded(item.name),
                "writing keeps the meaning");
         std::string again;
         velmora::appendQueryText(again, name);

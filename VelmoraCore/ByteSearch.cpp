@@ -4,6 +4,7 @@
 #ifdef __SSE2__
 #include <emmintrin.h>
 
+#include <algorithm>
 #include <bit>
 #endif
 
@@ -22,6 +23,15 @@ std::size_t findOneOf(std::string_view text, std::size_t begin, unsigned wanted)
 
 } // namespace
 
+std::size_t findQueryMark(std::string_view text, std::size_t begin)
+{
+    for (std::size_t at = begin; at + 1 < text.size(); ++at) {
+        if (text[at] == '?' && !characters::is(text[at + 1], characters::blank))
+            return at;
+    }
+    return text.size();
+}
+
 std::size_t findBlank(std::string_view text, std::size_t begin)
 {
     return findOneOf(text, begin, characters::blank);
@@ -37,6 +47,16 @@ std::size_t behindLastBlank(std::string_view text, std::size_t floor, std::size_
 std::size_t findLinkDelimiter(std::string_view text, std::size_t begin)
 {
     return findOneOf(text, begin, characters::delimiter);
+}
+
+std::size_t findSeparator(std::string_view text, std::size_t begin)
+{
+    return findOneOf(text, begin, characters::separator);
+}
+
+std::size_t findCoded(std::string_view text, std::size_t begin)
+{
+    return findOneOf(text, begin, characters::coded);
 }
 
 } // namespace portable
@@ -55,6 +75,10 @@ public:
     {
     }
 
+    unsigned questionMarks() const { return mask(equals('?')); }
+
+    unsigned separators() const { return mask(_mm_or_si128(equals('&'), equals('='))); }
+
     unsigned blanks() const
     {
         // The smaller of a byte and a space is the byte itself: at most a space.
@@ -62,17 +86,21 @@ public:
         return mask(_mm_or_si128(low, _mm_or_si128(equals(0x7F), angles())));
     }
 
+    unsigned coded() const
+    {
+        return mask(
+            _mm_or_si128(_mm_or_si128(outsideOrBlank(), angles()), _mm_or_si128(equals('%'), equals(0x7F))));
+    }
+
     unsigned delimiters() const
     {
-        // As signed numbers the bytes of non-ASCII characters are the lowest.
-        const __m128i outside = _mm_cmpgt_epi8(all('!'), bytes_);
         const __m128i round = _mm_cmpeq_epi8(_mm_and_si128(bytes_, all('\xFE')), all('('));
         const __m128i folded = _mm_or_si128(bytes_, all(0x20));
         const __m128i others =
             _mm_or_si128(_mm_cmpeq_epi8(folded, all('{')), _mm_cmpeq_epi8(folded, all('}')));
         const __m128i single = _mm_or_si128(equals('"'), equals(0x7F));
-        return mask(
-            _mm_or_si128(_mm_or_si128(_mm_or_si128(outside, angles()), _mm_or_si128(round, others)), single));
+        return mask(_mm_or_si128(
+            _mm_or_si128(_mm_or_si128(outsideOrBlank(), angles()), _mm_or_si128(round, others)), single));
     }
 
 private:
@@ -84,18 +112,77 @@ private:
 
     __m128i angles() const { return _mm_cmpeq_epi8(_mm_and_si128(bytes_, all('\xFD')), all('<')); }
 
+    // As signed numbers the bytes of non-ASCII characters are the lowest.
+    __m128i outsideOrBlank() const { return _mm_cmpgt_epi8(all('!'), bytes_); }
+
     __m128i bytes_;
 };
 
+using Test = unsigned (Bytes::*)() const;
+
+// The first byte that passes the test. The last bytes of the text are looked at together with bytes before
+// them.
+template<Test test>
+std::size_t findFirst(std::string_view text, std::size_t begin)
+{
+    for (; begin + lanes <= text.size(); begin += lanes) {
+        if (const unsigned found = (Bytes(text.data() + begin).*test)())
+            return begin + static_cast<std::size_t>(std::countr_zero(found));
+    }
+    if (begin >= text.size())
+        return text.size();
+    const std::size_t last = text.size() - lanes;
+    const unsigned found = (Bytes(text.data() + last).*test)() >> (begin - last);
+    return found == 0 ? text.size() : begin + static_cast<std::size_t>(std::countr_zero(found));
+}
+
+// The question marks that something above a space follows, among sixteen bytes; looks at one byte more.
+__m128i followedMarks(const char *from)
+{
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(from));
+    const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i *>(from + 1));
+    const __m128i followed = _mm_cmpeq_epi8(_mm_max_epu8(next, _mm_set1_epi8('!')), next);
+    return _mm_and_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('?')), followed);
+}
+
+// Whether 64 bytes may hold what we look for. Questions of prose are sorted out here, without a branch for
+// each.
+bool mayHoldQueryMark(const char *from)
+{
+    const __m128i first = _mm_or_si128(followedMarks(from), followedMarks(from + lanes));
+    const __m128i second = _mm_or_si128(followedMarks(from + 2 * lanes), followedMarks(from + 3 * lanes));
+    return _mm_movemask_epi8(_mm_or_si128(first, second)) != 0;
+}
+
+unsigned queryMarks(const char *from)
+{
+    return Bytes(from).questionMarks() & ~Bytes(from + 1).blanks();
+}
+
 } // namespace
+
+std::size_t findQueryMark(std::string_view text, std::size_t begin)
+{
+    constexpr std::size_t many = 4 * lanes;
+    while (begin + lanes < text.size()) {
+        while (begin + many < text.size() && !mayHoldQueryMark(text.data() + begin))
+            begin += many;
+        const std::size_t end = std::min(begin + many, text.size() - lanes);
+        for (; begin < end; begin += lanes) {
+            if (const unsigned found = queryMarks(text.data() + begin))
+                return begin + static_cast<std::size_t>(std::countr_zero(found));
+        }
+    }
+    if (text.size() <= lanes || begin + 1 >= text.size())
+        return portable::findQueryMark(text, begin);
+    const std::size_t last = text.size() - lanes - 1;
+    const unsigned found = queryMarks(text.data() + last) >> (begin - last);
+    return found == 0 ? text.size() : begin + static_cast<std::size_t>(std::countr_zero(found));
+}
 
 std::size_t findBlank(std::string_view text, std::size_t begin)
 {
-    for (; begin + lanes <= text.size(); begin += lanes) {
-        if (const unsigned found = Bytes(text.data() + begin).blanks())
-            return begin + static_cast<std::size_t>(std::countr_zero(found));
-    }
-    return portable::findBlank(text, begin);
+    return text.size() < lanes ? portable::findBlank(text, begin) : findFirst<&Bytes::blanks>(text, begin);
 }
 
 std::size_t behindLastBlank(std::string_view text, std::size_t floor, std::size_t end)
@@ -104,19 +191,36 @@ std::size_t behindLastBlank(std::string_view text, std::size_t floor, std::size_
         if (const unsigned found = Bytes(text.data() + end - lanes).blanks())
             return end - lanes + static_cast<std::size_t>(std::bit_width(found));
     }
-    return portable::behindLastBlank(text, floor, end);
+    if (end < lanes)
+        return portable::behindLastBlank(text, floor, end);
+    const std::size_t first = end - lanes;
+    const unsigned found = Bytes(text.data() + first).blanks() >> (floor - first);
+    return found == 0 ? floor : floor + static_cast<std::size_t>(std::bit_width(found));
 }
 
 std::size_t findLinkDelimiter(std::string_view text, std::size_t begin)
 {
-    for (; begin + lanes <= text.size(); begin += lanes) {
-        if (const unsigned found = Bytes(text.data() + begin).delimiters())
-            return begin + static_cast<std::size_t>(std::countr_zero(found));
-    }
-    return portable::findLinkDelimiter(text, begin);
+    return text.size() < lanes ? portable::findLinkDelimiter(text, begin)
+                               : findFirst<&Bytes::delimiters>(text, begin);
+}
+
+std::size_t findSeparator(std::string_view text, std::size_t begin)
+{
+    return text.size() < lanes ? portable::findSeparator(text, begin)
+                               : findFirst<&Bytes::separators>(text, begin);
+}
+
+std::size_t findCoded(std::string_view text, std::size_t begin)
+{
+    return text.size() < lanes ? portable::findCoded(text, begin) : findFirst<&Bytes::coded>(text, begin);
 }
 
 #else
+
+std::size_t findQueryMark(std::string_view text, std::size_t begin)
+{
+    return portable::findQueryMark(text, begin);
+}
 
 std::size_t findBlank(std::string_view text, std::size_t begin)
 {
@@ -131,6 +235,16 @@ std::size_t behindLastBlank(std::string_view text, std::size_t floor, std::size_
 std::size_t findLinkDelimiter(std::string_view text, std::size_t begin)
 {
     return portable::findLinkDelimiter(text, begin);
+}
+
+std::size_t findSeparator(std::string_view text, std::size_t begin)
+{
+    return portable::findSeparator(text, begin);
+}
+
+std::size_t findCoded(std::string_view text, std::size_t begin)
+{
+    return portable::findCoded(text, begin);
 }
 
 #endif

@@ -8,7 +8,7 @@
 // their properties.
 namespace velmora::characters {
 
-enum Class : std::uint16_t {
+enum Class : std::uint32_t {
     host = 1U << 0,       // Letters, digits, "-" and "_".
     dot = 1U << 1,        // "."
     scheme = 1U << 2,     // Letters, digits, "+" and "-".
@@ -22,20 +22,18 @@ enum Class : std::uint16_t {
     queryText = 1U << 10, // Stands in a query item as itself.
     literal = 1U << 11,   // May stand in the brackets of a literal host.
     nonAscii = 1U << 12,
-    coded =
-        1U << 15, // Not to be taken as it stands in a name or value: "%" and bytes of non-ASCII characters.
-    soft = 1U << 14,      // Belongs to a link only when more of it follows.
     delimiter = 1U << 13, // The end of a link needs more thought: blanks, brackets, double quotes, non-ASCII.
+    soft = 1U << 14,      // Belongs to a link only when more of it follows.
+    coded = 1U << 15,     // Not to be taken as it stands in a name or value: "%", blanks, non-ASCII.
+    separator = 1U << 16, // Between the names and values of a query.
 };
 
-constexpr std::array<std::uint16_t, 256> makeClasses()
+constexpr std::array<std::uint32_t, 256> makeClasses()
 {
-    std::array<std::uint16_t, 256> classes{};
+    std::array<std::uint32_t, 256> classes{};
     const auto add = [&classes](std::string_view members, unsigned value) {
-        for (const char c : members) {
-            auto &entry = classes[static_cast<unsigned char>(c)];
-            entry = static_cast<std::uint16_t>(entry | value);
-        }
+        for (const char c : members)
+            classes[static_cast<unsigned char>(c)] |= value;
     };
     add("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ",
         host | scheme | letter | user | mailbox | plain | queryText | literal);
@@ -52,18 +50,19 @@ constexpr std::array<std::uint16_t, 256> makeClasses()
     add("#'/?^`{|}", mailbox);
     add("$*%@^`|\\", plain);
     add("'()*,;@/?", queryText);
-    add("<>\x7F", blank | delimiter);
+    add("<>\x7F", blank | delimiter | coded);
     add("\"()[]{}", delimiter);
     add("!\"',.:;?", soft);
     add("%", coded);
+    add("&=", separator);
     for (unsigned c = 0; c <= ' '; ++c)
-        classes[c] = blank | delimiter;
+        classes[c] = blank | delimiter | coded;
     for (unsigned c = 0x80; c <= 0xFF; ++c)
         classes[c] = nonAscii | delimiter | coded;
     return classes;
 }
 
-inline constexpr std::array<std::uint16_t, 256> classes = makeClasses();
+inline constexpr std::array<std::uint32_t, 256> classes = makeClasses();
 
 constexpr bool is(char c, unsigned wanted)
 {
@@ -75,15 +74,20 @@ constexpr char lower(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-constexpr bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase)
+constexpr bool startsIgnoringCase(std::string_view text, std::string_view lowerCase)
 {
-    if (text.size() != lowerCase.size())
+    if (text.size() < lowerCase.size())
         return false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    for (std::size_t i = 0; i < lowerCase.size(); ++i) {
         if (lower(text[i]) != lowerCase[i])
             return false;
     }
     return true;
+}
+
+constexpr bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase)
+{
+    return text.size() == lowerCase.size() && startsIgnoringCase(text, lowerCase);
 }
 
 } // namespace velmora::characters

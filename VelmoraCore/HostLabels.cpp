@@ -102,30 +102,30 @@ bool isAlphabetic(std::string_view label)
                        [](char c) { return characters::is(c, characters::letter); });
 }
 
-// A host of ASCII letters without escapes, in one pass; nothing if it goes on with something else.
+// Whether no label is empty or has a hyphen at one of its ends. The host is ASCII and ends in no dot.
+bool areLabels(std::string_view host)
+{
+    for (std::size_t i = 0; i < host.size(); ++i) {
+        if (host[i] > '.') // Letters, digits and "_"; what remains is a dot or a hyphen.
+            continue;
+        const char before = i == 0 ? '.' : host[i - 1];
+        if (before == '.' || (before == '-' && host[i] == '.'))
+            return false;
+    }
+    return !host.empty() && host.back() != '-';
+}
+
+// A host of ASCII characters without escapes; nothing if it goes on with something else.
 std::optional<HostExtent> asciiHostExtent(std::string_view text, std::size_t begin)
 {
-    std::size_t at = begin;
-    bool valid = true;
-    while (true) {
-        const std::size_t label = at;
-        while (at < text.size() && characters::is(text[at], characters::host))
-            ++at;
-        if (at != label)
-            valid = valid && text[label] != '-' && text[at - 1] != '-';
-        if (at == text.size() || text[at] != '.')
-            break;
-        // An empty label breaks the host, unless nothing but dots follows.
-        const std::size_t next = std::min(text.find_first_not_of('.', at), text.size());
-        const bool goesOn = next < text.size() && characters::is(text[next], characters::host);
-        valid = valid && at != label && (!goesOn || next == at + 1);
-        if (!goesOn && (next == text.size() || !characters::is(text[next], characters::coded)))
-            return HostExtent{at, valid && at > begin};
-        at = next;
-    }
-    if (at < text.size() && characters::is(text[at], characters::coded))
+    std::size_t end = begin;
+    while (end < text.size() && characters::is(text[end], characters::host | characters::dot))
+        ++end;
+    if (end < text.size() && (text[end] == '%' || characters::is(text[end], characters::nonAscii)))
         return std::nullopt;
-    return HostExtent{at, valid && at > begin};
+    while (end > begin && text[end - 1] == '.')
+        --end;
+    return HostExtent{end, areLabels(text.substr(begin, end - begin))};
 }
 
 // Walks over the characters of a host, escapes and full stops of East Asian scripts included; those are dots

@@ -42,21 +42,9 @@ std::uint64_t hashOf(std::string_view text)
     return mixed(hash, seed());
 }
 
-bool isPlain(std::string_view text)
-{
-    return std::none_of(text.begin(), text.end(),
-                        [](char c) { return characters::is(c, characters::coded); });
-}
-
 std::string_view valueOf(const QueryItem &item)
 {
     return item.value.value_or(std::string_view());
-}
-
-// Compared as they are written, but for the case of the name.
-bool isPlain(const QueryItem &item)
-{
-    return isPlain(item.name) && isPlain(valueOf(item));
 }
 
 bool isSamePlain(const QueryItem &left, const QueryItem &right)
@@ -68,7 +56,7 @@ bool isSamePlain(const QueryItem &left, const QueryItem &right)
 
 void appendKey(std::string &key, const QueryItem &item)
 {
-    if (isPlain(item)) {
+    if (item.plain) {
         std::transform(item.name.begin(), item.name.end(), std::back_inserter(key), characters::lower);
         key.append(1, '=').append(valueOf(item));
         return;
@@ -123,7 +111,7 @@ void SeenTexts::grow()
 
 bool KeptItems::isNew(const QueryItem &item)
 {
-    if (!seen_ && (count_ == few || !isPlain(item))) {
+    if (!seen_ && (count_ == few || !item.plain)) {
         seen_.emplace();
         for (std::size_t i = 0; i < count_; ++i)
             isNewAmongMany(few_[i]);

@@ -47,14 +47,17 @@ public:
 
     const FoundLink &link() const { return link_; }
 
-    // Appends the link as it is to be.
-    void rewrite(std::string &output, std::vector<RemovedQueryItem> &removed) const
+    // Appends the text from `begin`, which is not behind the link, to before the link's fragment as it is to
+    // be.
+    void rewrite(std::size_t begin, std::string &output, std::vector<RemovedQueryItem> &removed) const
     {
-        if (link_.kind == FoundLink::Kind::bareWeb)
+        if (link_.kind == FoundLink::Kind::bareWeb) {
+            output.append(text_, begin, link_.begin - begin);
             output += suppliedScheme;
-        output += text_.substr(link_.begin, link_.query - link_.begin);
+            begin = link_.begin;
+        }
+        output.append(text_, begin, link_.query - begin);
         query_->rewrite(output, removed);
-        output += text_.substr(link_.fragment, link_.end - link_.fragment);
     }
 
 private:
@@ -65,19 +68,13 @@ private:
 
     bool nextWord()
     {
-        while (true) {
-            const std::size_t mark = text_.find('?', wordEnd_);
-            if (mark == std::string_view::npos)
-                return false;
-            if (mark + 1 == text_.size() || characters::is(text_[mark + 1], characters::blank)) {
-                wordEnd_ = mark + 1; // "Really?"
-                continue;
-            }
-            const std::size_t begin = behindLastBlank(text_, wordEnd_, mark);
-            wordEnd_ = findBlank(text_, mark + 1);
-            scanner_ = LinkScanner(text_, begin, wordEnd_);
-            return true;
-        }
+        const std::size_t mark = findQueryMark(text_, wordEnd_);
+        if (mark == text_.size())
+            return false;
+        const std::size_t begin = behindLastBlank(text_, wordEnd_, mark);
+        wordEnd_ = findBlank(text_, mark + 1);
+        scanner_ = LinkScanner(text_, begin, wordEnd_);
+        return true;
     }
 
     std::string_view text_;
@@ -113,9 +110,8 @@ LinkCleaningResult LinkCleaner::clean(std::string_view text) const
     while (links.next()) {
         if (copied == 0)
             result.cleanedText.reserve(text.size() + suppliedScheme.size());
-        result.cleanedText += text.substr(copied, links.link().begin - copied);
-        links.rewrite(result.cleanedText, result.removedItems);
-        copied = links.link().end;
+        links.rewrite(copied, result.cleanedText, result.removedItems);
+        copied = links.link().fragment;
         makeRoom(result.removedItems, copied, text.size());
     }
     result.cleanedText += text.substr(copied);
@@ -130,7 +126,8 @@ std::vector<LinkEdit> LinkCleaner::edits(std::string_view text) const
         const FoundLink &link = links.link();
         LinkEdit &edit = edits.emplace_back(LinkEdit{link.begin, link.end - link.begin, {}, {}});
         edit.replacement.reserve(suppliedScheme.size() + edit.length);
-        links.rewrite(edit.replacement, edit.removedItems);
+        links.rewrite(link.begin, edit.replacement, edit.removedItems);
+        edit.replacement.append(text, link.fragment, link.end - link.fragment);
     }
     return edits;
 }

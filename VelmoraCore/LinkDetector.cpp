@@ -19,24 +19,15 @@ std::string urlOf(std::string_view text, const FoundLink &link)
     return url;
 }
 
-std::optional<std::string> hostOf(std::string_view text, const FoundLink &link)
-{
-    switch (link.kind) {
-    case FoundLink::Kind::web:
-    case FoundLink::Kind::bareWeb:
-        return reportedHost(text.substr(link.hostBegin, link.hostEnd - link.hostBegin));
-    case FoundLink::Kind::mail:
-        return std::nullopt;
-    case FoundLink::Kind::other:
-        break;
-    }
-    const auto url = UrlComponents::parse(text.substr(link.begin, link.end - link.begin));
-    if (!url || !url->host || url->host->empty())
-        return std::nullopt;
-    return reportedHost(*url->host);
-}
-
 } // namespace
+
+std::optional<std::string> LinkMatch::host() const
+{
+    const auto components = UrlComponents::parse(url);
+    if (!components || !components->host || components->host->empty())
+        return std::nullopt;
+    return reportedHost(*components->host);
+}
 
 // NOLINTNEXTLINE(readability-convert-member-functions-to-static): who holds a detector asks it.
 std::vector<LinkMatch> LinkDetector::matches(std::string_view text) const
@@ -49,7 +40,7 @@ std::vector<LinkMatch> LinkDetector::matches(std::string_view text) const
     while (scanner.next(link)) {
         units += utf8::utf16Length(text.substr(counted, link.begin - counted));
         const std::size_t length = utf8::utf16Length(text.substr(link.begin, link.end - link.begin));
-        matches.push_back({units, length, urlOf(text, link), hostOf(text, link)});
+        matches.push_back({units, length, urlOf(text, link)});
         units += length;
         counted = link.end;
     }

@@ -15,9 +15,10 @@ struct LinkMatch {
     std::size_t length;
     // The link as written, with "http://" or "mailto:" before it if it stands there without a scheme.
     std::string url;
+
     // The URL's host: escapes decoded, a literal without its brackets, an internationalised name in its ASCII
     // spelling, ASCII letters in their case. Nothing for links without a host, such as e-mail addresses.
-    std::optional<std::string> host;
+    [[nodiscard]] std::optional<std::string> host() const;
 
     bool operator==(const LinkMatch &) const = default;
 };

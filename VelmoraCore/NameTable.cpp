@@ -30,7 +30,7 @@ unsigned NameTable::find(std::string_view name) const
 std::size_t NameTable::slotOf(std::string_view name) const
 {
     std::size_t slot = hash(name) & (slots_.size() - 1);
-    while (slots_[slot] != 0 && entries_[slots_[slot] - 1].name != name)
+    while (slots_[slot] != 0 && !characters::equalsIgnoringCase(name, entries_[slots_[slot] - 1].name))
         slot = (slot + 1) & (slots_.size() - 1);
     return slot;
 }
@@ -47,9 +47,16 @@ std::size_t NameTable::hash(std::string_view name)
 {
     if (name.empty())
         return 0;
-    const auto byte = [name](std::size_t at) -> std::size_t { return static_cast<unsigned char>(name[at]); };
+    const auto byte = [name](std::size_t at) -> std::size_t {
+        return static_cast<unsigned char>(characters::lower(name[at]));
+    };
     const std::size_t last = name.size() - 1;
     return (byte(0) + byte(last / 2) * 31 + byte(last) * 131 + name.size() * 17) * 0x9E3779B1U >> 7;
+}
+
+bool beginsWith(std::string_view text, std::string_view prefix)
+{
+    return characters::startsIgnoringCase(text, prefix) && isCharacterBoundary(text, prefix.size());
 }
 
 PrefixTable::PrefixTable(std::vector<std::string> prefixes)
@@ -68,9 +75,9 @@ PrefixTable::PrefixTable(std::vector<std::string> prefixes)
 
 bool PrefixTable::matchesOne(std::string_view text) const
 {
-    const std::size_t first = static_cast<unsigned char>(text.front());
+    const std::size_t first = static_cast<unsigned char>(characters::lower(text.front()));
     return std::any_of(prefixes_.begin() + begins_[first], prefixes_.begin() + begins_[first + 1],
-                       [text](const std::string &prefix) { return hasCanonicalPrefix(text, prefix); });
+                       [text](const std::string &prefix) { return beginsWith(text, prefix); });
 }
 
 } // namespace velmora

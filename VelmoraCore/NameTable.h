@@ -1,5 +1,7 @@
 #pragma once
 
+#include <VelmoraCore/CharacterClasses.h>
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -9,16 +11,17 @@
 namespace velmora {
 
 // Names with a small number each, prepared for look-ups that mostly fail: one load and one test decide nearly
-// all of them.
+// all of them. The case of ASCII letters does not count.
 class NameTable {
 public:
-    // Gives `name` the bits of `roles`, beside those it has.
+    // Gives `name`, which has no capitals, the bits of `roles`, beside those it has.
     void add(std::string_view name, unsigned roles);
 
     // 0 for a name that was never added.
     unsigned rolesOf(std::string_view name) const
     {
-        const std::size_t first = name.empty() ? 0 : static_cast<unsigned char>(name.front());
+        const std::size_t first =
+            name.empty() ? 0 : static_cast<unsigned char>(characters::lower(name.front()));
         return (lengths_[first] & lengthBit(name)) == 0 ? 0 : find(name);
     }
 
@@ -46,19 +49,22 @@ private:
     std::vector<std::uint32_t> slots_ = std::vector<std::uint32_t>(4);
 };
 
-// Prefixes, looked up by what a text begins with.
+// Whether the text begins with a prefix that has no capitals. Characters are compared as the reader sees
+// them, so "e" does not begin "é" in any spelling; the case of ASCII letters does not count.
+bool beginsWith(std::string_view text, std::string_view prefix);
+
+// Prefixes without capitals, looked up by what a text begins with. The case of ASCII letters does not count.
 class PrefixTable {
 public:
     PrefixTable() = default;
     explicit PrefixTable(std::vector<std::string> prefixes);
 
-    // Whether the text begins with one of the prefixes, compared character by character as the reader sees
-    // them.
+    // Whether the text begins with one of the prefixes.
     bool matches(std::string_view text) const
     {
         if (text.empty() || matchesAll_)
             return matchesAll_;
-        const std::size_t first = static_cast<unsigned char>(text.front());
+        const std::size_t first = static_cast<unsigned char>(characters::lower(text.front()));
         return begins_[first] != begins_[first + 1] && matchesOne(text);
     }
 

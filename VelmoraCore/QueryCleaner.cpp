@@ -3,16 +3,21 @@
 #include <VelmoraCore/QueryItem.h>
 
 #include <algorithm>
-#include <optional>
 
 namespace velmora {
 
 namespace {
 
-RemovedQueryItem removedItem(const QueryItem &item)
+void report(const QueryItem &item, std::vector<RemovedQueryItem> &removed)
 {
-    return {percentDecoded(item.name).value_or(std::string()),
-            item.value ? percentDecoded(*item.value) : std::nullopt};
+    RemovedQueryItem &report = removed.emplace_back();
+    if (item.plain) {
+        report.name = item.name;
+        report.value = item.value;
+    } else {
+        report.name = percentDecoded(item.name).value_or(std::string());
+        report.value = item.value ? percentDecoded(*item.value) : std::nullopt;
+    }
 }
 
 // Takes items one by one, writes those that stay and reports the others.
@@ -27,7 +32,7 @@ public:
     void take(const QueryItem &item, bool removed)
     {
         if (removed)
-            removed_.push_back(removedItem(item));
+            report(item, removed_);
         else if (kept_.isNew(item))
             write(item);
     }
@@ -56,26 +61,17 @@ bool QueryCleaner::isTracked()
 {
     bool tracked = readFirstItems();
     QueryItemReader reader = rest_;
-    while (!tracked) {
-        const auto item = reader.next();
-        if (!item)
-            return false;
-        tracked = rules_.removes(*item, host_);
-    }
-    return !rules_.ignores(host_);
+    for (QueryItem item; !tracked && reader.next(item);)
+        tracked = rules_.removes(item, host_);
+    return tracked && !rules_.ignores(host_);
 }
 
 bool QueryCleaner::readFirstItems()
 {
     bool tracked = false;
-    while (count_ < remembered) {
-        const auto item = rest_.next();
-        if (!item)
-            break;
-        items_[count_] = *item;
-        removed_[count_] = rules_.removes(*item, host_);
+    for (; count_ < remembered && rest_.next(items_[count_]); ++count_) {
+        removed_[count_] = rules_.removes(items_[count_], host_);
         tracked = tracked || removed_[count_];
-        ++count_;
     }
     return tracked;
 }
@@ -88,8 +84,8 @@ void QueryCleaner::rewrite(std::string &link, std::vector<RemovedQueryItem> &rem
     for (std::size_t i = 0; i < count_; ++i)
         rewriting.take(items_[i], removed_[i]);
     QueryItemReader reader = rest_;
-    while (const auto item = reader.next())
-        rewriting.take(*item, rules_.removes(*item, host_));
+    for (QueryItem item; reader.next(item);)
+        rewriting.take(item, rules_.removes(item, host_));
 }
 
 } // namespace velmora

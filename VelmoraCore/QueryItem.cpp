@@ -1,3 +1,4 @@
+#include <VelmoraCore/ByteSearch.h>
 #include <VelmoraCore/CharacterClasses.h>
 #include <VelmoraCore/QueryItem.h>
 #include <VelmoraCore/Utf8.h>
@@ -31,7 +32,8 @@ char escapedByte(std::string_view text, std::size_t at)
 void appendEscaped(std::string &query, char byte)
 {
     const auto value = static_cast<unsigned char>(byte);
-    query += {'%', hexDigits[value >> 4], hexDigits[value & 0x0FU]};
+    const std::array<char, 3> escape = {'%', hexDigits[value >> 4], hexDigits[value & 0x0FU]};
+    query.append(escape.data(), escape.size());
 }
 
 // One byte of a name or value and how it was written.
@@ -48,6 +50,9 @@ WrittenByte readByte(std::string_view text, std::size_t at)
 // How many written characters the well-formed multi-byte sequence at `at` takes; 0 if there is none.
 std::size_t sequenceLength(std::string_view text, std::size_t at)
 {
+    const utf8::CodePoint bare = utf8::decode(text, at);
+    if (bare.value >= 0x80 && bare.value != utf8::illFormed)
+        return bare.length;
     std::array<char, 4> bytes{};
     std::array<std::size_t, 4> ends{};
     std::size_t count = 0;
@@ -78,28 +83,42 @@ void appendSequence(std::string &query, std::string_view written)
 
 } // namespace
 
-std::optional<QueryItem> QueryItemReader::next()
+QueryItemReader::QueryItemReader(std::string_view query)
+    : query_(query)
+    , coded_(findCoded(query, 0))
+    , atEnd_(query.empty())
+{
+}
+
+bool QueryItemReader::next(QueryItem &item)
 {
     if (atEnd_)
-        return std::nullopt;
-    const std::size_t found = query_.find('&', position_);
-    atEnd_ = found == std::string_view::npos;
-    const std::string_view piece = query_.substr(position_, found - position_);
-    position_ = found + 1;
-    const std::size_t equals = piece.find('=');
-    if (equals == std::string_view::npos)
-        return QueryItem{piece, std::nullopt};
-    return QueryItem{piece.substr(0, equals), piece.substr(equals + 1)};
+        return false;
+    const std::size_t begin = position_;
+    std::size_t end = findSeparator(query_, begin);
+    item.name = query_.substr(begin, end - begin);
+    item.value.reset();
+    if (end < query_.size() && query_[end] == '=') {
+        const std::size_t value = end + 1;
+        end = std::min(query_.find('&', value), query_.size());
+        item.value = query_.substr(value, end - value);
+    }
+    item.plain = coded_ >= end;
+    if (!item.plain)
+        coded_ = findCoded(query_, end);
+    atEnd_ = end == query_.size();
+    position_ = end + 1;
+    return true;
 }
 
 std::optional<std::string> percentDecoded(std::string_view text)
 {
-    const auto isPlain = [](char c) { return !characters::is(c, characters::coded); };
-    if (std::all_of(text.begin(), text.end(), isPlain))
-        return std::string(text);
-    std::string result;
+    std::size_t at = findCoded(text, 0);
+    std::string result(text, 0, at);
+    if (at == text.size())
+        return result;
     result.reserve(text.size());
-    for (std::size_t at = 0; at < text.size();) {
+    while (at < text.size()) {
         const WrittenByte byte = readByte(text, at);
         result.push_back(byte.value);
         at += byte.length;

@@ -10,27 +10,26 @@ namespace velmora {
 // One piece of a query between two "&", as it is written there. The views belong to the query.
 struct QueryItem {
     std::string_view name;
-    std::optional<std::string_view> value; // Nothing without "=".
+    std::optional<std::string_view> value = std::nullopt; // Nothing without "=".
+    // Known to need no decoding: neither escapes nor blanks nor characters outside ASCII.
+    bool plain = false;
 
-    bool operator==(const QueryItem &) const = default;
+    bool operator==(const QueryItem &other) const { return name == other.name && value == other.value; }
 };
 
 // Walks the items of a query in their order. An empty query has none; an empty piece is an item with an empty
 // name and no value.
 class QueryItemReader {
 public:
-    explicit QueryItemReader(std::string_view query)
-        : query_(query)
-        , atEnd_(query.empty())
-    {
-    }
+    explicit QueryItemReader(std::string_view query);
 
-    // Nothing after the last item.
-    std::optional<QueryItem> next();
+    // False after the last item.
+    bool next(QueryItem &item);
 
 private:
     std::string_view query_;
     std::size_t position_ = 0;
+    std::size_t coded_; // The first byte from the position on that needs decoding.
     bool atEnd_;
 };
 

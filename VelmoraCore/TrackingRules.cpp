@@ -1,11 +1,10 @@
+#include <VelmoraCore/ByteSearch.h>
 #include <VelmoraCore/CharacterClasses.h>
 #include <VelmoraCore/HostName.h>
 #include <VelmoraCore/TrackingRules.h>
 #include <VelmoraCore/Unicode.h>
 
 #include <algorithm>
-#include <array>
-#include <span>
 #include <utility>
 
 namespace velmora {
@@ -18,26 +17,21 @@ std::string ruleSpelling(std::string_view text)
     return canonicalForm(lowercased(trimmedWhitespaceAndNewlines(text)));
 }
 
-std::vector<std::string> canonicalForms(const LinkCleanerConfiguration::Strings &texts)
+bool hasCapitals(std::string_view text)
 {
-    std::vector<std::string> forms;
-    for (const std::string &text : texts)
-        forms.push_back(canonicalForm(text));
-    return forms;
+    return std::any_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
-// The name in lower case when it is plain text that needs nothing else; `buffer` holds it.
-std::optional<std::string_view> plainKey(std::string_view name, std::span<char> buffer)
+// The entries as the tables take them. Names and values lose their capitals before they are looked up, so an
+// entry with capitals, which only a field set later can hold, matches nothing.
+std::vector<std::string> tableEntries(const LinkCleanerConfiguration::Strings &texts)
 {
-    if (name.size() > buffer.size())
-        return std::nullopt;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const char c = name[i];
-        if (characters::is(c, characters::coded | characters::blank))
-            return std::nullopt;
-        buffer[i] = characters::lower(c);
+    std::vector<std::string> entries;
+    for (const std::string &text : texts) {
+        if (!hasCapitals(text))
+            entries.push_back(canonicalForm(text));
     }
-    return std::string_view(buffer.data(), name.size());
+    return entries;
 }
 
 } // namespace
@@ -50,17 +44,19 @@ const std::string &LinkHost::comparable() const
 }
 
 TrackingRules::TrackingRules(const LinkCleanerConfiguration &configuration)
-    : prefixes_(canonicalForms(configuration.trackedParameterPrefixes()))
+    : prefixes_(tableEntries(configuration.trackedParameterPrefixes()))
 {
     for (const std::string &host : configuration.ignoredHosts())
         ignoredHosts_.push_back(comparableHost(host));
-    for (const std::string &name : configuration.trackedParameterNames())
-        names_.add(canonicalForm(name), tracker);
+    for (const std::string &name : tableEntries(configuration.trackedParameterNames()))
+        names_.add(name, tracker);
     for (const auto &[key, values] : configuration.valueSensitiveTrackedParameters()) {
+        if (hasCapitals(key))
+            continue;
         names_.add(canonicalForm(key), valueSensitive);
         ValueSensitiveName &entry = valueSensitive_.emplace_back(ValueSensitiveName{canonicalForm(key), {}});
-        for (const std::string &value : values)
-            entry.values.add(canonicalForm(value), tracker);
+        for (const std::string &value : tableEntries(values))
+            entry.values.add(value, tracker);
     }
     std::vector<std::string> hostScopedPrefixes;
     for (const HostScopedRule &rule : hostScopedRules()) {
@@ -81,11 +77,8 @@ bool TrackingRules::ignores(const LinkHost &host) const
 
 bool TrackingRules::removes(const QueryItem &item, const LinkHost &host) const
 {
-    constexpr std::size_t usualLength = 64;
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): written before it is read.
-    std::array<char, usualLength> buffer;
-    if (const auto key = plainKey(item.name, buffer))
-        return removesKey(*key, item, host);
+    if (item.plain || findCoded(item.name, 0) == item.name.size())
+        return removesKey(item.name, item, host);
     return removesKey(ruleSpelling(percentDecoded(item.name).value_or(std::string())), item, host);
 }
 
@@ -108,7 +101,7 @@ bool TrackingRules::removesValue(std::string_view key, const QueryItem &item) co
         return false;
     const std::string spelling = ruleSpelling(*value);
     return std::any_of(valueSensitive_.begin(), valueSensitive_.end(), [&](const ValueSensitiveName &entry) {
-        return entry.name == key && entry.values.rolesOf(spelling) != 0;
+        return characters::equalsIgnoringCase(key, entry.name) && entry.values.rolesOf(spelling) != 0;
     });
 }
 
@@ -120,9 +113,9 @@ bool TrackingRules::removesOnHost(std::string_view key, const LinkHost &host)
 
 bool TrackingRules::HostScopedRule::names(std::string_view key) const
 {
-    const auto begins = [key](std::string_view prefix) { return hasCanonicalPrefix(key, prefix); };
-    return std::find(trackedParameterNames.begin(), trackedParameterNames.end(), key) !=
-               trackedParameterNames.end() ||
+    const auto isKey = [key](std::string_view name) { return characters::equalsIgnoringCase(key, name); };
+    const auto begins = [key](std::string_view prefix) { return beginsWith(key, prefix); };
+    return std::any_of(trackedParameterNames.begin(), trackedParameterNames.end(), isKey) ||
            std::any_of(trackedParameterPrefixes.begin(), trackedParameterPrefixes.end(), begins);
 }
 

@@ -78,36 +78,24 @@ const icu::Normalizer2 *composer()
     return instance;
 }
 
-enum class Spelling {
-    canonical, // In normalisation form C already.
-    none,      // Not to be normalised.
-    open,
-};
-
 // Putting marks in order takes the square of how many stand in a row, so texts with more than any writing has
-// are left as they are.
-Spelling spellingOf(std::string_view text)
+// are left as they are; so is what is not UTF-8.
+bool mayBeComposed(std::string_view text)
 {
     constexpr std::size_t mostMarks = 30;
-    bool canonical = true;
     std::size_t marks = 0;
     for (std::size_t at = 0; at < text.size();) {
         const utf8::CodePoint point = utf8::decode(text, at);
         if (point.value == utf8::illFormed)
-            return Spelling::none;
+            return false;
         at += point.length;
-        if (point.value < 0x300) { // All of these stay and combine with nothing before them.
-            marks = 0;
-            continue;
-        }
-        const auto value = static_cast<UChar32>(point.value);
-        const bool isMark = u_getCombiningClass(value) != 0;
+        const bool isMark =
+            point.value >= 0x300 && (U_GET_GC_MASK(static_cast<UChar32>(point.value)) & U_GC_M_MASK) != 0;
         marks = isMark ? marks + 1 : 0;
         if (marks > mostMarks)
-            return Spelling::none;
-        canonical = canonical && !isMark && u_getIntPropertyValue(value, UCHAR_NFC_QUICK_CHECK) == UNORM_YES;
+            return false;
     }
-    return canonical ? Spelling::canonical : Spelling::open;
+    return true;
 }
 
 int clusterBreak(char32_t point)
@@ -141,29 +129,6 @@ bool hangulJoins(int before, int after)
 bool isControl(int clusterClass)
 {
     return clusterClass == U_GCB_CONTROL || clusterClass == U_GCB_CR || clusterClass == U_GCB_LF;
-}
-
-// Whether the reader sees a character end after `before` when `after` follows.
-bool isCharacterBoundary(std::string_view before, char32_t after)
-{
-    const char32_t last = utf8::decodeBefore(before, before.size(), 0).value;
-    if (last > ' ' && last < 0x7F && after > ' ' && after < 0x7F)
-        return true;
-    if (last == utf8::illFormed || after == utf8::illFormed)
-        return true;
-    const int left = clusterBreak(last);
-    const int right = clusterBreak(after);
-    if (left == U_GCB_CR && right == U_GCB_LF)
-        return false;
-    if (isControl(left) || isControl(right))
-        return true;
-    if (right == U_GCB_EXTEND || right == U_GCB_ZWJ || right == U_GCB_SPACING_MARK || left == U_GCB_PREPEND)
-        return false;
-    if (left == U_GCB_ZWJ && u_hasBinaryProperty(static_cast<UChar32>(after), UCHAR_EXTENDED_PICTOGRAPHIC))
-        return false;
-    if (left == U_GCB_REGIONAL_INDICATOR && right == U_GCB_REGIONAL_INDICATOR)
-        return !endsWithLoneRegionalIndicator(before);
-    return !hangulJoins(left, right);
 }
 
 } // namespace
@@ -201,23 +166,42 @@ std::string_view trimmedWhitespaceAndNewlines(std::string_view text)
 
 std::string canonicalForm(std::string_view text)
 {
-    if (isAscii(text) || composer() == nullptr || spellingOf(text) != Spelling::open)
+    if (isAscii(text) || composer() == nullptr || !mayBeComposed(text))
+        return std::string(text);
+    const icu::StringPiece piece(text.data(), static_cast<int32_t>(text.size()));
+    UErrorCode error = U_ZERO_ERROR;
+    if (composer()->isNormalizedUTF8(piece, error))
         return std::string(text);
     std::string result;
     icu::StringByteSink<std::string> sink(&result);
-    UErrorCode error = U_ZERO_ERROR;
-    composer()->normalizeUTF8(0, icu::StringPiece(text.data(), static_cast<int32_t>(text.size())), sink,
-                              nullptr, error);
+    composer()->normalizeUTF8(0, piece, sink, nullptr, error);
     return U_SUCCESS(error) ? result : std::string(text);
 }
 
-bool hasCanonicalPrefix(std::string_view text, std::string_view prefix)
+bool isCharacterBoundary(std::string_view text, std::size_t at)
 {
-    if (!text.starts_with(prefix))
-        return false;
-    if (prefix.empty() || prefix.size() == text.size())
+    if (at == 0 || at == text.size())
         return true;
-    return isCharacterBoundary(prefix, utf8::decode(text, prefix.size()).value);
+    const std::string_view before = text.substr(0, at);
+    const char32_t after = utf8::decode(text, at).value;
+    const char32_t last = utf8::decodeBefore(before, before.size(), 0).value;
+    if (last > ' ' && last < 0x7F && after > ' ' && after < 0x7F)
+        return true;
+    if (last == utf8::illFormed || after == utf8::illFormed)
+        return true;
+    const int left = clusterBreak(last);
+    const int right = clusterBreak(after);
+    if (left == U_GCB_CR && right == U_GCB_LF)
+        return false;
+    if (isControl(left) || isControl(right))
+        return true;
+    if (right == U_GCB_EXTEND || right == U_GCB_ZWJ || right == U_GCB_SPACING_MARK || left == U_GCB_PREPEND)
+        return false;
+    if (left == U_GCB_ZWJ && u_hasBinaryProperty(static_cast<UChar32>(after), UCHAR_EXTENDED_PICTOGRAPHIC))
+        return false;
+    if (left == U_GCB_REGIONAL_INDICATOR && right == U_GCB_REGIONAL_INDICATOR)
+        return !endsWithLoneRegionalIndicator(before);
+    return !hangulJoins(left, right);
 }
 
 } // namespace velmora

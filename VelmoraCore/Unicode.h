@@ -21,8 +21,8 @@ std::string_view trimmedWhitespaceAndNewlines(std::string_view text);
 // 30 combining marks in a row is left as it is.
 std::string canonicalForm(std::string_view text);
 
-// Both texts in canonical form. The empty prefix begins every text; otherwise the prefix has to end where a
-// character as the reader sees it ends, so "e" does not begin "é" in whatever spelling.
-bool hasCanonicalPrefix(std::string_view text, std::string_view prefix);
+// Whether a character as the reader sees it ends before the byte at `at`: not within "é", in whatever
+// spelling. A prefix of equal bytes is a prefix only then. Both ends of a text are boundaries.
+bool isCharacterBoundary(std::string_view text, std::size_t at);
 
 } // namespace velmora

@@ -43,8 +43,8 @@ qint64 sum(qint64 count, qint64 more)
 std::optional<std::string> firstHost(const std::string &text)
 {
     for (const velmora::LinkMatch &match : velmora::LinkDetector().matches(text)) {
-        if (match.host)
-            return velmora::lowercased(*match.host);
+        if (const auto host = match.host())
+            return velmora::lowercased(*host);
     }
     return {};
 }

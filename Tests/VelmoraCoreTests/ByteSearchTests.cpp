@@ -12,8 +12,11 @@ constexpr std::size_t longest = 50;
 void expectAlike(const std::string &text)
 {
     for (std::size_t at = 0; at <= text.size(); ++at) {
+        EXPECT_EQ(findQueryMark(text, at), portable::findQueryMark(text, at));
         EXPECT_EQ(findBlank(text, at), portable::findBlank(text, at));
         EXPECT_EQ(findLinkDelimiter(text, at), portable::findLinkDelimiter(text, at));
+        EXPECT_EQ(findSeparator(text, at), portable::findSeparator(text, at));
+        EXPECT_EQ(findCoded(text, at), portable::findCoded(text, at));
         EXPECT_EQ(behindLastBlank(text, 0, at), portable::behindLastBlank(text, 0, at));
         EXPECT_EQ(behindLastBlank(text, at / 3, at), portable::behindLastBlank(text, at / 3, at));
     }
@@ -32,8 +35,28 @@ TEST(ByteSearch, GivesTheSameOnThisMachineAsOnEveryOther)
     }
 }
 
+TEST(ByteSearch, FindsQuestionMarksThatSomethingFollows)
+{
+    for (std::size_t size = 1; size < 200; ++size) {
+        std::string text(size, 'x');
+        EXPECT_EQ(findQueryMark(text, 0), size);
+        for (const char next : {' ', 'y', '?'}) {
+            for (std::size_t mark = size > 70 ? size - 70 : 0; mark < size; ++mark) {
+                text.assign(size, 'x');
+                text[mark] = '?';
+                if (mark + 1 < size)
+                    text[mark + 1] = next;
+                EXPECT_EQ(findQueryMark(text, 0), portable::findQueryMark(text, 0));
+                EXPECT_EQ(findQueryMark(text, mark / 2), portable::findQueryMark(text, mark / 2));
+                EXPECT_EQ(findQueryMark(text, mark), portable::findQueryMark(text, mark));
+            }
+        }
+    }
+}
+
 TEST(ByteSearch, FindsNothingInAnEmptyText)
 {
+    EXPECT_EQ(findQueryMark("", 0), 0U);
     EXPECT_EQ(findBlank("", 0), 0U);
     EXPECT_EQ(behindLastBlank("", 0, 0), 0U);
     EXPECT_EQ(findLinkDelimiter("", 0), 0U);

@@ -13,8 +13,8 @@ std::vector<QueryItem> itemsOf(std::string_view query)
 {
     std::vector<QueryItem> items;
     QueryItemReader reader(query);
-    while (const auto item = reader.next())
-        items.push_back(*item);
+    for (QueryItem item; reader.next(item);)
+        items.push_back(item);
     return items;
 }
 
