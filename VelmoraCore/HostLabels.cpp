@@ -102,30 +102,24 @@ bool isAlphabetic(std::string_view label)
                        [](char c) { return characters::is(c, characters::letter); });
 }
 
-// Whether no label is empty or has a hyphen at one of its ends. The host is ASCII and ends in no dot.
-bool areLabels(std::string_view host)
-{
-    for (std::size_t i = 0; i < host.size(); ++i) {
-        if (host[i] > '.') // Letters, digits and "_"; what remains is a dot or a hyphen.
-            continue;
-        const char before = i == 0 ? '.' : host[i - 1];
-        if (before == '.' || (before == '-' && host[i] == '.'))
-            return false;
-    }
-    return !host.empty() && host.back() != '-';
-}
-
 // A host of ASCII characters without escapes; nothing if it goes on with something else.
 std::optional<HostExtent> asciiHostExtent(std::string_view text, std::size_t begin)
 {
     std::size_t end = begin;
-    while (end < text.size() && characters::is(text[end], characters::host | characters::dot))
-        ++end;
+    std::size_t broken = text.size(); // The first place where a label is empty or a hyphen stands at its end.
+    char before = '.';
+    for (; end < text.size() && characters::is(text[end], characters::host | characters::dot); ++end) {
+        const char c = text[end];
+        const bool isEdge = c == '.' || c == '-';
+        if (isEdge && (before == '.' || (before == '-' && c == '.')) && broken == text.size())
+            broken = end;
+        before = c;
+    }
     if (end < text.size() && (text[end] == '%' || characters::is(text[end], characters::nonAscii)))
         return std::nullopt;
     while (end > begin && text[end - 1] == '.')
         --end;
-    return HostExtent{end, areLabels(text.substr(begin, end - begin))};
+    return HostExtent{end, end > begin && broken >= end && text[end - 1] != '-'};
 }
 
 // Walks over the characters of a host, escapes and full stops of East Asian scripts included; those are dots

@@ -6,6 +6,7 @@
 #include <VelmoraCore/TrackingRules.h>
 #include <VelmoraCore/UrlComponents.h>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -85,13 +86,14 @@ private:
     std::size_t wordEnd_ = 0;
 };
 
-// A long list is not grown step by step, each time copied: the text behind will hold as many items as the
-// text before.
+// A list is grown in few steps, because each moves all of its items: to what the text behind `done` will need
+// if it is like the text before, but not too far at once.
 void makeRoom(std::vector<RemovedQueryItem> &items, std::size_t done, std::size_t size)
 {
-    constexpr std::size_t many = 4096;
-    if (items.size() >= many && items.size() + items.size() / 8 > items.capacity())
-        items.reserve(items.size() / done * size + items.size() * (size / done) + items.size());
+    constexpr std::size_t many = 64;
+    constexpr std::size_t step = 8;
+    if (items.size() >= many && items.size() + items.size() / step > items.capacity())
+        items.reserve(items.size() * std::min(size / done + 1, step));
 }
 
 } // namespace

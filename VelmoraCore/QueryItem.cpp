@@ -29,11 +29,18 @@ char escapedByte(std::string_view text, std::size_t at)
     return static_cast<char>(hexValue(text[at + 1]) << 4 | hexValue(text[at + 2]));
 }
 
-void appendEscaped(std::string &query, char byte)
+// At most four bytes.
+void appendEscaped(std::string &query, std::string_view bytes)
 {
-    const auto value = static_cast<unsigned char>(byte);
-    const std::array<char, 3> escape = {'%', hexDigits[value >> 4], hexDigits[value & 0x0FU]};
-    query.append(escape.data(), escape.size());
+    std::array<char, std::size_t{4} * 3> escapes{};
+    std::size_t size = 0;
+    for (const char byte : bytes) {
+        const auto value = static_cast<unsigned char>(byte);
+        escapes[size++] = '%';
+        escapes[size++] = hexDigits[value >> 4];
+        escapes[size++] = hexDigits[value & 0x0FU];
+    }
+    query.append(escapes.data(), size);
 }
 
 // One byte of a name or value and how it was written.
@@ -47,23 +54,27 @@ WrittenByte readByte(std::string_view text, std::size_t at)
     return isEscape(text, at) ? WrittenByte{escapedByte(text, at), 3} : WrittenByte{text[at], 1};
 }
 
-// How many written characters the well-formed multi-byte sequence at `at` takes; 0 if there is none.
-std::size_t sequenceLength(std::string_view text, std::size_t at)
-{
-    const utf8::CodePoint bare = utf8::decode(text, at);
-    if (bare.value >= 0x80 && bare.value != utf8::illFormed)
-        return bare.length;
+// A multi-byte sequence, its bytes as they stand or as escapes.
+struct Sequence {
     std::array<char, 4> bytes{};
+    std::size_t size = 0;
+    std::size_t length = 0; // As it is written; 0 if it is not well-formed.
+};
+
+Sequence readSequence(std::string_view text, std::size_t at)
+{
+    Sequence sequence;
     std::array<std::size_t, 4> ends{};
-    std::size_t count = 0;
-    for (std::size_t i = at; i < text.size() && count < bytes.size(); ++count) {
+    for (std::size_t i = at; i < text.size() && sequence.size < ends.size(); ++sequence.size) {
         const WrittenByte byte = readByte(text, i);
         i += byte.length;
-        bytes[count] = byte.value;
-        ends[count] = i - at;
+        sequence.bytes[sequence.size] = byte.value;
+        ends[sequence.size] = i - at;
     }
-    const utf8::CodePoint point = utf8::decode(std::string_view(bytes.data(), count), 0);
-    return point.value == utf8::illFormed ? 0 : ends[point.length - 1];
+    const utf8::CodePoint point = utf8::decode({sequence.bytes.data(), sequence.size}, 0);
+    sequence.size = point.length;
+    sequence.length = point.value == utf8::illFormed ? 0 : ends[point.length - 1];
+    return sequence;
 }
 
 // A plus sign means a blank to many servers when it stands there bare.
@@ -72,13 +83,22 @@ bool isWrittenPlainly(char decoded)
     return characters::is(decoded, characters::queryText) && decoded != '+';
 }
 
-void appendSequence(std::string &query, std::string_view written)
+// Appends the character outside ASCII at `at`, or the byte that is none as it stands. Gives how much it took.
+std::size_t appendNonAscii(std::string &query, std::string_view text, std::size_t at)
 {
-    for (std::size_t at = 0; at < written.size();) {
-        const WrittenByte byte = readByte(written, at);
-        appendEscaped(query, byte.value);
-        at += byte.length;
+    const utf8::CodePoint bare = utf8::decode(text, at);
+    if (bare.length > 1) {
+        appendEscaped(query, text.substr(at, bare.length));
+        return bare.length;
     }
+    const Sequence sequence = readSequence(text, at);
+    if (sequence.length != 0) {
+        appendEscaped(query, {sequence.bytes.data(), sequence.size});
+        return sequence.length;
+    }
+    const std::size_t length = readByte(text, at).length;
+    query.append(text, at, length);
+    return length;
 }
 
 } // namespace
@@ -113,15 +133,17 @@ bool QueryItemReader::next(QueryItem &item)
 
 std::optional<std::string> percentDecoded(std::string_view text)
 {
-    std::size_t at = findCoded(text, 0);
-    std::string result(text, 0, at);
-    if (at == text.size())
-        return result;
+    std::string result;
     result.reserve(text.size());
-    while (at < text.size()) {
-        const WrittenByte byte = readByte(text, at);
-        result.push_back(byte.value);
-        at += byte.length;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t escape = std::min(text.find('%', at), text.size());
+        result.append(text, at, escape - at);
+        at = escape;
+        if (at < text.size()) {
+            const WrittenByte byte = readByte(text, at);
+            result.push_back(byte.value);
+            at += byte.length;
+        }
     }
     if (!utf8::isWellFormed(result))
         return std::nullopt;
@@ -143,13 +165,7 @@ void appendQueryText(std::string &query, std::string_view text)
         const WrittenByte byte = readByte(text, at);
         std::size_t length = byte.length;
         if (characters::is(byte.value, characters::nonAscii)) {
-            length = sequenceLength(text, at);
-            if (length != 0) {
-                appendSequence(query, text.substr(at, length));
-            } else {
-                length = byte.length;
-                query.append(text, at, length);
-            }
+            length = appendNonAscii(query, text, at);
         } else if (byte.length == 1 && byte.value == '%') {
             query.push_back('%');
             looseEnd = query.size() + 2;
@@ -157,7 +173,7 @@ void appendQueryText(std::string &query, std::string_view text)
                    (query.size() >= looseEnd || !characters::is(byte.value, characters::hex))) {
             query.push_back(byte.value);
         } else {
-            appendEscaped(query, byte.value);
+            appendEscaped(query, {&byte.value, 1});
         }
         at += length;
     }

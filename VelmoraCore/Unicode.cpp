@@ -1,3 +1,4 @@
+#include <VelmoraCore/CharacterClasses.h>
 #include <VelmoraCore/Unicode.h>
 #include <VelmoraCore/Utf8.h>
 
@@ -36,6 +37,17 @@ void append(std::string &text, char32_t point)
         byte(0x80 | (point >> 6 & 0x3F));
         byte(0x80 | (point & 0x3F));
     }
+}
+
+// The only letter whose lower case is more than one code point: "i" and a dot above.
+constexpr char32_t dottedCapitalI = 0x130;
+constexpr char32_t dotAbove = 0x307;
+
+char32_t lowercased(char32_t point)
+{
+    if (point == utf8::illFormed)
+        return point;
+    return point == dottedCapitalI ? U'i' : static_cast<char32_t>(u_tolower(static_cast<UChar32>(point)));
 }
 
 bool isWhitespace(char32_t point)
@@ -135,23 +147,26 @@ bool isControl(int clusterClass)
 
 std::string lowercased(std::string_view text)
 {
+    std::string ascii(text);
+    std::transform(ascii.begin(), ascii.end(), ascii.begin(), characters::lower);
+    if (isAscii(ascii))
+        return ascii;
     std::string result;
     result.reserve(text.size());
-    for (std::size_t at = 0; at < text.size();) {
-        const utf8::CodePoint point = utf8::decode(text, at);
-        if (point.value < 0x80) {
-            const char c = text[at];
-            result.push_back(c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c);
-        } else if (point.value == utf8::illFormed) {
-            result.push_back(text[at]);
-        } else if (point.value == 0x130) {
-            result += "i\u0307"; // The only letter whose lower case is more than one code point.
-        } else {
-            append(result, static_cast<char32_t>(u_tolower(static_cast<UChar32>(point.value))));
+    std::size_t copied = 0;
+    for (std::size_t at = 0; at < ascii.size();) {
+        const utf8::CodePoint point = utf8::decode(ascii, at);
+        const char32_t lower = point.value < 0x80 ? point.value : lowercased(point.value);
+        if (lower != point.value) {
+            result.append(ascii, copied, at - copied);
+            append(result, lower);
+            copied = at + point.length;
+            if (point.value == dottedCapitalI)
+                append(result, dotAbove);
         }
         at += point.length;
     }
-    return result;
+    return result.append(ascii, copied);
 }
 
 std::string_view trimmedWhitespace(std::string_view text)
@@ -164,18 +179,18 @@ std::string_view trimmedWhitespaceAndNewlines(std::string_view text)
     return trimmed(text, isWhitespaceOrNewline);
 }
 
-std::string canonicalForm(std::string_view text)
+std::string canonicalForm(std::string text)
 {
     if (isAscii(text) || composer() == nullptr || !mayBeComposed(text))
-        return std::string(text);
+        return text;
     const icu::StringPiece piece(text.data(), static_cast<int32_t>(text.size()));
     UErrorCode error = U_ZERO_ERROR;
     if (composer()->isNormalizedUTF8(piece, error))
-        return std::string(text);
+        return text;
     std::string result;
     icu::StringByteSink<std::string> sink(&result);
     composer()->normalizeUTF8(0, piece, sink, nullptr, error);
-    return U_SUCCESS(error) ? result : std::string(text);
+    return U_SUCCESS(error) ? result : text;
 }
 
 bool isCharacterBoundary(std::string_view text, std::size_t at)

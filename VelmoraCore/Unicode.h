@@ -19,7 +19,7 @@ std::string_view trimmedWhitespaceAndNewlines(std::string_view text);
 
 // The one spelling (normalisation form C) of all texts that are canonically equivalent. A text with more than
 // 30 combining marks in a row is left as it is.
-std::string canonicalForm(std::string_view text);
+std::string canonicalForm(std::string text);
 
 // Whether a character as the reader sees it ends before the byte at `at`: not within "é", in whatever
 // spelling. A prefix of equal bytes is a prefix only then. Both ends of a text are boundaries.

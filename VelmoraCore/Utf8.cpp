@@ -9,39 +9,37 @@ char32_t continuation(std::string_view text, std::size_t at)
     return byteAt(text, at) & 0x3FU;
 }
 
-CodePoint decodeLong(std::string_view text, std::size_t at, char32_t lead)
+CodePoint decodeFour(std::string_view text, std::size_t at, char32_t lead)
 {
-    const bool third = isContinuation(text, at + 1) && isContinuation(text, at + 2);
-    if (lead < 0xF0) {
-        if (!third)
-            return {illFormed, 1};
-        const char32_t value =
-            (lead & 0x0FU) << 12 | continuation(text, at + 1) << 6 | continuation(text, at + 2);
-        const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
-        return value < 0x800 || surrogate ? CodePoint{illFormed, 1} : CodePoint{value, 3};
-    }
-    if (!third || !isContinuation(text, at + 3))
+    if (!isContinuation(text, at + 1) || !isContinuation(text, at + 2) || !isContinuation(text, at + 3))
         return {illFormed, 1};
     const char32_t value = (lead & 0x07U) << 18 | continuation(text, at + 1) << 12 |
                            continuation(text, at + 2) << 6 | continuation(text, at + 3);
     return value < 0x10000 || value > 0x10FFFF ? CodePoint{illFormed, 1} : CodePoint{value, 4};
 }
 
+CodePoint decodeThree(std::string_view text, std::size_t at, char32_t lead)
+{
+    if (!isContinuation(text, at + 1) || !isContinuation(text, at + 2))
+        return {illFormed, 1};
+    const char32_t value =
+        (lead & 0x0FU) << 12 | continuation(text, at + 1) << 6 | continuation(text, at + 2);
+    const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
+    return value < 0x800 || surrogate ? CodePoint{illFormed, 1} : CodePoint{value, 3};
+}
+
 } // namespace
 
-CodePoint decode(std::string_view text, std::size_t at)
+CodePoint decodeLong(std::string_view text, std::size_t at)
 {
     const char32_t lead = byteAt(text, at);
-    if (lead < 0x80)
-        return {lead, 1};
-    if (lead < 0xC2 || lead > 0xF4)
+    if (lead >= 0xF0)
+        return lead > 0xF4 ? CodePoint{illFormed, 1} : decodeFour(text, at, lead);
+    if (lead >= 0xE0)
+        return decodeThree(text, at, lead);
+    if (lead < 0xC2 || !isContinuation(text, at + 1))
         return {illFormed, 1};
-    if (lead < 0xE0) {
-        if (!isContinuation(text, at + 1))
-            return {illFormed, 1};
-        return {(lead & 0x1FU) << 6 | continuation(text, at + 1), 2};
-    }
-    return decodeLong(text, at, lead);
+    return {(lead & 0x1FU) << 6 | continuation(text, at + 1), 2};
 }
 
 CodePoint decodeBefore(std::string_view text, std::size_t end, std::size_t floor)

@@ -23,8 +23,15 @@ inline bool isContinuation(std::string_view text, std::size_t at)
     return at < text.size() && (byteAt(text, at) & 0xC0U) == 0x80;
 }
 
+// The code point that begins at `at`, where a byte outside ASCII stands.
+CodePoint decodeLong(std::string_view text, std::size_t at);
+
 // The code point that begins at `at`, which lies within the text.
-CodePoint decode(std::string_view text, std::size_t at);
+inline CodePoint decode(std::string_view text, std::size_t at)
+{
+    const unsigned char lead = byteAt(text, at);
+    return lead < 0x80 ? CodePoint{lead, 1} : decodeLong(text, at);
+}
 
 // The code point that ends before `end`, which lies behind `floor`; nothing before `floor` is looked at.
 CodePoint decodeBefore(std::string_view text, std::size_t end, std::size_t floor);
