@@ -15,14 +15,16 @@ Q_IMPORT_QML_PLUGIN(VelmoraMacPlugin)
 
 namespace {
 
-// After an update the version before is still running: it goes when this one says that it can run.
-void takeOver(int argc, char **argv)
+// After an update the version before is still running: it goes when this one says that it can run. False when
+// there is none.
+bool takeOver(int argc, char **argv)
 {
     const std::unique_ptr<HandoverGuest> guest = HandoverGuest::fromArguments(argc, argv);
     if (guest == nullptr)
-        return;
+        return false;
     const BundleInfoFile bundle(QCoreApplication::applicationDirPath());
     guest->takeOver(bundle.value(u"CFBundleVersion").toString());
+    return true;
 }
 
 } // namespace
@@ -39,12 +41,13 @@ int main(int argc, char **argv)
     QGuiApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("app.velmora.Velmora"));
     const QuitSignals quitSignals;
-    takeOver(argc, argv);
+    const bool follows = takeOver(argc, argv);
 
     ActivationToken token;
     LinuxApplicationInstance instance(QDBusConnection::sessionBus(), QStringLiteral("app.velmora.Velmora"),
                                       token);
-    if (instance.claim() == ApplicationInstance::Role::second)
+    const ApplicationInstance::Role role = follows ? instance.inherit() : instance.claim();
+    if (role == ApplicationInstance::Role::second)
         return 0;
     LinuxPlatform platform(instance, token);
     VelmoraMacApp app(platform.platform());

@@ -8,7 +8,7 @@ Rectangle {
 
     required property UpdateWindow updateWindow
 
-    implicitWidth: 460
+    implicitWidth: 500
     implicitHeight: 320
     color: Surroundings.colors.windowBackground
     focus: true
@@ -110,10 +110,10 @@ Rectangle {
                 wrapMode: Text.Wrap
                 color: Surroundings.colors.label
             }
-            FocusRing {
-                target: pane
-                radius: 9
-            }
+        }
+        FocusRing {
+            shown: pane.activeFocus
+            radius: 9
         }
     }
     SystemButton {

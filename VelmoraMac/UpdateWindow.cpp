@@ -21,8 +21,8 @@ void UpdateWindow::show(const UpdateReport &report, Attention attention)
                     {{u"updateWindow"_s, QVariant::fromValue(this)}},
                     {}};
     window_ = windows_.makeWindow(view, {.title = u"Velmora"_s,
-                                         .contentSize = QSize(460, 320),
-                                         .minimumSize = QSize(420, 220),
+                                         .contentSize = QSize(500, 320),
+                                         .minimumSize = QSize(500, 220),
                                          .closed = [this] { close(); }});
     window_->centre();
     if (attention == Attention::front)

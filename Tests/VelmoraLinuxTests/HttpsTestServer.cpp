@@ -96,7 +96,7 @@ HttpsTestServer::Behaviour HttpsTestServer::brokenOffBody()
     return [](QSslSocket &socket) {
         socket.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
         socket.flush();
-        QTimer::singleShot(50, &socket, [&socket] { socket.abort(); });
+        QTimer::singleShot(50, &socket, &QAbstractSocket::abort);
     };
 }
 

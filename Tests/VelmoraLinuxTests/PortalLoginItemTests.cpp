@@ -16,8 +16,8 @@ class FakeBackgroundPortal : public QObject, protected QDBusContext {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Background")
 
 public:
-    explicit FakeBackgroundPortal(const QDBusConnection &bus)
-        : bus_(bus)
+    explicit FakeBackgroundPortal(QDBusConnection bus)
+        : bus_(std::move(bus))
     {
     }
 

@@ -35,8 +35,7 @@ std::vector<File> programFiles(const QByteArray &version, const QByteArray &prog
     return {
         {"bin/velmora", program, true},
         {"share/velmora/Info.json",
-         "{\"CFBundleIdentifier\": \"app.velmora.Velmora\", \"CFBundleVersion\": \"" + version + "\"}\n",
-         false},
+         R"({"CFBundleIdentifier": "app.velmora.Velmora", "CFBundleVersion": ")" + version + "\"}\n", false},
         {"share/velmora/manifest", "bin/velmora\nshare/velmora/Info.json\nshare/velmora/manifest\n", false}};
 }
 

@@ -26,7 +26,7 @@ private:
     QByteArray blocks_;
 };
 
-[[nodiscard]] QByteArray gzipped(const QByteArray &bytes);
+[[nodiscard]] QByteArray gzipped(const QByteArray &input);
 
 // A program of this version as a tarball: top folder, information dictionary, manifest and bin/velmora.
 [[nodiscard]] QByteArray programArchive(const QByteArray &version, const QByteArray &program);

@@ -44,62 +44,13 @@ Q_DECLARE_METATYPE(Change)
 class UpdateChoiceTests : public QObject {
     Q_OBJECT
 
-private Q_SLOTS:
-
-    void theNewestIsChosen()
+    static void row(const char *name, bool toUser, bool bySchedule, const Change &change)
     {
-        const UpdateChoice choice = chooseUpdate(
-            {item(u"9"_s), item(u"11"_s), item(u"12"_s), item(u"11.5"_s)}, host(), CheckKind::byUser);
-        QVERIFY(choice.item.has_value());
-        QCOMPARE(choice.item->version, u"12"_s);
+        QTest::newRow(name) << change << toUser << bySchedule;
     }
 
-    void theFirstAmongEqualsIsChosen()
+    static void addSkippedAndStaggered()
     {
-        AppcastItem first = item(u"11"_s);
-        AppcastItem second = item(u"11.0"_s);
-        const UpdateChoice choice = chooseUpdate({first, second}, host(), CheckKind::byUser);
-        QCOMPARE(choice.item.value_or(AppcastItem()).version, u"11"_s);
-    }
-
-    void theEnclosureThatFitsIsTaken()
-    {
-        AppcastItem both = item(u"11"_s);
-        AppcastEnclosure image = both.enclosures.first();
-        image.type = u"application/vnd.appimage"_s;
-        both.enclosures.prepend(image);
-        const UpdateChoice choice = chooseUpdate({both}, host(), CheckKind::byUser);
-        QVERIFY(choice.item.has_value());
-        QCOMPARE(choice.item->enclosures, item(u"11"_s).enclosures);
-    }
-
-    void anItemIsOfferedOrNot_data()
-    {
-        QTest::addColumn<Change>("change");
-        QTest::addColumn<bool>("offeredToUser");
-        QTest::addColumn<bool>("offeredBySchedule");
-
-        const auto row = [](const char *name, bool toUser, bool bySchedule, Change change) {
-            QTest::newRow(name) << std::move(change) << toUser << bySchedule;
-        };
-        row("newer", true, true, [](AppcastItem &, UpdateHost &) {});
-        row("the same version", false, false, [](AppcastItem &i, UpdateHost &) { i.version = u"10.0"_s; });
-        row("an older version", false, false, [](AppcastItem &i, UpdateHost &) { i.version = u"9.9"_s; });
-        row("another system", false, false,
-            [](AppcastItem &i, UpdateHost &) { i.enclosures[0].system = u"macos"_s; });
-        row("this system", true, true,
-            [](AppcastItem &i, UpdateHost &) { i.enclosures[0].system = u"linux"_s; });
-        row("another processor", false, false,
-            [](AppcastItem &i, UpdateHost &) { i.enclosures[0].architecture = u"aarch64"_s; });
-        row("another kind of archive", false, false,
-            [](AppcastItem &i, UpdateHost &) { i.enclosures[0].type = u"application/zip"_s; });
-        row("no length", false, false, [](AppcastItem &i, UpdateHost &) { i.enclosures[0].length = 0; });
-        row("a channel for testers", false, false,
-            [](AppcastItem &i, UpdateHost &) { i.channel = u"beta"_s; });
-        row("a system too old", false, false,
-            [](AppcastItem &i, UpdateHost &) { i.minimumSystem = u"2.37"_s; });
-        row("a system too new", false, false,
-            [](AppcastItem &i, UpdateHost &) { i.maximumSystem = u"2.35"_s; });
         row("skipped", true, false, [](AppcastItem &, UpdateHost &h) { h.skippedVersion = u"11"_s; });
         row("newer than the skipped one", true, true,
             [](AppcastItem &, UpdateHost &h) { h.skippedVersion = u"10.5"_s; });
@@ -135,6 +86,62 @@ private Q_SLOTS:
             i.informationalBelow = u"9"_s;
             i.enclosures.clear();
         });
+    }
+
+private Q_SLOTS:
+
+    void theNewestIsChosen()
+    {
+        const UpdateChoice choice = chooseUpdate(
+            {item(u"9"_s), item(u"11"_s), item(u"12"_s), item(u"11.5"_s)}, host(), CheckKind::byUser);
+        QVERIFY(choice.item.has_value());
+        QCOMPARE(choice.item->version, u"12"_s);
+    }
+
+    void theFirstAmongEqualsIsChosen()
+    {
+        AppcastItem first = item(u"11"_s);
+        AppcastItem second = item(u"11.0"_s);
+        const UpdateChoice choice = chooseUpdate({first, second}, host(), CheckKind::byUser);
+        QCOMPARE(choice.item.value_or(AppcastItem()).version, u"11"_s);
+    }
+
+    void theEnclosureThatFitsIsTaken()
+    {
+        AppcastItem both = item(u"11"_s);
+        AppcastEnclosure image = both.enclosures.first();
+        image.type = u"application/vnd.appimage"_s;
+        both.enclosures.prepend(image);
+        const UpdateChoice choice = chooseUpdate({both}, host(), CheckKind::byUser);
+        QVERIFY(choice.item.has_value());
+        QCOMPARE(choice.item->enclosures, item(u"11"_s).enclosures);
+    }
+
+    void anItemIsOfferedOrNot_data()
+    {
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<bool>("offeredToUser");
+        QTest::addColumn<bool>("offeredBySchedule");
+
+        row("newer", true, true, [](AppcastItem &, UpdateHost &) {});
+        row("the same version", false, false, [](AppcastItem &i, UpdateHost &) { i.version = u"10.0"_s; });
+        row("an older version", false, false, [](AppcastItem &i, UpdateHost &) { i.version = u"9.9"_s; });
+        row("another system", false, false,
+            [](AppcastItem &i, UpdateHost &) { i.enclosures[0].system = u"macos"_s; });
+        row("this system", true, true,
+            [](AppcastItem &i, UpdateHost &) { i.enclosures[0].system = u"linux"_s; });
+        row("another processor", false, false,
+            [](AppcastItem &i, UpdateHost &) { i.enclosures[0].architecture = u"aarch64"_s; });
+        row("another kind of archive", false, false,
+            [](AppcastItem &i, UpdateHost &) { i.enclosures[0].type = u"application/zip"_s; });
+        row("no length", false, false, [](AppcastItem &i, UpdateHost &) { i.enclosures[0].length = 0; });
+        row("a channel for testers", false, false,
+            [](AppcastItem &i, UpdateHost &) { i.channel = u"beta"_s; });
+        row("a system too old", false, false,
+            [](AppcastItem &i, UpdateHost &) { i.minimumSystem = u"2.37"_s; });
+        row("a system too new", false, false,
+            [](AppcastItem &i, UpdateHost &) { i.maximumSystem = u"2.35"_s; });
+        addSkippedAndStaggered();
     }
 
     void anItemIsOfferedOrNot()

@@ -60,7 +60,7 @@ private Q_SLOTS:
 
     void aLargeArchiveOpens()
     {
-        const QByteArray content(64 * 1024 * 1024, 'v');
+        const QByteArray content(qsizetype{64} * 1024 * 1024, 'v');
         QVERIFY(VerifiedArchive::open(write(content), content.size(), signature(content, keys_), key(keys_)));
     }
 

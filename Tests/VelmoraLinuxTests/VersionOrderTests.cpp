@@ -8,7 +8,7 @@ namespace {
 
 QString sign(std::weak_ordering order)
 {
-    return order < 0 ? u"<"_s : order > 0 ? u">"_s : u"="_s;
+    return std::is_lt(order) ? u"<"_s : std::is_gt(order) ? u">"_s : u"="_s;
 }
 
 QString mirrored(const QString &sign)

@@ -3,7 +3,6 @@
 #include "DBusApplication.h"
 #include "LocalInstance.h"
 
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 
 #include <utility>
@@ -38,8 +37,16 @@ LinuxApplicationInstance::~LinuxApplicationInstance() = default;
 
 ApplicationInstance::Role LinuxApplicationInstance::claim()
 {
-    if (bus_.isConnected())
-        return claimOnBus();
+    return bus_.isConnected() ? claimOnBus(QDBusConnectionInterface::DontQueueService) : claimLocally();
+}
+
+ApplicationInstance::Role LinuxApplicationInstance::inherit()
+{
+    return bus_.isConnected() ? claimOnBus(QDBusConnectionInterface::QueueService) : claimLocally();
+}
+
+ApplicationInstance::Role LinuxApplicationInstance::claimLocally()
+{
     local_ = std::make_unique<LocalInstance>(identifier_);
     if (!local_->claim(startToken()))
         return Role::second;
@@ -51,7 +58,8 @@ ApplicationInstance::Role LinuxApplicationInstance::claim()
     return Role::first;
 }
 
-ApplicationInstance::Role LinuxApplicationInstance::claimOnBus()
+ApplicationInstance::Role
+LinuxApplicationInstance::claimOnBus(QDBusConnectionInterface::ServiceQueueOptions queue)
 {
     auto *application = new DBusApplication(this);
     connect(application, &DBusApplication::reopened, this, [this](const QByteArray &token) {
@@ -64,8 +72,7 @@ ApplicationInstance::Role LinuxApplicationInstance::claimOnBus()
     // The object first: who sees the name may call at once.
     bus_.registerObject(objectPath(identifier_), application, QDBusConnection::ExportScriptableInvokables);
     const auto reply =
-        bus_.interface()->registerService(identifier_, QDBusConnectionInterface::DontQueueService,
-                                          QDBusConnectionInterface::DontAllowReplacement);
+        bus_.interface()->registerService(identifier_, queue, QDBusConnectionInterface::DontAllowReplacement);
     if (!reply.isValid() || reply.value() != QDBusConnectionInterface::ServiceNotRegistered)
         return Role::first;
     activateFirst();

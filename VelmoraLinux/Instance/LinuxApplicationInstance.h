@@ -5,6 +5,7 @@
 #include <VelmoraPlatform/ApplicationInstance.h>
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QObject>
 
 #include <memory>
@@ -22,10 +23,14 @@ public:
     ~LinuxApplicationInstance() override;
 
     [[nodiscard]] Role claim() override;
+    // As `claim`, when the first instance is known to be ending: what it still holds is waited for, and it is
+    // not asked to re-open.
+    [[nodiscard]] Role inherit();
     void setReopenHandler(ReopenHandler handler) override;
 
 private:
-    [[nodiscard]] Role claimOnBus();
+    [[nodiscard]] Role claimLocally();
+    [[nodiscard]] Role claimOnBus(QDBusConnectionInterface::ServiceQueueOptions queue);
     void activateFirst();
 
     QDBusConnection bus_;

@@ -24,10 +24,8 @@ public:
     [[nodiscard]] bool unregisterItem() override;
     void setRefusalHandler(RefusalHandler handler) override;
 
-private Q_SLOTS:
-    void answered(uint response, const QVariantMap &results);
-
 private:
+    Q_SLOT void answered(uint response, const QVariantMap &results);
     [[nodiscard]] bool ask(bool autostart);
     void stopListening();
     void refused();

@@ -14,7 +14,7 @@ constexpr QStringView kUpdateNamespace = u"http://www.andymatuschak.org/xml-name
 constexpr QStringView kOwnNamespace = u"https://velmora.app/xml-namespaces/updates";
 constexpr int kMaximumDepth = 16;
 constexpr qsizetype kMaximumItems = 1000;
-constexpr qsizetype kMaximumText = 128 * 1024; // Characters of one element.
+constexpr qsizetype kMaximumText = qsizetype{128} * 1024; // Characters of one element.
 
 bool isWebAddress(const QUrl &url)
 {

@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -12,7 +11,7 @@
 
 #include <array>
 #include <charconv>
-#include <cstring>
+#include <csignal>
 #include <utility>
 #include <vector>
 
@@ -35,9 +34,9 @@ bool belongsToRunningImage(std::string_view variable)
 
 pid_t spawn(const QString &program, int socket)
 {
-    const QByteArray path = QFile::encodeName(program);
+    QByteArray path = QFile::encodeName(program);
     QByteArray argument = QByteArray(kArgument.data(), kArgument.size()) + QByteArray::number(kGuestSocket);
-    const std::array<char *, 3> arguments{const_cast<char *>(path.constData()), argument.data(), nullptr};
+    const std::array<char *, 3> arguments{path.data(), argument.data(), nullptr};
     std::vector<char *> environment;
     for (char **variable = environ; *variable != nullptr; ++variable) {
         if (!belongsToRunningImage(*variable))
@@ -116,9 +115,10 @@ void Handover::finish(UpdateProblem problem)
         notifier_->setEnabled(false);
         notifier_.release()->deleteLater(); // We may be inside its signal.
     }
+    const int socket = std::exchange(socket_, -1); // After success its end is that of this process.
     if (problem != UpdateProblem::none) {
-        if (socket_ >= 0)
-            close(std::exchange(socket_, -1));
+        if (socket >= 0)
+            close(socket);
         if (child_ > 0) {
             kill(child_, SIGKILL);
             waitpid(child_, nullptr, WNOHANG);

@@ -21,8 +21,9 @@ public:
     explicit Handover(Scheduler &scheduler);
     ~Handover();
 
-    // Starts `program`. `done` runs once, later: with none when the new process said that it is `version`,
-    // with notStarted when it ended, said something else or said nothing in time; it is then made to end.
+    // Starts `program`. `done` runs once, later: with none when the new process said that it is `version`; it
+    // then waits for the end of this process, however late that comes after the end of this object. With
+    // notStarted when it ended, said something else or said nothing in time; it is then made to end.
     void start(const QString &program, const QString &version, Done done);
 
 private:
@@ -33,7 +34,7 @@ private:
     QByteArray expected_;
     QByteArray heard_;
     Done done_;
-    int socket_ = -1; // Stays open after success: its end is the sign for the new process.
+    int socket_ = -1; // While the new process is being listened to.
     pid_t child_ = 0;
     std::unique_ptr<QSocketNotifier> notifier_;
     std::shared_ptr<char> round_;

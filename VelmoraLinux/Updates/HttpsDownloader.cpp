@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kMostRedirects = 5;
-constexpr qint64 kPiece = 256 * 1024; // Held in memory at a time.
+constexpr qint64 kPiece = qint64{256} * 1024; // Held in memory at a time.
 
 UpdateProblem problemOf(QNetworkReply::NetworkError error)
 {
@@ -41,7 +41,7 @@ HttpsDownloader::HttpsDownloader(Settings settings)
 
 HttpsDownloader::~HttpsDownloader()
 {
-    cancel();
+    HttpsDownloader::cancel();
 }
 
 void HttpsDownloader::fetch(const QUrl &url, qint64 limit, BytesDone done)

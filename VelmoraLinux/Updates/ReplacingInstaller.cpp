@@ -105,8 +105,7 @@ void ReplacingInstaller::discard()
 void ReplacingInstaller::inBackground(std::function<UpdateProblem()> work, Done done)
 {
     worker_.start([this, work = std::move(work), done = std::move(done)] {
-        const UpdateProblem problem = work();
-        QMetaObject::invokeMethod(
-            &home_, [done, problem] { done(problem); }, Qt::QueuedConnection);
+        const std::function<void()> tell = [done, problem = work()] { done(problem); };
+        QMetaObject::invokeMethod(&home_, tell, Qt::QueuedConnection);
     });
 }

@@ -1,0 +1,179 @@
+#include "TestArchive.h"
+
+#include <VelmoraLinux/Updates/Handover.h>
+
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <Fakes/VirtualTime.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <optional>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int kPatience = 20'000; // Milliseconds; for a loaded machine.
+
+} // namespace
+
+// Both sides of handing over to a new version, with real processes.
+class HandoverTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void init()
+    {
+        folder_ = std::make_unique<QTemporaryDir>();
+        outcome_.reset();
+        time_.emplace();
+        handover_.emplace(*time_);
+    }
+
+    void aVersionThatAnnouncesItselfTakesOver_data()
+    {
+        QTest::addColumn<QByteArray>("words");
+        QTest::newRow("in one piece") << QByteArray("printf 'ready 2\\n' >&3");
+        QTest::newRow("in pieces") << QByteArray("printf 'rea' >&3; sleep 0.1; printf 'dy 2\\n' >&3");
+    }
+
+    void aVersionThatAnnouncesItselfTakesOver()
+    {
+        QFETCH(QByteArray, words);
+        begin(words + "; cat <&3; echo on >\"$0.alone\"; echo $1 >>\"$0.alone\"\n");
+        QTRY_COMPARE_WITH_TIMEOUT(outcome_, UpdateProblem::none, kPatience);
+        handover_.reset();
+        QTest::qWait(100);
+        QVERIFY(!QFile::exists(program() + u".alone"_s)); // It waits for this process to go.
+        close(socket_);                                   // As the end of the process does.
+        QTRY_COMPARE_WITH_TIMEOUT(readFile(program() + u".alone"_s), "on\n--handover=3\n", kPatience);
+    }
+
+    void aVersionThatFailsIsNoticed_data()
+    {
+        QTest::addColumn<QByteArray>("program");
+        QTest::newRow("it ends at once") << QByteArray("exit 1\n");
+        QTest::newRow("it crashes") << QByteArray("kill -SEGV $$\n");
+        QTest::newRow("it is another version") << QByteArray("printf 'ready 1\\n' >&3; cat <&3\n");
+        QTest::newRow("it is a longer version") << QByteArray("printf 'ready 2.1\\n' >&3; cat <&3\n");
+        QTest::newRow("it says too much") << QByteArray("printf 'ready 2\\nready 2\\n' >&3; cat <&3\n");
+        QTest::newRow("it talks nonsense") << QByteArray("echo hello >&3; cat <&3\n");
+    }
+
+    void aVersionThatFailsIsNoticed()
+    {
+        QFETCH(QByteArray, program);
+        begin(program);
+        QTRY_COMPARE_WITH_TIMEOUT(outcome_, UpdateProblem::notStarted, kPatience);
+    }
+
+    void aProgramThatCannotBeStartedIsNoticed()
+    {
+        handover_->start(folder_->filePath(u"none"_s), u"2"_s, [this](auto problem) { outcome_ = problem; });
+        QVERIFY(!outcome_); // Told later, as everything else.
+        time_->pass(1s);
+        QCOMPARE(outcome_, UpdateProblem::notStarted);
+    }
+
+    void aVersionThatSaysNothingIsGivenUpAndEnded()
+    {
+        begin("echo $$ >\"$0.pid\"\nexec sleep 1000\n");
+        QTRY_VERIFY_WITH_TIMEOUT(readFile(program() + u".pid"_s).endsWith('\n'), kPatience);
+        const pid_t pid = readFile(program() + u".pid"_s).trimmed().toInt();
+        time_->pass(19s);
+        QTest::qWait(0);
+        QVERIFY(!outcome_);
+        QCOMPARE(kill(pid, 0), 0);
+        time_->pass(1s);
+        QCOMPARE(outcome_, UpdateProblem::notStarted);
+        QTRY_VERIFY_WITH_TIMEOUT(hasEnded(pid), kPatience);
+    }
+
+    void theGuestWaitsUntilTheOldVersionIsGone()
+    {
+        std::array<int, 2> ends{};
+        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+        auto guest = guestOf("--handover=" + QByteArray::number(ends[1]));
+        QVERIFY(guest);
+        std::atomic<bool> isOver = false;
+        std::thread waiting([&] {
+            guest->takeOver(u"2"_s);
+            isOver = true;
+        });
+        std::array<char, 32> words{};
+        const ssize_t size = read(ends[0], words.data(), words.size());
+        const bool waited = !isOver;
+        close(ends[0]);
+        waiting.join();
+        QCOMPARE(QByteArray(words.data(), size), "ready 2\n");
+        QVERIFY(waited);
+    }
+
+    void theGuestGoesOnWhenTheOldVersionIsGoneAlready()
+    {
+        std::array<int, 2> ends{};
+        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+        close(ends[0]);
+        auto guest = guestOf("--handover=" + QByteArray::number(ends[1]));
+        QVERIFY(guest);
+        guest->takeOver(u"2"_s);
+    }
+
+    void anOrdinaryStartHasNoGuest_data()
+    {
+        QTest::addColumn<QByteArray>("argument");
+        QTest::newRow("no argument") << QByteArray();
+        QTest::newRow("another one") << QByteArray("--version");
+        QTest::newRow("no number") << QByteArray("--handover=x");
+        QTest::newRow("nothing") << QByteArray("--handover=");
+        QTest::newRow("more than a number") << QByteArray("--handover=3x");
+        QTest::newRow("standard output") << QByteArray("--handover=1");
+        QTest::newRow("nothing that is open") << QByteArray("--handover=1000");
+    }
+
+    void anOrdinaryStartHasNoGuest()
+    {
+        QFETCH(QByteArray, argument);
+        QVERIFY(!guestOf(argument));
+    }
+
+private:
+    [[nodiscard]] QString program() const { return folder_->filePath(u"program"_s); }
+
+    void begin(const QByteArray &script)
+    {
+        writeFile(program(), "#!/bin/sh\n" + script, true);
+        socket_ = dup(STDERR_FILENO); // The number that is free now is the one that the socket gets.
+        close(socket_);
+        handover_->start(program(), u"2"_s, [this](auto problem) { outcome_ = problem; });
+    }
+
+    static std::unique_ptr<HandoverGuest> guestOf(const QByteArray &argument)
+    {
+        const std::array<const char *, 2> arguments{"velmora", argument.constData()};
+        return HandoverGuest::fromArguments(argument.isEmpty() ? 1 : 2, arguments.data());
+    }
+
+    // Also true for one that nobody has asked for its status yet.
+    static bool hasEnded(pid_t pid)
+    {
+        return readFile(u"/proc/%1/stat"_s.arg(pid)).contains(") Z ") || kill(pid, 0) != 0;
+    }
+
+    std::unique_ptr<QTemporaryDir> folder_;
+    std::optional<VirtualTime> time_;
+    std::optional<Handover> handover_;
+    std::optional<UpdateProblem> outcome_;
+    int socket_ = -1;
+};
+
+QTEST_GUILESS_MAIN(HandoverTests)
+#include "HandoverTests.moc"
