@@ -32,8 +32,9 @@ def run(*command, **options):
 class Publisher:
     """Makes versions of the built program, signs them and writes the feed."""
 
-    def __init__(self, folder):
-        self.folder = folder
+    def __init__(self):
+        self.folder = folder = pathlib.Path(tempfile.mkdtemp(prefix="velmora-publisher-"))
+        self.made = {}
         self.site = folder / "site"
         self.site.mkdir()
         self.key = folder / "signing.key"
@@ -41,7 +42,16 @@ class Publisher:
         self.certificate = Certificate(folder)
         self.server = UpdateServer(self.site, self.certificate)
 
-    def tarball(self, version, program=None):
+    def close(self):
+        self.server.close()
+        shutil.rmtree(self.folder)
+
+    def tarball(self, version):
+        if version not in self.made:
+            self.made[version] = self.make_tarball(version)
+        return self.made[version]
+
+    def make_tarball(self, version):
         information = self.folder / "Info.json"
         run("cmake", f"-DOUTPUT={information}", f"-DIDENTIFIER={NAME}", f"-DSHORT_VERSION={version}.0",
             f"-DVERSION={version}", f"-DFEED={self.server.url}/appcast.xml", f"-DKEY={self.public}", "-P",
@@ -50,16 +60,17 @@ class Publisher:
         information.write_text(json.dumps({**json.loads(information.read_text()), "SUEnableAutomaticChecks": False}))
         archive = self.folder / f"velmora-{version}.tar.gz"
         run(SOURCES / "Tools/tarball", BUILD, archive, information)
-        if program:
-            self.replace_program(archive, program)
         return archive
 
-    def replace_program(self, archive, program):
+    def broken_tarball(self, version):
+        """One whose program ends at once."""
+        archive = self.folder / f"velmora-{version}-broken.tar.gz"
         with tempfile.TemporaryDirectory(dir=self.folder) as stage:
-            run("tar", "-xzf", archive, "-C", stage)
+            run("tar", "-xzf", self.tarball(version), "-C", stage)
             top, = pathlib.Path(stage).iterdir()
-            (top / "bin/velmora").write_text(program)
+            (top / "bin/velmora").write_text("#!/bin/sh\nexit 1\n")
             run("tar", "--format=ustar", "-czf", archive, "-C", stage, top.name)
+        return archive
 
     def image(self, version):
         """One file that holds a whole copy and starts it the way an AppImage does."""
@@ -71,24 +82,27 @@ class Publisher:
         image.chmod(0o755)
         return image
 
-    def announce(self, version, archive):
+    def announce(self, version, archive, key=None):
         shutil.copy(archive, self.site)
-        run(RELEASE_TOOL, "announce", self.key, archive, self.site / "appcast.xml", "--release", version, "--shown",
+        (self.site / "appcast.xml").unlink(missing_ok=True)
+        run(RELEASE_TOOL, "announce", key or self.key, archive, self.site / "appcast.xml", "--release", version, "--shown",
             f"{version}.0", "--url", f"{self.server.url}/{archive.name}", "--architecture", os.uname().machine)
-
-    def announce_nothing(self):
-        (self.site / "appcast.xml").write_text("<rss><channel/></rss>")
 
 
 class UpdateTest(unittest.TestCase):
-    def setUp(self):
+    @classmethod
+    def setUpClass(cls):
         if subprocess.run([*ALONE, "true"], check=False).returncode != 0:
-            self.skipTest("the kernel allows no user namespaces, in which alone the test's certificate is trusted")
+            raise unittest.SkipTest("the kernel allows no user namespaces, in which alone the test's certificate is trusted")
+        cls.publisher = Publisher()
+        cls.addClassCleanup(cls.publisher.close)
+        cls.server = cls.publisher.server
+
+    def setUp(self):
+        self.server.asked.clear()
+        self.addCleanup(self.server.let_go)
         self.desktop = Desktop("", tray="none")
         self.addCleanup(self.desktop.close)
-        self.publisher = Publisher(self.desktop.folder)
-        self.server = self.publisher.server
-        self.addCleanup(self.server.close)
         self.apps = self.desktop.folder / "apps"
         self.prefix = self.apps / "velmora"
         self.hidden = self.apps / ".velmora.update"
@@ -144,6 +158,8 @@ class UpdateTest(unittest.TestCase):
 
     def assert_works(self):
         """It cleans a link."""
+        # Answered by the event loop: from then on the clipboard is watched.
+        wait_until("the tray item", lambda: self.desktop.item_property("Status"))
         self.desktop.copy("https://shop.example/?utm_source=mail")
         wait_until("the cleaned link", lambda: self.desktop.clipboard() == "https://shop.example/")
 
@@ -195,10 +211,10 @@ class UpdateTests(UpdateTest):
 
     def test_what_another_key_signed_is_refused(self):
         self.install(self.publisher.tarball("1"))
-        self.publisher.key.unlink()
-        run(RELEASE_TOOL, "keys", self.publisher.key)
+        key = self.publisher.folder / "stranger.key"
+        run(RELEASE_TOOL, "keys", key)
         archive = self.publisher.tarball("2")
-        self.publisher.announce("2", archive)
+        self.publisher.announce("2", archive, key)
         pid = self.start()
         self.check()
         self.accept_until("the archive", lambda: f"/{archive.name}" in self.server.asked)
@@ -208,7 +224,7 @@ class UpdateTests(UpdateTest):
 
     def test_a_version_that_does_not_start_gives_its_place_back(self):
         self.install(self.publisher.tarball("1"))
-        self.publisher.announce("2", self.publisher.tarball("2", "#!/bin/sh\nexit 1\n"))
+        self.publisher.announce("2", self.publisher.broken_tarball("2"))
         pid = self.start()
         self.check()
         self.accept_until("the failure's end", lambda: not self.window())
