@@ -1,7 +1,8 @@
 """A private X11 desktop without a screen, and what a user sees and does on it.
 
 Everything is started for one test and ended with it: X server, session bus, window manager, compositor, panel or
-tray, and the program under test. Nothing waits for a fixed time: every wait ends with what it waits for.
+tray, and the program under test. Nothing waits for a fixed time: every wait ends with what it waits for, and what
+several programs do together has ended when none of them runs any more.
 """
 import os
 import pathlib
@@ -13,11 +14,16 @@ import subprocess
 import tempfile
 import time
 
+from x11_person import Person, Rect
+
 PATIENCE = 20  # Seconds before a wait is given up; a loaded machine needs some.
 SIZE = (1280, 800)
+SCREEN = Rect(0, 0, *SIZE)
 PANEL = 32  # Thickness of the panel or tray.
 EDGES = {"top": "p=6;x=0;y=0", "bottom": "p=8;x=0;y=0", "left": "p=5;x=0;y=0", "right": "p=1;x=0;y=0"}
 WATCHER = "org.kde.StatusNotifierWatcher"
+QUIET = 0.15  # Seconds without any program having run after which none will without a reason.
+TRAY_ICONS = {"sni": ("wrapper-2.0", "Wrapper-2.0"), "xembed": ("velmora", "Velmora")}  # Windows that hold our icon.
 
 
 def wait_until(what, condition, patience=PATIENCE):
@@ -32,36 +38,13 @@ def wait_until(what, condition, patience=PATIENCE):
         time.sleep(0.02)
 
 
-class Rect:
-    def __init__(self, x, y, width, height):
-        self.x, self.y, self.width, self.height = x, y, width, height
-
-    @property
-    def right(self):
-        return self.x + self.width
-
-    @property
-    def bottom(self):
-        return self.y + self.height
-
-    @property
-    def center(self):
-        return self.x + self.width // 2, self.y + self.height // 2
-
-    def inside(self, other):
-        return self.x >= other.x and self.y >= other.y and self.right <= other.right and self.bottom <= other.bottom
-
-    def __repr__(self):
-        return f"{self.width}x{self.height}+{self.x}+{self.y}"
-
-
 class Desktop:
     """tray: "sni" is a panel that knows StatusNotifierItem, "xembed" a plain notification area, "none" neither."""
 
     def __init__(self, program, tray="sni", edge="top", compositor=True, bus=True):
         self.program, self.tray_kind, self.edge = program, tray, edge
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="velmora-desktop-"))
-        self.processes = []
+        self.processes, self.person = [], None
         self.env = {name: os.environ[name] for name in ("PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS")
                     if name in os.environ}
         self.env.update(HOME=str(self.folder), VELMORA_TEST_DESKTOP=str(self.folder), LC_ALL="C.UTF-8",
@@ -76,11 +59,14 @@ class Desktop:
                 self.start_bus()
             self.start_server()
             self.start("openbox", "openbox")
-            wait_until("the window manager", lambda: "window id" in self.ask("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
+            wait_until("the window manager", lambda: self.person.words("_NET_SUPPORTING_WM_CHECK"))
+            self.settle()
             if compositor:
                 self.start("picom", "picom", "--backend", "xrender", "--config", "/dev/null")
-                wait_until("the compositor", lambda: self.owns_selection("_NET_WM_CM_S0"))
+                wait_until("the compositor", lambda: self.person.owns_selection("_NET_WM_CM_S0"))
+                self.settle()
             self.start_tray()
+            self.settle()
         except BaseException:
             self.close()
             raise
@@ -102,10 +88,19 @@ class Desktop:
         return process
 
     def log(self, name):
-        return (self.folder / f"{name}.log").read_text(errors="replace")
+        path = self.folder / f"{name}.log"
+        return path.read_text(errors="replace") if path.exists() else ""
+
+    def state(self):
+        """For the report of a failure: what runs, what is on screen, and what was said."""
+        lines = [f"{process.name}: {process.args}, status {process.poll()}" for process in self.processes]
+        lines += [f"window {window.number:#x} {window.kind} {window.rect}" for window in self.person.windows()]
+        for path in sorted(self.folder.glob("*.log")):
+            lines += [f"{path.stem}: {line}" for line in self.log(path.stem).splitlines()[-15:]]
+        return "\n".join(lines)
 
     def ask(self, *command, patience=PATIENCE):
-        return subprocess.run(command, env=self.env, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+        return subprocess.run([str(word) for word in command], env=self.env, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.DEVNULL, timeout=patience, check=False).stdout.decode(errors="replace")
 
     def stop(self, process, how=signal.SIGTERM):
@@ -119,6 +114,9 @@ class Desktop:
         self.processes.remove(process)
 
     def close(self):
+        if self.person:
+            self.person.close()
+            self.person = None
         for process in reversed(list(self.processes)):
             self.stop(process)
         for pid in self.stragglers():
@@ -135,6 +133,29 @@ class Desktop:
             except OSError:
                 continue
 
+    def activity(self):
+        """How often each thread of the desktop has been given a processor; nothing while one has or wants it."""
+        counts = {}
+        for pid in self.stragglers():
+            for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status"):
+                try:
+                    fields = dict(line.split(":\t", 1) for line in status.read_text().splitlines() if ":\t" in line)
+                except OSError:
+                    return None
+                if fields["State"][0] not in "SIZT":
+                    return None
+                counts[status.parent.name] = fields["voluntary_ctxt_switches"], fields["nonvoluntary_ctxt_switches"]
+        return counts
+
+    def settle(self):
+        """Waits until no program of the desktop has anything to do any more."""
+        def is_quiet():
+            before = self.activity()
+            time.sleep(QUIET)
+            return before and before == self.activity()
+
+        wait_until("a quiet desktop", is_quiet)
+
     def start_bus(self):
         socket = pathlib.Path(self.env["XDG_RUNTIME_DIR"]) / "bus"
         self.env["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={socket}"
@@ -148,6 +169,10 @@ class Desktop:
         os.close(writing)
         with os.fdopen(reading) as pipe:
             self.env["DISPLAY"] = ":" + pipe.readline().strip()
+        self.person = Person(self.env["DISPLAY"])
+        # A keyboard's first key makes the server announce the keyboard, whereupon programs ask for their keys anew:
+        # the first key that counts is not to fall into that.
+        self.person.tap_key("Shift_L")
 
     # Panel and tray
 
@@ -160,10 +185,12 @@ class Desktop:
             self.tray = self.start("panel", "trayer", "--edge", self.edge, "--align", "right", "--widthtype", "pixel",
                                    "--width", "200", "--heighttype", "pixel", "--height", str(PANEL), "--SetDockType",
                                    "true", "--SetPartialStrut", "true", "--expand", "false")
-            wait_until("the tray", lambda: self.owns_selection("_NET_SYSTEM_TRAY_S0"))
+            wait_until("the tray", lambda: self.person.owns_selection("_NET_SYSTEM_TRAY_S0"))
 
     def stop_tray(self):
         self.stop(self.tray)
+        if self.tray_kind == "sni":
+            wait_until("the end of the panel's host", lambda: not self.has_owner(WATCHER))
 
     def write_panel_settings(self):
         folder = pathlib.Path(self.env["XDG_CONFIG_HOME"]) / "xfce4/xfconf/xfce-perchannel-xml"
@@ -190,16 +217,23 @@ class Desktop:
 </channel>
 """)
 
-    def owns_selection(self, name):
-        code = ("import ctypes, sys; x = ctypes.CDLL('libX11.so.6'); x.XOpenDisplay.restype = ctypes.c_void_p; "
-                "d = ctypes.c_void_p(x.XOpenDisplay(None)); x.XGetSelectionOwner.restype = ctypes.c_ulong; "
-                "print(x.XGetSelectionOwner(d, ctypes.c_ulong(x.XInternAtom(d, sys.argv[1].encode(), 0))))")
-        return self.ask("python3", "-c", code, name).strip() not in ("", "0")
-
     # The bus
 
     def call(self, service, path, method, *arguments):
         return self.ask("dbus-send", "--session", "--print-reply", f"--dest={service}", path, method, *arguments)
+
+    def has_owner(self, service):
+        return "boolean true" in self.call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                           "org.freedesktop.DBus.NameHasOwner", f"string:{service}")
+
+    def watch_bus(self, rule):
+        """Has a monitor write down what passes over the bus and fits the rule; `heard` tells."""
+        self.start("monitor", "stdbuf", "-oL", "dbus-monitor", "--session", "--profile", rule)
+        wait_until("the monitor of the bus", lambda: "NameLost" in self.log("monitor"))
+
+    def heard(self, member):
+        """The times, in seconds, of the messages of that name."""
+        return [float(line.split("\t")[1]) for line in self.log("monitor").splitlines() if line.split("\t")[-1] == member]
 
     def watcher_property(self, name):
         return self.call(WATCHER, "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get", f"string:{WATCHER}",
@@ -209,8 +243,11 @@ class Desktop:
         return self.call("app.velmora.Velmora", "/StatusNotifierItem", "org.freedesktop.DBus.Properties.Get",
                          "string:org.kde.StatusNotifierItem", f"string:{name}")
 
-    def is_registered(self):
-        return "StatusNotifierItem" in self.watcher_property("RegisteredStatusNotifierItems")
+    def catch_up(self):
+        """Returns when the program has gone round its event loop: what was due before this call has happened."""
+        for _ in range(2):
+            if "string" not in self.item_property("Id"):
+                raise AssertionError("the program does not answer")
 
     def menu(self):
         """The exported menu: titles by number, in order."""
@@ -242,92 +279,60 @@ class Desktop:
     # What is to be seen
 
     def windows(self):
-        """(name, class, rectangle) of the visible windows of the program under test, menus of ours included."""
-        tree = self.ask("xwininfo", "-root", "-tree")
-        found = []
-        for number, name, width, height, x, y in re.findall(
-                r'(0x[0-9a-f]+) (.*?): \("velmora" "[Vv]elmora"\)\s+(\d+)x(\d+)\+-?\d+\+-?\d+\s+\+(-?\d+)\+(-?\d+)', tree):
-            if "IsViewable" in self.ask("xwininfo", "-id", number):
-                found.append((number, name, Rect(int(x), int(y), int(width), int(height))))
-        return found
+        """The visible windows of the program under test, menus of ours included."""
+        return [window for window in self.person.windows() if window.kind[0] == "velmora"]
+
+    def window_of_width(self, fits):
+        return next((window.rect for window in self.windows() if fits(window.rect.width)), None)
 
     def popover(self):
-        return next((rect for _, _, rect in self.windows() if rect.width == 306), None)
+        return self.window_of_width(lambda width: width == 306)
 
     def toast(self):
-        return next((rect for _, _, rect in self.windows() if rect.width == 342), None)
+        return self.window_of_width(lambda width: width == 342)
 
     def settings_window(self):
-        return next((rect for _, _, rect in self.windows() if rect.width >= 640), None)
+        return self.window_of_width(lambda width: width >= 640)
 
     def picture(self, rect):
-        """Rows of (red, green, blue)."""
-        data = subprocess.run(["import", "-silent", "-window", "root", "-crop",
-                               f"{rect.width}x{rect.height}+{rect.x}+{rect.y}", "-depth", "8", "ppm:-"], env=self.env,
-                              stdout=subprocess.PIPE, check=True, timeout=PATIENCE).stdout
-        header = re.match(rb"P6\s+(\d+)\s+(\d+)\s+255\s", data)
-        width, pixels = int(header[1]), data[header.end():]
-        return [[tuple(pixels[3 * (row * width + column):][:3]) for column in range(width)]
-                for row in range(int(header[2]))]
-
-    def strip(self):
-        if self.edge == "top":
-            return Rect(0, 0, SIZE[0], PANEL)
-        if self.edge == "bottom":
-            return Rect(0, SIZE[1] - PANEL, SIZE[0], PANEL)
-        if self.edge == "left":
-            return Rect(0, 0, PANEL, SIZE[1])
-        return Rect(SIZE[0] - PANEL, 0, PANEL, SIZE[1])
+        return self.person.picture(rect)
 
     def icon(self):
         """Where the icon is drawn, and how strongly it stands out (0 to 255); nothing while there is none."""
-        strip = self.strip()
-        if self.tray_kind == "xembed":  # A tray as long as its icons, not as the edge.
-            found = [(int(x), int(y), int(w), int(h)) for w, h, x, y in re.findall(
-                r'0x[0-9a-f]+ "Velmora[^\n]*?: \("velmora" "Velmora"\)\s+(\d+)x(\d+)\+\d+\+\d+\s+\+(\d+)\+(\d+)',
-                self.ask("xwininfo", "-root", "-tree")) if 8 < int(w) <= 64]
-            if not found:
-                return None
-            strip = Rect(*found[0])
-        picture = self.picture(strip)
-        rows = [row[2:-2] for row in picture[2:-2]]
-        ground = max((pixel for row in rows for pixel in row), key=[p for row in rows for p in row].count) \
-            if self.tray_kind == "xembed" else rows[0][0]
-        marked = [(x + 2, y + 2, max(abs(a - b) for a, b in zip(pixel, ground)))
-                  for y, row in enumerate(rows) for x, pixel in enumerate(row)
-                  if max(abs(a - b) for a, b in zip(pixel, ground)) > 24]
+        areas = (window.rect.within(SCREEN) for window in self.person.windows()
+                 if window.kind == TRAY_ICONS[self.tray_kind])
+        area = next((area for area in areas if 8 < area.width <= 2 * PANEL and 8 < area.height <= 2 * PANEL), None)
+        if area is None:
+            return None
+        rows = self.picture(area)
+        pixels = [pixel for row in rows for pixel in row]
+        ground = max(set(pixels), key=pixels.count)
+        marked = [(x, y, contrast) for y, row in enumerate(rows) for x, pixel in enumerate(row)
+                  if (contrast := max(abs(a - b) for a, b in zip(pixel, ground))) > 24]
         if len(marked) < 8:
             return None
         xs, ys = [x for x, _, _ in marked], [y for _, y, _ in marked]
-        place = Rect(strip.x + min(xs), strip.y + min(ys), max(xs) - min(xs) + 1, max(ys) - min(ys) + 1)
-        if max(place.width, place.height) > PANEL:
-            return None  # Not an icon: a panel caught half drawn.
-        return place, max(strength for _, _, strength in marked)
+        place = Rect(area.x + min(xs), area.y + min(ys), max(xs) - min(xs) + 1, max(ys) - min(ys) + 1)
+        return place, max(contrast for _, _, contrast in marked)
 
     def wait_for_icon(self):
-        """Where the icon stands, once two looks in a row find it in one place: panels move their icons while they start."""
-        seen = [None]
-
-        def settled():
-            seen.append(found := self.icon())
-            return found and seen[-2] and repr(found[0]) == repr(seen[-2][0]) and found
-
-        return wait_until("the icon", settled)[0]
+        """Where the icon stands when everything that moves it has come to rest."""
+        wait_until("the icon", self.icon)
+        self.settle()
+        return wait_until("the icon", self.icon)[0]
 
     def panel_menu(self):
         """The menu that the panel draws, while it is open."""
-        return next((Rect(*map(int, (x, y, width, height))) for width, height, x, y in re.findall(
-            r'\("wrapper-2.0" "Wrapper-2.0"\)\s+(\d+)x(\d+)\+-?\d+\+-?\d+\s+\+(-?\d+)\+(-?\d+)',
-            self.ask("xwininfo", "-root", "-tree")) if int(height) > 60), None)
+        return next((window.rect for window in self.person.windows()
+                     if window.kind == TRAY_ICONS["sni"] and window.rect.height > 60), None)
 
     # What the user does
 
     def move(self, point):
-        self.ask("xdotool", "mousemove", str(point[0]), str(point[1]))
+        self.person.move(point)
 
-    def click(self, point, button=1, times=1):
-        self.ask("xdotool", "mousemove", str(point[0]), str(point[1]), "click", "--repeat", str(times), "--delay", "60",
-                 str(button))
+    def click(self, point, button=1):
+        self.person.click(point, button)
 
     def key(self, *names):
         self.ask("xdotool", "key", "--delay", "40", *names)
@@ -337,17 +342,19 @@ class Desktop:
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=PATIENCE)
 
     def clipboard(self):
-        return self.ask("timeout", "2", "xclip", "-o", "-selection", "clipboard")
+        return self.ask("xclip", "-o", "-selection", "clipboard")
+
+    def activate(self, window):
+        """Gives a program's window the keyboard."""
+        self.ask("xdotool", "windowactivate", window)
+        wait_until("the active window", lambda: self.person.words("_NET_ACTIVE_WINDOW") == [window])
 
     def open_listener(self, geometry):
         """A program of another kind: what is typed and clicked into its window can be read afterwards."""
-        listener = self.start("listener", "stdbuf", "-oL", "xev", "-geometry", geometry, "-event", "keyboard", "-event",
-                              "button")
-        wait_until("the listener's window", lambda: "Event Tester" in self.ask("xprop", "-root", "_NET_CLIENT_LIST")
-                   or self.ask("xdotool", "search", "--onlyvisible", "--name", "Event Tester").strip())
-        window = self.ask("xdotool", "search", "--onlyvisible", "--name", "Event Tester").split()[0]
-        self.ask("xdotool", "windowactivate", "--sync", window)
-        return listener
+        self.start("listener", "stdbuf", "-oL", "xev", "-geometry", geometry, "-event", "keyboard", "-event", "button")
+        window = wait_until("the listener's window", lambda: self.person.titled("Event Tester"))
+        self.settle()
+        self.activate(window)
 
     def typed(self):
         return "".join(re.findall(r'KeyPress.*?XLookupString gives 1 bytes: \([0-9a-f]+\) "(.)"', self.log("listener"), re.S))
