@@ -10,21 +10,16 @@ namespace {
 constexpr auto cornerRadiusProperty = "velmoraCornerRadius";
 constexpr quint32 sourceIsThePager = 2; // Window managers follow requests made for the user without doubt.
 
+// Without those that a tooltip has anyway Qt makes the native window twice, and what was asked of the first,
+// such as letting clicks through, is lost.
+constexpr Qt::WindowFlags panelFlags = Qt::ToolTip | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                                       Qt::X11BypassWindowManagerHint | Qt::NoDropShadowWindowHint;
+
 QRegion roundedRegion(QSize size, int radius)
 {
     QPainterPath path;
     path.addRoundedRect(QRectF(QPointF(), size), radius, radius);
     return QRegion(path.toFillPolygon().toPolygon());
-}
-
-// Qt 6.4 passes this flag on only for windows that are on screen already.
-void letClicksThrough(QWindow &window)
-{
-    const auto setFlag = [&window] { window.setFlag(Qt::WindowTransparentForInput, true); };
-    QObject::connect(&window, &QWindow::visibleChanged, &window, [&window, setFlag](bool visible) {
-        if (visible)
-            QMetaObject::invokeMethod(&window, setFlag, Qt::QueuedConnection);
-    });
 }
 
 quint32 windowId(const QWindow &window)
@@ -41,9 +36,8 @@ X11WindowManager::X11WindowManager(X11Display *connection, ActivationToken &toke
 
 void X11WindowManager::makePanel(QWindow &window, const PanelTraits &traits)
 {
-    window.setFlags(Qt::ToolTip | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint);
-    if (!traits.acceptsMouse)
-        letClicksThrough(window);
+    window.setFlags(panelFlags);
+    window.setFlag(Qt::WindowTransparentForInput, !traits.acceptsMouse);
     QSurfaceFormat format = window.requestedFormat();
     format.setAlphaBufferSize(8);
     window.setFormat(format);
