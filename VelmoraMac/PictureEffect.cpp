@@ -4,7 +4,6 @@
 
 #include <QQuickWindow>
 #include <QSGImageNode>
-#include <QSGTextureProvider>
 
 // Qt shows the pixels of a layer to its own items only.
 #include <private/qquickitem_p.h>
@@ -140,8 +139,6 @@ void PictureEffect::setSource(QQuickItem *source)
             source_ = nullptr;
             update();
         });
-        if (const QSGTextureProvider *provider = source_->textureProvider())
-            connect(provider, &QSGTextureProvider::textureChanged, this, &QQuickItem::update);
     }
     update();
     Q_EMIT sourceChanged();
@@ -152,6 +149,9 @@ void PictureEffect::release()
     if (source_ == nullptr)
         return;
     source_->disconnect(this);
+    if (followedProvider_)
+        followedProvider_->disconnect(this);
+    followedProvider_ = nullptr;
     QQuickItemPrivate::get(source_)->derefFromEffectItem(false);
     source_ = nullptr;
 }
@@ -165,10 +165,21 @@ void PictureEffect::set(double &field, double value)
     Q_EMIT effectChanged();
 }
 
+// Of the layer, which has one only while its window is drawn.
+QSGTextureProvider *PictureEffect::provider()
+{
+    QSGTextureProvider *provider = source_ != nullptr ? source_->textureProvider() : nullptr;
+    if (provider != nullptr && provider != followedProvider_) {
+        followedProvider_ = provider;
+        connect(provider, &QSGTextureProvider::textureChanged, this, &QQuickItem::update);
+    }
+    return provider;
+}
+
 QSGNode *PictureEffect::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
 {
     auto *node = static_cast<EffectNode *>(old);
-    const QSGTextureProvider *provider = source_ != nullptr ? source_->textureProvider() : nullptr;
+    const QSGTextureProvider *provider = this->provider();
     if (provider == nullptr || width() <= 0 || height() <= 0) {
         delete node;
         return nullptr;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QPointer>
 #include <QQuickItem>
+#include <QSGTextureProvider>
 #include <qqmlintegration.h>
 
 // Draws the picture of an item's layer blurred, brightened or more saturated, on the processor.
@@ -51,8 +53,10 @@ protected:
 private:
     void set(double &field, double value);
     void release();
+    [[nodiscard]] QSGTextureProvider *provider();
 
     QQuickItem *source_ = nullptr;
+    QPointer<QSGTextureProvider> followedProvider_;
     double padding_ = 0;
     double blurRadius_ = 0;
     double brightness_ = 0;
