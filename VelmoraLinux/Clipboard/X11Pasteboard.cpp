@@ -9,7 +9,8 @@
 
 namespace {
 
-constexpr auto kLongestHandOver = std::chrono::milliseconds(300);
+// Some managers never answer: the user, who waits for the program to end, should not notice.
+constexpr auto kLongestHandOver = std::chrono::milliseconds(200);
 constexpr std::size_t kMostAwaitedWindows = 8;
 
 template<typename Event>

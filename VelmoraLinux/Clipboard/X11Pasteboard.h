@@ -19,7 +19,7 @@
 //
 // Every change of its owner is one step of the count. Writing gives the time of the latest change we know of,
 // so the server turns us down when somebody has copied anew behind our back. On its end it hands the text to
-// a clipboard manager, if there is one, for which it waits at most 300 ms.
+// a clipboard manager, if there is one, for which it waits at most 200 ms.
 class X11Pasteboard final : public Pasteboard {
 public:
     // Nothing when there is no server or it lacks XFixes. An empty display name stands for $DISPLAY.
