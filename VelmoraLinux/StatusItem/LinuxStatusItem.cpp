@@ -35,6 +35,7 @@ LinuxStatusItem::LinuxStatusItem(const Desktop &desktop, const QString &id, cons
     , menu_(desktop.bus)
     , registration_(desktop.bus)
     , embedded_(desktop.xcb, title, [this](int pixels) { return paint(pixels); })
+    , tip_(desktop.appearance, [this] { return embeddedGeometry(); })
 {
     connectHosts();
     fade_.callOnTimeout(this, &LinuxStatusItem::fadeStep);
@@ -75,6 +76,8 @@ void LinuxStatusItem::connectHosts()
         if (events_.menuRequested)
             events_.menuRequested();
     });
+    connect(&embedded_, &XEmbedIcon::pointerEntered, &tip_, &StatusItemTip::pointerEntered);
+    connect(&embedded_, &XEmbedIcon::pointerLeft, &tip_, &StatusItemTip::hide);
     connect(&menu_, &DBusMenu::opening, this, [this] {
         const bool isCuriosity =
             sinceRegistration_.isValid() && !sinceRegistration_.hasExpired(curiosityAfterRegistration);
@@ -128,6 +131,7 @@ void LinuxStatusItem::setToolTip(const QString &text)
 {
     item_.setToolTip(text);
     embedded_.setToolTip(text);
+    tip_.setText(text);
 }
 
 void LinuxStatusItem::setVisible(bool visible)
@@ -188,17 +192,22 @@ QRect LinuxStatusItem::anchorOfClick(QPoint nativeHint) const
     return click ? anchorAround(*click, *frame) : likelyAnchor(*frame);
 }
 
+std::optional<QRect> LinuxStatusItem::embeddedGeometry() const
+{
+    const auto native = embedded_.nativeGeometry();
+    return native ? std::optional(toPoints(*native)) : std::nullopt;
+}
+
 std::optional<QRect> LinuxStatusItem::anchor() const
 {
-    if (const auto geometry = embedded_.nativeGeometry())
-        return toPoints(*geometry);
-    return clickAnchor_;
+    const auto geometry = embeddedGeometry();
+    return geometry ? geometry : clickAnchor_;
 }
 
 bool LinuxStatusItem::contains(QPoint point) const
 {
-    if (const auto geometry = embedded_.nativeGeometry())
-        return toPoints(*geometry).contains(point);
+    if (const auto geometry = embeddedGeometry())
+        return geometry->contains(point);
     return clickAnchor_ &&
            clickAnchor_->adjusted(-reachOfClick, -reachOfClick, reachOfClick, reachOfClick).contains(point);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DBusMenu.h"
+#include "StatusItemTip.h"
 #include "StatusNotifierItem.h"
 #include "StatusNotifierRegistration.h"
 #include "VelmoraLinux/Desktop/ActivationToken.h"
@@ -48,6 +49,7 @@ private:
     void fadeStep();
     [[nodiscard]] QImage paint(int pixels) const;
     [[nodiscard]] std::optional<QPoint> pointer() const;
+    [[nodiscard]] std::optional<QRect> embeddedGeometry() const;
     [[nodiscard]] QRect anchorOfClick(QPoint nativeHint) const;
 
     Desktop desktop_;
@@ -55,6 +57,7 @@ private:
     DBusMenu menu_;
     StatusNotifierRegistration registration_;
     XEmbedIcon embedded_;
+    StatusItemTip tip_;
     Events events_;
     QImage template_;
     double opacity_ = 1;

@@ -4,6 +4,7 @@ velmora_linux_sources(
   StatusItem/LinuxStatusItem.cpp StatusItem/LinuxStatusItem.h
   StatusItem/StatusIconImage.cpp StatusItem/StatusIconImage.h
   StatusItem/StatusItemAnchor.cpp StatusItem/StatusItemAnchor.h
+  StatusItem/StatusItemTip.cpp StatusItem/StatusItemTip.h
   StatusItem/StatusNotifierItem.cpp StatusItem/StatusNotifierItem.h
   StatusItem/StatusNotifierRegistration.cpp StatusItem/StatusNotifierRegistration.h
   StatusItem/StatusNotifierTypes.cpp StatusItem/StatusNotifierTypes.h

@@ -4,6 +4,7 @@
 
 namespace {
 constexpr int largestIcon = 48;
+constexpr int gapOfTip = 4;
 
 // How much of each edge the desktop's panels take.
 struct Struts {
@@ -46,4 +47,19 @@ QRect likelyAnchor(const ScreenFrame &screen)
     if (thickest == left)
         return anchorAround(whole.bottomLeft(), screen);
     return anchorAround(whole.bottomRight(), screen);
+}
+
+QRect tipFrame(const QRect &icon, const QRect &workArea, QSize size)
+{
+    const QRect inside = workArea.adjusted(gapOfTip, gapOfTip, -gapOfTip, -gapOfTip);
+    QRect frame(QPoint(), size);
+    frame.moveCenter(icon.center());
+    const bool isBesideArea = icon.right() < workArea.left() || icon.left() > workArea.right();
+    if (!isBesideArea && icon.center().y() < workArea.center().y())
+        frame.moveTop(icon.bottom() + gapOfTip);
+    else if (!isBesideArea)
+        frame.moveBottom(icon.top() - gapOfTip);
+    frame.moveLeft(std::max(std::min(frame.left(), inside.right() - size.width() + 1), inside.left()));
+    frame.moveTop(std::max(std::min(frame.top(), inside.bottom() - size.height() + 1), inside.top()));
+    return frame;
 }

@@ -19,5 +19,8 @@ struct ScreenFrame {
 // The icon's surroundings: the panel's whole thickness where the click lies in a panel, else just the point.
 [[nodiscard]] QRect anchorAround(QPoint click, const ScreenFrame &screen);
 
+// Where a tip of `size` stands that explains `icon`: beside it, inside the work area.
+[[nodiscard]] QRect tipFrame(const QRect &icon, const QRect &workArea, QSize size);
+
 // The end of the desktop's panel where status icons usually are; the top right without any panel.
 [[nodiscard]] QRect likelyAnchor(const ScreenFrame &screen);

@@ -102,7 +102,8 @@ void XEmbedIcon::createWindow(xcb_window_t area)
     colormap_ = xcb_generate_id(xcb);
     xcb_create_colormap(xcb, XCB_COLORMAP_ALLOC_NONE, colormap_, connection_->root(), visual);
     constexpr quint32 events = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
-                               XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
+                               XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
+                               XCB_EVENT_MASK_ENTER_WINDOW | XCB_EVENT_MASK_LEAVE_WINDOW;
     window_ = xcb_generate_id(xcb);
     if (translucent) {
         const std::array<quint32, 4> values{0, 0, events, colormap_};
@@ -176,6 +177,15 @@ void XEmbedIcon::handle(const xcb_generic_event_t &event)
     case XCB_EXPOSE:
         if (reinterpret_cast<const xcb_expose_event_t &>(event).window == window_)
             repaint();
+        break;
+    case XCB_ENTER_NOTIFY:
+        if (reinterpret_cast<const xcb_enter_notify_event_t &>(event).event == window_)
+            Q_EMIT pointerEntered();
+        break;
+    case XCB_LEAVE_NOTIFY:
+    case XCB_BUTTON_PRESS: // The two agree on where they tell their window.
+        if (reinterpret_cast<const xcb_leave_notify_event_t &>(event).event == window_)
+            Q_EMIT pointerLeft();
         break;
     case XCB_BUTTON_RELEASE:
         handleRelease(reinterpret_cast<const xcb_button_release_event_t &>(event));

@@ -32,6 +32,8 @@ public:
 
     Q_SIGNAL void activated();
     Q_SIGNAL void menuRequested();
+    Q_SIGNAL void pointerEntered();
+    Q_SIGNAL void pointerLeft();
 
 private:
     void enterArea();
