@@ -75,9 +75,9 @@ struct Shell {
                                          fakes.telemetry, notifications, [this] { ++terminations; }});
     }
 
-    void click() { item.events.activated(); }
+    void click() const { item.events.activated(); }
 
-    void rightClick() { item.events.menuRequested(); }
+    void rightClick() const { item.events.menuRequested(); }
 
     QStringList menuTitles() const
     {

@@ -367,7 +367,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("json");
         QTest::newRow("no JSON") << QByteArray("garbage");
         QTest::newRow("an object") << QByteArray("{}");
-        QTest::newRow("an incomplete event") << QByteArray("[{\"id\":\"x\"}]");
+        QTest::newRow("an incomplete event") << QByteArray(R"([{"id":"x"}])");
         const QByteArray whole =
             R"([{"id":"x","name":"n","install_id":"i","created_at":"2026-03-07T10:11:12Z",)"
             R"("properties":{"a":"b"}}])";
