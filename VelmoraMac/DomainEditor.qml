@@ -12,6 +12,10 @@ Item {
     width: parent?.width ?? 0
     implicitHeight: Math.max(160, editor.implicitHeight) + 20
 
+    // What a text area does not take from the application by itself.
+    TextMetrics {
+        id: systemFont
+    }
     Rectangle {
         anchors {
             fill: parent
@@ -27,7 +31,7 @@ Item {
             anchors.fill: parent
             implicitHeight: contentHeight + 16
             padding: 8
-            font.family: Qt.application.font.family
+            font.family: systemFont.font.family
             font.pixelSize: 13
             color: Surroundings.colors.label
             selectionColor: Surroundings.colors.blue

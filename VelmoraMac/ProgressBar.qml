@@ -18,7 +18,7 @@ Rectangle {
     Rectangle {
         id: fill
 
-        property real wander: 0
+        property real wander
 
         height: parent.height
         radius: parent.radius

@@ -1,5 +1,4 @@
 import QtQuick
-import VelmoraMac
 
 // A piece of text in the system font. Whatever the user copied is shown as it is: never as markup.
 Text {

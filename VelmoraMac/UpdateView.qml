@@ -8,6 +8,9 @@ Rectangle {
 
     required property UpdateWindow updateWindow
 
+    // Too narrow for all buttons in one row: the one that skips stands above the others.
+    readonly property bool stacksButtons: skip.visible && skip.width + buttons.width + 60 > width
+
     implicitWidth: 500
     implicitHeight: 320
     color: Surroundings.colors.windowBackground
@@ -77,7 +80,7 @@ Rectangle {
             top: message.bottom
             topMargin: 14
             bottom: buttons.top
-            bottomMargin: 14
+            bottomMargin: 14 + (root.stacksButtons ? skip.height + 10 : 0)
         }
         visible: root.updateWindow.notes !== ""
         radius: 6
@@ -117,10 +120,15 @@ Rectangle {
         }
     }
     SystemButton {
+        id: skip
+
         anchors {
-            left: parent.left
+            left: root.stacksButtons ? undefined : parent.left
             leftMargin: 20
-            verticalCenter: buttons.verticalCenter
+            right: root.stacksButtons ? parent.right : undefined
+            rightMargin: 20
+            bottom: root.stacksButtons ? buttons.top : parent.bottom
+            bottomMargin: root.stacksButtons ? 10 : 20
         }
         visible: text !== ""
         text: root.updateWindow.skipTitle

@@ -28,7 +28,7 @@ void collectTexts(const QQuickItem &item, QStringList &texts)
 
 void collectControls(QAccessibleInterface *node, std::vector<ItemTree::Control> &controls)
 {
-    if (node == nullptr || !node->isValid())
+    if (node == nullptr || !node->isValid() || node->state().invisible)
         return;
     if (isControl(node->role())) {
         QAccessibleActionInterface *actions = node->actionInterface();

@@ -85,6 +85,28 @@ std::vector<Scene> settingsScenes()
     };
 }
 
+std::vector<Scene> updateScenes()
+{
+    const auto scene = [](const QString &name, const UpdateReport &report) {
+        return Scene{name, false, [report](Stage &stage) { return stage.showUpdate(report); }, settled};
+    };
+    UpdateReport report = foundUpdate();
+    std::vector<Scene> scenes{scene(u"update-found"_s, report)};
+    report.notes.clear();
+    report.step = UpdateStep::downloading;
+    report.received = 3'400'000;
+    report.total = 8'000'000;
+    scenes.push_back(scene(u"update-downloading"_s, report));
+    report.step = UpdateStep::ready;
+    scenes.push_back(scene(u"update-ready"_s, report));
+    report.step = UpdateStep::failed;
+    report.problem = UpdateProblem::badSignature;
+    scenes.push_back(scene(u"update-failed"_s, report));
+    report.step = UpdateStep::permission;
+    scenes.push_back(scene(u"update-permission"_s, report));
+    return scenes;
+}
+
 } // namespace
 
 StageSetup everydaySetup()
@@ -118,6 +140,19 @@ CleanHistoryEntry longEntry()
     return entry;
 }
 
+UpdateReport foundUpdate()
+{
+    UpdateReport report;
+    report.step = UpdateStep::found;
+    report.version = u"0.2.0"_s;
+    report.ownVersion = u"0.1.9"_s;
+    for (int i = 1; i <= 12; ++i)
+        report.notes +=
+            u"• Note %1 of this release, long enough to need a second line in a window as wide as this.\n"_s
+                .arg(i);
+    return report;
+}
+
 void fillHistory(Stage &stage, int entries)
 {
     for (int i = entries; i > 0; --i) {
@@ -137,7 +172,7 @@ const std::vector<Scene> &allScenes()
 {
     static const std::vector<Scene> scenes = [] {
         std::vector<Scene> all;
-        for (const auto &group : {popoverScenes(), toastScenes(), settingsScenes()})
+        for (const auto &group : {popoverScenes(), toastScenes(), settingsScenes(), updateScenes()})
             all.insert(all.end(), group.begin(), group.end());
         return all;
     }();

@@ -26,3 +26,4 @@ struct Scene {
 [[nodiscard]] CleaningResult shopResult();
 [[nodiscard]] CleanHistoryEntry longEntry(); // A link of 4,000 characters.
 void fillHistory(Stage &stage, int entries);
+[[nodiscard]] UpdateReport foundUpdate(); // With long release notes.

@@ -39,6 +39,7 @@ Stage::Stage(const StageSetup &setup)
     fill(fakes.defaults, setup);
     state = std::make_unique<AppState>(fakes.services());
     updates = std::make_unique<UpdateController>(fakes.bundle, UpdateController::MakeUpdater());
+    updateWindow = std::make_unique<UpdateWindow>(*state, windows);
     engine_.addImportPath(u"qrc:/qt/qml"_s);
     QObject::connect(&engine_, &QQmlEngine::warnings, &engine_, [this](const QList<QQmlError> &errors) {
         for (const QQmlError &error : errors)
@@ -98,6 +99,12 @@ QQuickItem *Stage::showDetails(const CleanHistoryEntry &entry)
     return show(u"HistoryEntryDetailView"_s,
                 {{u"appState"_s, QVariant::fromValue(state.get())}, {u"entry"_s, QVariant::fromValue(entry)}},
                 {720, 560});
+}
+
+QQuickItem *Stage::showUpdate(const UpdateReport &report, QSize size)
+{
+    updateWindow->show(report, UpdateUserDriver::Attention::front);
+    return show(u"UpdateView"_s, {{u"updateWindow"_s, QVariant::fromValue(updateWindow.get())}}, size);
 }
 
 void Stage::pass(std::chrono::milliseconds time)

@@ -6,12 +6,14 @@
 #include <VelmoraMac/PopoverAnimationState.h>
 #include <VelmoraMac/Surroundings.h>
 #include <VelmoraMac/UpdateController.h>
+#include <VelmoraMac/UpdateWindow.h>
 
 #include <QImage>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
 
+#include <Fakes/FakeAppWindows.h>
 #include <Fakes/FakeServices.h>
 
 #include <chrono>
@@ -50,6 +52,7 @@ public:
     QQuickItem *showToast(const CleaningResult &result, bool offersCleaning);
     QQuickItem *showSettings(AppTab tab, QSize size = QSize(660, 640));
     QQuickItem *showDetails(const CleanHistoryEntry &entry);
+    QQuickItem *showUpdate(const UpdateReport &report, QSize size = QSize(500, 320));
 
     // Closes the window.
     void clear() { view_.reset(); }
@@ -70,6 +73,8 @@ public:
     PopoverAnimationState popoverAnimation;
     NotificationCenter notifications;
     std::unique_ptr<UpdateController> updates;
+    FakeAppWindows windows;
+    std::unique_ptr<UpdateWindow> updateWindow;
     QStringList warnings; // Of the QML engine.
 
 private:
