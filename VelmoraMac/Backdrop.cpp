@@ -12,8 +12,9 @@
 namespace {
 
 struct Glow {
-    QPointF start, end; // Of its way, in points from the middle of the item.
-    double radius;
+    QPointF start; // Of its way, in points from the middle of the item.
+    QPointF end;
+    double radius = 0;
 };
 
 constexpr std::array glows = {Glow{{148, 112}, {-212, -182}, 230}, Glow{{-172, -120}, {174, 136}, 210}};
