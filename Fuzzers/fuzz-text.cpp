@@ -82,7 +82,8 @@ bool mayJoin(std::string_view text)
     return std::any_of(text.begin(), text.end(), isBracketOrNonAscii);
 }
 
-// A kept parameter that comes to stand at the end of its link loses the punctuation there when the link is found again:
+// A kept parameter that comes to stand at the end of its link loses the punctuation there when the link is
+// found again:
 // "?si!&si=1" becomes "?si!", and in that text the name is "si".
 bool endsInPunctuation(const velmora::LinkEdit &edit)
 {

@@ -4,7 +4,9 @@
 
 #include <cctype>
 #include <fstream>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmora {
@@ -12,6 +14,7 @@ namespace {
 
 struct Row {
     std::string name;
+    LinkCleanerConfiguration::Strings ignoredHosts;
     std::string text;
     std::string cleaned;
     std::string removed;
@@ -35,18 +38,38 @@ std::string unescaped(const std::string &text)
     return result;
 }
 
+constexpr std::string_view ignoring = "ignoring ";
+
+LinkCleanerConfiguration::Strings takeIgnoredHosts(std::vector<std::string> &block)
+{
+    LinkCleanerConfiguration::Strings hosts;
+    if (block.size() < 2 || !block[1].starts_with(ignoring))
+        return hosts;
+    std::istringstream words(block[1].substr(ignoring.size()));
+    for (std::string host; words >> host;)
+        hosts.insert(host);
+    block.erase(block.begin() + 1);
+    return hosts;
+}
+
+Row rowOf(std::vector<std::string> block)
+{
+    Row row{block[0], takeIgnoredHosts(block), {}, {}, {}};
+    if (block.size() != 3 && block.size() != 4)
+        return {"BrokenRow: " + row.name, {}, "", "x", ""};
+    row.text = unescaped(block[1]);
+    row.cleaned = block[2] == "=" ? row.text : unescaped(block[2]);
+    row.removed = block.size() == 4 ? unescaped(block[3]) : std::string();
+    return row;
+}
+
 std::vector<Row> rows()
 {
     std::vector<Row> rows;
     std::vector<std::string> block;
     const auto endBlock = [&] {
-        if (block.size() == 3 || block.size() == 4) {
-            const bool same = block[2] == "=";
-            rows.push_back({block[0], unescaped(block[1]), unescaped(same ? block[1] : block[2]),
-                            block.size() == 4 ? unescaped(block[3]) : std::string()});
-        } else if (!block.empty()) {
-            rows.push_back({"BrokenRow: " + block[0], "", "x", ""});
-        }
+        if (!block.empty())
+            rows.push_back(rowOf(std::move(block)));
         block.clear();
     };
     std::ifstream file(std::string(VELMORA_TEST_DATA) + "/Cleaning.txt");
@@ -85,9 +108,10 @@ class CleaningRows : public testing::TestWithParam<Row> {};
 TEST_P(CleaningRows, AreCleanedAsTheyShould)
 {
     using Configuration = LinkCleanerConfiguration;
-    static const LinkCleaner cleaner(Configuration({}, Configuration::defaultTrackedParameterNames(),
-                                                   Configuration::defaultTrackedParameterPrefixes(),
-                                                   Configuration::defaultValueSensitiveTrackedParameters()));
+    const LinkCleaner cleaner(Configuration(GetParam().ignoredHosts,
+                                            Configuration::defaultTrackedParameterNames(),
+                                            Configuration::defaultTrackedParameterPrefixes(),
+                                            Configuration::defaultValueSensitiveTrackedParameters()));
     const LinkCleaningResult result = cleaner.clean(GetParam().text);
     EXPECT_EQ(result.cleanedText, GetParam().cleaned);
     EXPECT_EQ(described(result.removedItems), GetParam().removed);
