@@ -228,6 +228,23 @@ TEST(LinkCleaner, RemovesNothingWithEmptyTablesButTheRetailRule)
     EXPECT_EQ(cleaner.clean("https://amazon.de/?tag=a&x").cleanedText, "https://amazon.de/?x");
 }
 
+TEST(LinkCleaner, FindsNothingUnderNamesWithCapitalsThatWereSetLater)
+{
+    Configuration configuration({}, {}, {}, {});
+    configuration.setTrackedParameterNames({"Abc", "def"});
+    configuration.setTrackedParameterPrefixes({"Gh_", "ij_"});
+    configuration.setValueSensitiveTrackedParameters({{"K", {"l"}}, {"m", {"N", "o"}}});
+    const LinkCleaner cleaner(configuration);
+    EXPECT_EQ(
+        cleaner.clean("https://e.com/?Abc=1&abc=2&DEF=3&Gh_=4&gh_=5&IJ_x=6&K=l&k=l&M=N&m=n&m=O").cleanedText,
+        "https://e.com/?Abc=1&abc=2&Gh_=4&gh_=5&K=l&M=N&m=n");
+}
+
+TEST(LinkCleaner, KeepsAValueSensitiveNameWhoseValueIsNotUtf8)
+{
+    expectUnchanged("https://e.com/?source=%FF&source=ad%C3");
+}
+
 TEST(LinkCleaner, ComparesNamesAndValuesUnderCanonicalEquivalence)
 {
     const LinkCleaner cleaner(Configuration({}, {"caf\u00E9"}, {"\u00FC_"}, {{"k", {"e\u0301"}}}));

@@ -18,6 +18,7 @@ TEST(Lowercased, MapsEveryCodePointOnItsOwn)
     EXPECT_EQ(lowercased("\u0130I"), "i\u0307i");
     EXPECT_EQ(lowercased("\u212A\u212B"), "kå");
     EXPECT_EQ(lowercased("\u01C5"), "\u01C6");
+    EXPECT_EQ(lowercased("a\u2167\u1EA0Z漢\u1C90"), "a\u2177\u1EA1z漢\u10D0");
     EXPECT_EQ(lowercased("\U00010400"), "\U00010428");
     EXPECT_EQ(lowercased("ﬀß漢字🙂"), "ﬀß漢字🙂");
 }
@@ -81,6 +82,23 @@ bool isPrefix(std::string_view text, std::string_view prefix)
 
 TEST(IsCharacterBoundary, TellsWholeCharactersFromParts)
 {
+    EXPECT_TRUE(isCharacterBoundary("", 0));
+    EXPECT_TRUE(isPrefix("\u0301x", ""));
+    EXPECT_FALSE(isPrefix("x🇩🇪", "x🇩"));
+    EXPECT_TRUE(isPrefix("🇩🇪🇫🇷", "🇩🇪"));
+    EXPECT_FALSE(isPrefix("🇩🇪🇫🇷", "🇩🇪🇫"));
+    EXPECT_FALSE(isPrefix("\u1100\u1100", "\u1100"));
+    EXPECT_FALSE(isPrefix("\u1100가", "\u1100"));
+    EXPECT_FALSE(isPrefix("\u1100각", "\u1100"));
+    EXPECT_FALSE(isPrefix("\u1161\u1161", "\u1161"));
+    EXPECT_TRUE(isPrefix("\u1161\u1100", "\u1161"));
+    EXPECT_FALSE(isPrefix("\u11A8\u11A8", "\u11A8"));
+    EXPECT_TRUE(isPrefix("\u11A8\u1161", "\u11A8"));
+    EXPECT_TRUE(isPrefix("\r\u0301", "\r"));
+    EXPECT_TRUE(isPrefix("é\n", "é"));
+    EXPECT_TRUE(isPrefix("\u200Dx", "\u200D"));
+    EXPECT_TRUE(isPrefix("\xFFx"sv, "\xFF"sv));
+    EXPECT_FALSE(isPrefix("\u0928\u093F", "\u0928"));
     EXPECT_TRUE(isPrefix("utm_source", "utm_"));
     EXPECT_TRUE(isPrefix("utm_", "utm_"));
     EXPECT_TRUE(isPrefix("x", ""));
