@@ -76,7 +76,7 @@ void appendLink(std::string &text, Numbers &numbers)
 
 std::string prose(std::size_t size)
 {
-    return proseWithLinks(size, size * 2);
+    return proseWithLinks(size, size * 4);
 }
 
 std::string proseWithLinks(std::size_t size, std::size_t distance)
