@@ -178,7 +178,8 @@ private:
             if (view == nullptr)
                 return;
             stage.window()->requestActivate();
-            QTest::qWaitForWindowActive(stage.window());
+            if (!QTest::qWaitForWindowActive(stage.window()))
+                view = nullptr;
         }
 
         ~Shown() { stage.clear(); } // The view looks at the window.
