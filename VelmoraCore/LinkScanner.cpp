@@ -143,7 +143,6 @@ bool LinkScanner::webLink(std::size_t authorityBegin, FoundLink &link)
     link.kind = FoundLink::Kind::web;
     link.hostBegin = authority.hostBegin;
     link.hostEnd = authority.hostEnd;
-    link.end = authority.end;
     if (!authority.valid) {
         // Nothing in the rest of a broken link is a link either.
         scanTail(authority.end, link);
@@ -151,11 +150,25 @@ bool LinkScanner::webLink(std::size_t authorityBegin, FoundLink &link)
         floor_ = position_;
         return false;
     }
-    if (startsTail(authority.end))
-        scanTail(authority.end, link);
-    else
-        link.query = link.fragment = link.end;
+    scanTailOfWebLink(authority.end, link);
     return true;
+}
+
+// The tail of a web link, if it has one, behind its host and port.
+void LinkScanner::scanTailOfWebLink(std::size_t begin, FoundLink &link) const
+{
+    link.end = begin;
+    if (startsTail(begin))
+        scanTail(begin, link);
+    if (link.end != begin)
+        return;
+    // With nothing but punctuation behind them a lone colon and the dot of the root are punctuation too.
+    if (text_[link.end - 1] == ':')
+        --link.end;
+    if (text_[link.end - 1] == '.')
+        --link.end;
+    link.hostEnd = std::min(link.hostEnd, link.end);
+    link.query = link.fragment = link.end;
 }
 
 bool LinkScanner::otherLink(std::size_t tailBegin, FoundLink &link)
@@ -332,10 +345,7 @@ bool LinkScanner::bareLink(const Run &run, FoundLink &link)
         else
             authority.end = link.hostEnd;
     }
-    link.end = authority.end;
-    link.query = link.fragment = link.end;
-    if (startsTail(link.end))
-        scanTail(link.end, link);
+    scanTailOfWebLink(authority.end, link);
     return !host.looksLikeFile || (link.end > authority.end && text_[authority.end] == '/');
 }
 

@@ -71,6 +71,7 @@ private:
     Authority authorityFrom(std::size_t begin) const;
     bool hostAt(std::size_t begin, Authority &authority) const;
     void scanTail(std::size_t begin, FoundLink &link) const;
+    void scanTailOfWebLink(std::size_t begin, FoundLink &link) const;
     void scanPort(Authority &authority) const;
     bool startsTail(std::size_t position) const;
     bool isPartOfMailbox(std::size_t position);
