@@ -8,6 +8,8 @@
 #include <unicode/uchar.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 namespace velmora {
 
@@ -91,10 +93,12 @@ const icu::Normalizer2 *composer()
 }
 
 // Putting marks in order takes the square of how many stand in a row, so texts with more than any writing has
-// are left as they are; so is what is not UTF-8.
+// are left as they are; so is what is not UTF-8 or more than ICU can count.
 bool mayBeComposed(std::string_view text)
 {
     constexpr std::size_t mostMarks = 30;
+    if (text.size() > std::numeric_limits<int32_t>::max())
+        return false;
     std::size_t marks = 0;
     for (std::size_t at = 0; at < text.size();) {
         const utf8::CodePoint point = utf8::decode(text, at);
