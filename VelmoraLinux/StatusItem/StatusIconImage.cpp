@@ -26,12 +26,15 @@ QImage paintStatusIcon(const QImage &templateImage, int pixels, const QColor &co
     QImage image(pixels, pixels, format);
     image.fill(Qt::transparent);
     QPainter painter(&image);
-    painter.setOpacity(edgeStrength * opacity);
+    painter.setOpacity(edgeStrength);
     for (int x = -1; x <= 1; ++x) {
         for (int y = -1; y <= 1; ++y)
             painter.drawImage(corner + QPoint(x, y), edge);
     }
-    painter.setOpacity(opacity);
+    painter.setOpacity(1);
     painter.drawImage(corner, fill(shape, color));
+    // All of it together: what shows through the shape would add to its opacity.
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+    painter.fillRect(image.rect(), QColor::fromRgbF(0, 0, 0, static_cast<float>(opacity)));
     return image;
 }

@@ -1,0 +1,194 @@
+#include <VelmoraLinux/Instance/LinuxApplicationInstance.h>
+#include <VelmoraLinux/Instance/LocalInstance.h>
+
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include <Tests/Desktops/SessionBus.h>
+
+#include <memory>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+using Role = ApplicationInstance::Role;
+
+class ApplicationInstanceTests : public QObject {
+    Q_OBJECT
+
+    std::optional<SessionBus> daemon_;
+    QTemporaryDir runtimeFolder_;
+    ActivationToken token_;
+    std::unique_ptr<LinuxApplicationInstance> first_;
+    int reopened_ = 0;
+
+    QDBusConnection connectAs(const QString &name) const
+    {
+        return QDBusConnection::connectToBus(daemon_->address(), name);
+    }
+
+    void makeFirst(const QDBusConnection &bus)
+    {
+        first_ = std::make_unique<LinuxApplicationInstance>(bus, u"app.example.Test-program"_s, token_);
+        QCOMPARE(first_->claim(), Role::first);
+        first_->setReopenHandler([this] { ++reopened_; });
+    }
+
+    // As another process would: without our event loop standing still meanwhile.
+    static Role claimElsewhere(const std::function<Role()> &claim)
+    {
+        Role role = Role::first;
+        const std::unique_ptr<QThread> thread(QThread::create([&] { role = claim(); }));
+        thread->start();
+        (void)QTest::qWaitFor([&] { return thread->isFinished(); }, 30000);
+        return role;
+    }
+
+    QDBusMessage call(const QString &method, const QVariantList &arguments)
+    {
+        auto call =
+            QDBusMessage::createMethodCall(u"app.example.Test-program"_s, u"/app/example/Test_program"_s,
+                                           u"org.freedesktop.Application"_s, method);
+        call.setArguments(arguments);
+        const QDBusPendingCall pending = connectAs(u"caller"_s).asyncCall(call);
+        return QTest::qWaitFor([&] { return pending.isFinished(); }) ? pending.reply() : QDBusMessage();
+    }
+
+private Q_SLOTS:
+
+    void initTestCase()
+    {
+        daemon_.emplace();
+        QVERIFY(!daemon_->address().isEmpty());
+        QVERIFY(runtimeFolder_.isValid());
+        qputenv("XDG_RUNTIME_DIR", runtimeFolder_.path().toLocal8Bit());
+    }
+
+    void init()
+    {
+        reopened_ = 0;
+        for (const char *variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "DBUS_STARTER_ADDRESS"})
+            qunsetenv(variable);
+    }
+
+    void cleanup()
+    {
+        first_.reset();
+        (void)token_.take();
+        for (const QString &name : {u"first"_s, u"second"_s, u"caller"_s})
+            QDBusConnection::disconnectFromBus(name);
+    }
+
+    void aSecondStartReachesTheFirstOverTheBus_data()
+    {
+        QTest::addColumn<QByteArray>("variable");
+        QTest::addColumn<QByteArray>("token");
+        QTest::newRow("without a token") << QByteArray() << QByteArray();
+        QTest::newRow("activation token") << QByteArray("XDG_ACTIVATION_TOKEN") << QByteArray("token-7");
+        QTest::newRow("start-up id") << QByteArray("DESKTOP_STARTUP_ID") << QByteArray("id_TIME12");
+    }
+
+    void aSecondStartReachesTheFirstOverTheBus()
+    {
+        QFETCH(QByteArray, variable);
+        QFETCH(QByteArray, token);
+        makeFirst(connectAs(u"first"_s));
+        if (!variable.isEmpty())
+            qputenv(variable.constData(), token);
+        const Role role = claimElsewhere([this] {
+            ActivationToken unused;
+            LinuxApplicationInstance second(connectAs(u"second"_s), u"app.example.Test-program"_s, unused);
+            return second.claim();
+        });
+        QCOMPARE(role, Role::second);
+        QTRY_COMPARE(reopened_, 1);
+        QCOMPARE(token_.take(), token);
+    }
+
+    void everyWayInIsARestart_data()
+    {
+        QTest::addColumn<QString>("method");
+        QTest::addColumn<QVariantList>("arguments");
+        const QVariantMap data{{u"activation-token"_s, u"token-9"_s}};
+        QTest::newRow("activate") << u"Activate"_s << QVariantList{data};
+        QTest::newRow("open") << u"Open"_s << QVariantList{QStringList(u"file:///x"_s), data};
+        QTest::newRow("action") << u"ActivateAction"_s << QVariantList{u"settings"_s, QVariantList(), data};
+    }
+
+    void everyWayInIsARestart()
+    {
+        QFETCH(QString, method);
+        QFETCH(QVariantList, arguments);
+        makeFirst(connectAs(u"first"_s));
+        QCOMPARE(call(method, arguments).type(), QDBusMessage::ReplyMessage);
+        QTRY_COMPARE(reopened_, 1);
+        QCOMPARE(token_.take(), QByteArray("token-9"));
+    }
+
+    void whenTheBusStartedItTheFirstCallIsThatStart()
+    {
+        qputenv("DBUS_STARTER_ADDRESS", daemon_->address().toLocal8Bit());
+        makeFirst(connectAs(u"first"_s));
+        call(u"Activate"_s, {QVariantMap()});
+        QCOMPARE(reopened_, 0);
+        call(u"Activate"_s, {QVariantMap()});
+        QTRY_COMPARE(reopened_, 1);
+    }
+
+    void theNextStartIsTheFirstAgain()
+    {
+        makeFirst(connectAs(u"first"_s));
+        first_.reset();
+        QDBusConnection::disconnectFromBus(u"first"_s);
+        makeFirst(connectAs(u"second"_s));
+    }
+
+    void withoutABusASecondStartReachesTheFirstOverASocket()
+    {
+        makeFirst(QDBusConnection(u"no such connection"_s));
+        qputenv("XDG_ACTIVATION_TOKEN", "token-3");
+        const Role role = claimElsewhere([] {
+            ActivationToken unused;
+            LinuxApplicationInstance second(QDBusConnection(u"none"_s), u"app.example.Test-program"_s,
+                                            unused);
+            return second.claim();
+        });
+        QCOMPARE(role, Role::second);
+        QTRY_COMPARE(reopened_, 1);
+        QCOMPARE(token_.take(), QByteArray("token-3"));
+    }
+
+    void theSocketIsTheUsersAlone()
+    {
+        makeFirst(QDBusConnection(u"no such connection"_s));
+        const QFile::Permissions others =
+            QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+        for (const QString &name :
+             {u"app.example.Test-program.socket"_s, u"app.example.Test-program.lock"_s}) {
+            const QString path = runtimeFolder_.filePath(name);
+            QVERIFY2(QFile::exists(path), qPrintable(path));
+            QCOMPARE(QFile::permissions(path) & others, QFile::Permissions());
+        }
+    }
+
+    void whatACrashLeftBehindIsNoInstance()
+    {
+        QFile stale(runtimeFolder_.filePath(u"app.example.Test-program.socket"_s));
+        QVERIFY(stale.open(QIODevice::WriteOnly));
+        stale.close();
+        makeFirst(QDBusConnection(u"no such connection"_s));
+        const Role role = claimElsewhere([] {
+            LocalInstance second(u"app.example.Test-program"_s);
+            return second.claim({}) ? Role::first : Role::second;
+        });
+        QCOMPARE(role, Role::second);
+        QTRY_COMPARE(reopened_, 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(ApplicationInstanceTests)
+#include "ApplicationInstanceTests.moc"
