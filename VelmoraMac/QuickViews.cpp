@@ -13,6 +13,8 @@
 using namespace std::chrono_literals;
 
 namespace {
+// What drawing took is given back when nothing follows at once.
+constexpr auto restBeforeRelease = 2s;
 // Long enough to open the popover again without making everything anew.
 constexpr auto engineKeptFor = 60s;
 } // namespace
@@ -93,8 +95,15 @@ void QuickViews::viewGone(QQuickView *view)
     liveViews_.removeOne(view);
     if (!liveViews_.isEmpty())
         return;
-    desktop_.scheduler.after(engineKeptFor, [self = QPointer(this), loads = loads_] {
-        if (self && self->liveViews_.isEmpty() && self->loads_ == loads)
-            self->forgetEngine();
+    afterRest(restBeforeRelease, [this] { desktop_.releaseMemory(); });
+    afterRest(engineKeptFor, [this] { forgetEngine(); });
+}
+
+// Runs `step` unless a view is loaded in the meantime.
+void QuickViews::afterRest(std::chrono::seconds rest, std::function<void()> step)
+{
+    desktop_.scheduler.after(rest, [self = QPointer(this), loads = loads_, step = std::move(step)] {
+        if (self && self->loads_ == loads)
+            step();
     });
 }

@@ -60,6 +60,7 @@ private:
     void followAppearance();
     void forgetEngine();
     void viewGone(QQuickView *view);
+    void afterRest(std::chrono::seconds rest, std::function<void()> step);
 
     Desktop desktop_;
     std::unique_ptr<QQmlEngine> engine_;
