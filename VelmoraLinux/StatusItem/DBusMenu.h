@@ -26,13 +26,13 @@ public:
 
     void setMenu(StatusMenu menu);
 
-    [[nodiscard]] uint version() const { return 3; }
+    [[nodiscard]] static uint version() { return 3; }
 
-    [[nodiscard]] QString textDirection() const { return QStringLiteral("ltr"); }
+    [[nodiscard]] static QString textDirection() { return QStringLiteral("ltr"); }
 
-    [[nodiscard]] QString status() const { return QStringLiteral("normal"); }
+    [[nodiscard]] static QString status() { return QStringLiteral("normal"); }
 
-    [[nodiscard]] QStringList iconThemePath() const { return {}; }
+    [[nodiscard]] static QStringList iconThemePath() { return {}; }
 
     // What hosts call.
     Q_SCRIPTABLE uint GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,

@@ -48,7 +48,7 @@ void StatusNotifierItem::setActive(bool active)
     Q_EMIT NewStatus(status());
 }
 
-QString StatusNotifierItem::category() const
+QString StatusNotifierItem::category()
 {
     return QStringLiteral("ApplicationStatus");
 }

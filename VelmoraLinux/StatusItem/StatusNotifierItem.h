@@ -41,7 +41,7 @@ public:
     void setToolTip(const QString &text);
     void setActive(bool active);
 
-    [[nodiscard]] QString category() const;
+    [[nodiscard]] static QString category();
 
     [[nodiscard]] QString id() const { return id_; }
 
@@ -49,17 +49,17 @@ public:
 
     [[nodiscard]] QString status() const;
 
-    [[nodiscard]] int windowId() const { return 0; }
+    [[nodiscard]] static int windowId() { return 0; }
 
-    [[nodiscard]] QString noName() const { return {}; }
+    [[nodiscard]] static QString noName() { return {}; }
 
     [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(menu_); }
 
-    [[nodiscard]] bool itemIsMenu() const { return false; }
+    [[nodiscard]] static bool itemIsMenu() { return false; }
 
     [[nodiscard]] StatusNotifierPixmaps icon() const { return icon_; }
 
-    [[nodiscard]] StatusNotifierPixmaps noIcon() const { return {}; }
+    [[nodiscard]] static StatusNotifierPixmaps noIcon() { return {}; }
 
     [[nodiscard]] StatusNotifierToolTip toolTip() const { return {{}, {}, toolTip_, {}}; }
 

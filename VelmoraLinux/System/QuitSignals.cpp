@@ -10,7 +10,8 @@
 
 namespace {
 constexpr std::array quitSignals{SIGTERM, SIGINT, SIGHUP};
-int wakeUp = -1; // A signal handler reaches nothing but what is global.
+// A signal handler reaches nothing but what is global.
+int wakeUp = -1; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
 void noteSignal(int)
 {

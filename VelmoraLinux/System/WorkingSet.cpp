@@ -18,8 +18,8 @@ int giveCodeBack(dl_phdr_info *library, size_t, void *)
             continue;
         const quintptr begin = (library->dlpi_addr + segment.p_vaddr) / page * page;
         const quintptr end = library->dlpi_addr + segment.p_vaddr + segment.p_filesz;
-        ::madvise(reinterpret_cast<void *>(begin), end - begin,
-                  MADV_DONTNEED); // NOLINT(performance-no-int-to-ptr)
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the loader tells addresses as numbers
+        ::madvise(reinterpret_cast<void *>(begin), end - begin, MADV_DONTNEED);
     }
     return 0;
 }

@@ -10,10 +10,8 @@
 #include <vector>
 
 struct X11Free {
-    void operator()(void *memory) const
-    {
-        std::free(memory);
-    } // NOLINT(cppcoreguidelines-no-malloc): xcb's own way
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): xcb's own way
+    void operator()(void *memory) const { std::free(memory); }
 };
 
 // A reply or event of xcb.

@@ -19,7 +19,7 @@ QRegion roundedRegion(QSize size, int radius)
 {
     QPainterPath path;
     path.addRoundedRect(QRectF(QPointF(), size), radius, radius);
-    return QRegion(path.toFillPolygon().toPolygon());
+    return {path.toFillPolygon().toPolygon()};
 }
 
 quint32 windowId(const QWindow &window)
