@@ -257,6 +257,36 @@ class OnEveryTray:
         desktop.choose("Resume Cleaning")
         wait_until("the full icon", lambda: (now := desktop.icon()) and now[1] > 0.9 * full)
 
+    def test_a_copy_pulses_the_icon(self):
+        desktop = self.started()
+        desktop.wait_for_icon()
+        full = desktop.icon()[1]
+        for attempt in range(5):  # Panels may draw the first and the last of a quick change only.
+            desktop.copy(f"https://shop.example/item?id={attempt}&utm_source=mail")
+            wait_until("the toast", desktop.toast)
+            seen = []
+            wait_until("the toast's end", lambda: seen.append(desktop.icon()) or not desktop.toast())
+            wait_until("the full icon", lambda: (now := desktop.icon()) and now[1] > 0.95 * full)
+            weakest = min(icon[1] for icon in seen if icon) / full
+            if 0.4 < weakest < 0.75:
+                return
+        self.fail(f"no pulse seen, the last one went down to {weakest}")
+
+    def test_the_settings_window_comes_to_the_desktop_in_use(self):
+        desktop = self.started()
+        desktop.wait_for_icon()
+        desktop.choose("Settings")
+        wait_until("the settings window", desktop.settings_window)
+        window = next(window.number for window in desktop.windows() if window.rect.width >= 640)
+        wait_until("the keyboard", lambda: desktop.person.words("_NET_ACTIVE_WINDOW") == [window])
+        desktop.ask("xdotool", "set_desktop", 1)
+        wait_until("the other desktop", lambda: desktop.person.words("_NET_CURRENT_DESKTOP") == [1]
+                   and not desktop.settings_window())
+        desktop.choose("History")
+        wait_until("the settings window", desktop.settings_window)
+        wait_until("the keyboard", lambda: desktop.person.words("_NET_ACTIVE_WINDOW") == [window])
+        self.assertEqual(desktop.person.words("_NET_CURRENT_DESKTOP"), [1])
+
     def test_each_exported_menu_entry_does_its_work(self):
         desktop = self.started()
         desktop.wait_for_icon()
