@@ -16,7 +16,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 # What Qt Quick loads when it runs: no library names these.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-  "qml6-module-qtqml, qml6-module-qtqml-models, qml6-module-qtqml-workerscript, qml6-module-qtquick, qml6-module-qtquick-templates, qml6-module-qtquick-window, qt6-qpa-plugins, ca-certificates")
+  "qml6-module-qtqml, qml6-module-qtqml-models, qml6-module-qtqml-workerscript, qml6-module-qtquick, qml6-module-qtquick-layouts, qml6-module-qtquick-templates, qml6-module-qtquick-window, qt6-qpa-plugins, ca-certificates")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "dbus-user-session, fonts-inter | fonts-dejavu-core")
 set(CPACK_PACKAGE_DESCRIPTION
   "Velmora sits in the panel and watches the clipboard. When a link is copied,

@@ -56,6 +56,22 @@ class TestsListed(unittest.TestCase):
         self.assertNotIn("OneTests.cpp", result.stderr)
 
 
+class QmlPackages(unittest.TestCase):
+    def result(self, installed):
+        return run("check-qml-packages", {"VelmoraMac/AView.qml": "import QtQuick\nimport QtQuick.Layouts as L\n",
+                                          "Packaging/Deb.cmake": f'"qml6-module-qtquick, {installed}"\n',
+                                          "Packaging/debian-packages.txt":
+                                          "qml6-module-qtquick\nqml6-module-qtquick-layouts\n"})
+
+    def test_a_module_that_the_package_does_not_ask_for_is_reported(self):
+        result = self.result("ca-certificates")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("VelmoraMac/AView.qml:2: Packaging/Deb.cmake", result.stderr)
+
+    def test_modules_that_are_asked_for_are_fine(self):
+        self.assertEqual(self.result("qml6-module-qtquick-layouts").returncode, 0)
+
+
 class Texts(unittest.TestCase):
     def result(self, body):
         return run("check-texts", {"VelmoraMac/AView.qml": "Item {\n" + body + "\n}\n"})
