@@ -75,7 +75,7 @@ class Publisher:
     def image(self, version):
         """One file that holds a whole copy and starts it the way an AppImage does."""
         image = self.folder / f"velmora-{version}.AppImage"
-        head = ('#!/bin/sh\nset -e\nAPPDIR=$(mktemp -d)\nexport APPDIR APPIMAGE="$(realpath "$0")"\n'
+        head = ('#!/bin/sh\nset -e\nAPPDIR=$(mktemp -d -p "$VELMORA_TEST_DESKTOP")\nexport APPDIR APPIMAGE="$(realpath "$0")"\n'
                 'sed "1,/^ARCHIVE$/d" "$0" | tar -xz -C "$APPDIR" --strip-components=1\n'
                 'exec "$APPDIR/bin/velmora" "$@"\nARCHIVE\n')
         image.write_bytes(head.encode() + self.tarball(version).read_bytes())
