@@ -421,7 +421,7 @@ class WithoutTrayTests(DesktopTest):
 
     def test_panels_are_cut_to_their_shape_without_a_compositor(self):
         desktop = self.desktop(tray="none", compositor=False)
-        desktop.ask("xsetroot", "-solid", "#20a040")
+        desktop.person.paint_background(0x20A040)
         desktop.start_velmora()
         wait_until("the menu on the bus", desktop.menu)
         desktop.copy(TRACKED)

@@ -7,13 +7,14 @@ LIBRARY, TESTING, EXTENSIONS = (ctypes.CDLL(f"lib{name}.so.6") for name in ("X11
 SHORT_PRESS = 0.02  # Seconds between a button's press and its release.
 VIEWABLE = 2
 INPUT_SHAPE = 2
+REPLACE = 0
 ANY_PROPERTY, Z_PIXMAP, ALL_PLANES = 0, 2, ctypes.c_ulong(-1)
 
 Handle, Number, Pointer = ctypes.c_ulong, ctypes.c_int, ctypes.c_void_p
 LIBRARY.XOpenDisplay.restype = Pointer
-for function in ("XDefaultRootWindow", "XInternAtom", "XGetSelectionOwner", "XStringToKeysym"):
+for function in ("XDefaultRootWindow", "XInternAtom", "XGetSelectionOwner", "XStringToKeysym", "XCreatePixmap"):
     getattr(LIBRARY, function).restype = Handle
-EXTENSIONS.XShapeGetRectangles.restype = Pointer
+LIBRARY.XCreateGC.restype = EXTENSIONS.XShapeGetRectangles.restype = Pointer
 
 
 class Attributes(ctypes.Structure):
@@ -187,6 +188,20 @@ class Person:
 
     def press(self, button, down):
         TESTING.XTestFakeButtonEvent(self.display, button, int(down), Handle(0))
+        LIBRARY.XSync(self.display, 0)
+
+    def paint_background(self, color):
+        """Paints the desktop's ground so that compositors find it, too; until this connection is closed."""
+        size = Attributes()
+        LIBRARY.XGetWindowAttributes(self.display, self.root, ctypes.byref(size))
+        pixmap = LIBRARY.XCreatePixmap(self.display, self.root, size.width, size.height, size.depth)
+        context = Pointer(LIBRARY.XCreateGC(self.display, Handle(pixmap), Handle(0), None))
+        LIBRARY.XSetForeground(self.display, context, Handle(color))
+        LIBRARY.XFillRectangle(self.display, Handle(pixmap), context, 0, 0, size.width, size.height)
+        LIBRARY.XSetWindowBackgroundPixmap(self.display, self.root, Handle(pixmap))
+        LIBRARY.XClearWindow(self.display, self.root)
+        LIBRARY.XChangeProperty(self.display, self.root, self.atom("_XROOTPMAP_ID"), self.atom("PIXMAP"), 32, REPLACE,
+                                ctypes.byref(Handle(pixmap)), 1)
         LIBRARY.XSync(self.display, 0)
 
     def tap_key(self, name):
