@@ -15,8 +15,12 @@ void UpdateWindow::show(const UpdateReport &report, Attention attention)
 {
     report_ = report;
     Q_EMIT changed();
-    if (window_)
+    if (window_) {
+        // Closed while there was nothing to answer: now there is.
+        if (!window_->isVisible() && !isWorking())
+            window_->showQuietly();
         return;
+    }
     const View view{QUrl(u"qrc:/qt/qml/VelmoraMac/UpdateView.qml"_s),
                     {{u"updateWindow"_s, QVariant::fromValue(this)}},
                     {}};

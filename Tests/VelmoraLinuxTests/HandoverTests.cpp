@@ -95,6 +95,8 @@ private Q_SLOTS:
         time_->pass(1s);
         QCOMPARE(outcome_, UpdateProblem::notStarted);
         QTRY_VERIFY_WITH_TIMEOUT(hasEnded(pid), kPatience);
+        time_->pass(2s);
+        QVERIFY(kill(pid, 0) != 0); // Not even its exit status is left.
     }
 
     void theGuestWaitsUntilTheOldVersionIsGone()

@@ -148,6 +148,18 @@ private Q_SLOTS:
         QCOMPARE(answers_, QList({UpdateAnswer::dismiss}));
     }
 
+    // There is nothing to answer while an update is being verified, but the window can be closed.
+    void aQuestionBringsAClosedWindowBackQuietly()
+    {
+        window_->show(reportOf(UpdateStep::verifying), kFront);
+        windows_.visible = false;
+        windows_.options.closed();
+        window_->show(reportOf(UpdateStep::installing), kFront);
+        QVERIFY(!windows_.visible);
+        window_->show(reportOf(UpdateStep::ready), kFront);
+        QCOMPARE(windows_.log.mid(3), QStringList({u"shown quietly"_s}));
+    }
+
     void answersAreHandedOn()
     {
         window_->show(reportOf(UpdateStep::found), kFront);

@@ -23,6 +23,7 @@ constexpr std::string_view kArgument = "--handover=";
 constexpr int kGuestSocket = 3; // Any number that a fresh process does not use.
 constexpr auto kLongestStart = 20s;
 constexpr auto kLongestFarewell = 30s;
+constexpr auto kDying = 2s; // More than a killed process needs to be gone.
 constexpr size_t kLongestMessage = 256;
 
 // What the running image has set for itself: the new one sets its own.
@@ -121,7 +122,7 @@ void Handover::finish(UpdateProblem problem)
             close(socket);
         if (child_ > 0) {
             kill(child_, SIGKILL);
-            waitpid(child_, nullptr, WNOHANG);
+            scheduler_.after(kDying, [child = child_] { waitpid(child, nullptr, WNOHANG); });
         }
         child_ = 0;
     }
