@@ -1,6 +1,7 @@
 #include <VelmoraLinux/Clipboard/X11Pasteboard.h>
 #include <VelmoraLinux/System/EventLoopScheduler.h>
 
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QTest>
 
@@ -23,6 +24,37 @@ using Answer = std::optional<Text>;
 void read(Pasteboard &pasteboard, Answer &answer)
 {
     pasteboard.readString([&answer](Text text) { answer = std::move(text); });
+}
+
+// How often the process has been given a processor.
+QByteArray activityOf(const QProcess &process)
+{
+    QByteArray counts;
+    QDirIterator threads(u"/proc/%1/task"_qs.arg(process.processId()), QDir::Dirs | QDir::NoDotAndDotDot);
+    while (threads.hasNext()) {
+        QFile status(threads.next() + u"/status"_qs);
+        if (!status.open(QIODevice::ReadOnly))
+            continue;
+        for (const QByteArray &line : status.readAll().split('\n')) {
+            if (line.contains("ctxt_switches"))
+                counts += line;
+        }
+    }
+    return counts;
+}
+
+// Returns when the process has nothing to do any more.
+void letComeToRest(const QProcess &process)
+{
+    QByteArray before;
+    const bool rests = QTest::qWaitFor(
+        [&] {
+            before = activityOf(process);
+            QTest::qWait(400);
+            return !before.isEmpty() && before == activityOf(process);
+        },
+        30000);
+    QVERIFY(rests);
 }
 
 } // namespace
@@ -356,9 +388,11 @@ private Q_SLOTS:
         manager.setProcessEnvironment(desktop.environment());
         manager.start(u"xfce4-clipman"_qs, QStringList());
         QVERIFY(manager.waitForStarted());
-        QTest::qWait(1500);
+        letComeToRest(manager);
         auto pasteboard = X11Pasteboard::create(scheduler_, desktop.display());
         pasteboard->setString("kept");
+        QCOMPARE(paste(desktop.environment()), std::optional<QByteArray>("kept"));
+        letComeToRest(manager); // This one keeps what it has read, and takes its time to read.
         QElapsedTimer clock;
         clock.start();
         pasteboard.reset();
