@@ -68,6 +68,13 @@ public:
         return property;
     }
 
+    bool holds(const QByteArray &property)
+    {
+        const auto cookie = xcb_get_property(x_, 0, window_, atom(property), XCB_GET_PROPERTY_TYPE_ANY, 0, 0);
+        const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(x_, cookie, nullptr));
+        return reply && reply->type != XCB_NONE;
+    }
+
     // Reads and removes a property; nothing when there is none.
     std::optional<std::string> take(const QByteArray &property)
     {
@@ -280,7 +287,7 @@ private Q_SLOTS:
         Requestor slow(server_->display());
         QVERIFY(slow.begin());
         QVERIFY(slow.nextPiece().has_value());
-        QTest::qWait(50); // The next piece is there and stays untaken.
+        QTRY_VERIFY(slow.holds("ANSWER")); // The next piece is there and stays untaken.
         time_->pass(11s);
         QVERIFY(slow.nextPiece().has_value());
         QCOMPARE(slow.nextPiece(300), std::nullopt);
