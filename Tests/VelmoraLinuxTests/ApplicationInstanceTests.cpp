@@ -1,6 +1,7 @@
 #include <VelmoraLinux/Instance/LinuxApplicationInstance.h>
 #include <VelmoraLinux/Instance/LocalInstance.h>
 
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QSignalSpy>
@@ -29,6 +30,12 @@ class ApplicationInstanceTests : public QObject {
     QDBusConnection connectAs(const QString &name) const
     {
         return QDBusConnection::connectToBus(daemon_->address(), name);
+    }
+
+    // Who has the name on the bus.
+    QString owner() const
+    {
+        return connectAs(u"caller"_s).interface()->serviceOwner(u"app.example.Test-program"_s);
     }
 
     void makeFirst(const QDBusConnection &bus)
@@ -145,6 +152,24 @@ private Q_SLOTS:
         first_.reset();
         QDBusConnection::disconnectFromBus(u"first"_s);
         makeFirst(connectAs(u"second"_s));
+    }
+
+    void anHeirWithoutAPredecessorIsTheFirst()
+    {
+        LinuxApplicationInstance heir(connectAs(u"first"_s), u"app.example.Test-program"_s, token_);
+        QCOMPARE(heir.inherit(), Role::first);
+        QCOMPARE(owner(), connectAs(u"first"_s).baseService());
+    }
+
+    void anHeirGetsTheNameWhenItsPredecessorIsGone()
+    {
+        makeFirst(connectAs(u"first"_s));
+        LinuxApplicationInstance heir(connectAs(u"second"_s), u"app.example.Test-program"_s, token_);
+        QCOMPARE(heir.inherit(), Role::first);
+        QCOMPARE(owner(), connectAs(u"first"_s).baseService());
+        first_.reset();
+        QDBusConnection::disconnectFromBus(u"first"_s);
+        QTRY_COMPARE(owner(), connectAs(u"second"_s).baseService());
     }
 
     void withoutABusASecondStartReachesTheFirstOverASocket()

@@ -5,8 +5,11 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
-#include <QProcess>
 #include <QTest>
+
+#include <Tests/Desktops/SessionBus.h>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -55,26 +58,20 @@ private Q_SLOTS:
 
     void initTestCase()
     {
-        daemon_.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-        QVERIFY(daemon_.waitForReadyRead());
-        address_ = QString::fromLatin1(daemon_.readLine().trimmed());
-    }
-
-    void cleanupTestCase()
-    {
-        daemon_.terminate();
-        daemon_.waitForFinished();
+        daemon_.emplace();
+        QVERIFY(!daemon_->address().isEmpty());
     }
 
     void init()
     {
-        QDBusConnection service = QDBusConnection::connectToBus(address_, u"portal"_s);
+        QDBusConnection service = QDBusConnection::connectToBus(daemon_->address(), u"portal"_s);
         QVERIFY(service.registerService(u"org.freedesktop.portal.Desktop"_s));
         portal_ = std::make_unique<FakeBackgroundPortal>(service);
         QVERIFY(service.registerObject(u"/org/freedesktop/portal/desktop"_s, portal_.get(),
                                        QDBusConnection::ExportAllSlots));
-        item_ = std::make_unique<PortalLoginItem>(QDBusConnection::connectToBus(address_, u"velmora"_s),
-                                                  QStringList{u"velmora"_s}, u"why"_s);
+        item_ =
+            std::make_unique<PortalLoginItem>(QDBusConnection::connectToBus(daemon_->address(), u"velmora"_s),
+                                              QStringList{u"velmora"_s}, u"why"_s);
         refusals_ = 0;
         item_->setRefusalHandler([this] { ++refusals_; });
     }
@@ -175,8 +172,7 @@ private:
         QCoreApplication::processEvents();
     }
 
-    QProcess daemon_;
-    QString address_;
+    std::optional<SessionBus> daemon_;
     std::unique_ptr<FakeBackgroundPortal> portal_;
     std::unique_ptr<PortalLoginItem> item_;
     int refusals_ = 0;
