@@ -34,11 +34,11 @@ private Q_SLOTS:
     void theSearchFindsAMarkInEverySpelling()
     {
         for (const QByteArray &sent :
-             {QByteArray("{\"a\":\"zqHOST1.example\"}"), QByteArray("zqhost").toHex(),
-              QByteArray("{\"h\": \"zqhost1.example\"}").toBase64(), QByteArray("..zqhost..").toBase64(),
+             {QByteArray(R"({"a":"zqHOST1.example"})"), QByteArray("zqhost").toHex(),
+              QByteArray(R"({"h": "zqhost1.example"})").toBase64(), QByteArray("..zqhost..").toBase64(),
               QByteArray("...zqhost...").toBase64()})
             QVERIFY2(!TelemetryMarks::in(sent).isEmpty(), sent.constData());
-        QVERIFY(TelemetryMarks::in("{\"name\":\"link_cleaned\"}").isEmpty());
+        QVERIFY(TelemetryMarks::in(R"({"name":"link_cleaned"})").isEmpty());
     }
 
     void nothingTheUserCopiedOrTypedIsInAnyByteThatIsSent()
