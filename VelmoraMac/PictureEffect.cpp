@@ -186,8 +186,8 @@ QSGNode *PictureEffect::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
     }
     if (node == nullptr)
         node = new EffectNode(window());
-    const QRectF place = boundingRect().adjusted(-padding_, -padding_, padding_, padding_);
     node->update(qobject_cast<QSGLayer *>(provider->texture()),
-                 {blurRadius_ * window()->effectiveDevicePixelRatio(), brightness_, saturation_}, place);
+                 {blurRadius_ * window()->effectiveDevicePixelRatio(), brightness_, saturation_},
+                 boundingRect());
     return node;
 }

@@ -8,13 +8,12 @@
 // Draws the picture of an item's layer blurred, brightened or more saturated, on the processor.
 //
 // For `layer.effect` of any item, with the software scene graph and without `layer.textureMirroring`. Room
-// for the blur to fade out has to be part of the layer: set `layer.sourceRect` to the item's bounds grown by
-// `padding` on all sides. Blurred pictures are kept by level until the item's picture changes.
+// for the blur to fade out has to be part of the item. Blurred pictures are kept by level until the item's
+// picture changes.
 class PictureEffect : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QQuickItem *source READ source WRITE setSource NOTIFY sourceChanged)
-    Q_PROPERTY(double padding READ padding WRITE setPadding NOTIFY effectChanged)
     Q_PROPERTY(double blurRadius READ blurRadius WRITE setBlurRadius NOTIFY effectChanged)
     Q_PROPERTY(double brightness READ brightness WRITE setBrightness NOTIFY effectChanged)
     Q_PROPERTY(double saturation READ saturation WRITE setSaturation NOTIFY effectChanged)
@@ -26,10 +25,6 @@ public:
     [[nodiscard]] QQuickItem *source() const { return source_; }
 
     void setSource(QQuickItem *source);
-
-    [[nodiscard]] double padding() const { return padding_; }
-
-    void setPadding(double padding) { set(padding_, padding); }
 
     [[nodiscard]] double blurRadius() const { return blurRadius_; } // In points: the Gaussian's sigma.
 
@@ -57,7 +52,6 @@ private:
 
     QQuickItem *source_ = nullptr;
     QPointer<QSGTextureProvider> followedProvider_;
-    double padding_ = 0;
     double blurRadius_ = 0;
     double brightness_ = 0;
     double saturation_ = 1;

@@ -5,6 +5,7 @@ import VelmoraMac
 Item {
     id: root
 
+    default property alias content: holder.data
     required property bool shown
     property real offsetY: 10
     property real hiddenScale: 0.965
@@ -21,14 +22,28 @@ Item {
     transform: Translate {
         y: root.offsetY * root.travel
     }
-    layer.enabled: blurRadius > 0.2 && progress > 0
-    layer.sourceRect: Qt.rect(-24, -24, width + 48, height + 48)
-    layer.textureMirroring: ShaderEffectSource.NoMirroring
-    layer.effect: PictureEffect {
-        padding: 24
-        blurRadius: root.blurRadius
-    }
+    // The layer is larger than what it holds: a blur spreads beyond it. Not by a source rectangle, which Qt's software
+    // layers misplace on screens with more than one pixel a point.
+    Item {
+        anchors {
+            fill: parent
+            margins: -24
+        }
+        layer.enabled: root.blurRadius > 0.2 && root.progress > 0
+        layer.textureMirroring: ShaderEffectSource.NoMirroring
+        layer.effect: PictureEffect {
+            blurRadius: root.blurRadius
+        }
 
+        Item {
+            id: holder
+
+            anchors {
+                fill: parent
+                margins: 24
+            }
+        }
+    }
     SpringValue {
         id: motion
 

@@ -20,7 +20,8 @@ class PictureTests : public QObject {
     }
 
     // How many pixels differ too much; `difference` shows where.
-    static int differing(const QImage &a, const QImage &b, QImage &difference)
+    static int differing(const QImage &a, const QImage &b, QImage &difference,
+                         int tolerated = toleratedDifference)
     {
         difference = QImage(a.size(), QImage::Format_RGB32);
         int count = 0;
@@ -30,9 +31,8 @@ class PictureTests : public QObject {
                 const QColor q = b.pixelColor(x, y);
                 const int most = std::max({std::abs(p.red() - q.red()), std::abs(p.green() - q.green()),
                                            std::abs(p.blue() - q.blue())});
-                count += most > toleratedDifference ? 1 : 0;
-                difference.setPixelColor(
-                    x, y, most > toleratedDifference ? QColor(Qt::red) : QColor(most, most, most));
+                count += most > tolerated ? 1 : 0;
+                difference.setPixelColor(x, y, most > tolerated ? QColor(Qt::red) : QColor(most, most, most));
             }
         }
         return count;
@@ -105,6 +105,44 @@ private Q_SLOTS:
             difference.save(beside + u"-difference.png"_s);
             QFAIL(qPrintable(u"%1 pixels differ; see %2-difference.png"_s.arg(count).arg(beside)));
         }
+    }
+
+    void movingThingsStandInTheSamePlacesAtAnyScale_data()
+    {
+        QTest::addColumn<QString>("scene");
+        QTest::addColumn<Velmora::VelmoraTheme>("theme");
+        QTest::addColumn<bool>("isDark");
+        QTest::newRow("popover-opening-ocean-english-dark")
+            << u"popover-opening"_s << VelmoraTheme::ocean << true;
+        QTest::newRow("toast-entering-graphite-english")
+            << u"toast-entering"_s << VelmoraTheme::graphite << false;
+    }
+
+    // Run once more with QT_SCALE_FACTOR=2.
+    void movingThingsStandInTheSamePlacesAtAnyScale()
+    {
+        QFETCH(QString, scene);
+        QFETCH(Velmora::VelmoraTheme, theme);
+        QFETCH(bool, isDark);
+        StageSetup setup = everydaySetup();
+        setup.theme = theme;
+        setup.darkAppearance = isDark;
+        Stage stage(setup);
+        const Scene *wanted = sceneNamed(scene);
+        QVERIFY2(wanted->show(stage) != nullptr, qPrintable(stage.warnings.join(u'\n')));
+        stage.pass(wanted->time);
+        QCOMPARE(stage.window()->effectiveDevicePixelRatio(),
+                 qEnvironmentVariable("QT_SCALE_FACTOR", u"1"_s).toDouble());
+        const QImage expected(reference(QString::fromLatin1(QTest::currentDataTag())));
+        QVERIFY(!expected.isNull());
+        QImage picture =
+            stage.picture().scaled(expected.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        picture.setDevicePixelRatio(1);
+        QImage difference;
+        // Edges are a little sharper at a larger scale; what stands elsewhere differs by far more, and in
+        // more places.
+        const int count = differing(picture.convertToFormat(QImage::Format_RGB32), expected, difference, 48);
+        QVERIFY2(count < 0.01 * expected.width() * expected.height(), qPrintable(QString::number(count)));
     }
 };
 
