@@ -1,9 +1,9 @@
 #include "Expect.h"
 
+#include <VelmoraCore/Detection/LinkScanner.h>
 #include <VelmoraCore/LinkDetector.h>
-#include <VelmoraCore/LinkScanner.h>
+#include <VelmoraCore/Text/Utf8.h>
 #include <VelmoraCore/UrlComponents.h>
-#include <VelmoraCore/Utf8.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "Expect.h"
 
-#include <VelmoraCore/HostName.h>
+#include <VelmoraCore/Hosts/HostName.h>
 #include <VelmoraCore/LinkCleaner.h>
 #include <VelmoraCore/QueryItem.h>
 #include <VelmoraCore/UrlComponents.h>

@@ -1,9 +1,9 @@
-#include <VelmoraCore/ByteSearch.h>
-#include <VelmoraCore/CharacterClasses.h>
+#include <VelmoraCore/Detection/LinkScanner.h>
 #include <VelmoraCore/LinkCleaner.h>
-#include <VelmoraCore/LinkScanner.h>
-#include <VelmoraCore/QueryCleaner.h>
-#include <VelmoraCore/TrackingRules.h>
+#include <VelmoraCore/Query/QueryCleaner.h>
+#include <VelmoraCore/Rules/TrackingRules.h>
+#include <VelmoraCore/Text/ByteSearch.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
 #include <VelmoraCore/UrlComponents.h>
 
 #include <algorithm>

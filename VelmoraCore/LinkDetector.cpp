@@ -1,8 +1,8 @@
-#include <VelmoraCore/HostName.h>
+#include <VelmoraCore/Detection/LinkScanner.h>
+#include <VelmoraCore/Hosts/HostName.h>
 #include <VelmoraCore/LinkDetector.h>
-#include <VelmoraCore/LinkScanner.h>
+#include <VelmoraCore/Text/Utf8.h>
 #include <VelmoraCore/UrlComponents.h>
-#include <VelmoraCore/Utf8.h>
 
 namespace velmora {
 

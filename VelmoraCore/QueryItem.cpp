@@ -1,7 +1,7 @@
-#include <VelmoraCore/ByteSearch.h>
-#include <VelmoraCore/CharacterClasses.h>
 #include <VelmoraCore/QueryItem.h>
-#include <VelmoraCore/Utf8.h>
+#include <VelmoraCore/Text/ByteSearch.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/Utf8.h>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include <VelmoraCore/CharacterClasses.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/Utf8.h>
 #include <VelmoraCore/Unicode.h>
-#include <VelmoraCore/Utf8.h>
 
 #include <unicode/bytestream.h>
 #include <unicode/normalizer2.h>

@@ -1,4 +1,4 @@
-#include <VelmoraCore/CharacterClasses.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
 #include <VelmoraCore/UrlComponents.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "ReferenceCleaning.h"
 
-#include <VelmoraCore/LinkScanner.h>
+#include <VelmoraCore/Detection/LinkScanner.h>
 
 #include <string>
 

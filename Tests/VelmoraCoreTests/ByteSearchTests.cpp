@@ -1,4 +1,4 @@
-#include <VelmoraCore/ByteSearch.h>
+#include <VelmoraCore/Text/ByteSearch.h>
 
 #include <gtest/gtest.h>
 

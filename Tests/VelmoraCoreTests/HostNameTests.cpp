@@ -1,4 +1,4 @@
-#include <VelmoraCore/HostName.h>
+#include <VelmoraCore/Hosts/HostName.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <VelmoraCore/KeptItems.h>
+#include <VelmoraCore/Query/KeptItems.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <VelmoraCore/LinkScanner.h>
+#include <VelmoraCore/Detection/LinkScanner.h>
 
 #include <gtest/gtest.h>
 

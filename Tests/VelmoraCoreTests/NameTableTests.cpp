@@ -1,4 +1,4 @@
-#include <VelmoraCore/NameTable.h>
+#include <VelmoraCore/Rules/NameTable.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
+#include <VelmoraCore/Text/Utf8.h>
 #include <VelmoraCore/Unicode.h>
-#include <VelmoraCore/Utf8.h>
 
 #include <gtest/gtest.h>
 

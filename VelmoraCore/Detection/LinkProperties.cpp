@@ -1,5 +1,5 @@
-#include <VelmoraCore/LinkProperties.h>
-#include <VelmoraCore/LinkPropertyTables.h>
+#include <VelmoraCore/Detection/LinkProperties.h>
+#include <VelmoraCore/Detection/LinkPropertyTables.h>
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
-#include <VelmoraCore/CharacterClasses.h>
-#include <VelmoraCore/KeptItems.h>
+#include <VelmoraCore/Query/KeptItems.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
 #include <VelmoraCore/Unicode.h>
 
 #include <algorithm>

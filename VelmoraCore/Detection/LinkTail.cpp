@@ -1,8 +1,8 @@
-#include <VelmoraCore/ByteSearch.h>
-#include <VelmoraCore/CharacterClasses.h>
-#include <VelmoraCore/LinkProperties.h>
-#include <VelmoraCore/LinkTail.h>
-#include <VelmoraCore/Utf8.h>
+#include <VelmoraCore/Detection/LinkProperties.h>
+#include <VelmoraCore/Detection/LinkTail.h>
+#include <VelmoraCore/Text/ByteSearch.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/Utf8.h>
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
-#include <VelmoraCore/CharacterClasses.h>
-#include <VelmoraCore/HostLabels.h>
-#include <VelmoraCore/TopLevelDomains.h>
-#include <VelmoraCore/Utf8.h>
+#include <VelmoraCore/Hosts/HostLabels.h>
+#include <VelmoraCore/Hosts/TopLevelDomains.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/Utf8.h>
 
 #include <unicode/uchar.h>
 

@@ -1,4 +1,4 @@
-#include <VelmoraCore/NameTable.h>
+#include <VelmoraCore/Rules/NameTable.h>
 #include <VelmoraCore/Unicode.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <VelmoraCore/LinkProperties.h>
+#include <VelmoraCore/Detection/LinkProperties.h>
 
 #include <span>
 

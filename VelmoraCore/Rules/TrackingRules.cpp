@@ -1,7 +1,7 @@
-#include <VelmoraCore/ByteSearch.h>
-#include <VelmoraCore/CharacterClasses.h>
-#include <VelmoraCore/HostName.h>
-#include <VelmoraCore/TrackingRules.h>
+#include <VelmoraCore/Hosts/HostName.h>
+#include <VelmoraCore/Rules/TrackingRules.h>
+#include <VelmoraCore/Text/ByteSearch.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
 #include <VelmoraCore/Unicode.h>
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <VelmoraCore/LinkCleanerConfiguration.h>
-#include <VelmoraCore/NameTable.h>
 #include <VelmoraCore/QueryItem.h>
+#include <VelmoraCore/Rules/NameTable.h>
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
-#include <VelmoraCore/CharacterClasses.h>
-#include <VelmoraCore/HostName.h>
+#include <VelmoraCore/Hosts/HostName.h>
 #include <VelmoraCore/QueryItem.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
 #include <VelmoraCore/Unicode.h>
 
 #include <unicode/uidna.h>

@@ -4,7 +4,7 @@
 // terms of use (https://www.unicode.org/terms_of_use.html). Do not edit.
 // clang-format off
 
-#include <VelmoraCore/LinkPropertyTables.h>
+#include <VelmoraCore/Detection/LinkPropertyTables.h>
 
 #include <array>
 

@@ -1,6 +1,6 @@
-#include <VelmoraCore/CharacterClasses.h>
-#include <VelmoraCore/TopLevelDomains.h>
-#include <VelmoraCore/Utf8.h>
+#include <VelmoraCore/Hosts/TopLevelDomains.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/Utf8.h>
 
 #include <libpsl.h>
 #include <unicode/bytestream.h>

@@ -1,5 +1,5 @@
-#include <VelmoraCore/ByteSearch.h>
-#include <VelmoraCore/CharacterClasses.h>
+#include <VelmoraCore/Text/ByteSearch.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
 
 #ifdef __SSE2__
 #include <emmintrin.h>

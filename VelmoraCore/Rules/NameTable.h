@@ -1,6 +1,6 @@
 #pragma once
 
-#include <VelmoraCore/CharacterClasses.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
 
 #include <array>
 #include <cstdint>

@@ -1,5 +1,5 @@
-#include <VelmoraCore/KeptItems.h>
-#include <VelmoraCore/QueryCleaner.h>
+#include <VelmoraCore/Query/KeptItems.h>
+#include <VelmoraCore/Query/QueryCleaner.h>
 #include <VelmoraCore/QueryItem.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include <VelmoraCore/Utf8.h>
+#include <VelmoraCore/Text/Utf8.h>
 
 namespace velmora::utf8 {
 

@@ -1,10 +1,10 @@
-#include <VelmoraCore/CharacterClasses.h>
-#include <VelmoraCore/HostLabels.h>
-#include <VelmoraCore/LinkProperties.h>
-#include <VelmoraCore/LinkScanner.h>
-#include <VelmoraCore/LinkTail.h>
-#include <VelmoraCore/TopLevelDomains.h>
-#include <VelmoraCore/Utf8.h>
+#include <VelmoraCore/Detection/LinkProperties.h>
+#include <VelmoraCore/Detection/LinkScanner.h>
+#include <VelmoraCore/Detection/LinkTail.h>
+#include <VelmoraCore/Hosts/HostLabels.h>
+#include <VelmoraCore/Hosts/TopLevelDomains.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/Utf8.h>
 
 #include <algorithm>
 #include <array>

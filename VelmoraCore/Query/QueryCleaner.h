@@ -2,7 +2,7 @@
 
 #include <VelmoraCore/QueryItem.h>
 #include <VelmoraCore/RemovedQueryItem.h>
-#include <VelmoraCore/TrackingRules.h>
+#include <VelmoraCore/Rules/TrackingRules.h>
 
 #include <array>
 #include <cstddef>
