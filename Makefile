@@ -9,14 +9,14 @@ CTEST = ctest --output-on-failure --no-tests=error
 all: build
 
 packages:
-	@Tools/install-packages
+	@Tools/dev/install-packages
 
 build: packages
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS)
 
 run: build
-	Tools/run-velmora build/release/bin
+	Tools/dev/run-velmora build/release/bin
 
 test: build
 	$(CTEST) --test-dir build/release
@@ -27,20 +27,20 @@ asan: packages
 	$(CTEST) --test-dir build/asan -L unit
 
 lint: packages
-	Tools/lint
+	Tools/dev/lint
 
 format: packages
-	Tools/format --write
+	Tools/dev/format --write
 
 bench: packages
-	Tools/bench
+	Tools/dev/bench
 
 fuzz: packages
-	Tools/fuzz
+	Tools/dev/fuzz
 
 # A .deb and a relocatable tarball, in build/packages.
 package: packages
-	JOBS=$(JOBS) Tools/package
+	JOBS=$(JOBS) Tools/release/package
 
 # As in make install PREFIX=/usr DESTDIR=/tmp/root.
 PREFIX ?= /usr/local

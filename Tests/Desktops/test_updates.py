@@ -59,7 +59,7 @@ class Publisher:
         # Nobody is asked about automatic checks, which would come between.
         information.write_text(json.dumps({**json.loads(information.read_text()), "SUEnableAutomaticChecks": False}))
         archive = self.folder / f"velmora-{version}.tar.gz"
-        run(SOURCES / "Tools/tarball", BUILD, archive, information)
+        run(SOURCES / "Tools/release/tarball", BUILD, archive, information)
         return archive
 
     def broken_tarball(self, version):

@@ -1,12 +1,12 @@
 #include "Measure.h"
 
-#include "Scenes.h"
-
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QTextStream>
 #include <QTimer>
+
+#include <Rehearsal/Scenes.h>
 
 #include <algorithm>
 #include <ctime>

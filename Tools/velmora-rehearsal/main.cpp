@@ -1,13 +1,14 @@
 // velmora-rehearsal: every screen of the application in every state, without the outside world.
 
 #include "Measure.h"
-#include "Scenes.h"
 
 #include <QCommandLineParser>
 #include <QDir>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QTextStream>
+
+#include <Rehearsal/Scenes.h>
 
 #include <algorithm>
 #include <optional>
