@@ -1,9 +1,9 @@
 #include "LinuxPlatform.h"
 
-#include "Clipboard/PasteboardFactory.h"
-#include "Login/LoginItems.h"
-#include "System/WorkingSet.h"
-#include "System/XdgFolders.h"
+#include <VelmoraLinux/Clipboard/PasteboardFactory.h>
+#include <VelmoraLinux/Login/LoginItems.h>
+#include <VelmoraLinux/Process/WorkingSet.h>
+#include <VelmoraLinux/Process/XdgFolders.h>
 
 #include <QCoreApplication>
 #include <QDBusConnection>

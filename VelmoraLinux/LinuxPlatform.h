@@ -1,20 +1,19 @@
 #pragma once
 
-#include "Defaults/SqliteDefaultsStore.h"
-#include "Desktop/ActivationToken.h"
-#include "Desktop/DesktopAppearance.h"
-#include "Desktop/QtScreens.h"
-#include "Network/QtHttpsClient.h"
-#include "StatusItem/LinuxStatusItem.h"
-#include "System/BundleInfoFile.h"
-#include "System/EnvironmentLanguage.h"
-#include "System/EventLoopScheduler.h"
-#include "System/SystemWallClock.h"
-#include "Updates/StandardUpdater.h"
-#include "X11/X11Display.h"
-#include "X11/X11PointerMonitor.h"
-#include "X11/X11WindowManager.h"
-
+#include <VelmoraLinux/Appearance/DesktopAppearance.h>
+#include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
+#include <VelmoraLinux/Network/QtHttpsClient.h>
+#include <VelmoraLinux/Process/BundleInfoFile.h>
+#include <VelmoraLinux/Process/EnvironmentLanguage.h>
+#include <VelmoraLinux/StatusItem/LinuxStatusItem.h>
+#include <VelmoraLinux/Time/EventLoopScheduler.h>
+#include <VelmoraLinux/Time/SystemWallClock.h>
+#include <VelmoraLinux/Updates/StandardUpdater.h>
+#include <VelmoraLinux/Windows/ActivationToken.h>
+#include <VelmoraLinux/Windows/QtScreens.h>
+#include <VelmoraLinux/X11/X11Display.h>
+#include <VelmoraLinux/X11/X11PointerMonitor.h>
+#include <VelmoraLinux/X11/X11WindowManager.h>
 #include <VelmoraPlatform/Platform.h>
 
 #include <memory>

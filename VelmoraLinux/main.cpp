@@ -1,10 +1,10 @@
-#include "Instance/LinuxApplicationInstance.h"
 #include "LinuxPlatform.h"
-#include "System/BundleInfoFile.h"
-#include "System/QuitSignals.h"
-#include "System/StartConditions.h"
-#include "Updates/Handover.h"
 
+#include <VelmoraLinux/Instance/LinuxApplicationInstance.h>
+#include <VelmoraLinux/Process/BundleInfoFile.h>
+#include <VelmoraLinux/Process/QuitSignals.h>
+#include <VelmoraLinux/Process/StartConditions.h>
+#include <VelmoraLinux/Updates/Handover.h>
 #include <VelmoraMac/VelmoraMacApp.h>
 
 #include <QDBusConnection>

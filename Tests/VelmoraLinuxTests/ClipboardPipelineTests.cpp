@@ -1,8 +1,8 @@
 // The whole way of a copied link on a real X server: another program copies, and what it finds afterwards.
 #include <VelmoraLinux/Clipboard/X11Pasteboard.h>
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
-#include <VelmoraLinux/System/EventLoopScheduler.h>
-#include <VelmoraLinux/System/SystemWallClock.h>
+#include <VelmoraLinux/Time/EventLoopScheduler.h>
+#include <VelmoraLinux/Time/SystemWallClock.h>
 #include <VelmoraMac/AppState.h>
 #include <VelmoraMac/ClipboardMonitor.h>
 

@@ -1,4 +1,4 @@
-#include <VelmoraLinux/Desktop/DesktopAppearance.h>
+#include <VelmoraLinux/Appearance/DesktopAppearance.h>
 
 #include <QDBusMessage>
 #include <QDBusMetaType>

@@ -1,4 +1,4 @@
-#include <VelmoraLinux/System/EnvironmentLanguage.h>
+#include <VelmoraLinux/Process/EnvironmentLanguage.h>
 
 #include <QMap>
 #include <QTest>

@@ -1,8 +1,8 @@
 #include "HttpsTestServer.h"
 #include "TestArchive.h"
 
-#include <VelmoraLinux/System/EventLoopScheduler.h>
-#include <VelmoraLinux/System/SystemWallClock.h>
+#include <VelmoraLinux/Time/EventLoopScheduler.h>
+#include <VelmoraLinux/Time/SystemWallClock.h>
 #include <VelmoraLinux/Updates/StandardUpdater.h>
 
 #include <QDir>

@@ -1,7 +1,7 @@
-#include <VelmoraLinux/System/BundleInfoFile.h>
-#include <VelmoraLinux/System/EventLoopScheduler.h>
-#include <VelmoraLinux/System/SystemWallClock.h>
-#include <VelmoraLinux/System/XdgFolders.h>
+#include <VelmoraLinux/Process/BundleInfoFile.h>
+#include <VelmoraLinux/Process/XdgFolders.h>
+#include <VelmoraLinux/Time/EventLoopScheduler.h>
+#include <VelmoraLinux/Time/SystemWallClock.h>
 
 #include <QDir>
 #include <QFile>

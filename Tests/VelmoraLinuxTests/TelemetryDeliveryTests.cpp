@@ -1,7 +1,7 @@
 #include "HttpsTestServer.h"
 
 #include <VelmoraLinux/Network/QtHttpsClient.h>
-#include <VelmoraLinux/System/EventLoopScheduler.h>
+#include <VelmoraLinux/Time/EventLoopScheduler.h>
 #include <VelmoraMac/TelemetryService.h>
 
 #include <QJsonArray>

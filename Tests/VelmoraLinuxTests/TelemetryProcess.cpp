@@ -7,8 +7,8 @@
 
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
 #include <VelmoraLinux/Network/QtHttpsClient.h>
-#include <VelmoraLinux/System/EventLoopScheduler.h>
-#include <VelmoraLinux/System/SystemWallClock.h>
+#include <VelmoraLinux/Time/EventLoopScheduler.h>
+#include <VelmoraLinux/Time/SystemWallClock.h>
 #include <VelmoraMac/AppState.h>
 #include <VelmoraMac/TelemetryConfig.h>
 #include <VelmoraMac/TelemetryService.h>

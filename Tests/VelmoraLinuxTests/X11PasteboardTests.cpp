@@ -1,5 +1,5 @@
 #include <VelmoraLinux/Clipboard/X11Pasteboard.h>
-#include <VelmoraLinux/System/EventLoopScheduler.h>
+#include <VelmoraLinux/Time/EventLoopScheduler.h>
 
 #include <QDirIterator>
 #include <QElapsedTimer>

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "XcbConnection.h"
-
+#include <VelmoraLinux/X11/XcbConnection.h>
 #include <VelmoraPlatform/Scheduler.h>
 
 #include <memory>

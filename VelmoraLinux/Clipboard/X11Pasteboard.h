@@ -2,8 +2,8 @@
 
 #include "SelectionReader.h"
 #include "SelectionServer.h"
-#include "XcbConnection.h"
 
+#include <VelmoraLinux/X11/XcbConnection.h>
 #include <VelmoraPlatform/Pasteboard.h>
 #include <VelmoraPlatform/Scheduler.h>
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "VelmoraLinux/Desktop/ActivationToken.h"
-
+#include <VelmoraLinux/Windows/ActivationToken.h>
 #include <VelmoraPlatform/ApplicationInstance.h>
 
 #include <QDBusConnection>

@@ -3,7 +3,7 @@
 #include "AutostartLoginItem.h"
 #include "PortalLoginItem.h"
 
-#include <VelmoraLinux/System/XdgFolders.h>
+#include <VelmoraLinux/Process/XdgFolders.h>
 #include <VelmoraLinux/Updates/Installation.h>
 
 #include <QFile>

@@ -2,7 +2,8 @@
 
 #include "StatusIconImage.h"
 #include "StatusItemAnchor.h"
-#include "VelmoraLinux/Desktop/NativeGeometry.h"
+
+#include <VelmoraLinux/Windows/NativeGeometry.h>
 
 #include <QGuiApplication>
 #include <QScreen>

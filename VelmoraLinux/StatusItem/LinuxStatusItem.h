@@ -4,9 +4,9 @@
 #include "StatusItemTip.h"
 #include "StatusNotifierItem.h"
 #include "StatusNotifierRegistration.h"
-#include "VelmoraLinux/Desktop/ActivationToken.h"
 #include "XEmbedIcon.h"
 
+#include <VelmoraLinux/Windows/ActivationToken.h>
 #include <VelmoraPlatform/Appearance.h>
 #include <VelmoraPlatform/StatusItem.h>
 

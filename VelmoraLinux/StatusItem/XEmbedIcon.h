@@ -1,6 +1,6 @@
 #pragma once
 
-#include "VelmoraLinux/X11/X11Display.h"
+#include <VelmoraLinux/X11/X11Display.h>
 
 #include <QImage>
 #include <QObject>

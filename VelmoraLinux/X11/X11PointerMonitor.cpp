@@ -1,6 +1,6 @@
 #include "X11PointerMonitor.h"
 
-#include "VelmoraLinux/Desktop/NativeGeometry.h"
+#include <VelmoraLinux/Windows/NativeGeometry.h>
 
 #include <xcb/xinput.h>
 

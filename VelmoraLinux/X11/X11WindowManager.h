@@ -1,8 +1,8 @@
 #pragma once
 
-#include "VelmoraLinux/Desktop/ActivationToken.h"
 #include "X11Display.h"
 
+#include <VelmoraLinux/Windows/ActivationToken.h>
 #include <VelmoraPlatform/WindowManager.h>
 
 // Windows on X11 and XWayland. Panels are tooltip windows: no window manager frames, places or focuses those.

@@ -1,0 +1,3 @@
+velmora_linux_sources(
+  Time/EventLoopScheduler.cpp Time/EventLoopScheduler.h
+  Time/SystemWallClock.h)
