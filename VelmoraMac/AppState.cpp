@@ -1,11 +1,10 @@
 #include "AppState.h"
 
-#include "IgnoredDomains.h"
-#include "LocalizedStrings.h"
-#include "TelemetryProperties.h"
-
 #include <VelmoraCore/LinkDetector.h>
 #include <VelmoraCore/Unicode.h>
+#include <VelmoraMac/State/IgnoredDomains.h>
+#include <VelmoraMac/Telemetry/TelemetryProperties.h>
+#include <VelmoraMac/Texts/LocalizedStrings.h>
 
 #include <QUuid>
 

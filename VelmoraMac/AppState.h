@@ -1,10 +1,9 @@
 #pragma once
 
-#include "AppTypes.h"
-#include "CleanHistoryEntry.h"
-#include "CleaningResult.h"
-#include "TelemetrySink.h"
-
+#include <VelmoraMac/State/AppTypes.h>
+#include <VelmoraMac/State/CleanHistoryEntry.h>
+#include <VelmoraMac/State/CleaningResult.h>
+#include <VelmoraMac/Telemetry/TelemetrySink.h>
 #include <VelmoraPlatform/BundleInfo.h>
 #include <VelmoraPlatform/DefaultsStore.h>
 #include <VelmoraPlatform/LoginItem.h>

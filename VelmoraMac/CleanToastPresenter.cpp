@@ -21,7 +21,7 @@ CleanToastPresenter::CleanToastPresenter(AppState &appState, PanelFactory &panel
 
 View CleanToastPresenter::toastView(const CleaningResult &result, bool offersCleaning) const
 {
-    return {QUrl(QStringLiteral("qrc:/qt/qml/VelmoraMac/CleanToastView.qml")),
+    return {QUrl(QStringLiteral("qrc:/qt/qml/VelmoraMac/Toast/CleanToastView.qml")),
             {{QStringLiteral("appState"), QVariant::fromValue(&appState_)},
              {QStringLiteral("result"), QVariant::fromValue(result)},
              {QStringLiteral("offersCleaning"), offersCleaning}},

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "AppState.h"
-#include "CleaningNotices.h"
-#include "DelayedSteps.h"
-#include "Panel.h"
 
+#include <VelmoraMac/Shell/CleaningNotices.h>
+#include <VelmoraMac/Shell/Panel.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/Screens.h>
 
 #include <QObject>

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "CleaningNotices.h"
-#include "DelayedSteps.h"
-
+#include <VelmoraMac/Shell/CleaningNotices.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/Pasteboard.h>
 #include <VelmoraPlatform/Scheduler.h>
 

@@ -1,7 +1,7 @@
 #include "StatusBarController.h"
 
-#include "LocalizedStrings.h"
-#include "PopoverPlacement.h"
+#include <VelmoraMac/Shell/PopoverPlacement.h>
+#include <VelmoraMac/Texts/LocalizedStrings.h>
 
 using namespace std::chrono_literals;
 

@@ -1,15 +1,15 @@
 #pragma once
 
 #include "AppState.h"
-#include "AppWindowPresenting.h"
-#include "DelayedSteps.h"
-#include "MenuPresenter.h"
-#include "NotificationCenter.h"
-#include "Panel.h"
-#include "PopoverAnimationState.h"
-#include "TelemetrySink.h"
 #include "UpdateController.h"
 
+#include <VelmoraMac/Shell/AppWindowPresenting.h>
+#include <VelmoraMac/Shell/MenuPresenter.h>
+#include <VelmoraMac/Shell/NotificationCenter.h>
+#include <VelmoraMac/Shell/Panel.h>
+#include <VelmoraMac/Shell/PopoverAnimationState.h>
+#include <VelmoraMac/Telemetry/TelemetrySink.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/PointerMonitor.h>
 #include <VelmoraPlatform/Screens.h>
 #include <VelmoraPlatform/StatusItem.h>

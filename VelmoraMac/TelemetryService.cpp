@@ -1,7 +1,8 @@
 #include "TelemetryService.h"
 
 #include "AppState.h"
-#include "TelemetryProperties.h"
+
+#include <VelmoraMac/Telemetry/TelemetryProperties.h>
 
 #include <QSet>
 #include <QUuid>

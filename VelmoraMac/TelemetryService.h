@@ -1,11 +1,10 @@
 #pragma once
 
-#include "DelayedSteps.h"
-#include "TelemetryEnvelope.h"
-#include "TelemetrySink.h"
-
+#include <VelmoraMac/Telemetry/TelemetryEnvelope.h>
+#include <VelmoraMac/Telemetry/TelemetrySink.h>
 #include <VelmoraPlatform/BundleInfo.h>
 #include <VelmoraPlatform/DefaultsStore.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/HttpsClient.h>
 #include <VelmoraPlatform/Scheduler.h>
 #include <VelmoraPlatform/WallClock.h>

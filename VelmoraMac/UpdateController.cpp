@@ -1,6 +1,6 @@
 #include "UpdateController.h"
 
-#include "LocalizedStrings.h"
+#include <VelmoraMac/Texts/LocalizedStrings.h>
 
 using namespace Qt::StringLiterals;
 

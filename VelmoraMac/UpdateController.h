@@ -1,7 +1,6 @@
 #pragma once
 
-#include "AppTypes.h"
-
+#include <VelmoraMac/State/AppTypes.h>
 #include <VelmoraPlatform/BundleInfo.h>
 #include <VelmoraPlatform/Updater.h>
 

@@ -1,8 +1,8 @@
 #include "VelmoraMacApp.h"
 
-#include "AppAssets.h"
-#include "LocalizedStrings.h"
-#include "TelemetryConfig.h"
+#include <VelmoraMac/StyleKit/AppAssets.h>
+#include <VelmoraMac/Telemetry/TelemetryConfig.h>
+#include <VelmoraMac/Texts/LocalizedStrings.h>
 
 #include <QGuiApplication>
 #include <QQuickWindow>

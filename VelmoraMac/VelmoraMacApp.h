@@ -1,11 +1,11 @@
 #pragma once
 
-#include "AppDelegate.h"
-#include "NotificationCenter.h"
-#include "QuickMenuPresenter.h"
-#include "QuickViews.h"
 #include "TelemetryService.h"
 
+#include <VelmoraMac/QuickViews/QuickMenuPresenter.h>
+#include <VelmoraMac/QuickViews/QuickViews.h>
+#include <VelmoraMac/Shell/AppDelegate.h>
+#include <VelmoraMac/Shell/NotificationCenter.h>
 #include <VelmoraPlatform/Platform.h>
 
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "AppTypes.h"
-#include "SystemColors.h"
+#include <VelmoraMac/State/AppTypes.h>
+#include <VelmoraMac/StyleKit/SystemColors.h>
 
 #include <QColor>
 #include <QList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <VelmoraMac/AppWindow.h>
+#include <VelmoraMac/Shell/AppWindow.h>
 
 #include <QStringList>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <VelmoraMac/MenuPresenter.h>
+#include <VelmoraMac/Shell/MenuPresenter.h>
 #include <VelmoraPlatform/PointerMonitor.h>
 #include <VelmoraPlatform/Screens.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <VelmoraMac/Panel.h>
+#include <VelmoraMac/Shell/Panel.h>
 
 #include <QStringList>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <VelmoraMac/CleaningNotices.h>
+#include <VelmoraMac/Shell/CleaningNotices.h>
 
 #include <QList>
 

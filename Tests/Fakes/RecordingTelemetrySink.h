@@ -1,6 +1,6 @@
 #pragma once
 
-#include <VelmoraMac/TelemetrySink.h>
+#include <VelmoraMac/Telemetry/TelemetrySink.h>
 
 #include <QList>
 #include <QStringList>

@@ -77,7 +77,7 @@ QQuickItem *Stage::showPopover()
 
 QQuickItem *Stage::showToast(const CleaningResult &result, bool offersCleaning)
 {
-    return show(u"CleanToastView"_s,
+    return show(u"Toast/CleanToastView"_s,
                 {{u"appState"_s, QVariant::fromValue(state.get())},
                  {u"result"_s, QVariant::fromValue(result)},
                  {u"offersCleaning"_s, offersCleaning}},
@@ -96,7 +96,7 @@ QQuickItem *Stage::showSettings(AppTab tab, QSize size)
 
 QQuickItem *Stage::showDetails(const CleanHistoryEntry &entry)
 {
-    return show(u"HistoryEntryDetailView"_s,
+    return show(u"History/HistoryEntryDetailView"_s,
                 {{u"appState"_s, QVariant::fromValue(state.get())}, {u"entry"_s, QVariant::fromValue(entry)}},
                 {720, 560});
 }
@@ -104,7 +104,7 @@ QQuickItem *Stage::showDetails(const CleanHistoryEntry &entry)
 QQuickItem *Stage::showUpdate(const UpdateReport &report, QSize size)
 {
     updateWindow->show(report, UpdateUserDriver::Attention::front);
-    return show(u"UpdateView"_s, {{u"updateWindow"_s, QVariant::fromValue(updateWindow.get())}}, size);
+    return show(u"Updates/UpdateView"_s, {{u"updateWindow"_s, QVariant::fromValue(updateWindow.get())}}, size);
 }
 
 void Stage::pass(std::chrono::milliseconds time)

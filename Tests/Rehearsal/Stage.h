@@ -1,12 +1,12 @@
 #pragma once
 
-#include <VelmoraMac/AnimationClock.h>
 #include <VelmoraMac/AppState.h>
-#include <VelmoraMac/NotificationCenter.h>
-#include <VelmoraMac/PopoverAnimationState.h>
-#include <VelmoraMac/Surroundings.h>
+#include <VelmoraMac/Motion/AnimationClock.h>
+#include <VelmoraMac/Shell/NotificationCenter.h>
+#include <VelmoraMac/Shell/PopoverAnimationState.h>
+#include <VelmoraMac/StyleKit/Surroundings.h>
 #include <VelmoraMac/UpdateController.h>
-#include <VelmoraMac/UpdateWindow.h>
+#include <VelmoraMac/Updates/UpdateWindow.h>
 
 #include <QImage>
 #include <QQmlEngine>

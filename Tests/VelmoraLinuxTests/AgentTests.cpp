@@ -1,6 +1,6 @@
 // The program itself on a private X server: starts, cleans, ends, and what the store holds when it is killed.
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
-#include <VelmoraMac/CleanHistoryEntry.h>
+#include <VelmoraMac/State/CleanHistoryEntry.h>
 
 #include <QProcess>
 #include <QRandomGenerator>

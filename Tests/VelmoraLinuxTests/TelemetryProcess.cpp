@@ -10,7 +10,7 @@
 #include <VelmoraLinux/Time/EventLoopScheduler.h>
 #include <VelmoraLinux/Time/SystemWallClock.h>
 #include <VelmoraMac/AppState.h>
-#include <VelmoraMac/TelemetryConfig.h>
+#include <VelmoraMac/Telemetry/TelemetryConfig.h>
 #include <VelmoraMac/TelemetryService.h>
 
 #include <QCoreApplication>

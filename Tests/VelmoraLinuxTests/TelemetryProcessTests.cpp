@@ -1,7 +1,7 @@
 #include "HttpsTestServer.h"
 
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
-#include <VelmoraMac/TelemetryEnvelope.h>
+#include <VelmoraMac/Telemetry/TelemetryEnvelope.h>
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,5 +1,5 @@
-#include <VelmoraMac/BreathingValue.h>
-#include <VelmoraMac/SpringValue.h>
+#include <VelmoraMac/Motion/BreathingValue.h>
+#include <VelmoraMac/Motion/SpringValue.h>
 
 #include <QQmlComponent>
 #include <QtTest>

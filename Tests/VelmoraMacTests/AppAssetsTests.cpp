@@ -1,4 +1,4 @@
-#include <VelmoraMac/AppAssets.h>
+#include <VelmoraMac/StyleKit/AppAssets.h>
 
 #include <QDir>
 #include <QPainter>

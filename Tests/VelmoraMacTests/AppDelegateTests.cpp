@@ -1,4 +1,4 @@
-#include <VelmoraMac/AppDelegate.h>
+#include <VelmoraMac/Shell/AppDelegate.h>
 
 #include <QTest>
 

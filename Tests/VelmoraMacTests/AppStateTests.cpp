@@ -1,4 +1,4 @@
-#include <VelmoraMac/LocalizedStrings.h>
+#include <VelmoraMac/Texts/LocalizedStrings.h>
 
 #include <QSignalSpy>
 #include <QTest>

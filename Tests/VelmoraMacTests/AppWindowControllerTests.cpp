@@ -1,4 +1,4 @@
-#include <VelmoraMac/AppWindowController.h>
+#include <VelmoraMac/Shell/AppWindowController.h>
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include <VelmoraMac/CleanHistoryEntry.h>
+#include <VelmoraMac/State/CleanHistoryEntry.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>

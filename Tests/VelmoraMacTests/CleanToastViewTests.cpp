@@ -1,4 +1,4 @@
-#include <VelmoraMac/SpringCurve.h>
+#include <VelmoraMac/Motion/SpringCurve.h>
 
 #include <QSignalSpy>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include <VelmoraMac/DelayedSteps.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 
 #include <QList>
 #include <QTest>

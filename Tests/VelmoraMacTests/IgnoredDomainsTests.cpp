@@ -1,4 +1,4 @@
-#include <VelmoraMac/IgnoredDomains.h>
+#include <VelmoraMac/State/IgnoredDomains.h>
 
 #include <QSet>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include <VelmoraMac/PictureFilters.h>
+#include <VelmoraMac/Drawing/PictureFilters.h>
 
 #include <QtTest>
 

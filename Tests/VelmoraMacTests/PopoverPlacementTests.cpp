@@ -1,4 +1,4 @@
-#include <VelmoraMac/PopoverPlacement.h>
+#include <VelmoraMac/Shell/PopoverPlacement.h>
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include <VelmoraMac/QuickViews.h>
+#include <VelmoraMac/QuickViews/QuickViews.h>
 
 #include <QFile>
 #include <QTemporaryDir>

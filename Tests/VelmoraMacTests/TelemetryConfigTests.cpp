@@ -1,4 +1,4 @@
-#include <VelmoraMac/TelemetryConfig.h>
+#include <VelmoraMac/Telemetry/TelemetryConfig.h>
 
 #include <QTest>
 

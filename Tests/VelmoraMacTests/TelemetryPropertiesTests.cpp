@@ -1,4 +1,4 @@
-#include <VelmoraMac/TelemetryProperties.h>
+#include <VelmoraMac/Telemetry/TelemetryProperties.h>
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include <VelmoraMac/UpdateWindow.h>
+#include <VelmoraMac/Updates/UpdateWindow.h>
 
 #include <QTest>
 
@@ -174,7 +174,7 @@ private:
         {
             window.setAnswerHandler([this](UpdateAnswer answer) { answers.append(answer); });
             window.show(report, UpdateUserDriver::Attention::front);
-            view = stage.show(u"UpdateView"_s, windows.view.properties, size);
+            view = stage.show(u"Updates/UpdateView"_s, windows.view.properties, size);
             if (view == nullptr)
                 return;
             stage.window()->requestActivate();

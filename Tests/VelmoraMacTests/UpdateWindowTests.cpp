@@ -1,4 +1,4 @@
-#include <VelmoraMac/UpdateWindow.h>
+#include <VelmoraMac/Updates/UpdateWindow.h>
 
 #include <QSignalSpy>
 #include <QTest>
@@ -130,7 +130,7 @@ private Q_SLOTS:
         window_->show(reportOf(UpdateStep::checking), kFront);
         window_->show(reportOf(UpdateStep::found), kFront);
         QCOMPARE(windows_.log, QStringList({u"made"_s, u"centred"_s, u"to the front"_s}));
-        QCOMPARE(windows_.view.source, QUrl(u"qrc:/qt/qml/VelmoraMac/UpdateView.qml"_s));
+        QCOMPARE(windows_.view.source, QUrl(u"qrc:/qt/qml/VelmoraMac/Updates/UpdateView.qml"_s));
     }
 
     void whatNobodyAskedForTakesNoFocus()

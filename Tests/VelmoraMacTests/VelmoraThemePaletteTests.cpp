@@ -1,6 +1,6 @@
-#include <VelmoraMac/Contrast.h>
-#include <VelmoraMac/PanelGround.h>
-#include <VelmoraMac/Surroundings.h>
+#include <VelmoraMac/StyleKit/Contrast.h>
+#include <VelmoraMac/StyleKit/PanelGround.h>
+#include <VelmoraMac/StyleKit/Surroundings.h>
 #include <VelmoraMac/VelmoraThemePalette.h>
 
 #include <QMetaProperty>

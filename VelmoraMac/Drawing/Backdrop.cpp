@@ -1,0 +1,125 @@
+#include "Backdrop.h"
+
+#include "SoftPictures.h"
+
+#include <VelmoraMac/StyleKit/PanelGround.h>
+
+#include <QPainter>
+#include <QQuickWindow>
+#include <QRadialGradient>
+
+#include <cmath>
+
+namespace {
+
+struct Glow {
+    QPointF start; // Of its way, in points from the middle of the item.
+    QPointF end;
+    double radius = 0;
+};
+
+constexpr std::array glows = {Glow{{148, 112}, {-212, -182}, 230}, Glow{{-172, -120}, {174, 136}, 210}};
+constexpr double sheen = 0.15; // The opacity of the white light along the top edge.
+
+void castShade(QPainter &painter, const QSize &size, double opacity)
+{
+    if (opacity < 0.002)
+        return;
+    QRadialGradient shade(QPointF(size.width() / 2.0, size.height() / 2.0),
+                          std::hypot(size.width(), size.height()) / 2);
+    shade.setColorAt(0.35, Qt::transparent);
+    shade.setColorAt(1, QColor::fromRgbF(0, 0, 0, static_cast<float>(opacity)));
+    painter.fillRect(QRect(QPoint(), size), shade);
+}
+
+} // namespace
+
+Backdrop::Backdrop(QQuickItem *parent)
+    : QQuickPaintedItem(parent)
+{
+}
+
+void Backdrop::setThemePalette(const VelmoraThemePalette &palette)
+{
+    if (palette == palette_)
+        return;
+    palette_ = palette;
+    stale_ = true;
+    update();
+    Q_EMIT themePaletteChanged();
+}
+
+void Backdrop::setDrift(double drift)
+{
+    if (drift == drift_)
+        return;
+    drift_ = drift;
+    const double ratio = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1;
+    if (glowPlace(0, ratio) != drawnAt_[0] || glowPlace(1, ratio) != drawnAt_[1])
+        update();
+    Q_EMIT driftChanged();
+}
+
+QPoint Backdrop::glowPlace(std::size_t glow, double ratio) const
+{
+    const auto &[start, end, radius] = glows[glow];
+    const QPointF offset = start + (end - start) * drift_;
+    const QPointF middle(width() / 2, height() / 2);
+    return ((middle + offset - QPointF(radius, radius)) * ratio).toPoint();
+}
+
+void Backdrop::prepare(const QSize &pixels, double ratio)
+{
+    if (!stale_ && ground_.size() == pixels)
+        return;
+    const bool recoloured = stale_;
+    stale_ = false;
+    QList<QColor> colors = palette_.backgroundColors;
+    for (qsizetype i = 0; i < colors.size(); ++i)
+        colors[i] = settled(colors[i], static_cast<double>(i) / static_cast<double>(colors.size() - 1));
+    ground_ = SoftPictures::gradient(pixels, colors, sheen * (1 - scrim_.alphaF()));
+    QPainter painter(&ground_);
+    castShade(painter, ground_.size(), restingShade_);
+    if (!recoloured)
+        return;
+    for (std::size_t glow = 0; glow < glows.size(); ++glow) {
+        const QColor color = glow == 0 ? palette_.glowPrimary : palette_.glowSecondary;
+        QColor seen = settled(color, 0.5);
+        seen.setAlphaF(color.alphaF());
+        glows_[glow] = SoftPictures::glow(qRound(2 * glows[glow].radius * ratio), seen);
+    }
+}
+
+QColor Backdrop::settled(const QColor &color, double down) const
+{
+    return PanelGround::colorAt(color, down, scrim_, cover_, material_);
+}
+
+void Backdrop::compose(double ratio)
+{
+    canvas_ = ground_.copy();
+    QPainter painter(&canvas_);
+    for (std::size_t glow = 0; glow < glows.size(); ++glow) {
+        drawnAt_[glow] = glowPlace(glow, ratio);
+        painter.drawImage(drawnAt_[glow], glows_[glow]);
+    }
+    castShade(painter, canvas_.size(), shade_ - restingShade_);
+}
+
+void Backdrop::paint(QPainter *painter)
+{
+    const double ratio = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1;
+    const QSize pixels(qCeil(width() * ratio), qCeil(height() * ratio));
+    if (pixels.isEmpty())
+        return;
+    prepare(pixels, ratio);
+    compose(ratio);
+
+    QBrush cover(canvas_);
+    cover.setTransform(QTransform::fromScale(1 / ratio, 1 / ratio));
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(cover);
+    painter->drawRoundedRect(boundingRect().adjusted(sideInset_, topInset_, -sideInset_, -bottomInset_),
+                             cornerRadius_, cornerRadius_);
+}

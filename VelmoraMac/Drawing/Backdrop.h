@@ -1,0 +1,131 @@
+#pragma once
+
+#include <VelmoraMac/VelmoraThemePalette.h>
+
+#include <QImage>
+#include <QQuickPaintedItem>
+#include <qqmlintegration.h>
+
+#include <array>
+
+// The coloured ground of a panel: a gradient, two soft glows that drift over it, a shade, in a rounded
+// rectangle.
+//
+// The ground and the glows are computed once for a size and its colours; a step of the drift only puts them
+// together again, and only when a glow has moved by a whole pixel.
+class Backdrop : public QQuickPaintedItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(
+        VelmoraThemePalette themePalette READ themePalette WRITE setThemePalette NOTIFY themePaletteChanged)
+    // Where the glows are between their two places, 0 to 1.
+    Q_PROPERTY(double drift READ drift WRITE setDrift NOTIFY driftChanged)
+    Q_PROPERTY(double cornerRadius READ cornerRadius WRITE setCornerRadius NOTIFY shapeChanged)
+    // What lies under the gradient, which covers it with the opacity `cover`. Opaque: a desktop that blurs
+    // nothing behind its windows would shine through as it is.
+    Q_PROPERTY(QColor material READ material WRITE setMaterial NOTIFY shapeChanged)
+    Q_PROPERTY(double cover READ cover WRITE setCover NOTIFY shapeChanged)
+    // A veil over the gradient and the glows.
+    Q_PROPERTY(QColor scrim READ scrim WRITE setScrim NOTIFY shapeChanged)
+    // The opacity, in the corners, of a black shade that clears towards the middle. What never goes away of
+    // it is the `restingShade`.
+    Q_PROPERTY(double restingShade READ restingShade WRITE setRestingShade NOTIFY shapeChanged)
+    Q_PROPERTY(double shade READ shade WRITE setShade NOTIFY shapeChanged)
+    // How far the shape is drawn in from the item's sides, top and bottom.
+    Q_PROPERTY(double sideInset READ sideInset WRITE setSideInset NOTIFY shapeChanged)
+    Q_PROPERTY(double topInset READ topInset WRITE setTopInset NOTIFY shapeChanged)
+    Q_PROPERTY(double bottomInset READ bottomInset WRITE setBottomInset NOTIFY shapeChanged)
+
+public:
+    explicit Backdrop(QQuickItem *parent = nullptr);
+
+    [[nodiscard]] VelmoraThemePalette themePalette() const { return palette_; }
+
+    [[nodiscard]] double drift() const { return drift_; }
+
+    [[nodiscard]] double cornerRadius() const { return cornerRadius_; }
+
+    [[nodiscard]] QColor material() const { return material_; }
+
+    [[nodiscard]] double cover() const { return cover_; }
+
+    [[nodiscard]] QColor scrim() const { return scrim_; }
+
+    [[nodiscard]] double restingShade() const { return restingShade_; }
+
+    [[nodiscard]] double shade() const { return shade_; }
+
+    [[nodiscard]] double sideInset() const { return sideInset_; }
+
+    [[nodiscard]] double topInset() const { return topInset_; }
+
+    [[nodiscard]] double bottomInset() const { return bottomInset_; }
+
+    void setThemePalette(const VelmoraThemePalette &palette);
+    void setDrift(double drift);
+
+    void setCornerRadius(double radius) { setShape(cornerRadius_, radius); }
+
+    void setMaterial(const QColor &material) { setGround(material_, material); }
+
+    void setCover(double cover) { setGround(cover_, cover); }
+
+    void setScrim(const QColor &scrim) { setGround(scrim_, scrim); }
+
+    void setRestingShade(double shade) { setGround(restingShade_, shade); }
+
+    void setShade(double shade) { setShape(shade_, shade); }
+
+    void setSideInset(double inset) { setShape(sideInset_, inset); }
+
+    void setTopInset(double inset) { setShape(topInset_, inset); }
+
+    void setBottomInset(double inset) { setShape(bottomInset_, inset); }
+
+    void paint(QPainter *painter) override;
+
+Q_SIGNALS:
+    void themePaletteChanged();
+    void driftChanged();
+    void shapeChanged();
+
+private:
+    template<typename Value>
+    void setShape(Value &field, const Value &value)
+    {
+        if (field == value)
+            return;
+        field = value;
+        update();
+        Q_EMIT shapeChanged();
+    }
+
+    template<typename Value>
+    void setGround(Value &field, const Value &value)
+    {
+        stale_ = stale_ || field != value;
+        setShape(field, value);
+    }
+
+    void prepare(const QSize &pixels, double ratio);
+    // An opaque colour of the gradient as it is seen, `down` from 0 at the top to 1 at the bottom.
+    [[nodiscard]] QColor settled(const QColor &color, double down) const;
+    void compose(double ratio);
+    [[nodiscard]] QPoint glowPlace(std::size_t glow, double ratio) const;
+
+    VelmoraThemePalette palette_;
+    double drift_ = 0;
+    double cornerRadius_ = 0;
+    QColor material_ = Qt::black;
+    double cover_ = 1;
+    QColor scrim_ = Qt::transparent;
+    double shade_ = 0;
+    double restingShade_ = 0;
+    double sideInset_ = 0, topInset_ = 0, bottomInset_ = 0;
+
+    bool stale_ = true; // The pictures below belong to other colours.
+    QImage ground_;     // All that stands still: material, gradient, scrim and the resting shade.
+    std::array<QImage, 2> glows_;
+    QImage canvas_;
+    std::array<QPoint, 2> drawnAt_;
+};

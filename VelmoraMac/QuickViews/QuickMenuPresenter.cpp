@@ -1,0 +1,103 @@
+#include "QuickMenuPresenter.h"
+
+#include <VelmoraMac/Shell/PopoverPlacement.h>
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QQuickItem>
+
+namespace {
+constexpr int cornerRadius = 8;
+}
+
+QuickMenuPresenter::QuickMenuPresenter(QuickViews &views)
+    : views_(views)
+{
+}
+
+void QuickMenuPresenter::popUp(const StatusMenu &menu, const QRect &anchor, int minimumWidth)
+{
+    dismiss();
+    model_ = std::make_unique<StatusMenuModel>(menu, minimumWidth);
+    connect(model_.get(), &StatusMenuModel::chosen, this, [this](const std::function<void()> &action) {
+        // What was chosen runs when the menu is gone: it may open windows or end the process.
+        QMetaObject::invokeMethod(this, action, Qt::QueuedConnection);
+        dismiss();
+    });
+    window_ = views_.load({QUrl(QStringLiteral("qrc:/qt/qml/VelmoraMac/QuickViews/StatusMenuView.qml")),
+                           {{QStringLiteral("menu"), QVariant::fromValue(model_.get())}},
+                           {}});
+    const QuickViews::Desktop &desktop = views_.desktop();
+    const QQuickItem *view = window_->rootObject();
+    const QSize size =
+        view == nullptr ? QSize(1, 1) : QSizeF(view->implicitWidth(), view->implicitHeight()).toSize();
+    desktop.windows.makePanel(*window_, {true, cornerRadius});
+    desktop.windows.place(*window_, popoverFrame(anchor, desktop.screens.workAreaAt(anchor.center()), size));
+    window_->installEventFilter(this);
+    window_->show();
+    window_->raise();
+}
+
+void QuickMenuPresenter::dismiss()
+{
+    if (!window_)
+        return;
+    window_->removeEventFilter(this);
+    window_->setMouseGrabEnabled(false);
+    window_->setKeyboardGrabEnabled(false);
+    window_ = nullptr;
+    model_.release()->deleteLater(); // Its view goes later than now, too.
+}
+
+bool QuickMenuPresenter::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != window_.get())
+        return QObject::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::Expose:
+        if (window_->isExposed())
+            grabInput();
+        break;
+    case QEvent::MouseButtonPress: {
+        const QPoint place = static_cast<QMouseEvent *>(event)->position().toPoint();
+        if (QRect(QPoint(), window_->size()).contains(place))
+            break;
+        dismiss();
+        return true;
+    }
+    case QEvent::KeyPress:
+        return pressKey(static_cast<QKeyEvent *>(event)->key());
+    default:
+        break;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void QuickMenuPresenter::grabInput()
+{
+    window_->setMouseGrabEnabled(true);
+    window_->setKeyboardGrabEnabled(true);
+}
+
+bool QuickMenuPresenter::pressKey(int key)
+{
+    switch (key) {
+    case Qt::Key_Escape:
+        dismiss();
+        break;
+    case Qt::Key_Down:
+        model_->moveCurrent(1);
+        break;
+    case Qt::Key_Up:
+        model_->moveCurrent(-1);
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+        model_->chooseCurrent();
+        break;
+    default:
+        break;
+    }
+    return true;
+}

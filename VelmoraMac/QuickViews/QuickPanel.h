@@ -1,0 +1,37 @@
+#pragma once
+
+#include "QuickViews.h"
+
+#include <VelmoraMac/Shell/Panel.h>
+
+#include <QVariantAnimation>
+
+// A panel whose content is a Qt Quick view.
+class QuickPanel : public QObject, public Panel {
+    Q_OBJECT
+
+public:
+    QuickPanel(QuickWindow window, const PanelOptions &options, WindowManager &windows,
+               const Appearance &appearance);
+
+    [[nodiscard]] QRect frame() const override { return frame_; }
+
+    void setFrame(const QRect &frame, FrameChange change) override;
+
+    [[nodiscard]] bool isVisible() const override { return window_->isVisible(); }
+
+    void orderFront() override;
+    void orderOut() override;
+
+    [[nodiscard]] quintptr windowId() const override { return window_->winId(); }
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    QuickWindow window_;
+    std::function<void()> cancelled_;
+    WindowManager &windows_;
+    const Appearance &appearance_;
+    QRect frame_;
+    QVariantAnimation growth_;
+};

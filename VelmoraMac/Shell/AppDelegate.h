@@ -1,0 +1,51 @@
+#pragma once
+
+#include "AppServices.h"
+#include "AppWindow.h"
+#include "AppWindowController.h"
+#include "AppWindowPresenting.h"
+#include "NotificationCenter.h"
+
+#include <VelmoraMac/StatusBarController.h>
+#include <VelmoraMac/TelemetryService.h>
+
+#include <QImage>
+
+#include <functional>
+#include <memory>
+
+// What happens when the application starts, is opened again and ends; opens its window.
+//
+// Belongs to a shared pointer: those who ask it for windows hold it weakly.
+class AppDelegate final : public AppWindowPresenting, public std::enable_shared_from_this<AppDelegate> {
+public:
+    // What the delegate works with; all outlive it.
+    struct Surface {
+        TelemetryService &telemetry;
+        NotificationCenter &notifications;
+        PanelFactory &panels;
+        AppWindowFactory &windows;
+        MenuPresenter &menus;
+        QImage statusItemImage;
+        std::function<void()> terminate; // Ends the application in its own time.
+    };
+
+    // Makes the services: state, clipboard monitor, updates.
+    AppDelegate(Platform platform, Surface surface);
+
+    // Starts watching the clipboard and puts the status item on the desktop.
+    void applicationDidFinishLaunching();
+    // The user started the running application again.
+    void applicationShouldHandleReopen();
+    // The last moment: the process ends when this returns.
+    void applicationShouldTerminate();
+
+    void showAppWindow(AppTab tab) override;
+
+private:
+    Platform platform_;
+    Surface surface_;
+    AppServices services_;
+    std::unique_ptr<StatusBarController> statusBarController_;
+    std::unique_ptr<AppWindowController> appWindowController_;
+};

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <VelmoraMac/AppState.h>
+#include <VelmoraMac/CleanToastPresenter.h>
+#include <VelmoraMac/ClipboardMonitor.h>
+#include <VelmoraMac/Telemetry/TelemetrySink.h>
+#include <VelmoraMac/UpdateController.h>
+#include <VelmoraMac/Updates/UpdateWindow.h>
+#include <VelmoraPlatform/Platform.h>
+
+// The objects that live as long as the process, made in this order.
+class AppServices {
+public:
+    AppServices(const Platform &platform, TelemetrySink &telemetry, PanelFactory &panels,
+                AppWindowFactory &windows);
+
+    [[nodiscard]] AppState &appState() { return appState_; }
+
+    [[nodiscard]] ClipboardMonitor &clipboardMonitor() { return clipboardMonitor_; }
+
+    [[nodiscard]] UpdateController &updateController() { return updateController_; }
+
+private:
+    AppState appState_;
+    CleanToastPresenter notices_;
+    ClipboardMonitor clipboardMonitor_;
+    UpdateWindow updateWindow_;
+    UpdateController updateController_;
+};

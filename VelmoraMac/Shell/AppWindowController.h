@@ -1,0 +1,28 @@
+#pragma once
+
+#include "AppWindow.h"
+#include "NotificationCenter.h"
+
+#include <VelmoraMac/AppState.h>
+#include <VelmoraMac/UpdateController.h>
+
+#include <memory>
+
+// The settings window: made when it is first wanted, then kept with its place and state.
+class AppWindowController {
+public:
+    AppWindowController(AppState &appState, UpdateController &updateController, AppWindowFactory &windows,
+                        NotificationCenter &notifications);
+
+    // Brings the window to the front, above the application in use.
+    void show();
+
+private:
+    [[nodiscard]] std::unique_ptr<AppWindow> makeWindow();
+
+    AppState &appState_;
+    UpdateController &updateController_;
+    AppWindowFactory &windows_;
+    NotificationCenter &notifications_;
+    std::unique_ptr<AppWindow> window_;
+};

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "SystemColors.h"
+
+#include <VelmoraMac/State/AppTypes.h>
+#include <VelmoraMac/VelmoraThemePalette.h>
+
+#include <QObject>
+#include <qqmlintegration.h>
+
+class QQmlEngine;
+
+// What the desktop asks of the views: its appearance and how much may move. One for each QML engine.
+//
+// The composition root sets both and keeps them up to date; the views follow at once.
+class Surroundings : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+    Q_PROPERTY(bool darkAppearance READ darkAppearance WRITE setDarkAppearance NOTIFY darkAppearanceChanged)
+    Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
+    Q_PROPERTY(SystemColors colors READ colors NOTIFY darkAppearanceChanged)
+
+public:
+    explicit Surroundings(QObject *parent = nullptr);
+
+    // The one of `engine`. Null only while the module is not linked in.
+    [[nodiscard]] static Surroundings *in(QQmlEngine &engine);
+    // The one of the engine that made `item`. Null for an object that QML did not create.
+    [[nodiscard]] static Surroundings *of(const QObject *item);
+
+    [[nodiscard]] bool darkAppearance() const { return darkAppearance_; }
+
+    void setDarkAppearance(bool dark);
+
+    // True: springs and repeated motion become short fades.
+    [[nodiscard]] bool reducedMotion() const { return reducedMotion_; }
+
+    void setReducedMotion(bool reduced);
+
+    [[nodiscard]] SystemColors colors() const { return SystemColors::of(darkAppearance_); }
+
+    // The palette of `theme` on a desktop with these `colors`.
+    Q_INVOKABLE static VelmoraThemePalette palette(Velmora::VelmoraTheme theme, const SystemColors &colors);
+    // The opaque material under the theme's backdrop.
+    Q_INVOKABLE static QColor material(const VelmoraThemePalette &palette);
+    // `tint`, made darker or lighter as far as small text of that colour needs it on the theme's panel.
+    Q_INVOKABLE static QColor legible(const QColor &tint, const VelmoraThemePalette &palette);
+    // The same for large text, which needs less.
+    Q_INVOKABLE static QColor legibleLarge(const QColor &tint, const VelmoraThemePalette &palette);
+    // The same for small text in a link row.
+    Q_INVOKABLE static QColor legibleInRow(const QColor &tint, const VelmoraThemePalette &palette);
+
+Q_SIGNALS:
+    void darkAppearanceChanged();
+    void reducedMotionChanged();
+
+private:
+    bool darkAppearance_ = false;
+    bool reducedMotion_ = false;
+};

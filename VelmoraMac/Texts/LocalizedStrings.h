@@ -1,0 +1,32 @@
+#pragma once
+
+#include <VelmoraMac/State/AppTypes.h>
+#include <VelmoraPlatform/SystemLanguage.h>
+
+#include <QObject>
+#include <QString>
+#include <qqmlintegration.h>
+
+// Chooses between the two languages of every visible text. Texts stand as pairs where they are used.
+class LocalizedStrings : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+
+public:
+    // Whose language `AppLanguage::system` follows; English while there is none. Set by the composition root,
+    // which keeps `source` alive.
+    static void setSystemLanguage(const SystemLanguage *source);
+
+    // German for the code "de" exactly, English for every other and for none. Never `system`.
+    [[nodiscard]] static AppLanguage defaultLanguage(const QString &languageCode);
+    // The default for the desktop's language as it is now.
+    [[nodiscard]] static AppLanguage systemDefault();
+
+    Q_INVOKABLE static QString choose(const QString &english, const QString &german,
+                                      Velmora::AppLanguage language);
+    // "3 removed"; there is no singular form.
+    Q_INVOKABLE static QString removedCount(double count, Velmora::AppLanguage language);
+    Q_INVOKABLE static QString languageName(Velmora::AppLanguage named, Velmora::AppLanguage language);
+    Q_INVOKABLE static QString themeName(Velmora::VelmoraTheme named, Velmora::AppLanguage language);
+};

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <VelmoraMac/AppState.h>
+#include <VelmoraMac/Shell/AppWindow.h>
+#include <VelmoraMac/Texts/UpdateTexts.h>
+#include <VelmoraPlatform/UpdateUserDriver.h>
+
+#include <QObject>
+#include <qqmlintegration.h>
+
+// The one window of the updater: what it shows, and the answers given in it. The window exists while
+// something is on show.
+class UpdateWindow : public QObject, public UpdateUserDriver {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the services")
+    Q_PROPERTY(QString headline READ headline NOTIFY changed)
+    Q_PROPERTY(QString message READ message NOTIFY changed)
+    Q_PROPERTY(QString notes READ notes NOTIFY changed)
+    Q_PROPERTY(QString acceptTitle READ acceptTitle NOTIFY changed)
+    Q_PROPERTY(QString dismissTitle READ dismissTitle NOTIFY changed)
+    Q_PROPERTY(QString skipTitle READ skipTitle NOTIFY changed)
+    Q_PROPERTY(bool working READ isWorking NOTIFY changed)
+    Q_PROPERTY(double progress READ progress NOTIFY changed)
+
+public:
+    UpdateWindow(AppState &appState, AppWindowFactory &windows);
+
+    void show(const UpdateReport &report, Attention attention) override;
+    void bringToFront() override;
+    void dismiss() override;
+    void setAnswerHandler(AnswerHandler handler) override;
+
+    [[nodiscard]] QString headline() const { return texts().headline; }
+
+    [[nodiscard]] QString message() const { return texts().message; }
+
+    [[nodiscard]] QString notes() const { return report_.notes; }
+
+    [[nodiscard]] QString acceptTitle() const { return texts().accept; }
+
+    [[nodiscard]] QString dismissTitle() const { return texts().dismiss; }
+
+    [[nodiscard]] QString skipTitle() const { return texts().skip; }
+
+    // Whether something goes on that shows a bar.
+    [[nodiscard]] bool isWorking() const;
+    // From 0 to 1; negative while nobody knows how far it is.
+    [[nodiscard]] double progress() const;
+
+    // The user's answers; those that have no button for the present step are no answers.
+    Q_INVOKABLE void accept();
+    Q_INVOKABLE void close(); // Also the window's own close button.
+    Q_INVOKABLE void skip();
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    [[nodiscard]] UpdateTexts texts() const;
+    void answer(UpdateAnswer answer);
+
+    AppState &appState_;
+    AppWindowFactory &windows_;
+    std::unique_ptr<AppWindow> window_;
+    UpdateReport report_;
+    AnswerHandler answer_;
+};
