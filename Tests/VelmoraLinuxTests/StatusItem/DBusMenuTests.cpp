@@ -5,7 +5,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <Tests/Desktops/SessionBus.h>
+#include <TestBed/SessionBus.h>
 
 #include <memory>
 #include <optional>

@@ -8,8 +8,8 @@
 #include <QTest>
 #include <QTimer>
 
-#include <Tests/Desktops/CopyingProgram.h>
-#include <Tests/Desktops/XServer.h>
+#include <TestBed/CopyingProgram.h>
+#include <TestBed/XServer.h>
 
 #include <algorithm>
 #include <csignal>

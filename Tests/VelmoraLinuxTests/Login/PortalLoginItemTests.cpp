@@ -7,7 +7,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QTest>
 
-#include <Tests/Desktops/SessionBus.h>
+#include <TestBed/SessionBus.h>
 
 #include <optional>
 

@@ -1,4 +1,3 @@
-#include "HttpsTestServer.h"
 #include "TelemetryMarks.h"
 
 #include <VelmoraLinux/Network/QtHttpsClient.h>
@@ -13,6 +12,7 @@
 
 #include <Fakes/FakeServices.h>
 #include <Fakes/RecordingNotices.h>
+#include <TestBed/HttpsTestServer.h>
 
 #include <memory>
 

@@ -1,10 +1,10 @@
-#include "HttpsTestServer.h"
-
 #include <VelmoraLinux/Network/QtHttpsClient.h>
 
 #include <QDir>
 #include <QTcpServer>
 #include <QTest>
+
+#include <TestBed/HttpsTestServer.h>
 
 #include <memory>
 

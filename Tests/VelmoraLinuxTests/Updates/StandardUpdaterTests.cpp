@@ -1,4 +1,3 @@
-#include "HttpsTestServer.h"
 #include "TestArchive.h"
 
 #include <VelmoraLinux/Time/EventLoopScheduler.h>
@@ -14,6 +13,7 @@
 #include <Fakes/FakeBundleInfo.h>
 #include <Fakes/MemoryDefaultsStore.h>
 #include <Fakes/RecordingUpdateDriver.h>
+#include <TestBed/HttpsTestServer.h>
 #include <sys/resource.h>
 
 #include <csignal>

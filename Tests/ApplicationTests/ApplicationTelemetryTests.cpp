@@ -1,4 +1,3 @@
-#include "HttpsTestServer.h"
 #include "TelemetryMarks.h"
 
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
@@ -19,8 +18,9 @@
 #include <QSet>
 #include <QTest>
 
-#include <Tests/Desktops/CopyingProgram.h>
-#include <Tests/Desktops/XServer.h>
+#include <TestBed/CopyingProgram.h>
+#include <TestBed/HttpsTestServer.h>
+#include <TestBed/XServer.h>
 
 #include <csignal>
 #include <memory>

@@ -6,7 +6,7 @@
 #include <QPalette>
 #include <QTest>
 
-#include <Tests/Desktops/SessionBus.h>
+#include <TestBed/SessionBus.h>
 
 #include <memory>
 #include <optional>

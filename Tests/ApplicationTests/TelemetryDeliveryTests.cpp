@@ -1,5 +1,3 @@
-#include "HttpsTestServer.h"
-
 #include <VelmoraLinux/Network/QtHttpsClient.h>
 #include <VelmoraLinux/Time/EventLoopScheduler.h>
 #include <VelmoraMac/TelemetryService.h>
@@ -10,6 +8,7 @@
 #include <QTest>
 
 #include <Fakes/FakeServices.h>
+#include <TestBed/HttpsTestServer.h>
 
 #include <memory>
 

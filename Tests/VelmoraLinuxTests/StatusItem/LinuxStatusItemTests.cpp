@@ -4,7 +4,7 @@
 #include <QDBusPendingCall>
 #include <QTest>
 
-#include <Tests/Desktops/SessionBus.h>
+#include <TestBed/SessionBus.h>
 
 #include <memory>
 #include <optional>

@@ -12,12 +12,12 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <Tests/Desktops/CopyingProgram.h>
-#include <Tests/Desktops/XServer.h>
-#include <Tests/Fakes/FakeBundleInfo.h>
-#include <Tests/Fakes/FakeLoginItem.h>
-#include <Tests/Fakes/RecordingNotices.h>
-#include <Tests/Fakes/RecordingTelemetrySink.h>
+#include <Fakes/FakeBundleInfo.h>
+#include <Fakes/FakeLoginItem.h>
+#include <Fakes/RecordingNotices.h>
+#include <Fakes/RecordingTelemetrySink.h>
+#include <TestBed/CopyingProgram.h>
+#include <TestBed/XServer.h>
 
 #include <algorithm>
 #include <memory>

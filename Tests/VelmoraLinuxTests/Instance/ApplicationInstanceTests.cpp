@@ -9,7 +9,7 @@
 #include <QTest>
 #include <QThread>
 
-#include <Tests/Desktops/SessionBus.h>
+#include <TestBed/SessionBus.h>
 
 #include <memory>
 #include <optional>

@@ -4,9 +4,9 @@
 #include <QElapsedTimer>
 #include <QTest>
 
-#include <Tests/Desktops/CopyingProgram.h>
-#include <Tests/Desktops/XServer.h>
-#include <Tests/Fakes/VirtualTime.h>
+#include <Fakes/VirtualTime.h>
+#include <TestBed/CopyingProgram.h>
+#include <TestBed/XServer.h>
 
 #include <cstring>
 #include <memory>

@@ -1,5 +1,3 @@
-#include "HttpsTestServer.h"
-
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
 #include <VelmoraMac/Telemetry/TelemetryEnvelope.h>
 
@@ -11,6 +9,8 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
+
+#include <TestBed/HttpsTestServer.h>
 
 #include <memory>
 

@@ -5,8 +5,8 @@
 #include <QElapsedTimer>
 #include <QTest>
 
-#include <Tests/Desktops/CopyingProgram.h>
-#include <Tests/Desktops/XServer.h>
+#include <TestBed/CopyingProgram.h>
+#include <TestBed/XServer.h>
 
 #include <optional>
 
