@@ -3,7 +3,7 @@
 #include <VelmoraCore/LinkDetector.h>
 #include <VelmoraCore/Unicode.h>
 #include <VelmoraMac/State/IgnoredDomains.h>
-#include <VelmoraMac/Telemetry/TelemetryProperties.h>
+#include <VelmoraMac/Telemetry/CountBuckets.h>
 #include <VelmoraMac/Texts/LocalizedStrings.h>
 
 #include <QUuid>
@@ -194,6 +194,17 @@ void AppState::setAppTheme(const VelmoraTheme &theme)
     services_.defaults.setString(appThemeKey, rawValue(theme));
     if (differs)
         services_.telemetry.track(TelemetryEventName::themeChanged, *this);
+}
+
+TelemetrySink::Properties AppState::telemetryProperties() const
+{
+    const QString unattended = askBeforeCleaningEnabled_ ? u"ask"_s : u"auto"_s;
+    return {
+        {u"app_language"_s, rawValue(language_)},
+        {u"cleaning_mode"_s, autoCleanEnabled_ ? unattended : u"manual"_s},
+        {u"theme"_s, rawValue(appTheme_)},
+        {u"cleaned_count_bucket"_s, cleanedCountBucket(totalCleaned_)},
+    };
 }
 
 std::set<std::string> AppState::ignoredHosts() const

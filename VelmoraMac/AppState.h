@@ -109,6 +109,10 @@ public:
     // The hosts that are never cleaned, in lower case, as UTF-8.
     [[nodiscard]] std::set<std::string> ignoredHosts() const;
 
+    // What every event says about the settings and, in coarse ranges, the counters; never anything the user
+    // copied. The cleaning mode is "manual" while cleaning is paused, else "ask" or "auto".
+    [[nodiscard]] TelemetrySink::Properties telemetryProperties() const;
+
     // Counts a cleaning that was written to the clipboard, enters it into the history and reports it.
     void record(const CleaningResult &result);
 

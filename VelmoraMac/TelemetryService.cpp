@@ -71,7 +71,8 @@ void TelemetryService::track(TelemetryEventName event, const AppState &state,
 {
     if (!state.telemetryEnabled() || !services_.endpoint)
         return;
-    Properties properties = baseProperties(state, services_.bundle);
+    Properties properties = programProperties(services_.bundle);
+    properties.insert(state.telemetryProperties());
     properties.insert(extraProperties);
     queue_.append(
         {newIdentifier(), wireName(event), installID(), toTheSecond(services_.clock.now()), properties});

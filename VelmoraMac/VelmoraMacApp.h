@@ -1,10 +1,10 @@
 #pragma once
 
+#include "AppDelegate.h"
 #include "TelemetryService.h"
 
 #include <VelmoraMac/QuickViews/QuickMenuPresenter.h>
 #include <VelmoraMac/QuickViews/QuickViews.h>
-#include <VelmoraMac/Shell/AppDelegate.h>
 #include <VelmoraMac/Shell/NotificationCenter.h>
 #include <VelmoraPlatform/Platform.h>
 

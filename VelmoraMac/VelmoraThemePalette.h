@@ -1,7 +1,8 @@
 #pragma once
 
+#include "SystemColors.h"
+
 #include <VelmoraMac/State/AppTypes.h>
-#include <VelmoraMac/StyleKit/SystemColors.h>
 
 #include <QColor>
 #include <QList>

@@ -104,7 +104,8 @@ QQuickItem *Stage::showDetails(const CleanHistoryEntry &entry)
 QQuickItem *Stage::showUpdate(const UpdateReport &report, QSize size)
 {
     updateWindow->show(report, UpdateUserDriver::Attention::front);
-    return show(u"Updates/UpdateView"_s, {{u"updateWindow"_s, QVariant::fromValue(updateWindow.get())}}, size);
+    return show(u"Updates/UpdateView"_s, {{u"updateWindow"_s, QVariant::fromValue(updateWindow.get())}},
+                size);
 }
 
 void Stage::pass(std::chrono::milliseconds time)

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "SystemColors.h"
-
 #include <VelmoraMac/State/AppTypes.h>
+#include <VelmoraMac/SystemColors.h>
 #include <VelmoraMac/VelmoraThemePalette.h>
 
 #include <QObject>

@@ -1,7 +1,5 @@
 #include "TelemetryProperties.h"
 
-#include <VelmoraMac/AppState.h>
-
 #include <QSysInfo>
 
 #include <algorithm>
@@ -18,25 +16,14 @@ QString leadingNumber(const QString &text)
 
 } // namespace
 
-TelemetrySink::Properties baseProperties(const AppState &state, const BundleInfo &bundle)
+TelemetrySink::Properties programProperties(const BundleInfo &bundle)
 {
     return {
         {u"app_version"_s, bundle.value(u"CFBundleShortVersionString").toString(u"0.1.9"_s)},
         {u"build_number"_s, bundle.value(u"CFBundleVersion").toString(u"10"_s)},
         {u"macos_major_version"_s, majorVersion(QSysInfo::productVersion(), QSysInfo::kernelVersion())},
         {u"architecture"_s, u"arm64"_s}, // A fixed value: receivers know no other.
-        {u"app_language"_s, rawValue(state.language())},
-        {u"cleaning_mode"_s, cleaningMode(state)},
-        {u"theme"_s, rawValue(state.appTheme())},
-        {u"cleaned_count_bucket"_s, cleanedCountBucket(state.totalCleaned())},
     };
-}
-
-QString cleaningMode(const AppState &state)
-{
-    if (!state.autoCleanEnabled())
-        return u"manual"_s;
-    return state.askBeforeCleaningEnabled() ? u"ask"_s : u"auto"_s;
 }
 
 QString majorVersion(const QString &systemVersion, const QString &kernelVersion)
@@ -46,30 +33,4 @@ QString majorVersion(const QString &systemVersion, const QString &kernelVersion)
             return number;
     }
     return u"0"_s;
-}
-
-QString cleanedCountBucket(qint64 count)
-{
-    if (count <= 0)
-        return u"0"_s;
-    if (count <= 5)
-        return u"1-5"_s;
-    if (count <= 25)
-        return u"6-25"_s;
-    if (count <= 100)
-        return u"26-100"_s;
-    return u"100+"_s;
-}
-
-QString removedParameterCountBucket(qint64 count)
-{
-    if (count <= 0)
-        return u"0"_s;
-    if (count <= 2)
-        return u"1-2"_s;
-    if (count <= 5)
-        return u"3-5"_s;
-    if (count <= 10)
-        return u"6-10"_s;
-    return u"10+"_s;
 }

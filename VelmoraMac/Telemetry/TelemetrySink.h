@@ -13,7 +13,7 @@ public:
     using Properties = QMap<QString, QString>;
 
     virtual ~TelemetrySink() = default;
-    // Reports `event` with `state` as it is now. `extraProperties` replace base properties of the same name.
+    // Reports `event` with `state` as it is now. `extraProperties` replace others of the same name.
     virtual void track(TelemetryEventName event, const AppState &state,
                        const Properties &extraProperties = {}) = 0;
 };

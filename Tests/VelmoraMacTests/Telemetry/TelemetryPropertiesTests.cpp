@@ -2,7 +2,7 @@
 
 #include <QTest>
 
-#include <Fakes/FakeServices.h>
+#include <Fakes/FakeBundleInfo.h>
 
 using namespace Qt::StringLiterals;
 
@@ -25,80 +25,25 @@ private Q_SLOTS:
                               u"ignored_domain_removed"_s, u"theme_changed"_s, u"language_changed"_s}));
     }
 
-    void countsFallIntoTheirBuckets_data()
+    void thePropertiesNameTheBuildAndTheSystem()
     {
-        QTest::addColumn<qint64>("count");
-        QTest::addColumn<QString>("cleaned");
-        QTest::addColumn<QString>("removed");
-        const auto row = [](qint64 count, const QString &cleaned, const QString &removed) {
-            QTest::addRow("%lld", count) << count << cleaned << removed;
-        };
-        row(0, u"0"_s, u"0"_s);
-        row(1, u"1-5"_s, u"1-2"_s);
-        row(2, u"1-5"_s, u"1-2"_s);
-        row(3, u"1-5"_s, u"3-5"_s);
-        row(5, u"1-5"_s, u"3-5"_s);
-        row(6, u"6-25"_s, u"6-10"_s);
-        row(10, u"6-25"_s, u"6-10"_s);
-        row(11, u"6-25"_s, u"10+"_s);
-        row(25, u"6-25"_s, u"10+"_s);
-        row(26, u"26-100"_s, u"10+"_s);
-        row(100, u"26-100"_s, u"10+"_s);
-        row(101, u"100+"_s, u"10+"_s);
-    }
-
-    void countsFallIntoTheirBuckets()
-    {
-        QFETCH(qint64, count);
-        QFETCH(QString, cleaned);
-        QFETCH(QString, removed);
-        QCOMPARE(cleanedCountBucket(count), cleaned);
-        QCOMPARE(removedParameterCountBucket(count), removed);
-    }
-
-    void theCleaningModeIsManualWheneverCleaningIsPaused()
-    {
-        FakeServices fakes;
-        AppState state(fakes.services());
-        QCOMPARE(cleaningMode(state), u"auto"_s);
-        state.setAskBeforeCleaningEnabled(true);
-        QCOMPARE(cleaningMode(state), u"ask"_s);
-        state.setAutoCleanEnabled(false);
-        QCOMPARE(cleaningMode(state), u"manual"_s);
-        state.setAskBeforeCleaningEnabled(false);
-        QCOMPARE(cleaningMode(state), u"manual"_s);
-    }
-
-    void thePropertiesAreTheEightOfTheStateAsItIsNow()
-    {
-        FakeServices fakes;
-        fakes.bundle.values = {{u"CFBundleShortVersionString"_s, u"1.2.3"_s},
-                               {u"CFBundleVersion"_s, u"77"_s}};
-        fakes.defaults.place(u"totalCleaned"_s, qint64(101));
-        AppState state(fakes.services());
-        state.setLanguage(AppLanguage::system);
-        state.setAppTheme(VelmoraTheme::ocean);
-
-        TelemetrySink::Properties properties = baseProperties(state, fakes.bundle);
+        FakeBundleInfo bundle;
+        bundle.values = {{u"CFBundleShortVersionString"_s, u"1.2.3"_s}, {u"CFBundleVersion"_s, u"77"_s}};
+        TelemetrySink::Properties properties = programProperties(bundle);
         QVERIFY(properties.take(u"macos_major_version"_s).toLongLong() > 0);
         QCOMPARE(properties, TelemetrySink::Properties({{u"app_version"_s, u"1.2.3"_s},
                                                         {u"build_number"_s, u"77"_s},
-                                                        {u"architecture"_s, u"arm64"_s},
-                                                        {u"app_language"_s, u"system"_s},
-                                                        {u"cleaning_mode"_s, u"auto"_s},
-                                                        {u"theme"_s, u"ocean"_s},
-                                                        {u"cleaned_count_bucket"_s, u"100+"_s}}));
+                                                        {u"architecture"_s, u"arm64"_s}}));
     }
 
     void versionsThatAreMissingOrNoTextsHaveFixedValues()
     {
-        FakeServices fakes;
-        const AppState state(fakes.services());
-        QCOMPARE(baseProperties(state, fakes.bundle)[u"app_version"_s], u"0.1.9"_s);
-        QCOMPARE(baseProperties(state, fakes.bundle)[u"build_number"_s], u"10"_s);
-        fakes.bundle.values = {{u"CFBundleShortVersionString"_s, 2}, {u"CFBundleVersion"_s, true}};
-        QCOMPARE(baseProperties(state, fakes.bundle)[u"app_version"_s], u"0.1.9"_s);
-        QCOMPARE(baseProperties(state, fakes.bundle)[u"build_number"_s], u"10"_s);
+        FakeBundleInfo bundle;
+        QCOMPARE(programProperties(bundle)[u"app_version"_s], u"0.1.9"_s);
+        QCOMPARE(programProperties(bundle)[u"build_number"_s], u"10"_s);
+        bundle.values = {{u"CFBundleShortVersionString"_s, 2}, {u"CFBundleVersion"_s, true}};
+        QCOMPARE(programProperties(bundle)[u"app_version"_s], u"0.1.9"_s);
+        QCOMPARE(programProperties(bundle)[u"build_number"_s], u"10"_s);
     }
 
     void theMajorVersionIsAPlainNumber_data()

@@ -1,4 +1,4 @@
-#include <VelmoraMac/Shell/AppDelegate.h>
+#include <VelmoraMac/AppDelegate.h>
 
 #include <QTest>
 

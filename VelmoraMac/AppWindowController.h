@@ -1,10 +1,10 @@
 #pragma once
 
-#include "AppWindow.h"
-#include "NotificationCenter.h"
+#include "AppState.h"
+#include "UpdateController.h"
 
-#include <VelmoraMac/AppState.h>
-#include <VelmoraMac/UpdateController.h>
+#include <VelmoraMac/Shell/AppWindow.h>
+#include <VelmoraMac/Shell/NotificationCenter.h>
 
 #include <memory>
 

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "AppServices.h"
-#include "AppWindow.h"
 #include "AppWindowController.h"
-#include "AppWindowPresenting.h"
-#include "NotificationCenter.h"
+#include "StatusBarController.h"
+#include "TelemetryService.h"
 
-#include <VelmoraMac/StatusBarController.h>
-#include <VelmoraMac/TelemetryService.h>
+#include <VelmoraMac/Shell/AppWindow.h>
+#include <VelmoraMac/Shell/AppWindowPresenting.h>
+#include <VelmoraMac/Shell/NotificationCenter.h>
 
 #include <QImage>
 

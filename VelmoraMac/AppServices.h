@@ -1,10 +1,11 @@
 #pragma once
 
-#include <VelmoraMac/AppState.h>
-#include <VelmoraMac/CleanToastPresenter.h>
-#include <VelmoraMac/ClipboardMonitor.h>
+#include "AppState.h"
+#include "CleanToastPresenter.h"
+#include "ClipboardMonitor.h"
+#include "UpdateController.h"
+
 #include <VelmoraMac/Telemetry/TelemetrySink.h>
-#include <VelmoraMac/UpdateController.h>
 #include <VelmoraMac/Updates/UpdateWindow.h>
 #include <VelmoraPlatform/Platform.h>
 

@@ -1,4 +1,4 @@
-#include <VelmoraMac/Shell/AppWindowController.h>
+#include <VelmoraMac/AppWindowController.h>
 
 #include <QTest>
 
