@@ -8,20 +8,27 @@ import unittest
 TOOLS = pathlib.Path(sys.argv.pop())
 
 
-def run(check, files):
+def run(check, files, *options):
     with tempfile.TemporaryDirectory() as top:
         for name, text in files.items():
             path = pathlib.Path(top, name)
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text(text, encoding="utf-8")
-        return subprocess.run([TOOLS / check, top], capture_output=True, text=True, check=False)
+        return subprocess.run([TOOLS / check, *options, top], capture_output=True, text=True, check=False)
 
 
 class Arrows(unittest.TestCase):
+    def result(self, files, *options):
+        return run("check-arrows", {"VelmoraCore/Empty.h": "", **files}, *options)
+
     def broken(self, name, include):
-        result = run("check-arrows", {"VelmoraCore/Empty.h": "", name: f"#pragma once\n#include <{include}>\n"})
+        result = self.result({name: f"#pragma once\n#include <{include}>\n"})
         self.assertEqual(result.returncode, 1, name)
         self.assertIn(f"{name}:2:", result.stderr)
+
+    def kept(self, files):
+        result = self.result(files)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
 
     def test_an_engine_that_includes_qt_is_reported(self):
         self.broken("VelmoraCore/LinkCleaner.cpp", "QString")
@@ -32,16 +39,63 @@ class Arrows(unittest.TestCase):
     def test_an_application_that_includes_a_back_end_is_reported(self):
         self.broken("VelmoraMac/AppState.cpp", "VelmoraLinux/Clipboard/X11Pasteboard.h")
 
-    def test_state_that_includes_the_screens_is_reported(self):
-        self.broken("VelmoraMac/AppState.h", "QQuickWindow")
-
     def test_a_back_end_that_includes_the_application_is_reported(self):
         self.broken("VelmoraLinux/Clipboard/X11Pasteboard.cpp", "VelmoraMac/AppState.h")
 
     def test_the_composition_root_may_name_both(self):
-        result = run("check-arrows", {"VelmoraCore/Empty.h": "",
-                                      "VelmoraLinux/main.cpp": "#include <VelmoraMac/AppState.h>\n"})
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.kept({"VelmoraLinux/main.cpp": "#include <VelmoraMac/AppState.h>\n"})
+
+    def test_state_that_includes_the_screens_is_reported(self):
+        self.broken("VelmoraMac/AppState.h", "QQuickWindow")
+        self.broken("VelmoraMac/State/IgnoredDomains.cpp", "QGuiApplication")
+
+    def test_state_that_includes_a_controller_is_reported(self):
+        self.broken("VelmoraMac/State/CleaningResult.h", "VelmoraMac/StatusBarController.h")
+
+    def test_style_that_includes_state_is_reported(self):
+        for folder in ("StyleKit", "Drawing", "Motion", "Controls"):
+            self.broken(f"VelmoraMac/{folder}/Any.cpp", "VelmoraMac/AppState.h")
+            self.broken(f"VelmoraMac/{folder}/Any.cpp", "VelmoraMac/State/CleaningResult.h")
+
+    def test_a_controller_that_includes_a_view_is_reported(self):
+        self.broken("VelmoraMac/StatusBarController.cpp", "VelmoraMac/QuickViews/QuickPanel.h")
+
+    def test_a_folder_without_a_layer_is_reported(self):
+        self.broken("VelmoraMac/Elsewhere/Any.h", "QString")
+
+    def test_includes_that_follow_the_layers_are_fine(self):
+        self.kept({"VelmoraMac/StatusBarController.h": "#include \"AppState.h\"\n#include <VelmoraMac/Shell/Panel.h>\n",
+                   "VelmoraMac/StyleKit/Surroundings.h": "#include <VelmoraMac/State/AppTypes.h>\n",
+                   "VelmoraMac/QuickViews/QuickPanel.h": "#include <QQuickView>\n#include <VelmoraMac/Shell/Panel.h>\n",
+                   "VelmoraMac/AppState.h": "", "VelmoraMac/Shell/Panel.h": "", "VelmoraMac/State/AppTypes.h": ""})
+
+    def test_style_in_qml_that_names_state_or_another_view_is_reported(self):
+        for line in ("required property AppState appState", "PopoverHeader { }", "required property cleaningResult result"):
+            result = self.result({"VelmoraMac/StyleKit/StatTile.qml": f"Item {{\n    {line}\n}}\n",
+                                  "VelmoraMac/Popover/PopoverHeader.qml": "Item { }\n"})
+            self.assertEqual(result.returncode, 1, line)
+            self.assertIn("VelmoraMac/StyleKit/StatTile.qml:2:", result.stderr)
+
+    def test_views_in_qml_may_name_state_and_style(self):
+        self.kept({"VelmoraMac/StyleKit/StatTile.qml": "FocusRing { } // Not of an AppState.\n",
+                   "VelmoraMac/Controls/FocusRing.qml": "Item { }\n",
+                   "VelmoraMac/Popover/PopoverStats.qml": "StatTile { required property AppState appState }\n"})
+
+    def test_folders_that_include_each_other_are_reported_with_their_includes(self):
+        result = self.result({"VelmoraLinux/Login/A.h": "#include <VelmoraLinux/Updates/B.h>\n",
+                              "VelmoraLinux/Updates/B.h": "#include \"C.h\"\n",
+                              "VelmoraLinux/Updates/C.h": "#include <VelmoraLinux/Process/D.h>\n",
+                              "VelmoraLinux/Process/D.h": "#include <VelmoraLinux/Login/A.h>\n"})
+        self.assertEqual(result.returncode, 1)
+        for source in ("Login/A.h:1", "Updates/C.h:1", "Process/D.h:1"):
+            self.assertIn(f"VelmoraLinux/{source}: the circle ", result.stderr)
+        self.assertNotIn("Updates/B.h:1", result.stderr)
+
+    def test_the_graph_names_the_lowest_folder_first(self):
+        result = self.result({"VelmoraLinux/Login/A.h": "#include <VelmoraLinux/Process/D.h>\n#include <QString>\n",
+                              "VelmoraLinux/Process/D.h": ""}, "--graph")
+        self.assertEqual(result.stdout, "VelmoraLinux/Process\n"
+                                        "VelmoraLinux/Login -> VelmoraLinux/Process\n")
 
     def test_a_folder_that_is_not_the_project_is_refused(self):
         self.assertEqual(run("check-arrows", {"README.md": ""}).returncode, 1)
