@@ -21,12 +21,19 @@ public:
 
     void startOver() { generation_ = std::make_shared<char>(); }
 
+    // For late replies: calls `action` as long as the present round lasts, and does nothing afterwards.
+    template<typename Action>
+    [[nodiscard]] auto guarded(Action action) const
+    {
+        return [round = std::weak_ptr(generation_), action = std::move(action)](auto &&...arguments) {
+            if (!round.expired())
+                action(std::forward<decltype(arguments)>(arguments)...);
+        };
+    }
+
     void after(std::chrono::nanoseconds delay, Scheduler::Step step)
     {
-        scheduler_.after(delay, [round = std::weak_ptr(generation_), step = std::move(step)] {
-            if (!round.expired())
-                step();
-        });
+        scheduler_.after(delay, guarded(std::move(step)));
     }
 
 private:

@@ -20,9 +20,10 @@
 //   dies             ends when it is asked for the text
 //   pieces-die, pieces-stall, pieces-endless                after the first piece
 //   pieces-lie       announces 100 MiB
+#include <VelmoraLinux/X11/XcbServer.h>
+
 #include <poll.h>
 #include <unistd.h>
-#include <xcb/xcb.h>
 #include <xcb/xfixes.h>
 
 #include <array>
@@ -40,13 +41,6 @@ namespace {
 
 constexpr std::size_t kLargestWhole = 200000;
 constexpr std::size_t kSmallPiece = 1000;
-
-struct Free {
-    void operator()(void *memory) const { std::free(memory); } // NOLINT(*-no-malloc): xcb asks for it.
-};
-
-template<typename Type>
-using Owned = std::unique_ptr<Type, Free>;
 
 class SelectionOwner {
 public:
@@ -114,7 +108,7 @@ SelectionOwner::SelectionOwner()
 int SelectionOwner::run()
 {
     while (true) {
-        while (const Owned<xcb_generic_event_t> event{xcb_poll_for_event(x_)})
+        while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(x_)})
             handle(*event);
         xcb_flush(x_);
         if (xcb_connection_has_error(x_) != 0)
@@ -296,14 +290,14 @@ xcb_atom_t SelectionOwner::atom(const std::string &name)
     const auto [place, isNew] = atoms_.try_emplace(name, XCB_NONE);
     if (isNew) {
         const auto cookie = xcb_intern_atom(x_, 0, static_cast<std::uint16_t>(name.size()), name.data());
-        place->second = Owned<xcb_intern_atom_reply_t>(xcb_intern_atom_reply(x_, cookie, nullptr))->atom;
+        place->second = XcbReply<xcb_intern_atom_reply_t>(xcb_intern_atom_reply(x_, cookie, nullptr))->atom;
     }
     return place->second;
 }
 
 std::string SelectionOwner::nameOf(xcb_atom_t atom)
 {
-    const Owned<xcb_get_atom_name_reply_t> reply(
+    const XcbReply<xcb_get_atom_name_reply_t> reply(
         xcb_get_atom_name_reply(x_, xcb_get_atom_name(x_, atom), nullptr));
     return reply ? std::string(xcb_get_atom_name_name(reply.get()),
                                static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get())))

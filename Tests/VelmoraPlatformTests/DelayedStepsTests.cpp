@@ -64,6 +64,22 @@ private Q_SLOTS:
         QVERIFY(!steps);
         QVERIFY(!second);
     }
+
+    void guardedCallsEndWithTheirRound()
+    {
+        VirtualTime time;
+        auto steps = std::make_unique<DelayedSteps>(time);
+        QList<int> replies;
+        const auto first = steps->guarded([&](int reply) { replies.append(reply); });
+        first(1);
+        steps->startOver();
+        const auto second = steps->guarded([&](int reply) { replies.append(reply); });
+        first(2);
+        second(3);
+        steps.reset();
+        second(4);
+        QCOMPARE(replies, QList<int>({1, 3}));
+    }
 };
 
 QTEST_GUILESS_MAIN(DelayedStepsTests)

@@ -44,9 +44,10 @@ SelectionReader::SelectionReader(XcbConnection &connection, Scheduler &scheduler
     , limits_(limits)
     , time_(time)
     , done_(std::move(done))
-    , window_(connection.makeWindow())
+    , requestor_(connection.makeWindow())
     , begun_(scheduler.now())
     , lastProgress_(begun_)
+    , steps_(scheduler)
 {
     convert(Step::targets, connection_.atom(XcbAtom::targets));
     watch(std::min(limits_.silence, limits_.total));
@@ -54,34 +55,34 @@ SelectionReader::SelectionReader(XcbConnection &connection, Scheduler &scheduler
 
 SelectionReader::~SelectionReader()
 {
-    if (window_ != XCB_NONE && !connection_.isLost())
-        connection_.destroyWindow(window_);
+    if (requestor_ != XCB_NONE && !connection_.isLost())
+        connection_.destroyWindow(requestor_);
 }
 
-std::optional<xcb_window_t> SelectionReader::releaseAwaitedWindow()
+std::optional<xcb_window_t> SelectionReader::releasePendingRequestor()
 {
-    if (!isAwaited_)
+    if (!isPending_)
         return std::nullopt;
-    return std::exchange(window_, XCB_NONE);
+    return std::exchange(requestor_, XCB_NONE);
 }
 
 void SelectionReader::convert(Step step, xcb_atom_t target)
 {
     step_ = step;
     target_ = target;
-    isAwaited_ = true;
-    isInPieces_ = false;
+    isPending_ = true;
+    isIncremental_ = false;
     answer_ = {};
-    xcb_convert_selection(connection_.raw(), window_, connection_.atom(XcbAtom::clipboard), target,
+    xcb_convert_selection(connection_.raw(), requestor_, connection_.atom(XcbAtom::clipboard), target,
                           connection_.atom(XcbAtom::transfer), time_);
     connection_.flush();
 }
 
 void SelectionReader::handleSelectionNotify(const xcb_selection_notify_event_t &event)
 {
-    if (!isAwaited_ || event.target != target_)
+    if (!isPending_ || event.target != target_)
         return;
-    isAwaited_ = false;
+    isPending_ = false;
     noteProgress();
     if (event.property == connection_.atom(XcbAtom::transfer))
         fetch();
@@ -91,7 +92,7 @@ void SelectionReader::handleSelectionNotify(const xcb_selection_notify_event_t &
 
 void SelectionReader::handlePropertyNotify(const xcb_property_notify_event_t &event)
 {
-    if (isInPieces_ && event.state == XCB_PROPERTY_NEW_VALUE &&
+    if (isIncremental_ && event.state == XCB_PROPERTY_NEW_VALUE &&
         event.atom == connection_.atom(XcbAtom::transfer))
         fetch();
 }
@@ -105,12 +106,9 @@ void SelectionReader::fetch()
 
 void SelectionReader::fetchRest()
 {
-    connection_.readProperty(window_, connection_.atom(XcbAtom::transfer), true,
+    connection_.readProperty(requestor_, connection_.atom(XcbAtom::transfer), true,
                              static_cast<std::uint32_t>(received_ / 4), kWordsAtOnce,
-                             [this, alive = std::weak_ptr(alive_)](const xcb_get_property_reply_t *reply) {
-                                 if (!alive.expired())
-                                     receive(reply);
-                             });
+                             steps_.guarded([this](const auto *reply) { receive(reply); }));
 }
 
 void SelectionReader::receive(const xcb_get_property_reply_t *reply)
@@ -118,10 +116,10 @@ void SelectionReader::receive(const xcb_get_property_reply_t *reply)
     noteProgress();
     if (reply == nullptr)
         return finish(std::nullopt);
-    if (reply->type == XCB_NONE) // Announced, but not there. A piece that was fetched before is no news.
-        return isInPieces_ ? void() : use({});
-    if (!isInPieces_ && reply->type == connection_.atom(XcbAtom::incr))
-        return beginPieces(*reply);
+    if (reply->type == XCB_NONE) // Named, but not there; or the notice of a chunk that was read before.
+        return isIncremental_ ? void() : use({});
+    if (!isIncremental_ && reply->type == connection_.atom(XcbAtom::incr))
+        return beginIncremental(*reply);
 
     const auto *bytes = static_cast<const char *>(xcb_get_property_value(reply));
     const auto size = static_cast<std::size_t>(xcb_get_property_value_length(reply));
@@ -130,26 +128,26 @@ void SelectionReader::receive(const xcb_get_property_reply_t *reply)
         return finish(std::nullopt);
     answer_.type = reply->type;
     answer_.format = reply->format;
-    const bool isEndOfPieces = isInPieces_ && received_ == 0 && size == 0;
-    if (isEndOfPieces)
+    const bool isEndMarker = isIncremental_ && received_ == 0 && size == 0;
+    if (isEndMarker)
         return use(std::exchange(answer_, {}));
     answer_.bytes.append(bytes, size);
     received_ += size;
     if (reply->bytes_after > 0)
         return size > 0 ? fetchRest() : finish(std::nullopt);
-    if (!isInPieces_)
+    if (!isIncremental_)
         use(std::exchange(answer_, {}));
 }
 
-// The owner begins to send as soon as its announcement is removed, which reading it has done.
-void SelectionReader::beginPieces(const xcb_get_property_reply_t &reply)
+// INCR: the owner begins to send when its size property is deleted, which reading it has done.
+void SelectionReader::beginIncremental(const xcb_get_property_reply_t &reply)
 {
-    std::uint32_t announced = 0; // At least this many bytes will come.
+    std::uint32_t announcedSize = 0; // At least this many bytes will come.
     if (reply.format == 32 && reply.value_len > 0)
-        std::memcpy(&announced, xcb_get_property_value(&reply), sizeof announced);
-    if (announced > limits_.bytes || reply.bytes_after > 0)
+        std::memcpy(&announcedSize, xcb_get_property_value(&reply), sizeof announcedSize);
+    if (announcedSize > limits_.bytes || reply.bytes_after > 0)
         return finish(std::nullopt);
-    isInPieces_ = true;
+    isIncremental_ = true;
     answer_ = {};
 }
 
@@ -161,7 +159,7 @@ void SelectionReader::use(const Answer &answer)
     case Step::hint: // A mark that cannot be read counts as well.
         if (answer.type == XCB_NONE || answer.format != 8 || answer.bytes.starts_with("secret"))
             return finish(std::nullopt);
-        return tryNextForm();
+        return tryNextTarget();
     case Step::text:
         return useText(answer);
     }
@@ -173,42 +171,42 @@ void SelectionReader::useTargets(const Answer &answer)
     const std::array known = {xcb_atom_t(XCB_ATOM_STRING), connection_.atom(XcbAtom::plainTextUtf8),
                               connection_.atom(XcbAtom::utf8String)};
     if (answer.type == XCB_NONE) { // An old program without a list; it cannot mark anything as secret either.
-        forms_ = {known.front(), known.back()};
-        return tryNextForm();
+        targets_ = {known.front(), known.back()};
+        return tryNextTarget();
     }
     const bool isList = answer.type == XCB_ATOM_ATOM || answer.type == connection_.atom(XcbAtom::targets);
     if (!isList || answer.format != 32)
         return finish(std::nullopt);
     const std::vector<xcb_atom_t> offered = atomsIn(answer.bytes);
-    const auto isOffered = [&offered](xcb_atom_t form) {
-        return std::find(offered.begin(), offered.end(), form) != offered.end();
+    const auto isOffered = [&offered](xcb_atom_t target) {
+        return std::find(offered.begin(), offered.end(), target) != offered.end();
     };
-    std::copy_if(known.begin(), known.end(), std::back_inserter(forms_), isOffered);
+    std::copy_if(known.begin(), known.end(), std::back_inserter(targets_), isOffered);
     const xcb_atom_t hint = connection_.atom(XcbAtom::passwordManagerHint);
-    if (!forms_.empty() && isOffered(hint))
+    if (!targets_.empty() && isOffered(hint))
         return convert(Step::hint, hint);
-    tryNextForm();
+    tryNextTarget();
 }
 
 void SelectionReader::useText(const Answer &answer)
 {
     if (answer.format != 8)
-        return tryNextForm();
+        return tryNextTarget();
     if (answer.type == connection_.atom(XcbAtom::utf8String) ||
         answer.type == connection_.atom(XcbAtom::plainTextUtf8))
         return finish(answer.bytes);
     if (answer.type == XCB_ATOM_STRING)
         return finish(utf8FromLatin1(answer.bytes));
-    tryNextForm();
+    tryNextTarget();
 }
 
-void SelectionReader::tryNextForm()
+void SelectionReader::tryNextTarget()
 {
-    if (forms_.empty())
+    if (targets_.empty())
         return finish(std::nullopt);
-    const xcb_atom_t form = forms_.back();
-    forms_.pop_back();
-    convert(Step::text, form);
+    const xcb_atom_t target = targets_.back();
+    targets_.pop_back();
+    convert(Step::text, target);
 }
 
 void SelectionReader::noteProgress()
@@ -218,9 +216,7 @@ void SelectionReader::noteProgress()
 
 void SelectionReader::watch(std::chrono::nanoseconds delay)
 {
-    scheduler_.after(delay, [this, alive = std::weak_ptr(alive_)] {
-        if (alive.expired())
-            return;
+    steps_.after(delay, [this] {
         const auto now = scheduler_.now();
         const auto left = std::min(lastProgress_ + limits_.silence, begun_ + limits_.total) - now;
         if (left <= std::chrono::nanoseconds::zero())

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <VelmoraLinux/X11/XcbConnection.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/Scheduler.h>
 
 #include <QtGlobal>
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,8 +21,8 @@ struct SelectionLimits {
 
 // One reading of the plain text that the clipboard's owner offers.
 //
-// Asks for the list of forms, stays away from a copy marked as secret, then asks for the text in the best
-// form there is, whole or in pieces. Whatever goes wrong, `done` hears of it as "no text", once; destroying
+// Asks the owner for TARGETS, stays away from a copy marked as secret, then converts the best text target
+// there is, at once or by INCR. Whatever goes wrong, `done` hears of it as "no text", once; destroying
 // the reader is silent. `done` may destroy the reader.
 class SelectionReader {
 public:
@@ -35,11 +35,11 @@ public:
     Q_DISABLE_COPY_MOVE(SelectionReader)
 
     // Where the owner is to put its answer.
-    [[nodiscard]] xcb_window_t window() const { return window_; }
+    [[nodiscard]] xcb_window_t requestor() const { return requestor_; }
 
     // Takes the window out of the reader's care if the owner has not answered yet: an owner that writes into
     // a window that is gone may die of it, and the user's copy with it. Otherwise nothing.
-    [[nodiscard]] std::optional<xcb_window_t> releaseAwaitedWindow();
+    [[nodiscard]] std::optional<xcb_window_t> releasePendingRequestor();
 
     void handleSelectionNotify(const xcb_selection_notify_event_t &event);
     void handlePropertyNotify(const xcb_property_notify_event_t &event);
@@ -58,11 +58,11 @@ private:
     void fetch();
     void fetchRest();
     void receive(const xcb_get_property_reply_t *reply);
-    void beginPieces(const xcb_get_property_reply_t &reply);
+    void beginIncremental(const xcb_get_property_reply_t &reply);
     void use(const Answer &answer);
     void useTargets(const Answer &answer);
     void useText(const Answer &answer);
-    void tryNextForm();
+    void tryNextTarget();
     void noteProgress();
     void watch(std::chrono::nanoseconds delay);
     void finish(std::optional<std::string> text);
@@ -72,16 +72,15 @@ private:
     SelectionLimits limits_;
     xcb_timestamp_t time_;
     Done done_;
-    xcb_window_t window_;
+    xcb_window_t requestor_;
     Step step_ = Step::targets;
     xcb_atom_t target_ = XCB_NONE;
-    std::vector<xcb_atom_t> forms_; // Still to be tried, the best one last.
-    bool isAwaited_ = false;        // The owner was asked and has not answered.
-    bool isInPieces_ = false;
-    std::size_t received_ = 0; // Bytes of the present property, or of the present piece.
+    std::vector<xcb_atom_t> targets_; // Still to be tried, the best one last.
+    bool isPending_ = false;          // The owner was asked and has not answered.
+    bool isIncremental_ = false;
+    std::size_t received_ = 0; // Bytes of the present property, or of the present INCR chunk.
     Answer answer_;
     std::chrono::nanoseconds begun_;
     std::chrono::nanoseconds lastProgress_;
-    std::shared_ptr<char> alive_ =
-        std::make_shared<char>(); // What is under way finds out that the reader is gone.
+    DelayedSteps steps_;
 };

@@ -43,6 +43,7 @@ bool isEarlier(xcb_timestamp_t a, xcb_timestamp_t b)
 SelectionServer::SelectionServer(XcbConnection &connection, Scheduler &scheduler)
     : connection_(connection)
     , scheduler_(scheduler)
+    , steps_(scheduler)
 {
 }
 
@@ -68,17 +69,17 @@ void SelectionServer::withdraw()
     ownedSince_ = XCB_CURRENT_TIME;
 }
 
-std::vector<xcb_atom_t> SelectionServer::forms() const
+std::vector<xcb_atom_t> SelectionServer::targets() const
 {
-    std::vector<xcb_atom_t> forms;
+    std::vector<xcb_atom_t> targets;
     if (text_)
-        forms = {connection_.atom(XcbAtom::utf8String), connection_.atom(XcbAtom::plainTextUtf8),
-                 connection_.atom(XcbAtom::plainText)};
+        targets = {connection_.atom(XcbAtom::utf8String), connection_.atom(XcbAtom::plainTextUtf8),
+                   connection_.atom(XcbAtom::plainText)};
     if (latin1_) {
-        forms.push_back(XCB_ATOM_STRING);
-        forms.push_back(connection_.atom(XcbAtom::text));
+        targets.push_back(XCB_ATOM_STRING);
+        targets.push_back(connection_.atom(XcbAtom::text));
     }
-    return forms;
+    return targets;
 }
 
 void SelectionServer::handleRequest(const xcb_selection_request_event_t &request)
@@ -92,11 +93,9 @@ void SelectionServer::handleRequest(const xcb_selection_request_event_t &request
         const bool isDone = convert(asked.requestor, asked.target, asked.property);
         return notify(asked, isDone ? asked.property : xcb_atom_t(XCB_NONE));
     }
-    connection_.readProperty(asked.requestor, asked.property, false, 0, kMostTargetsAtOnce * 2,
-                             [this, asked, alive = std::weak_ptr(alive_)](const auto *list) {
-                                 if (!alive.expired())
-                                     answerMultiple(asked, list);
-                             });
+    connection_.readProperty(
+        asked.requestor, asked.property, false, 0, kMostTargetsAtOnce * 2,
+        steps_.guarded([this, asked](const auto *list) { answerMultiple(asked, list); }));
 }
 
 bool SelectionServer::isForUs(const xcb_selection_request_event_t &request) const
@@ -110,7 +109,7 @@ bool SelectionServer::isForUs(const xcb_selection_request_event_t &request) cons
 bool SelectionServer::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property)
 {
     if (target == connection_.atom(XcbAtom::targets)) {
-        std::vector<std::uint32_t> targets = forms();
+        std::vector<std::uint32_t> targets = this->targets();
         for (const XcbAtom name :
              {XcbAtom::targets, XcbAtom::timestamp, XcbAtom::multiple, XcbAtom::saveTargets})
             targets.push_back(connection_.atom(name));
@@ -134,18 +133,18 @@ bool SelectionServer::convert(xcb_window_t requestor, xcb_atom_t target, xcb_ato
     return true;
 }
 
-SelectionServer::Text SelectionServer::textFor(xcb_atom_t form) const
+SelectionServer::Text SelectionServer::textFor(xcb_atom_t target) const
 {
     const std::array utf8 = {connection_.atom(XcbAtom::utf8String), connection_.atom(XcbAtom::plainTextUtf8),
                              connection_.atom(XcbAtom::plainText)};
-    if (std::find(utf8.begin(), utf8.end(), form) != utf8.end())
+    if (std::find(utf8.begin(), utf8.end(), target) != utf8.end())
         return text_;
-    return form == XCB_ATOM_STRING || form == connection_.atom(XcbAtom::text) ? latin1_ : nullptr;
+    return target == XCB_ATOM_STRING || target == connection_.atom(XcbAtom::text) ? latin1_ : nullptr;
 }
 
 void SelectionServer::sendText(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, Text text)
 {
-    if (text->size() <= connection_.largestPiece())
+    if (text->size() <= connection_.largestChunk())
         return write(requestor, property, type, *text);
     endTransfers([=](const Transfer &transfer) {
         return transfer.requestor == requestor && transfer.property == property;
@@ -166,18 +165,18 @@ void SelectionServer::handlePropertyNotify(const xcb_property_notify_event_t &ev
             return candidate.requestor == event.window && candidate.property == event.atom;
         });
     if (transfer != transfers_.end())
-        sendNextPiece(*transfer);
+        sendNextChunk(*transfer);
 }
 
-// After the last piece an empty one, which says that this was all.
-void SelectionServer::sendNextPiece(Transfer &transfer)
+// After the last chunk an empty one, which says that this was all.
+void SelectionServer::sendNextChunk(Transfer &transfer)
 {
-    const auto piece = std::string_view(*transfer.text).substr(transfer.sent, connection_.largestPiece());
-    write(transfer.requestor, transfer.property, transfer.type, piece);
+    const auto chunk = std::string_view(*transfer.text).substr(transfer.sent, connection_.largestChunk());
+    write(transfer.requestor, transfer.property, transfer.type, chunk);
     connection_.flush();
-    transfer.sent += piece.size();
+    transfer.sent += chunk.size();
     transfer.lastProgress = scheduler_.now();
-    if (piece.empty())
+    if (chunk.empty())
         endTransfers(
             [requestor = transfer.requestor, property = transfer.property](const Transfer &candidate) {
                 return candidate.requestor == requestor && candidate.property == property;
@@ -240,9 +239,7 @@ void SelectionServer::watchTransfers()
 {
     if (std::exchange(isWatching_, true))
         return;
-    scheduler_.after(kLongestSilence, [this, alive = std::weak_ptr(alive_)] {
-        if (alive.expired())
-            return;
+    steps_.after(kLongestSilence, [this] {
         isWatching_ = false;
         endTransfers([now = scheduler_.now()](const Transfer &transfer) {
             return transfer.lastProgress + kLongestSilence <= now;

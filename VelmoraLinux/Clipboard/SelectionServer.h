@@ -1,6 +1,7 @@
 #pragma once
 
 #include <VelmoraLinux/X11/XcbConnection.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/Scheduler.h>
 
 #include <memory>
@@ -10,8 +11,8 @@
 
 // Answers the programs that ask for the text which we put on the clipboard.
 //
-// A long text goes out in pieces, each when the other side has taken the one before; a side that stops taking
-// them is given up after some time. A transfer under way is not harmed when the text is replaced or
+// A long text is sent by INCR, a chunk whenever the requestor has deleted the one before; a requestor that
+// stops is given up after some time. A transfer under way is not harmed when the text is replaced or
 // withdrawn.
 class SelectionServer {
 public:
@@ -28,8 +29,8 @@ public:
 
     [[nodiscard]] const std::string *text() const { return text_.get(); }
 
-    // The forms in which the text can be had by others, for a clipboard manager to keep.
-    [[nodiscard]] std::vector<xcb_atom_t> forms() const;
+    // The text targets on offer, for a clipboard manager to keep.
+    [[nodiscard]] std::vector<xcb_atom_t> targets() const;
 
     void handleRequest(const xcb_selection_request_event_t &request);
     void handlePropertyNotify(const xcb_property_notify_event_t &event);
@@ -38,7 +39,7 @@ public:
 private:
     using Text = std::shared_ptr<const std::string>;
 
-    // A text on its way in pieces.
+    // An INCR transfer.
     struct Transfer {
         xcb_window_t requestor;
         xcb_atom_t property;
@@ -50,9 +51,9 @@ private:
 
     [[nodiscard]] bool isForUs(const xcb_selection_request_event_t &request) const;
     bool convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property);
-    [[nodiscard]] Text textFor(xcb_atom_t form) const;
+    [[nodiscard]] Text textFor(xcb_atom_t target) const;
     void sendText(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, Text text);
-    void sendNextPiece(Transfer &transfer);
+    void sendNextChunk(Transfer &transfer);
     void answerMultiple(const xcb_selection_request_event_t &request, const xcb_get_property_reply_t *list);
     void notify(const xcb_selection_request_event_t &request, xcb_atom_t property);
     void write(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, std::string_view bytes);
@@ -70,5 +71,5 @@ private:
     Text latin1_; // The same for old programs; null when the text has other letters.
     std::vector<Transfer> transfers_;
     bool isWatching_ = false;
-    std::shared_ptr<char> alive_ = std::make_shared<char>();
+    DelayedSteps steps_;
 };

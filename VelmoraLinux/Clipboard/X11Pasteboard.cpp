@@ -11,7 +11,7 @@ namespace {
 
 // Some managers never answer: the user, who waits for the program to end, should not notice.
 constexpr auto kLongestHandOver = std::chrono::milliseconds(200);
-constexpr std::size_t kMostAwaitedWindows = 8;
+constexpr std::size_t kMostPendingRequestors = 8;
 
 template<typename Event>
 const Event &as(const xcb_generic_event_t &event)
@@ -101,11 +101,11 @@ void X11Pasteboard::claim()
     claimSequence_ = xcb_set_selection_owner(connection_->raw(), window_,
                                              connection_->atom(XcbAtom::clipboard), latestTime_)
                          .sequence;
-    connection_->askOwner(connection_->atom(XcbAtom::clipboard),
-                          [this, claim = claimSequence_](xcb_window_t owner) {
-                              if (claim == claimSequence_ && ownership_ == Ownership::claimed)
-                                  settleClaim(owner);
-                          });
+    connection_->askSelectionOwner(connection_->atom(XcbAtom::clipboard),
+                                   [this, claim = claimSequence_](xcb_window_t owner) {
+                                       if (claim == claimSequence_ && ownership_ == Ownership::claimed)
+                                           settleClaim(owner);
+                                   });
 }
 
 void X11Pasteboard::settleClaim(xcb_window_t owner)
@@ -189,19 +189,19 @@ void X11Pasteboard::handleSelectionNotify(const xcb_selection_notify_event_t &ev
         isHandedOver_ = true;
         return;
     }
-    if (reader_ && event.requestor == reader_->window())
+    if (reader_ && event.requestor == reader_->requestor())
         return reader_->handleSelectionNotify(event);
-    const auto awaited = std::find(awaitedWindows_.begin(), awaitedWindows_.end(), event.requestor);
-    if (awaited == awaitedWindows_.end())
+    const auto pending = std::find(pendingRequestors_.begin(), pendingRequestors_.end(), event.requestor);
+    if (pending == pendingRequestors_.end())
         return;
-    connection_->destroyWindow(*awaited);
-    awaitedWindows_.erase(awaited);
+    connection_->destroyWindow(*pending);
+    pendingRequestors_.erase(pending);
 }
 
 void X11Pasteboard::handlePropertyNotify(const xcb_property_notify_event_t &event)
 {
     noteTime(event.time);
-    if (reader_ && event.window == reader_->window())
+    if (reader_ && event.window == reader_->requestor())
         reader_->handlePropertyNotify(event);
     else
         server_.handlePropertyNotify(event);
@@ -221,8 +221,8 @@ void X11Pasteboard::beginReading()
     reader_ = std::make_unique<SelectionReader>(
         *connection_, scheduler_, limits_, latestTime_, [this](const std::optional<std::string> &text) {
             const auto finished = std::move(reader_); // Lives to the end of its own call.
-            if (const auto window = finished->releaseAwaitedWindow())
-                awaitedWindows_.push_back(*window);
+            if (const auto window = finished->releasePendingRequestor())
+                pendingRequestors_.push_back(*window);
             answerReaders(text);
         });
 }
@@ -231,11 +231,11 @@ void X11Pasteboard::beginReading()
 void X11Pasteboard::abortReading()
 {
     if (const auto aborted = std::move(reader_)) {
-        if (const auto window = aborted->releaseAwaitedWindow())
-            awaitedWindows_.push_back(*window);
+        if (const auto window = aborted->releasePendingRequestor())
+            pendingRequestors_.push_back(*window);
     }
-    for (; awaitedWindows_.size() > kMostAwaitedWindows; awaitedWindows_.pop_front())
-        connection_->destroyWindow(awaitedWindows_.front());
+    for (; pendingRequestors_.size() > kMostPendingRequestors; pendingRequestors_.pop_front())
+        connection_->destroyWindow(pendingRequestors_.front());
     for (TextHandler &done : std::exchange(waiting_, {}))
         connection_->later([done = std::move(done)] { done(std::nullopt); });
 }
@@ -261,10 +261,10 @@ void X11Pasteboard::handOver()
         xcb_get_selection_owner_reply(server, xcb_get_selection_owner(server, manager), nullptr));
     if (!owner || owner->owner == XCB_NONE)
         return;
-    const std::vector<xcb_atom_t> forms = server_.forms();
+    const std::vector<xcb_atom_t> targets = server_.targets();
     const xcb_atom_t property = connection_->atom(XcbAtom::transfer);
     xcb_change_property(server, XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_ATOM, 32,
-                        static_cast<std::uint32_t>(forms.size()), forms.data());
+                        static_cast<std::uint32_t>(targets.size()), targets.data());
     xcb_convert_selection(server, window_, manager, connection_->atom(XcbAtom::saveTargets), property,
                           XCB_CURRENT_TIME);
     xcb_flush(server);

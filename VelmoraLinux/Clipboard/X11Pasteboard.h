@@ -83,7 +83,7 @@ private:
 
     std::unique_ptr<SelectionReader> reader_;
     std::vector<TextHandler> waiting_;
-    std::deque<xcb_window_t> awaitedWindows_; // Of readings that were given up before the owner answered.
+    std::deque<xcb_window_t> pendingRequestors_; // Of readings given up before the owner answered.
     bool isHandedOver_ = false;
 
     ChangeHandler changeHandler_;

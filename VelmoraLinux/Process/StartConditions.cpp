@@ -1,6 +1,6 @@
 #include "StartConditions.h"
 
-#include <xcb/xcb.h>
+#include <VelmoraLinux/X11/XcbServer.h>
 
 #include <csignal>
 #include <cstdio>
@@ -25,14 +25,6 @@ bool isSet(const char *variable)
     return value != nullptr && *value != '\0';
 }
 
-bool isDisplayReachable()
-{
-    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
-    const bool isReachable = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    return isReachable;
-}
-
 // The toolkit would end the program without a word that a user could understand.
 bool hasDesktop()
 {
@@ -43,7 +35,7 @@ bool hasDesktop()
                    stderr);
         return false;
     }
-    if (!isDisplayReachable()) {
+    if (!connectToXServer()) {
         std::fprintf(stderr, "velmora: the display %s cannot be reached.\n", std::getenv("DISPLAY"));
         return false;
     }

@@ -171,7 +171,7 @@ std::optional<QPoint> LinuxStatusItem::pointer() const
     if (desktop_.xcb == nullptr || isWaylandSession())
         return {};
     const auto cookie = xcb_query_pointer(desktop_.xcb->xcb(), desktop_.xcb->root());
-    const X11Reply<xcb_query_pointer_reply_t> reply(
+    const XcbReply<xcb_query_pointer_reply_t> reply(
         xcb_query_pointer_reply(desktop_.xcb->xcb(), cookie, nullptr));
     if (!reply)
         return {};

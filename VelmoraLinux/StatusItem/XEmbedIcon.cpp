@@ -215,7 +215,7 @@ QImage XEmbedIcon::background(quint16 width, quint16 height) const
     xcb_clear_area(connection_->xcb(), 0, window_, 0, 0, 0, 0);
     const auto cookie =
         xcb_get_image(connection_->xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, window_, 0, 0, width, height, ~0U);
-    const X11Reply<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection_->xcb(), cookie, nullptr));
+    const XcbReply<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection_->xcb(), cookie, nullptr));
     if (!reply || xcb_get_image_data_length(reply.get()) != image.sizeInBytes())
         return image;
     return QImage(xcb_get_image_data(reply.get()), width, height, QImage::Format_RGB32)
@@ -248,7 +248,7 @@ std::optional<QRect> XEmbedIcon::nativeGeometry() const
     if (window_ == XCB_WINDOW_NONE || size_.isEmpty())
         return {};
     const auto cookie = xcb_translate_coordinates(connection_->xcb(), window_, connection_->root(), 0, 0);
-    const X11Reply<xcb_translate_coordinates_reply_t> reply(
+    const XcbReply<xcb_translate_coordinates_reply_t> reply(
         xcb_translate_coordinates_reply(connection_->xcb(), cookie, nullptr));
     if (!reply)
         return {};

@@ -1,22 +1,12 @@
 #pragma once
 
+#include "XcbServer.h"
+
 #include <QObject>
 
-#include <xcb/xcb.h>
-
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <vector>
-
-struct X11Free {
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): xcb's own way
-    void operator()(void *memory) const { std::free(memory); }
-};
-
-// A reply or event of xcb.
-template<typename T>
-using X11Reply = std::unique_ptr<T, X11Free>;
 
 // A connection of our own to the X server, beside the one Qt keeps.
 //
@@ -30,9 +20,8 @@ public:
 
     // Nothing when there is no X server.
     static std::unique_ptr<X11Display> open();
-    ~X11Display() override;
 
-    [[nodiscard]] xcb_connection_t *xcb() const { return connection_; }
+    [[nodiscard]] xcb_connection_t *xcb() const { return connection_.get(); }
 
     [[nodiscard]] const xcb_screen_t &screen() const { return *screen_; }
 
@@ -55,10 +44,10 @@ public:
     void flush();
 
 private:
-    X11Display(xcb_connection_t *connection, int screenNumber);
+    X11Display(XcbServer connection, int screenNumber);
     void dispatch();
 
-    xcb_connection_t *connection_;
+    XcbServer connection_;
     int screenNumber_;
     const xcb_screen_t *screen_;
     std::vector<EventHandler> handlers_;

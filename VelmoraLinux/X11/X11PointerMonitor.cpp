@@ -17,7 +17,7 @@ X11PointerMonitor::X11PointerMonitor(X11Display *connection)
     extensionOpcode_ = extension->major_opcode;
     // Raw events come while another program holds a grab only to clients that speak 2.1 or newer.
     const auto cookie = xcb_input_xi_query_version(connection_->xcb(), 2, 2);
-    const X11Reply<xcb_input_xi_query_version_reply_t> version(
+    const XcbReply<xcb_input_xi_query_version_reply_t> version(
         xcb_input_xi_query_version_reply(connection_->xcb(), cookie, nullptr));
     connection_->addEventHandler([this](const xcb_generic_event_t &event) { handle(event); });
 }
@@ -67,7 +67,7 @@ void X11PointerMonitor::handle(const xcb_generic_event_t &event)
 PointerMonitor::Press X11PointerMonitor::pressUnderPointer() const
 {
     const auto cookie = xcb_query_pointer(connection_->xcb(), connection_->root());
-    const X11Reply<xcb_query_pointer_reply_t> pointer(
+    const XcbReply<xcb_query_pointer_reply_t> pointer(
         xcb_query_pointer_reply(connection_->xcb(), cookie, nullptr));
     if (!pointer)
         return {};

@@ -27,21 +27,23 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(XcbAtom::count_)
     "x-kde-passwordManagerHint",
     "VELMORA_TRANSFER"};
 
-// Large pieces save round trips, small ones keep every single write and read short.
-constexpr std::size_t kPreferredPiece = std::size_t(256) * 1024;
+// Large chunks save round trips, small ones keep every single write and read short.
+constexpr std::size_t kPreferredChunk = std::size_t(256) * 1024;
 constexpr std::size_t kRequestHead = 64;
 
 } // namespace
 
 std::unique_ptr<XcbConnection> XcbConnection::open(const QByteArray &displayName)
 {
-    xcb_connection_t *raw = xcb_connect(displayName.isEmpty() ? nullptr : displayName.constData(), nullptr);
-    std::unique_ptr<XcbConnection> connection(new XcbConnection(raw));
+    XcbServer server = connectToXServer(displayName.isEmpty() ? nullptr : displayName.constData());
+    if (!server)
+        return nullptr;
+    std::unique_ptr<XcbConnection> connection(new XcbConnection(std::move(server)));
     return connection->prepare() ? std::move(connection) : nullptr;
 }
 
-XcbConnection::XcbConnection(xcb_connection_t *connection)
-    : connection_(connection)
+XcbConnection::XcbConnection(XcbServer connection)
+    : connection_(std::move(connection))
 {
     stepTimer_.setSingleShot(true);
     QObject::connect(&stepTimer_, &QTimer::timeout, &stepTimer_, [this] {
@@ -54,8 +56,6 @@ XcbConnection::~XcbConnection() = default;
 
 bool XcbConnection::prepare()
 {
-    if (xcb_connection_has_error(raw()) != 0)
-        return false;
     const xcb_query_extension_reply_t *xfixes = xcb_get_extension_data(raw(), &xcb_xfixes_id);
     if (xfixes == nullptr || xfixes->present == 0)
         return false;
@@ -76,7 +76,7 @@ bool XcbConnection::prepare()
         xcb_xfixes_query_version_reply(raw(), version, nullptr));
     root_ = xcb_setup_roots_iterator(xcb_get_setup(raw())).data->root;
     const std::size_t largestRequest = std::size_t(xcb_get_maximum_request_length(raw())) * 4;
-    largestPiece_ = std::min(kPreferredPiece, largestRequest - kRequestHead);
+    largestChunk_ = std::min(kPreferredChunk, largestRequest - kRequestHead);
 
     notifier_ = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(raw()), QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] { deliver(); });
@@ -103,27 +103,27 @@ void XcbConnection::readProperty(xcb_window_t window, xcb_atom_t property, bool 
 {
     const auto cookie =
         xcb_get_property(raw(), remove ? 1 : 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, offset, words);
-    questions_.push_back({cookie.sequence, [handler = std::move(handler)](void *reply) {
-                              handler(static_cast<const xcb_get_property_reply_t *>(reply));
-                          }});
+    pendingReplies_.push_back({cookie.sequence, [handler = std::move(handler)](void *reply) {
+                                   handler(static_cast<const xcb_get_property_reply_t *>(reply));
+                               }});
     flush();
 }
 
-void XcbConnection::askOwner(xcb_atom_t selection, OwnerHandler handler)
+void XcbConnection::askSelectionOwner(xcb_atom_t selection, OwnerHandler handler)
 {
     const auto cookie = xcb_get_selection_owner(raw(), selection);
-    questions_.push_back({cookie.sequence, [handler = std::move(handler)](void *reply) {
-                              handler(reply == nullptr
-                                          ? xcb_window_t(XCB_NONE)
-                                          : static_cast<xcb_get_selection_owner_reply_t *>(reply)->owner);
-                          }});
+    pendingReplies_.push_back(
+        {cookie.sequence, [handler = std::move(handler)](void *reply) {
+             handler(reply == nullptr ? xcb_window_t(XCB_NONE)
+                                      : static_cast<xcb_get_selection_owner_reply_t *>(reply)->owner);
+         }});
     flush();
 }
 
 void XcbConnection::flush()
 {
     xcb_flush(raw());
-    // Flushing may have taken events from the socket, of which the notifier then hears nothing.
+    // Flushing may have taken events from the socket, which the notifier then does not report.
     if (std::exchange(isDeliveryPlanned_, true))
         return;
     later([this] {
@@ -162,11 +162,11 @@ bool XcbConnection::deliverEvent()
     const XcbReply<xcb_generic_event_t> event(xcb_poll_for_event(raw()));
     if (!event)
         return false;
-    // xcb keeps events and replies apart; they are told here in the order in which things happened.
-    const auto isAnsweredBefore = [&event](const Question &question) {
-        return static_cast<std::int32_t>(question.sequence - event->full_sequence) <= 0;
+    // xcb keeps events and replies apart; they are delivered here in the order in which things happened.
+    const auto isAnsweredBefore = [&event](const PendingReply &pending) {
+        return static_cast<std::int32_t>(pending.sequence - event->full_sequence) <= 0;
     };
-    while (!questions_.empty() && isAnsweredBefore(questions_.front()) && deliverReply())
+    while (!pendingReplies_.empty() && isAnsweredBefore(pendingReplies_.front()) && deliverReply())
         continue;
     // Errors tell of windows that went away meanwhile; whoever waits for them has a time limit.
     if (event->response_type != 0 && eventHandler_)
@@ -176,17 +176,17 @@ bool XcbConnection::deliverEvent()
 
 bool XcbConnection::deliverReply()
 {
-    if (questions_.empty())
+    if (pendingReplies_.empty())
         return false;
     void *reply = nullptr;
     xcb_generic_error_t *error = nullptr;
-    if (xcb_poll_for_reply(raw(), questions_.front().sequence, &reply, &error) == 0)
+    if (xcb_poll_for_reply(raw(), pendingReplies_.front().sequence, &reply, &error) == 0)
         return false;
     const XcbReply<void> keptReply(reply);
     const XcbReply<xcb_generic_error_t> keptError(error);
-    const Question question = std::move(questions_.front());
-    questions_.pop_front();
-    question.handler(reply);
+    const PendingReply pending = std::move(pendingReplies_.front());
+    pendingReplies_.pop_front();
+    pending.handler(reply);
     return true;
 }
 
@@ -194,8 +194,8 @@ void XcbConnection::lose()
 {
     isLost_ = true;
     notifier_->setEnabled(false);
-    for (const Question &question : std::exchange(questions_, {}))
-        question.handler(nullptr);
+    for (const PendingReply &pending : std::exchange(pendingReplies_, {}))
+        pending.handler(nullptr);
     if (lostHandler_)
         lostHandler_();
 }

@@ -1,26 +1,17 @@
 #pragma once
 
+#include "XcbServer.h"
+
 #include <QByteArray>
 #include <QSocketNotifier>
 #include <QTimer>
 
-#include <xcb/xcb.h>
-
 #include <array>
 #include <chrono>
-#include <cstdlib>
 #include <deque>
 #include <functional>
 #include <memory>
 #include <vector>
-
-// Memory that xcb allocated for us.
-struct XcbFree {
-    void operator()(void *memory) const { std::free(memory); } // NOLINT(*-no-malloc): xcb asks for it.
-};
-
-template<typename Reply>
-using XcbReply = std::unique_ptr<Reply, XcbFree>;
 
 // The names that selections are made of. The order is that of the texts in XcbConnection.cpp.
 enum class XcbAtom {
@@ -46,7 +37,7 @@ enum class XcbAtom {
 // other.
 //
 // Events and replies are delivered from the event loop; after the first connection nothing here waits for a
-// reply. When the server goes away, every open question is answered with nothing and then the handler of
+// reply. When the server goes away, every pending reply becomes null and then the handler of
 // `setLostHandler` runs; later calls do nothing.
 class XcbConnection {
 public:
@@ -69,7 +60,7 @@ public:
     [[nodiscard]] bool isLost() const { return isLost_; }
 
     // Bytes of property data that surely fit into one request.
-    [[nodiscard]] std::size_t largestPiece() const { return largestPiece_; }
+    [[nodiscard]] std::size_t largestChunk() const { return largestChunk_; }
 
     // An invisible window that reports changes of its properties.
     [[nodiscard]] xcb_window_t makeWindow() const;
@@ -79,7 +70,7 @@ public:
     // the rest of it. The handler gets null when there is no such window any more.
     void readProperty(xcb_window_t window, xcb_atom_t property, bool remove, std::uint32_t offset,
                       std::uint32_t words, PropertyHandler handler);
-    void askOwner(xcb_atom_t selection, OwnerHandler handler);
+    void askSelectionOwner(xcb_atom_t selection, OwnerHandler handler);
     void flush();
 
     void setEventHandler(EventHandler handler) { eventHandler_ = std::move(handler); }
@@ -92,28 +83,24 @@ public:
     void wait(std::chrono::milliseconds limit);
 
 private:
-    struct Question {
+    struct PendingReply {
         unsigned sequence;
         std::function<void(void *reply)> handler;
     };
 
-    struct Disconnect {
-        void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
-    };
-
-    explicit XcbConnection(xcb_connection_t *connection);
+    explicit XcbConnection(XcbServer connection);
     bool prepare();
     bool deliver();
     bool deliverEvent();
     bool deliverReply();
     void lose();
 
-    std::unique_ptr<xcb_connection_t, Disconnect> connection_;
+    XcbServer connection_;
     std::array<xcb_atom_t, static_cast<std::size_t>(XcbAtom::count_)> atoms_ = {};
     xcb_window_t root_ = XCB_NONE;
     std::uint8_t firstXfixesEvent_ = 0;
-    std::size_t largestPiece_ = 0;
-    std::deque<Question> questions_; // In the order of asking, which is that of the answers.
+    std::size_t largestChunk_ = 0;
+    std::deque<PendingReply> pendingReplies_; // In the order of asking, which is that of the answers.
     EventHandler eventHandler_;
     std::function<void()> lostHandler_;
     bool isLost_ = false;
