@@ -13,38 +13,13 @@
 namespace {
 const QString identifier = QStringLiteral("app.velmora.Velmora");
 const QString title = QStringLiteral("Velmora");
-
-// A session without any clipboard.
-class NoPasteboard final : public Pasteboard {
-public:
-    [[nodiscard]] bool isReachable() const override { return false; }
-
-    [[nodiscard]] qint64 changeCount() const override { return 0; }
-
-    void readString(TextHandler done) override { done({}); }
-
-    void clear() override {}
-
-    void setString(std::string) override {}
-
-    [[nodiscard]] bool notifiesChanges() const override { return true; }
-
-    void setChangeHandler(ChangeHandler) override {}
-};
-
-std::unique_ptr<Pasteboard> pasteboardOfTheSession(Scheduler &scheduler)
-{
-    // An agent whose clipboard has gone for good has nothing left to do.
-    auto pasteboard = makePasteboard(scheduler, [] { QCoreApplication::quit(); });
-    return pasteboard ? std::move(pasteboard) : std::make_unique<NoPasteboard>();
-}
 } // namespace
 
 LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &token)
     : instance_(instance)
     , bundle_(QCoreApplication::applicationDirPath())
     , defaults_(XdgFolders::dataHome() + QStringLiteral("/velmora"))
-    , pasteboard_(pasteboardOfTheSession(scheduler_))
+    , pasteboard_(makePasteboard(scheduler_))
     , loginItem_(makeLoginItem(identifier, QCoreApplication::applicationFilePath(),
                                QProcessEnvironment::systemEnvironment()))
     , display_(X11Display::open())
@@ -53,6 +28,8 @@ LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &tok
     , appearance_(QDBusConnection::sessionBus())
     , statusItem_({QDBusConnection::sessionBus(), display_.get(), appearance_, token}, identifier, title)
 {
+    // An agent whose clipboard has gone for good has nothing left to do.
+    pasteboard_->setLostHandler([] { QCoreApplication::quit(); });
 }
 
 Platform LinuxPlatform::platform()

@@ -103,12 +103,13 @@ void AppState::load()
 void AppState::reportMissingClipboard()
 {
     assign(lastError_,
-           LocalizedStrings::choose(u"Velmora cannot reach the clipboard of this session, so links stay as "
-                                    u"they are. Log in to an X11 session and start it there."_s,
-                                    u"Velmora erreicht die Zwischenablage dieser Sitzung nicht, darum "
-                                    u"bleiben Links, wie sie sind. Melde dich in einer X11-Sitzung an und "
-                                    u"starte es dort."_s,
-                                    language_),
+           LocalizedStrings::choose(
+               u"Velmora cannot reach the clipboard of this session, so links stay as "
+               u"they are. Start it in another kind of session, which your login screen offers."_s,
+               u"Velmora erreicht die Zwischenablage dieser Sitzung nicht, darum "
+               u"bleiben Links, wie sie sind. Starte es in einer anderen Art von "
+               u"Sitzung, die dein Anmeldebildschirm anbietet."_s,
+               language_),
            &AppState::lastErrorChanged);
 }
 

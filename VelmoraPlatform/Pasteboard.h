@@ -18,6 +18,7 @@ public:
     // The text, or nothing when the contents have no plain-text form.
     using TextHandler = std::function<void(std::optional<std::string> text)>;
     using ChangeHandler = std::function<void()>;
+    using LostHandler = std::function<void()>;
 
     virtual ~Pasteboard() = default;
 
@@ -40,4 +41,6 @@ public:
     [[nodiscard]] virtual bool notifiesChanges() const = 0;
     // `handler` runs on the main thread after the count has grown, never from within a call of this class.
     virtual void setChangeHandler(ChangeHandler handler) = 0;
+    // `handler` runs once when the session's clipboard has gone away for good; from then on it is empty.
+    virtual void setLostHandler(LostHandler handler) = 0;
 };

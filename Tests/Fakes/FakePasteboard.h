@@ -29,6 +29,8 @@ public:
 
     void setChangeHandler(ChangeHandler handler) override { changeHandler_ = std::move(handler); }
 
+    void setLostHandler(LostHandler) override {} // This one stays.
+
     // Another program copies a text, or something without one.
     void copy(std::string text) { change(std::move(text)); }
 

@@ -3,10 +3,8 @@
 #include <VelmoraPlatform/Pasteboard.h>
 #include <VelmoraPlatform/Scheduler.h>
 
-#include <functional>
 #include <memory>
 
-// Makes the pasteboard of the present session: the first back end that says it can work.
-//
-// Nothing when there is none. `lost` runs when the session's clipboard has gone away for good.
-[[nodiscard]] std::unique_ptr<Pasteboard> makePasteboard(Scheduler &scheduler, std::function<void()> lost);
+// Makes the pasteboard of the present session: that of the first back end which can work here, and one that
+// reaches nothing where none can. Never null.
+[[nodiscard]] std::unique_ptr<Pasteboard> makePasteboard(Scheduler &scheduler);

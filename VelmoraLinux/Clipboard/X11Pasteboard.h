@@ -38,8 +38,7 @@ public:
 
     void setChangeHandler(ChangeHandler handler) override { changeHandler_ = std::move(handler); }
 
-    // `handler` runs once when the server has gone away; from then on the clipboard is empty.
-    void setLostHandler(std::function<void()> handler) { lostHandler_ = std::move(handler); }
+    void setLostHandler(LostHandler handler) override { lostHandler_ = std::move(handler); }
 
 private:
     enum class Ownership {
@@ -87,5 +86,5 @@ private:
     bool isHandedOver_ = false;
 
     ChangeHandler changeHandler_;
-    std::function<void()> lostHandler_;
+    LostHandler lostHandler_;
 };
