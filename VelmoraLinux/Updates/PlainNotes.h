@@ -2,6 +2,7 @@
 
 #include <QString>
 
-// Release notes written in HTML as plain text: paragraphs and list items on lines of their own, everything
-// else reduced to its words. Scripts and styles are left out.
-[[nodiscard]] QString plainNotes(QStringView html);
+// Release notes written in HTML as plain text: paragraphs and list items on lines of their own, named and
+// numeric character references resolved, all other tags removed. Scripts and styles are left out. Takes
+// linear time.
+[[nodiscard]] QString plainNotes(const QString &html);
