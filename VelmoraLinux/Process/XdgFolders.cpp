@@ -5,36 +5,25 @@
 
 namespace {
 
-QString absoluteFolder(const char *variable)
+QString baseFolder(const char *variable, QStringView belowHome)
 {
     const QString folder = QFile::decodeName(qgetenv(variable));
-    return QDir::isAbsolutePath(folder) ? QDir::cleanPath(folder) : QString();
-}
-
-QString absoluteFolder(const char *variable, QStringView belowHome)
-{
-    const QString folder = absoluteFolder(variable);
-    return folder.isEmpty() ? QDir::homePath() + belowHome.toString() : folder;
+    return QDir::isAbsolutePath(folder) ? QDir::cleanPath(folder) : QDir::homePath() + belowHome.toString();
 }
 
 } // namespace
 
 QString XdgFolders::dataHome()
 {
-    return absoluteFolder("XDG_DATA_HOME", u"/.local/share");
+    return baseFolder("XDG_DATA_HOME", u"/.local/share");
 }
 
 QString XdgFolders::configHome()
 {
-    return absoluteFolder("XDG_CONFIG_HOME", u"/.config");
+    return baseFolder("XDG_CONFIG_HOME", u"/.config");
 }
 
 QString XdgFolders::cacheHome()
 {
-    return absoluteFolder("XDG_CACHE_HOME", u"/.cache");
-}
-
-QString XdgFolders::runtimeFolder()
-{
-    return absoluteFolder("XDG_RUNTIME_DIR");
+    return baseFolder("XDG_CACHE_HOME", u"/.cache");
 }
