@@ -15,7 +15,7 @@ namespace velmora {
 class TrackingRules;
 struct FoundLink;
 
-// What cleaning made of one URL: the URL itself when nothing was removed.
+// The result of cleaning one URL: the URL itself when nothing was removed.
 struct CleanedUrl {
     std::string url;
     std::vector<RemovedQueryItem> removedItems;
@@ -23,7 +23,7 @@ struct CleanedUrl {
     bool operator==(const CleanedUrl &) const = default;
 };
 
-// One link of a text and what is to stand in its place.
+// One link of a text and its replacement.
 struct LinkEdit {
     std::size_t offset; // In bytes.
     std::size_t length;
@@ -33,10 +33,10 @@ struct LinkEdit {
     bool operator==(const LinkEdit &) const = default;
 };
 
-// Takes tracking parameters out of web links.
+// Removes tracking parameters from web links.
 //
-// Texts are UTF-8; bytes that are not pass through. Immutable after construction; any thread may call any
-// member. Nothing here fails: a link that cannot be understood stays as it is.
+// Texts are UTF-8; other bytes stay unchanged. Immutable after construction; any thread may call any member.
+// No call fails: a link that cannot be parsed stays unchanged.
 class LinkCleaner {
 public:
     explicit LinkCleaner(LinkCleanerConfiguration configuration);

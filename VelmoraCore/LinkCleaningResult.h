@@ -7,9 +7,9 @@
 
 namespace velmora {
 
-// What cleaning made of a text.
+// The result of cleaning a text.
 struct LinkCleaningResult {
-    // The text exactly as handed in.
+    // The text exactly as given.
     std::string originalText;
     // The text with its cleaned links in place; equal to `originalText` when there was nothing to clean.
     std::string cleanedText;

@@ -8,9 +8,9 @@
 
 namespace velmora {
 
-// A link that stands in a text.
+// A link in a text.
 struct LinkMatch {
-    // Where it stands, in UTF-16 code units.
+    // Its position, in UTF-16 code units.
     std::size_t offset;
     std::size_t length;
     // The link as written, with "http://" or "mailto:" before it if it stands there without a scheme.

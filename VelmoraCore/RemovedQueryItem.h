@@ -5,7 +5,7 @@
 
 namespace velmora {
 
-// One parameter that was taken out of a link.
+// One parameter that was removed from a link.
 struct RemovedQueryItem {
     // As it stood in the link: percent-decoded, case and blanks unaltered.
     std::string name;

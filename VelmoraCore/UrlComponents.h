@@ -5,8 +5,8 @@
 
 namespace velmora {
 
-// A URL cut at its delimiters as RFC 3986 has it. Nothing is decoded, resolved or normalised: every piece is
-// a view of the text that was parsed. An absent piece and an empty one differ.
+// A URL split at its delimiters by the rules of RFC 3986. Nothing is decoded, resolved or normalised: every
+// component is a view of the parsed text. An absent component and an empty one differ.
 struct UrlComponents {
     std::optional<std::string_view> scheme;
     std::optional<std::string_view> user;

@@ -21,7 +21,7 @@
 // The back ends of a Linux desktop. A QGuiApplication exists as long as this object.
 class LinuxPlatform {
 public:
-    // `instance` is claimed; `token` is what it gives activation tokens to.
+    // `instance` is claimed; it stores activation tokens in `token`.
     LinuxPlatform(ApplicationInstance &instance, ActivationToken &token);
 
     [[nodiscard]] Platform platform();

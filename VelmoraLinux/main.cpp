@@ -15,15 +15,15 @@ Q_IMPORT_QML_PLUGIN(VelmoraMacPlugin)
 
 namespace {
 
-// After an update the version before is still running: it goes when this one says that it can run. False when
-// there is none.
+// After an update the previous version is still running; it ends when this one reports that it can run. False
+// when this is an ordinary start.
 bool takeOver(int argc, char **argv)
 {
-    const std::unique_ptr<HandoverGuest> guest = HandoverGuest::fromArguments(argc, argv);
-    if (guest == nullptr)
+    const std::unique_ptr<HandoverReceiver> receiver = HandoverReceiver::fromArguments(argc, argv);
+    if (receiver == nullptr)
         return false;
     const BundleInfoFile bundle(QCoreApplication::applicationDirPath());
-    guest->takeOver(bundle.value(u"CFBundleVersion").toString());
+    receiver->takeOver(bundle.value(u"CFBundleVersion").toString());
     return true;
 }
 
@@ -46,7 +46,7 @@ int main(int argc, char **argv)
     ActivationToken token;
     LinuxApplicationInstance instance(QDBusConnection::sessionBus(), QStringLiteral("app.velmora.Velmora"),
                                       token);
-    const ApplicationInstance::Role role = follows ? instance.inherit() : instance.claim();
+    const ApplicationInstance::Role role = follows ? instance.claimWhenReleased() : instance.claim();
     if (role == ApplicationInstance::Role::second)
         return 0;
     LinuxPlatform platform(instance, token);

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-// How the user wants the desktop to look and move.
+// The desktop's settings for colours and motion.
 class Appearance {
 public:
     enum class ColorScheme { light, dark };
@@ -10,7 +10,7 @@ public:
 
     virtual ~Appearance() = default;
     [[nodiscard]] virtual ColorScheme colorScheme() const = 0;
-    // Springs and repeating motion should become short fades.
+    // Whether springs and repeating motion are to be replaced by short fades.
     [[nodiscard]] virtual bool reducesMotion() const = 0;
     // `handler` runs on the main thread after either has changed. Handlers stay for the life of this object.
     virtual void addChangeHandler(ChangeHandler handler) = 0;

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-// Makes sure that one user runs one Velmora, and hands a second start over to the first.
+// Makes sure that one user runs one Velmora; a second start re-opens the first.
 class ApplicationInstance {
 public:
     enum class Role {
@@ -12,7 +12,7 @@ public:
     using ReopenHandler = std::function<void()>;
 
     virtual ~ApplicationInstance() = default;
-    // Decides once, at start. When it cannot be found out, this process is the first.
+    // Called once, at start. When the role cannot be determined, this process is the first.
     [[nodiscard]] virtual Role claim() = 0;
     // `handler` runs on the main thread whenever the running application is started again.
     virtual void setReopenHandler(ReopenHandler handler) = 0;

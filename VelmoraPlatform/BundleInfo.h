@@ -4,13 +4,13 @@
 #include <QString>
 #include <QStringView>
 
-// What the installed application knows about itself: its information dictionary and its resources.
+// The installed application's information dictionary and resources.
 //
 // A program started from a build folder has no dictionary: every value is then undefined.
 class BundleInfo {
 public:
     virtual ~BundleInfo() = default;
-    // The value under `key` with its type kept; undefined when the key is missing.
+    // The value of `key` with its type; undefined when the key is missing.
     [[nodiscard]] virtual QJsonValue value(QStringView key) const = 0;
     // The folder of the bundle's images; empty when there is no bundle.
     [[nodiscard]] virtual QString resourceFolder() const = 0;

@@ -14,7 +14,7 @@
 class DefaultsStore {
 public:
     enum class Problem {
-        notWritable, // The place is read-only, full or held by another process: values live in memory only.
+        notWritable, // The file is read-only, locked, or the disk is full: values are kept in memory only.
         setAside,    // The stored file was damaged; it was renamed and an empty store begun.
     };
     using ProblemHandler = std::function<void(Problem)>;
@@ -26,7 +26,7 @@ public:
     [[nodiscard]] virtual std::optional<QString> string(QStringView key) const = 0;
     [[nodiscard]] virtual std::optional<QByteArray> data(QStringView key) const = 0;
 
-    // Each write is durable against the end of this process when the call returns.
+    // When the call returns, the value survives the end of this process, by SIGKILL too.
     virtual void setBoolean(QStringView key, bool value) = 0;
     virtual void setInteger(QStringView key, qint64 value) = 0;
     virtual void setString(QStringView key, const QString &value) = 0;

@@ -7,8 +7,8 @@
 #include <memory>
 #include <utility>
 
-// Steps that run later, in rounds. Starting over silences every step of the round before; destroying this
-// object silences all of them. A step may destroy it.
+// Steps that run later, in rounds. Starting over cancels every step of the round before; destroying this
+// object cancels all of them. A step may destroy it.
 class DelayedSteps {
 public:
     explicit DelayedSteps(Scheduler &scheduler)

@@ -7,11 +7,11 @@
 #include <functional>
 #include <optional>
 
-// Sends small requests over HTTPS and tells what became of them.
+// Sends small requests over HTTPS and reports their result.
 //
-// Nothing but the request goes out: no cookies, no credentials, no header beyond what HTTP itself needs. A
-// certificate that does not hold is a failure, and a redirection never leads to plain HTTP. The answer's body
-// is thrown away.
+// Only the request itself is sent: no cookies, no credentials, no header beyond what HTTP needs. A
+// certificate that cannot be verified is a failure, and a redirection to plain HTTP is never followed. The
+// answer's body is discarded.
 class HttpsClient {
 public:
     // The HTTP status; nothing when there was no answer in time or no secure connection.

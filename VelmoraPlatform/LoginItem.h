@@ -4,7 +4,7 @@
 
 // Starts the application when the user logs in.
 //
-// What is registered is never read back: the user's stored choice is the only truth that is shown.
+// The registration is never read back: what the views show is the user's stored choice.
 class LoginItem {
 public:
     using RefusalHandler = std::function<void()>;
@@ -14,7 +14,7 @@ public:
     [[nodiscard]] virtual bool registerItem() = 0;
     // Whether the application is no longer registered; there need not have been a registration.
     [[nodiscard]] virtual bool unregisterItem() = 0;
-    // A system that has to ask somebody first says yes to the call and calls `handler`, on the main thread,
-    // when the answer turns out to be no.
+    // A back end that has to ask the user first returns true at once, and calls `handler` on the main thread
+    // if the answer is no.
     virtual void setRefusalHandler(RefusalHandler handler) = 0;
 };

@@ -8,11 +8,11 @@
 
 // The system clipboard, plain text only.
 //
-// Text is UTF-8 bytes as their owner gave them: NUL bytes and bytes that are not valid UTF-8 stay what they
-// are, so that text around a cleaned link goes back unharmed. Convert for display, never for writing back.
+// Text is UTF-8 bytes as their owner sent them. NUL bytes and bytes that are not valid UTF-8 stay unchanged,
+// so that the text around a cleaned link is written back byte for byte. Convert for display only.
 //
-// No member waits for another process. A copy that its owner marked as secret, and a text too large to be
-// worth handling, have no plain text as far as this class tells.
+// No member waits for another process. A copy that its owner marked as secret, and a text above the size
+// limit, are reported as having no plain text.
 class Pasteboard {
 public:
     // The text, or nothing when the contents have no plain-text form.
@@ -22,18 +22,17 @@ public:
 
     virtual ~Pasteboard() = default;
 
-    // Whether this session has a clipboard that can be read and written at all; stays as it is.
+    // Whether this session has a clipboard that can be read and written; never changes.
     [[nodiscard]] virtual bool isReachable() const { return true; }
 
-    // Grows by one whenever any process, this one included, takes over the contents; also for the same text
-    // again. A `setString` directly after `clear` belongs to the same take-over: the two together are one
-    // step.
+    // Grows by one whenever any process, this one included, takes ownership; also for the same text again. A
+    // `setString` directly after `clear` belongs to the same change: the two together count once.
     [[nodiscard]] virtual qint64 changeCount() const = 0;
-    // Asks for the present contents. `done` runs exactly once on the main thread, at once or later; it gets
+    // Requests the current contents. `done` runs exactly once on the main thread, at once or later; it gets
     // nothing when the owner does not answer in time, or when the contents changed before they were read.
     virtual void readString(TextHandler done) = 0;
-    // Both replace what is on the clipboard as far as it is known here: a copy made by somebody else at this
-    // very moment wins, and its change is reported.
+    // Both replace the contents that this class knows of: a newer copy by another program is not overwritten,
+    // and its change is reported.
     virtual void clear() = 0;
     virtual void setString(std::string text) = 0;
 

@@ -18,7 +18,7 @@
 
 #include <functional>
 
-// One desktop: everything the application asks of it. All of it outlives the application.
+// Everything the application needs of a desktop. All of it outlives the application.
 struct Platform {
     const BundleInfo &bundle;
     DefaultsStore &defaults;
@@ -37,6 +37,6 @@ struct Platform {
     const Screens &screens;
     Appearance &appearance;
 
-    // Called when the application has just let go of much.
+    // Called when the application has just freed much memory.
     std::function<void()> releaseMemory = [] {};
 };

@@ -4,8 +4,8 @@
 
 #include <functional>
 
-// Sees left and right mouse-downs anywhere on the desktop without taking them from the window they are meant
-// for.
+// Observes presses of the left and right mouse button anywhere on the desktop; the pressed window gets them
+// as usual.
 class PointerMonitor {
 public:
     struct Press {
@@ -19,6 +19,6 @@ public:
     virtual ~PointerMonitor() = default;
     // Reports on the main thread until `stop`; a second start replaces the handler.
     virtual void start(Handler handler) = 0;
-    // Harmless when nothing was started. The handler may call it.
+    // No effect when nothing was started. The handler may call it.
     virtual void stop() = 0;
 };

@@ -3,9 +3,9 @@
 #include <chrono>
 #include <functional>
 
-// Time as the application sees it: a steady clock and steps that run later on the main thread.
+// The application's time: a steady clock and steps that run later on the main thread.
 //
-// Production drives it with the event loop; tests move it by hand.
+// The program drives it with the event loop; tests use virtual time.
 class Scheduler {
 public:
     using Step = std::function<void()>;
@@ -14,6 +14,6 @@ public:
     // Steady time since an arbitrary start; never goes back.
     [[nodiscard]] virtual std::chrono::nanoseconds now() const = 0;
     // Runs `step` once on the main thread, not earlier than `delay` from now. Steps due at the same moment
-    // run in the order in which they were asked for. A step cannot be taken back: see DelayedSteps for that.
+    // run in the order of the calls. A step cannot be cancelled: see DelayedSteps for that.
     virtual void after(std::chrono::nanoseconds delay, Step step) = 0;
 };

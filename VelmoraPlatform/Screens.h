@@ -3,7 +3,7 @@
 #include <QPoint>
 #include <QRect>
 
-// The screens and what the desktop's own panels leave of them, in points with the origin at the top left.
+// The screens and their work areas (without the desktop's panels), in points with the origin at the top left.
 class Screens {
 public:
     virtual ~Screens() = default;

@@ -14,7 +14,7 @@ class QImage;
 struct StatusMenuEntry {
     enum class Check { none, off, on };
 
-    // An empty title stands for a separator.
+    // An entry with an empty title is a separator.
     QString title;
     Check check = Check::none;
     std::function<void()> action;
@@ -26,12 +26,12 @@ using StatusMenu = std::vector<StatusMenuEntry>;
 
 // The application's icon among the desktop's status icons.
 //
-// Where the desktop has no place for it yet, the item waits and appears as soon as there is one.
+// While the desktop has no place for status icons, the item is not shown; it appears as soon as there is one.
 class StatusItem {
 public:
     struct Events {
-        std::function<void()> activated;       // Left click; `anchor` tells where.
-        std::function<void()> menuRequested;   // Right click on a desktop that leaves showing the menu to us.
+        std::function<void()> activated;       // Left click; `anchor` gives the position.
+        std::function<void()> menuRequested;   // Right click, when the application has to show the menu.
         std::function<void()> menuAboutToShow; // The desktop itself opens the exported menu.
     };
 
@@ -49,7 +49,7 @@ public:
     // The menu that the desktop may show at any time.
     virtual void setMenu(StatusMenu menu) = 0;
 
-    // Where the icon is, as well as the desktop tells; nothing when it does not tell at all.
+    // The icon's position, as precisely as it is known; nothing when it is not known.
     [[nodiscard]] virtual std::optional<QRect> anchor() const = 0;
     // Whether a press at this point of the desktop is one on the icon.
     [[nodiscard]] virtual bool contains(QPoint point) const = 0;

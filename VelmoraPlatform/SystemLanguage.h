@@ -7,6 +7,6 @@ class SystemLanguage {
 public:
     virtual ~SystemLanguage() = default;
     // The lower-case ISO 639 code, without region and script ("de" in Vienna too); empty when none is set.
-    // Asked anew on every call, so that a change shows in the texts made next.
+    // Read again by every call, so that a change takes effect in the next text.
     [[nodiscard]] virtual QString code() const = 0;
 };

@@ -8,14 +8,14 @@
 
 // Keeps the installed program up to date, on a schedule of its own and on request.
 //
-// Exists only where the bundle carries a complete update configuration, and then as long as the process. What
-// it has to say goes through an UpdateUserDriver.
+// Exists only when the bundle contains a complete update configuration, and then as long as the process. Its
+// messages go through an UpdateUserDriver.
 class Updater {
 public:
     using ChangeHandler = std::function<void()>;
 
     virtual ~Updater() = default;
-    // A check the user asked for. While something is on show, brings that to the front instead.
+    // A check that the user requested. While something is shown, brings that to the front instead.
     virtual void checkForUpdates() = 0;
     // False while a check works without showing anything.
     [[nodiscard]] virtual bool canCheckForUpdates() const = 0;
@@ -26,12 +26,12 @@ public:
 // The update configuration of the bundle.
 struct UpdateConfiguration {
     QUrl feed;
-    QString publicKey; // As it stands in the bundle; the updater judges whether it is a key.
+    QString publicKey; // As written in the bundle; the updater decides whether it is valid.
 };
 
 class UpdateUserDriver;
 
-// Makes the updater and starts it: from then on it checks on its schedule and shows what it has to say on
+// Creates the updater and starts it: from then on it checks on its schedule and shows its messages on
 // `driver`, which outlives it.
 using UpdaterFactory = std::function<std::unique_ptr<Updater>(const UpdateConfiguration &configuration,
                                                               UpdateUserDriver &driver)>;

@@ -2,10 +2,10 @@
 
 #include <QDateTime>
 
-// The date and time on the user's wall, with the zone they live in.
+// The user's date and time, in the local time zone.
 class WallClock {
 public:
     virtual ~WallClock() = default;
-    // The present moment, in the local time zone as it is now (a zone may change while we run).
+    // The current time in the current local time zone (which may change while the program runs).
     [[nodiscard]] virtual QDateTime now() const = 0;
 };

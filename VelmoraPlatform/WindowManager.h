@@ -5,13 +5,13 @@
 class QWindow;
 
 struct PanelTraits {
-    // A panel that does not accept the mouse lets every click through to what lies below.
+    // Clicks on a panel that does not accept the mouse go to the window below it.
     bool acceptsMouse = true;
     // Of the panel's shape, in points, where the desktop cannot blend windows.
     int cornerRadius = 0;
 };
 
-// What a window needs from the desktop beyond being shown.
+// What windows need of the desktop's window manager.
 class WindowManager {
 public:
     virtual ~WindowManager() = default;

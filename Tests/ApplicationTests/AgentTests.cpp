@@ -32,7 +32,7 @@ QByteArray clean(int number)
     return "https://shop.example/item?id=" + QByteArray::number(number);
 }
 
-// What the stored settings say of past cleanings.
+// The cleanings counted in the stored settings.
 struct Record {
     explicit Record(const QString &folder)
     {
@@ -77,7 +77,7 @@ class AgentTests : public QObject {
         agent_->waitForStarted();
     }
 
-    // Copies until a copy comes back clean: what was there before the start never does.
+    // Copies until a copy is cleaned: a text that was on the clipboard before the start never is.
     bool waitUntilItCleans()
     {
         for (int attempt = 0; attempt < 60; ++attempt) {
@@ -114,9 +114,9 @@ class AgentTests : public QObject {
         return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
     }
 
-    // One life that ends by SIGKILL at a moment before `limit` is over. The links that came back clean, each
-    // with the time that was left to live.
-    std::vector<std::pair<int, std::chrono::nanoseconds>> liveAndDie(std::chrono::milliseconds limit)
+    // One run that is ended by SIGKILL within `limit`. The links that were cleaned, each with the time from
+    // the cleaning to the kill.
+    std::vector<std::pair<int, std::chrono::nanoseconds>> runAndKill(std::chrono::milliseconds limit)
     {
         const auto life = std::chrono::milliseconds(QRandomGenerator::global()->bounded(int(limit.count())));
         std::optional<std::chrono::nanoseconds> died;
@@ -166,7 +166,7 @@ private Q_SLOTS:
         other_.reset();
     }
 
-    void itTellsItsVersionAndHelpWithoutADesktop()
+    void itPrintsItsVersionAndHelpWithoutADesktop()
     {
         QByteArray output;
         QByteArray errors;
@@ -253,10 +253,10 @@ private Q_SLOTS:
         QCOMPARE(record.totalCleaned, 1);
     }
 
-    // What was clean 50 ms before the kill is kept as long as the program gets to run; on a machine that is
-    // busy with other things it may not get to run for longer than that. So half a second is what fails the
-    // test, and what is missing of the others is told. VELMORA_KILLS sets another number of kills; 200 take
-    // longer than Qt Test lets a function run, so QTEST_FUNCTION_TIMEOUT=900000 goes with them.
+    // A cleaning 50 ms before the kill is stored if the program was scheduled in that time, which a busy
+    // machine does not guarantee. So a missing cleaning fails the test when it is older than half a second;
+    // newer ones are only reported. VELMORA_KILLS sets another number of kills; 200 take longer than Qt Test
+    // lets a function run, so set QTEST_FUNCTION_TIMEOUT=900000 with them.
     void whatWasCleanSurvivesSigkillAtAnyMoment()
     {
         bool isSet = false;
@@ -269,7 +269,7 @@ private Q_SLOTS:
             start();
             if (life % 4 != 0) // Every fourth is killed while it starts.
                 QVERIFY(waitUntilItCleans());
-            const auto cleaned = liveAndDie(life % 4 != 0 ? 1200ms : 300ms);
+            const auto cleaned = runAndKill(life % 4 != 0 ? 1200ms : 300ms);
             const Record record(folder());
             QVERIFY(record.isSound);
             QVERIFY(record.totalCleaned >= known && record.totalCleaned <= known + nextLink_ - before);

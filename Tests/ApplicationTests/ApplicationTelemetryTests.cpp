@@ -70,7 +70,7 @@ void collectEntries(const QDBusArgument &menu, QMap<QString, int> &entries)
 
 } // namespace
 
-// The whole program on a desktop of its own, with everything it says to the network on record.
+// The whole program on a private desktop, with all its network traffic recorded.
 class ApplicationTelemetryTests : public QObject {
     Q_OBJECT
 
@@ -131,12 +131,12 @@ private Q_SLOTS:
              {u"app_first_launch"_s, u"app_opened"_s, u"app_quit"_s, u"menu_popover_opened"_s,
               u"settings_opened"_s, u"link_cleaned"_s, u"cleaning_disabled"_s, u"cleaning_enabled"_s})
             QVERIFY2(names().contains(name), qPrintable(name));
-        QVERIFY(!TelemetryMarks::in(storedHistory()).isEmpty()); // There was something to tell.
+        QVERIFY(!TelemetryMarks::in(storedHistory()).isEmpty()); // There was something to report.
         QCOMPARE(connectionsElsewhere(), QStringList());
         QVERIFY(trace().contains(serverAddress()));
     }
 
-    void whatIsSwitchedOffConnectsToNothingAndLooksNoNameUp_data()
+    void whatIsSwitchedOffConnectsToNothingAndResolvesNoName_data()
     {
         QTest::addColumn<QString>("endpoint");
         QTest::addColumn<bool>("enabled");
@@ -145,7 +145,7 @@ private Q_SLOTS:
         QTest::newRow("an endpoint without TLS") << u"http://velmora-events.example/e"_s << true;
     }
 
-    void whatIsSwitchedOffConnectsToNothingAndLooksNoNameUp()
+    void whatIsSwitchedOffConnectsToNothingAndResolvesNoName()
     {
         QFETCH(QString, endpoint);
         QFETCH(bool, enabled);
@@ -217,7 +217,7 @@ private:
         application->setProcessChannelMode(QProcess::ForwardedErrorChannel);
         application->start(u"unshare"_s,
                            {u"-Um"_s, u"--map-current-user"_s, u"--keep-caps"_s, u"sh"_s, u"-c"_s, command});
-        // Answered by the event loop: from then on the clipboard is watched.
+        // The reply comes from the event loop, so the clipboard is watched from then on.
         const QVariantList status{u"org.kde.StatusNotifierItem"_s, u"Status"_s};
         return QTest::qWaitFor(
             [&] {
@@ -315,7 +315,7 @@ private:
 
     [[nodiscard]] QString serverAddress() const { return u"htons(%1)"_s.arg(server->url().port()); }
 
-    // Calls that speak to another machine, or to a port of this one that is not the server's.
+    // System calls that address another machine, or a port of this one that is not the server's.
     [[nodiscard]] QStringList connectionsElsewhere() const
     {
         QStringList elsewhere;

@@ -1,4 +1,4 @@
-// The whole way of a copied link on a real X server: another program copies, and what it finds afterwards.
+// The path of a copied link on a real X server: another program copies, and reads the clipboard afterwards.
 #include <VelmoraLinux/Clipboard/X11Pasteboard.h>
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
 #include <VelmoraLinux/Time/EventLoopScheduler.h>
@@ -43,7 +43,7 @@ QByteArray clean(int number)
     return "https://shop" + n + ".example/item?id=" + n;
 }
 
-// The application without its face, on real back ends; ends as the program does.
+// The application without its views, on real back ends; ends as the program does.
 struct Pipeline {
     Pipeline(const QString &folder, const QByteArray &display)
         : defaults(folder)
@@ -64,7 +64,7 @@ struct Pipeline {
     ClipboardMonitor monitor{*pasteboard, scheduler, notices};
 };
 
-// How long the event loop was kept from a beat it has every 5 ms.
+// The longest delay of a timer that fires every 5 ms.
 class Heartbeat {
 public:
     Heartbeat()
@@ -104,7 +104,7 @@ class ClipboardPipelineTests : public QObject {
         app_ = std::make_unique<Pipeline>(folder(), server_->display());
     }
 
-    // What a paste gives after this copy was cleaned; nothing when nobody cleaned it.
+    // What a paste gives after this copy was cleaned; nothing when it was not cleaned.
     std::optional<QByteArray> copyAndPaste(const QByteArray &text)
     {
         if (!other_->copy(text) || !other_->waitUntilLost(kPatience))
@@ -269,7 +269,7 @@ private Q_SLOTS:
         QVERIFY(!isOnDisk("shop7.example"));
     }
 
-    void bytesAroundALinkComeBackUnharmed()
+    void bytesAroundALinkStayUnchanged()
     {
         const QByteArray before("NUL \0, not UTF-8 \xff\xc3( \xed\xa0\x80, ", 27);
         const QByteArray after("\r\n\t\0\xfe end", 9);
@@ -283,7 +283,7 @@ private Q_SLOTS:
         QVERIFY(pasted == std::optional(page + clean(1) + '\n' + page));
     }
 
-    void aHungOwnerHoldsUpNothingButItsOwnCopy()
+    void aHangingOwnerDelaysOnlyItsOwnCopy()
     {
         CopyingProgram hung(server_->environment());
         const Heartbeat heartbeat;
@@ -301,7 +301,7 @@ private Q_SLOTS:
         QCOMPARE(app_->state.totalCleaned(), 1);
     }
 
-    void anOwnerThatMisbehavesCostsItsCopyOnly_data()
+    void anOwnerThatMisbehavesLosesOnlyItsCopy_data()
     {
         QTest::addColumn<QByteArray>("mode");
         for (const char *mode : {"silent", "wrong-type", "wrong-format", "unwritten", "garbage-targets",
@@ -309,7 +309,7 @@ private Q_SLOTS:
             QTest::newRow(mode) << QByteArray(mode);
     }
 
-    void anOwnerThatMisbehavesCostsItsCopyOnly()
+    void anOwnerThatMisbehavesLosesOnlyItsCopy()
     {
         QFETCH(QByteArray, mode);
         QVERIFY(staysUntouched(tracked(1) + QByteArray(3000, ' '), mode));
@@ -317,7 +317,7 @@ private Q_SLOTS:
         QCOMPARE(app_->state.totalCleaned(), 1);
     }
 
-    void anOwnerThatDiesInTheMiddleCostsItsCopyOnly()
+    void anOwnerThatEndsDuringATransferLosesOnlyItsCopy()
     {
         CopyingProgram dying(server_->environment());
         QVERIFY(dying.copy(tracked(1) + QByteArray(3000, ' '), "pieces-die"));

@@ -7,7 +7,7 @@ namespace {
 QList<QByteArray> spellingsOf(const QByteArray &mark)
 {
     QList<QByteArray> spellings{mark, mark.toHex()};
-    // In Base64 a text looks different at each of three offsets; letters that it shares with its neighbours
+    // Base64 encodes a text differently at each of three offsets; characters shared with neighbouring bytes
     // are left out.
     for (const int offset : {0, 1, 2}) {
         const QByteArray shifted = QByteArray(offset, 'x') + mark;

@@ -1,5 +1,5 @@
-// A process of its own that lives through everything an installation may report, for tests that watch it from
-// outside or kill it. Usage: TelemetryProcess FOLDER ENDPOINT CERTIFICATE on|off|kept
+// A separate process that records every kind of event, for tests that observe it from outside or kill it.
+// Usage: TelemetryProcess FOLDER ENDPOINT CERTIFICATE on|off|kept
 //
 // FOLDER holds the defaults; an empty ENDPOINT is a build without one. "on" and "off" set the user's choice
 // first, "kept" takes the stored one. It prints "tracked" once its events are recorded and ends when its

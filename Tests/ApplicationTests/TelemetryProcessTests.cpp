@@ -65,7 +65,7 @@ private Q_SLOTS:
         end(second);
     }
 
-    void whatIsSwitchedOffConnectsToNothingAndLooksNoNameUp_data()
+    void whatIsSwitchedOffConnectsToNothingAndResolvesNoName_data()
     {
         QTest::addColumn<bool>("hasEndpoint");
         QTest::addColumn<QString>("choice");
@@ -75,7 +75,7 @@ private Q_SLOTS:
         QTest::newRow("no endpoint") << false << u"on"_s << false;
     }
 
-    void whatIsSwitchedOffConnectsToNothingAndLooksNoNameUp()
+    void whatIsSwitchedOffConnectsToNothingAndResolvesNoName()
     {
         QFETCH(bool, hasEndpoint);
         QFETCH(QString, choice);

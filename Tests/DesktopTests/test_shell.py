@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The program as people live with it, on real desktops with real clicks and keys.
+"""The program in daily use, on real desktops with real clicks and keys.
 
 Usage: test_shell.py PROGRAM [unittest arguments]
 """
@@ -21,7 +21,7 @@ def work_area(edge):
 
 
 def when_made(path):
-    """Tells one file from the next of the same name, which may have the same inode; None while there is none."""
+    """Identifies a file, also against a later one of the same name and inode; None while there is none."""
     try:
         return path.stat().st_ctime_ns
     except FileNotFoundError:
@@ -225,7 +225,7 @@ class OnEveryTray:
         wait_until("the notice's end", lambda: not desktop.toast(), 2)
 
     def wait_for_button(self, desktop, warning):
-        """Where the blue button stands once it has come to rest: nobody hits one that still comes flying in."""
+        """The position of the blue button once its entrance animation has ended."""
         seen = [None]
 
         def rests():
@@ -372,7 +372,7 @@ class NotificationAreaTests(OnEveryTray, DesktopTest):
         desktop.click((menu.x + 60, menu.y + 18))  # The first entry.
         wait_until("the paused program", lambda: "Resume Cleaning" in desktop.menu())
 
-    def test_a_resting_pointer_is_told_the_state(self):
+    def test_a_hovering_pointer_shows_the_tooltip(self):
         desktop = self.started()
         icon = desktop.wait_for_icon()
         desktop.move(icon.center)
@@ -386,7 +386,7 @@ class NotificationAreaTests(OnEveryTray, DesktopTest):
     def tip(desktop):
         return next((window for window in desktop.windows() if 16 < window.rect.height < 40 < window.rect.width), None)
 
-    def test_our_menu_is_worked_with_the_keyboard_and_closed_by_a_click_elsewhere(self):
+    def test_our_menu_works_with_the_keyboard_and_closes_on_a_click_elsewhere(self):
         desktop = self.started()
         icon = desktop.wait_for_icon()
         desktop.click(icon.center, button=3)

@@ -56,7 +56,7 @@ class Publisher:
         run("cmake", f"-DOUTPUT={information}", f"-DIDENTIFIER={NAME}", f"-DSHORT_VERSION={version}.0",
             f"-DVERSION={version}", f"-DFEED={self.server.url}/appcast.xml", f"-DKEY={self.public}", "-P",
             SOURCES / "Packaging/Info.json.cmake")
-        # Nobody is asked about automatic checks, which would come between.
+        # Automatic checks are set, so that the question about them does not interfere.
         information.write_text(json.dumps({**json.loads(information.read_text()), "SUEnableAutomaticChecks": False}))
         archive = self.folder / f"velmora-{version}.tar.gz"
         run(SOURCES / "Tools/release/tarball", BUILD, archive, information)
@@ -290,7 +290,7 @@ class UpdateTests(UpdateTest):
         self.accept_until("the exchange", lambda: self.installed_version() == "2")
 
     def ready_version(self):
-        """Tells the version that lies ready from one that a killed process left."""
+        """Whether the prepared version is complete, not one that a killed process left unfinished."""
         try:
             return (self.hidden / "other").stat().st_ctime_ns
         except FileNotFoundError:

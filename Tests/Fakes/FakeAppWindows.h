@@ -4,7 +4,7 @@
 
 #include <QStringList>
 
-// Windows in memory that write down what is done to them.
+// Windows in memory that record the calls.
 class FakeAppWindows final : public AppWindowFactory {
 public:
     [[nodiscard]] std::unique_ptr<AppWindow> makeWindow(const View &newView,

@@ -14,7 +14,7 @@ public:
     QRect workArea{0, 28, 1280, 772};
 };
 
-// A mouse that the test presses.
+// A mouse whose buttons the test presses.
 class FakePointerMonitor final : public PointerMonitor {
 public:
     void start(Handler handler) override { handler_ = std::move(handler); }

@@ -4,7 +4,7 @@
 
 #include <QStringList>
 
-// Remembers what was asked of it and agrees or refuses as told.
+// Records the requests and succeeds or fails as the test sets it.
 class FakeLoginItem final : public LoginItem {
 public:
     [[nodiscard]] bool registerItem() override

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// A clipboard in memory that other programs, played by the test, copy to.
+// A clipboard in memory; the test plays the other programs that copy to it.
 class FakePasteboard final : public Pasteboard {
 public:
     explicit FakePasteboard(Scheduler &scheduler)
@@ -40,7 +40,7 @@ public:
 
     bool reachable = true;
     bool notifies = true;
-    bool answers = true;                     // False: the owner hangs, a read gives up after a second.
+    bool answers = true; // False: the owner does not answer, and a read times out after a second.
     std::chrono::nanoseconds answerDelay{0}; // From the asking to the answer.
     std::vector<std::string> written;        // Our own texts, in order.
     int reads = 0;

@@ -9,7 +9,7 @@
 
 #include <VelmoraMac/AppState.h>
 
-// Everything an AppState asks for, as fakes: AppState state(fakes.services());
+// Fakes of everything that AppState needs: AppState state(fakes.services());
 struct FakeServices {
     VirtualTime time;
     MemoryDefaultsStore defaults;

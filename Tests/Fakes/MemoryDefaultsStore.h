@@ -7,7 +7,7 @@
 
 #include <variant>
 
-// A store that forgets everything with the test, remembers who wrote, and can be told to fail.
+// A store in memory that records writes and can be set to fail.
 class MemoryDefaultsStore final : public DefaultsStore {
 public:
     using Value = std::variant<bool, qint64, QString, QByteArray>;
@@ -29,7 +29,7 @@ public:
     [[nodiscard]] QStringList keys() const; // Sorted.
     // Keys in the order of their writes; a removal is the key with a leading minus.
     QStringList writes;
-    // A problem reported now, or as soon as somebody listens.
+    // A problem reported now, or as soon as a handler is set.
     void fail(Problem problem);
     bool failsWrites = false; // Each write then reports `notWritable`; the value is kept all the same.
 

@@ -19,17 +19,17 @@ private:
     QDateTime now_ = QDateTime(QDate(2026, 3, 7), QTime(10, 11, 12), Qt::UTC);
 };
 
-// Time that moves only when a test passes it; the wall clock moves along.
+// Time that advances only when a test advances it, together with the wall clock.
 class VirtualTime final : public Scheduler {
 public:
     [[nodiscard]] std::chrono::nanoseconds now() const override { return now_; }
 
     void after(std::chrono::nanoseconds delay, Step step) override;
 
-    // Lets `duration` go by and runs every step that falls due in it, in order, each at its own moment.
+    // Advances by `duration` and runs every step that becomes due, in order, each at its time.
     void pass(std::chrono::nanoseconds duration);
 
-    // How many steps are waiting: zero means that nothing would ever wake the program up.
+    // The number of pending steps: with zero the program would never be woken.
     [[nodiscard]] std::size_t waiting() const { return steps_.size(); }
 
     FakeWallClock &wallClock() { return wallClock_; }

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-// What a view says and offers, as its user would find it.
+// The texts and controls of a view, as a user finds them.
 namespace ItemTree {
 
 // The texts that can be seen in `root`, from first to last child.

@@ -16,7 +16,7 @@ struct Scene {
     std::chrono::milliseconds time; // How long it has been on show in the picture.
 };
 
-// What the scenes show of the past.
+// The history that the scenes show.
 [[nodiscard]] StageSetup everydaySetup();
 
 [[nodiscard]] const std::vector<Scene> &allScenes();

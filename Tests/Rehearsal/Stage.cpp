@@ -13,7 +13,7 @@ Q_IMPORT_QML_PLUGIN(VelmoraMacPlugin)
 namespace {
 
 constexpr auto frame = 16ms;
-constexpr QColor desk(0x9c, 0xa9, 0xb5); // What a translucent window lies on.
+constexpr QColor desk(0x9c, 0xa9, 0xb5); // The ground behind a translucent window.
 
 void fill(MemoryDefaultsStore &store, const StageSetup &setup)
 {

@@ -33,18 +33,17 @@ struct StageSetup {
 // Gives the application the pinned `family`, without hinting, so that pictures are the same on every machine.
 void prepareFont(const QString &family);
 
-// Shows the application's views in any state, without the outside world and in time that moves only when told
-// to.
+// Shows the application's views in any state, on fakes and in virtual time.
 //
 // Needs a QGuiApplication with the software scene graph.
 class Stage {
 public:
     explicit Stage(const StageSetup &setup);
 
-    // Lets the views move by themselves, for somebody who watches.
+    // Runs the animations in real time, for interactive use.
     void setRealTime() { clock().setReal(); }
 
-    // Shows `VelmoraMac/name.qml` in a window of its own of `size`; its animations stand at their beginning.
+    // Shows `VelmoraMac/name.qml` in a window of its own of `size`; its animations are at their start.
     // Objects among `properties` outlive the window. Null when the view cannot be loaded; the reason is in
     // the warnings.
     QQuickItem *show(const QString &name, const QVariantMap &properties, QSize size);

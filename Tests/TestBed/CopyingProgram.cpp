@@ -88,7 +88,7 @@ void CopyingProgram::readLines()
         const QByteArray line = process_.readLine().trimmed();
         const QByteArray rest = line.mid(line.indexOf(' ') + 1);
         if (line.startsWith("owned ")) {
-            // What was said before belongs to an earlier copy, however late it is read.
+            // Output from before belongs to an earlier copy, even when it is read later.
             lost_.reset();
             asked_.clear();
             owned_ = std::chrono::nanoseconds(rest.toLongLong());

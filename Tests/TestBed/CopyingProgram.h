@@ -6,27 +6,26 @@
 #include <chrono>
 #include <optional>
 
-// Another program with the clipboard in its hands: drives selection-owner, whose head lists the manners of
-// copying.
+// Another program that owns the clipboard: drives selection-owner, whose first comment lists the modes.
 class CopyingProgram {
 public:
     explicit CopyingProgram(const QProcessEnvironment &environment);
     ~CopyingProgram();
     Q_DISABLE_COPY_MOVE(CopyingProgram)
 
-    // Takes the clipboard. Returns when the server has given it; the moment on the steady clock, or nothing
-    // on failure.
+    // Takes the clipboard. Returns when the X server has confirmed it: the time on the steady clock, or
+    // nothing on failure.
     std::optional<std::chrono::nanoseconds> copy(const QByteArray &text, const QByteArray &mode = "text");
     // `size` times the same letter.
     std::optional<std::chrono::nanoseconds> copyFilled(qsizetype size);
     void release();
-    // Waits until somebody else has taken the clipboard; that moment, or nothing when it takes longer than
+    // Waits until another program has taken the clipboard: the time, or nothing when it takes longer than
     // `limit`.
     std::optional<std::chrono::nanoseconds> waitUntilLost(std::chrono::milliseconds limit);
-    // The forms in which others have asked for the present copy so far.
+    // The targets (ICCCM) that others have requested of the current copy so far.
     [[nodiscard]] QList<QByteArray> asked();
 
-    // Stops answering, as a program that hangs; and goes on.
+    // Stops answering, as a program that hangs; and continues.
     void hang();
     void goOn();
     void kill();
@@ -42,7 +41,7 @@ private:
     QList<QByteArray> asked_;
 };
 
-// What a program of the user's gets when it pastes: the clipboard in the given form, as xclip reads it.
-// Nothing when there is no such form.
+// What another program gets when it pastes: the clipboard converted to the given target, as xclip reads it.
+// Nothing when the owner refuses that target.
 [[nodiscard]] std::optional<QByteArray> paste(const QProcessEnvironment &environment,
                                               const QString &form = QStringLiteral("UTF8_STRING"));

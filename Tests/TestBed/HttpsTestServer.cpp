@@ -32,7 +32,7 @@ qsizetype contentLength(const QByteArray &head)
 
 TestCertificate::TestCertificate(const QString &names)
 {
-    QProcess openssl; // Its talk is nobody's business; a failure shows in isValid().
+    QProcess openssl; // Its output is not needed; a failure is reported by isValid().
     openssl.start(u"openssl"_s,
                   {u"req"_s, u"-x509"_s, u"-newkey"_s, u"ec"_s, u"-pkeyopt"_s,
                    u"ec_paramgen_curve:prime256v1"_s, u"-nodes"_s, u"-batch"_s, u"-days"_s, u"2"_s,

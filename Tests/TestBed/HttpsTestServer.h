@@ -9,7 +9,7 @@
 #include <deque>
 #include <functional>
 
-// A certificate made for one test run, trusted by nobody who is not told to.
+// A self-signed certificate for one test run.
 class TestCertificate {
 public:
     // `names` as in "IP:127.0.0.1" or "DNS:other.example". Made with the openssl tool.
@@ -31,7 +31,7 @@ private:
     QTemporaryDir folder_;
 };
 
-// A real HTTPS server on the loopback interface that does as it is told and keeps every byte it got.
+// A real HTTPS server on the loopback interface that behaves as set and keeps every byte it receives.
 class HttpsTestServer : public QObject {
     Q_OBJECT
 
@@ -46,7 +46,7 @@ public:
     using Behaviour = std::function<void(QSslSocket &)>;
     static Behaviour answer(int status, const QByteArray &extraHeaders = {});
     static Behaviour silence(); // Keeps the connection open and says nothing.
-    static Behaviour reset();   // Breaks the connection off without a word.
+    static Behaviour reset();   // Resets the connection without an answer.
     static Behaviour endlessBody();
     static Behaviour brokenOffBody();
 

@@ -1,21 +1,24 @@
-// selection-owner: a program that copies, well-behaved or not, as it is told on standard input.
+// selection-owner: owns the clipboard, well-behaved or not, as commanded on standard input.
 //
-//   MODE N\n and N bytes    takes the clipboard with these bytes; answers those who ask in the manner of MODE
+//   MODE N\n and N bytes    takes the clipboard with these bytes and answers requests as MODE says
 //   release\n               gives the clipboard up
 //
-// Says on standard output, with the steady clock in nanoseconds:
-//   owned NS                the server has given us the clipboard
-//   lost NS                 somebody else has taken it
-//   asked TARGET            somebody has asked for it in this form
+// Prints on standard output, with the steady clock in nanoseconds:
+//   owned NS                the X server has confirmed the ownership
+//   lost NS                 another program has taken the clipboard
+//   asked TARGET            another program has requested this target
 //
 // Modes:
-//   text             any length; long texts go out in pieces
-//   pieces           in pieces of 1000 bytes, however short
-//   old              refuses to list its forms
+//   text             any length; long texts are sent incrementally (ICCCM, INCR)
+//   pieces           incrementally in pieces of 1000 bytes, short texts too
+//   old              refuses TARGETS
 //   latin1           STRING only
-//   image            no form of text
-//   secret           marked as a password;  mark-unreadable: marked, but the mark is refused;  mark-public:
-//   says "public" filled           instead of bytes: N times the letter x silent           never answers
+//   image            no target for text
+//   secret           marked as a password (x-kde-passwordManagerHint)
+//   mark-unreadable  marked, but the mark is refused
+//   mark-public      marked as "public"
+//   filled           instead of bytes: N times the letter x
+//   silent           never answers
 //   wrong-type, wrong-format, unwritten, garbage-targets    answers that make no sense
 //   dies             ends when it is asked for the text
 //   pieces-die, pieces-stall, pieces-endless                after the first piece

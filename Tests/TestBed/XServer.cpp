@@ -2,7 +2,7 @@
 
 XServer::XServer()
 {
-    // It chooses a free display number itself and tells it once it is ready. Without -noreset it would start
+    // It chooses a free display number itself and prints it once it is ready. Without -noreset it would start
     // over when its last client leaves, and the next one would find it away.
     process_.start(u"Xvfb"_qs, {u"-displayfd"_qs, u"1"_qs, u"-screen"_qs, u"0"_qs, u"1280x800x24"_qs,
                                 u"-nolisten"_qs, u"tcp"_qs, u"-noreset"_qs});

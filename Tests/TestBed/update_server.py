@@ -58,7 +58,7 @@ class UpdateServer:
                 self.going.wait()
             request.wfile.write(content)
         except OSError:
-            pass  # Whoever asked has gone, as some tests want it.
+            pass  # The client has closed the connection, as in some tests.
 
     def hold_back(self, path, share):
         self.held.clear()

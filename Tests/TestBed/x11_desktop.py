@@ -16,17 +16,17 @@ import time
 
 from x11_person import Person, Rect
 
-PATIENCE = 20  # Seconds before a wait is given up; a loaded machine needs some.
+TIMEOUT = 20  # Seconds before a wait is given up; a loaded machine needs some.
 SIZE = (1280, 800)
 SCREEN = Rect(0, 0, *SIZE)
 PANEL = 32  # Thickness of the panel or tray.
 EDGES = {"top": "p=6;x=0;y=0", "bottom": "p=8;x=0;y=0", "left": "p=5;x=0;y=0", "right": "p=1;x=0;y=0"}
 WATCHER = "org.kde.StatusNotifierWatcher"
-QUIET = 0.15  # Seconds without any program having run after which none will without a reason.
+QUIET = 0.15  # Seconds without any thread running after which the desktop counts as idle.
 TRAY_ICONS = {"sni": ("wrapper-2.0", "Wrapper-2.0"), "xembed": ("velmora", "Velmora")}  # Windows that hold our icon.
 
 
-def wait_until(what, condition, patience=PATIENCE):
+def wait_until(what, condition, patience=TIMEOUT):
     """Returns the first true result of `condition`."""
     end = time.monotonic() + patience
     while True:
@@ -92,14 +92,14 @@ class Desktop:
         return path.read_text(errors="replace") if path.exists() else ""
 
     def state(self):
-        """For the report of a failure: what runs, what is on screen, and what was said."""
+        """For the report of a failure: processes, windows and output."""
         lines = [f"{process.name}: {process.args}, status {process.poll()}" for process in self.processes]
         lines += [f"window {window.number:#x} {window.kind} {window.rect}" for window in self.person.windows()]
         for path in sorted(self.folder.glob("*.log")):
             lines += [f"{path.stem}: {line}" for line in self.log(path.stem).splitlines()[-15:]]
         return "\n".join(lines)
 
-    def ask(self, *command, patience=PATIENCE):
+    def ask(self, *command, patience=TIMEOUT):
         return subprocess.run([str(word) for word in command], env=self.env, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.DEVNULL, timeout=patience, check=False).stdout.decode(errors="replace")
 
@@ -134,7 +134,7 @@ class Desktop:
                 continue
 
     def activity(self):
-        """How often each thread of the desktop has been given a processor; nothing while one has or wants it."""
+        """How often each thread of the desktop has been scheduled; nothing while one is running or runnable."""
         counts = {}
         for pid in self.stragglers():
             for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status"):
@@ -148,7 +148,7 @@ class Desktop:
         return counts
 
     def settle(self):
-        """Waits until no program of the desktop has anything to do any more."""
+        """Waits until every program of the desktop is idle."""
         def is_quiet():
             before = self.activity()
             time.sleep(QUIET)
@@ -170,7 +170,7 @@ class Desktop:
         with os.fdopen(reading) as pipe:
             self.env["DISPLAY"] = ":" + pipe.readline().strip()
         self.person = Person(self.env["DISPLAY"])
-        # A keyboard's first key makes the server announce the keyboard, whereupon programs ask for their keys anew:
+        # A keyboard's first key makes the server announce the keyboard, and programs then grab their keys again:
         # the first key that counts is not to fall into that.
         self.person.tap_key("Shift_L")
 
@@ -227,7 +227,7 @@ class Desktop:
                                            "org.freedesktop.DBus.NameHasOwner", f"string:{service}")
 
     def watch_bus(self, rule):
-        """Has a monitor write down what passes over the bus and fits the rule; `heard` tells."""
+        """Records the bus messages that match the rule; `heard` returns them."""
         self.start("monitor", "stdbuf", "-oL", "dbus-monitor", "--session", "--profile", rule)
         wait_until("the monitor of the bus", lambda: "NameLost" in self.log("monitor"))
 
@@ -244,7 +244,7 @@ class Desktop:
                          "string:org.kde.StatusNotifierItem", f"string:{name}")
 
     def catch_up(self):
-        """Returns when the program has gone round its event loop: what was due before this call has happened."""
+        """Returns when the program has run its event loop once: what was due before this call has happened."""
         for _ in range(2):
             if "string" not in self.item_property("Id"):
                 raise AssertionError("the program does not answer")
@@ -339,7 +339,7 @@ class Desktop:
 
     def copy(self, text):
         subprocess.run(["xclip", "-selection", "clipboard"], env=self.env, input=text.encode(), check=True,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=PATIENCE)
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=TIMEOUT)
 
     def clipboard(self):
         return self.ask("xclip", "-o", "-selection", "clipboard")

@@ -1,4 +1,4 @@
-"""Eyes and a hand on an X server: windows, pictures, pointer. One connection, no processes: a look takes a millisecond."""
+"""A user of an X server: sees windows and pixels, moves the pointer. One connection and no processes, so it is fast."""
 import ctypes
 import time
 import typing
@@ -40,7 +40,7 @@ LIBRARY.XGetImage.restype = ctypes.POINTER(Image)
 
 @ctypes.CFUNCTYPE(Number, Pointer, Pointer)
 def overlook(_display, _error):
-    """Windows may go while they are looked at: whoever asked about one gets nothing."""
+    """A window may be destroyed while it is examined: then the result is empty."""
     return 0
 
 
@@ -67,7 +67,7 @@ class Rect:
         return self.x >= other.x and self.y >= other.y and self.right <= other.right and self.bottom <= other.bottom
 
     def within(self, other):
-        """What of it lies in the other one; its size is not positive if nothing does."""
+        """The intersection with the other one; its size is not positive when there is none."""
         left, top = max(self.x, other.x), max(self.y, other.y)
         return Rect(left, top, min(self.right, other.right) - left, min(self.bottom, other.bottom) - top)
 
@@ -95,7 +95,7 @@ class Person:
     def close(self):
         LIBRARY.XCloseDisplay(self.display)
 
-    # Eyes
+    # Seeing
 
     def atom(self, name):
         return Handle(LIBRARY.XInternAtom(self.display, name.encode(), 0))
@@ -180,7 +180,7 @@ class Person:
         return [[(data[at + 2], data[at + 1], data[at]) for at in range(row * stride, row * stride + 4 * rect.width, 4)]
                 for row in range(rect.height)]
 
-    # Hand: when these return, the server has told whoever lies under the pointer.
+    # Pointer: when these return, the server has sent the event to the window under the pointer.
 
     def move(self, point):
         TESTING.XTestFakeMotionEvent(self.display, -1, point[0], point[1], Handle(0))
@@ -191,7 +191,7 @@ class Person:
         LIBRARY.XSync(self.display, 0)
 
     def paint_background(self, color):
-        """Paints the desktop's ground so that compositors find it, too; until this connection is closed."""
+        """Paints the root window in a way that compositors notice, too; until this connection is closed."""
         size = Attributes()
         LIBRARY.XGetWindowAttributes(self.display, self.root, ctypes.byref(size))
         pixmap = LIBRARY.XCreatePixmap(self.display, self.root, size.width, size.height, size.depth)

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-// Families of texts made to cost a link finder as much as they can.
+// Families of texts that are as expensive as possible for a link detector.
 struct AdversarialFamily {
     std::string_view name;
     std::string_view head; // Once at the beginning.

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs velmora-release as a publisher does. The program's path stands in VELMORA_RELEASE."""
+"""Runs velmora-release as a publisher does. The program's path is in VELMORA_RELEASE."""
 import base64
 import os
 import pathlib

@@ -29,7 +29,7 @@ private Q_SLOTS:
         QCOMPARE(ran, QList<int>({1, 2, 3}));
     }
 
-    void startingOverSilencesTheEarlierRound()
+    void startingAgainCancelsTheEarlierRound()
     {
         VirtualTime time;
         DelayedSteps steps(time);
@@ -41,7 +41,7 @@ private Q_SLOTS:
         QCOMPARE(ran, QList<int>({2}));
     }
 
-    void destructionSilencesEverything()
+    void destructionCancelsEverything()
     {
         VirtualTime time;
         bool ran = false;

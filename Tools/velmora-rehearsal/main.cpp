@@ -1,4 +1,4 @@
-// velmora-rehearsal: every screen of the application in every state, without the outside world.
+// velmora-rehearsal: every view of the application in every state, on fakes.
 
 #include "Measure.h"
 
@@ -52,7 +52,7 @@ QList<QCommandLineOption> commandLine()
     };
 }
 
-// The options, or nothing after a word on what is wrong with them.
+// The options, or nothing after a message on stderr.
 std::optional<Options> read(const QCommandLineParser &line)
 {
     Options options;

@@ -21,7 +21,7 @@ const QByteArray kEmptyFeed = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                               " xmlns:velmora=\"https://velmora.app/xml-namespaces/updates\">\n"
                               "  <channel>\n    <title>Velmora</title>\n  </channel>\n</rss>\n";
 
-// Nothing when the file is there but cannot be used.
+// Nothing when the file exists but cannot be used.
 std::optional<QByteArray> presentFeed(const QString &path, const AppcastItem &item, QString &problem)
 {
     QFile file(path);

@@ -13,8 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::string_view kHead =
-    "# Velmora's update signing key. Secret: whoever has it can publish updates.\n";
+constexpr std::string_view kHead = "# Velmora's update signing key. Secret: it allows publishing updates.\n";
 
 unsigned char *bytes(QByteArray &array)
 {

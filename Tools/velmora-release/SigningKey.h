@@ -8,12 +8,13 @@
 // The secret half of the update key, kept in a file of its own that only its owner can read.
 class SigningKey {
 public:
-    // Makes a new pair and writes it to `path`, which must not exist. Nothing, and no file, on failure.
+    // Generates a new key pair and writes it to `path`, which must not exist. Nothing, and no file, on
+    // failure.
     [[nodiscard]] static std::optional<SigningKey> create(const QString &path, QString &problem);
     // `problem` names file and line of what is wrong.
     [[nodiscard]] static std::optional<SigningKey> read(const QString &path, QString &problem);
 
-    // What belongs into the bundle as "SUPublicEDKey".
+    // The value of the bundle's "SUPublicEDKey".
     [[nodiscard]] QString publicKey() const;
     // Base64 of the signature over all bytes of the file; nothing when it cannot be read or is empty.
     [[nodiscard]] std::optional<QString> sign(const QString &file) const;

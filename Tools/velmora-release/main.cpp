@@ -53,7 +53,7 @@ int showPublicKey(const QStringList &arguments)
     return 0;
 }
 
-// The archive as the feed announces it; the signature is checked the way every installed copy will.
+// The archive as the feed announces it; the signature is verified as every installed copy will verify it.
 std::optional<AppcastEnclosure> signedEnclosure(const QString &keyFile, const QString &archive,
                                                 QString &problem)
 {

@@ -17,11 +17,11 @@ const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 DesktopAppearance::DesktopAppearance(QDBusConnection bus)
     : bus_(std::move(bus))
 {
-    // Without a service name: naming it would make Qt wait for the bus to say who that is.
+    // Without a service name: with one, Qt would block until the bus has resolved it.
     bus_.connect({}, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
                  SLOT(settingChanged(QString, QString, QDBusVariant)));
     qGuiApp->installEventFilter(this);
-    askPortal();
+    readPortal();
 }
 
 Appearance::ColorScheme DesktopAppearance::colorScheme() const
@@ -38,7 +38,7 @@ void DesktopAppearance::addChangeHandler(ChangeHandler handler)
     handlers_.push_back(std::move(handler));
 }
 
-void DesktopAppearance::askPortal()
+void DesktopAppearance::readPortal()
 {
     auto call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
                                                QStringLiteral("ReadAll"));
@@ -53,19 +53,19 @@ void DesktopAppearance::askPortal()
         bool changed = false;
         const QVariantMap settings = groups.value(appearanceGroup);
         for (auto setting = settings.begin(); setting != settings.end(); ++setting)
-            changed |= take(setting.key(), setting.value());
+            changed |= applySetting(setting.key(), setting.value());
         if (changed)
-            tell();
+            notifyHandlers();
     });
 }
 
 void DesktopAppearance::settingChanged(const QString &group, const QString &key, const QDBusVariant &value)
 {
-    if (group == appearanceGroup && take(key, value.variant()))
-        tell();
+    if (group == appearanceGroup && applySetting(key, value.variant()))
+        notifyHandlers();
 }
 
-bool DesktopAppearance::take(const QString &key, const QVariant &value)
+bool DesktopAppearance::applySetting(const QString &key, const QVariant &value)
 {
     if (key == QLatin1String("color-scheme")) { // 0: no preference, 1: dark, 2: light.
         const uint scheme = value.toUInt();
@@ -86,11 +86,11 @@ bool DesktopAppearance::take(const QString &key, const QVariant &value)
 bool DesktopAppearance::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::ApplicationPaletteChange && watched == qGuiApp)
-        tell();
+        notifyHandlers();
     return QObject::eventFilter(watched, event);
 }
 
-void DesktopAppearance::tell()
+void DesktopAppearance::notifyHandlers()
 {
     for (const ChangeHandler &handler : handlers_)
         handler();

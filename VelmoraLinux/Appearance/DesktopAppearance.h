@@ -9,7 +9,8 @@
 #include <optional>
 #include <vector>
 
-// What the settings portal says, live; without a portal the palette tells light from dark.
+// Reads the settings portal (org.freedesktop.portal.Settings) and follows its changes. Without a portal the
+// palette decides between light and dark.
 class DesktopAppearance : public QObject, public Appearance {
     Q_OBJECT
 
@@ -25,10 +26,10 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    void askPortal();
+    void readPortal();
     Q_SLOT void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
-    bool take(const QString &key, const QVariant &value);
-    void tell();
+    bool applySetting(const QString &key, const QVariant &value);
+    void notifyHandlers();
 
     QDBusConnection bus_;
     std::optional<ColorScheme> portalScheme_;

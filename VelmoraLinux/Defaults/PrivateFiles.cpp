@@ -9,14 +9,15 @@
 
 namespace {
 
-constexpr mode_t kForOthers = S_IRWXG | S_IRWXO;
+constexpr mode_t kGroupAndOthers = S_IRWXG | S_IRWXO;
 
-void narrowTo(const QString &path, mode_t rights)
+void restrictTo(const QString &path, mode_t rights)
 {
     const QByteArray name = QFile::encodeName(path);
     struct stat status = {};
-    if (stat(name.constData(), &status) == 0 && (status.st_mode & kForOthers) != 0)
-        (void)chmod(name.constData(), rights); // Not ours or a read-only disk: it stays as it is.
+    if (stat(name.constData(), &status) == 0 && (status.st_mode & kGroupAndOthers) != 0)
+        (void)chmod(name.constData(),
+                    rights); // Fails for another user's file and on a read-only disk: nothing to do then.
 }
 
 bool makeFolder(const QString &folder)
@@ -33,7 +34,7 @@ bool PrivateFiles::prepareFolder(const QString &folder)
 {
     if (!makeFolder(folder))
         return false;
-    narrowTo(folder, S_IRWXU);
+    restrictTo(folder, S_IRWXU);
     return true;
 }
 
@@ -47,7 +48,7 @@ bool PrivateFiles::prepareFile(const QString &path)
     return true;
 }
 
-void PrivateFiles::narrow(const QString &path)
+void PrivateFiles::restrictFile(const QString &path)
 {
-    narrowTo(path, S_IRUSR | S_IWUSR);
+    restrictTo(path, S_IRUSR | S_IWUSR);
 }

@@ -2,16 +2,16 @@
 
 #include <QString>
 
-// A place that only its owner can look into: folders 0700, files 0600. Rights that have become wider are
-// narrowed.
+// Files and folders that only their owner can read: folders with mode 0700, files with mode 0600. Wider
+// permissions are taken back.
 namespace PrivateFiles {
 
-// Makes the folder and those above it; only the folder itself is narrowed when it was there before. False
-// when there is no such folder afterwards.
+// Creates the folder and its missing parents. Of folders that existed before, only `folder` itself has its
+// permissions taken back. False when there is no such folder afterwards.
 [[nodiscard]] bool prepareFolder(const QString &folder);
-// Makes an empty file if there is none. False when there is no such file afterwards.
+// Creates an empty file if there is none. False when there is no such file afterwards.
 [[nodiscard]] bool prepareFile(const QString &path);
-// Narrows the rights of a file if it is there.
-void narrow(const QString &path);
+// Takes back wider permissions of a file, if it exists.
+void restrictFile(const QString &path);
 
 } // namespace PrivateFiles

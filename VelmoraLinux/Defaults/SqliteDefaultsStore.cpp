@@ -66,7 +66,7 @@ void SqliteDefaultsStore::setString(QStringView key, const QString &value)
 
 void SqliteDefaultsStore::setData(QStringView key, const QByteArray &value)
 {
-    // A null array is an empty one here; the database tells them apart.
+    // A null array counts as an empty one; SQLite would store it as NULL.
     set(key, value.isNull() ? QByteArray("") : value);
 }
 
@@ -117,8 +117,8 @@ Outcome SqliteDefaultsStore::tryToWrite()
     if (isNewer_)
         return Outcome::newer;
     if (file_.isOpen() && !file_.isStillInPlace()) {
-        file_.abandon();
-        wantAllWritten();
+        file_.closeWithoutCheckpoint();
+        markAllUnwritten();
     }
     Outcome outcome = file_.isOpen() ? Outcome::done : openFile();
     if (outcome == Outcome::done)
@@ -130,7 +130,7 @@ Outcome SqliteDefaultsStore::tryToWrite()
     return outcome;
 }
 
-// Opens the file and takes over what it holds; what was set meanwhile counts more.
+// Opens the file and loads its values; values set in the meantime take precedence.
 Outcome SqliteDefaultsStore::openFile()
 {
     if (!PrivateFiles::prepareFolder(folder_))
@@ -151,11 +151,11 @@ void SqliteDefaultsStore::setAside()
     file_.close();
     if (SqliteFile::setAside(path_).isEmpty())
         return;
-    wantAllWritten();
+    markAllUnwritten();
     report(Problem::setAside);
 }
 
-void SqliteDefaultsStore::wantAllWritten()
+void SqliteDefaultsStore::markAllUnwritten()
 {
     for (auto value = values_.cbegin(); value != values_.cend(); ++value)
         unwritten_.insert(value.key(), value.value());

@@ -8,11 +8,11 @@
 
 // The defaults in an SQLite file that only the user can read.
 //
-// All values live in memory too: a read never touches the disk, and a value that could not be written stays,
-// to be written together with the next one that is set, or at the end of the program.
+// All values are also kept in memory: reading never touches the disk, and a value that could not be written
+// is kept and written together with the next one that is set, or at the end of the program.
 class SqliteDefaultsStore final : public DefaultsStore {
 public:
-    // `folder` is made when missing; the file in it is "defaults.sqlite".
+    // `folder` is created when missing; the file in it is "defaults.sqlite".
     explicit SqliteDefaultsStore(const QString &folder);
     ~SqliteDefaultsStore() override;
     Q_DISABLE_COPY_MOVE(SqliteDefaultsStore)
@@ -36,7 +36,7 @@ private:
     SqliteFile::Outcome tryToWrite();
     SqliteFile::Outcome openFile();
     void setAside();
-    void wantAllWritten();
+    void markAllUnwritten();
     void report(Problem problem);
 
     QString folder_;
@@ -44,8 +44,8 @@ private:
     SqliteFile file_;
     DefaultsValues values_;
     DefaultsChanges unwritten_;
-    bool isNewer_ = false;   // Written by a later version: never written to.
-    bool isWritable_ = true; // Whether the last attempt went well, to report each trouble once.
+    bool isNewer_ = false;   // The file is from a later version: never written to.
+    bool isWritable_ = true; // Whether the last write succeeded; each failure is reported once.
     ProblemHandler handler_;
     QList<Problem> unreported_;
 };

@@ -16,11 +16,11 @@ namespace {
 
 using Outcome = SqliteFile::Outcome;
 
-constexpr int kLongestWaitMs = 5;
+constexpr int kBusyTimeoutMs = 5;
 constexpr int kApplicationId = 0x564C4D52; // "VLMR"
 constexpr int kSchemaVersion = 1;
-constexpr std::array kCompanions = {"-wal", "-shm",
-                                    ""}; // The database last: without it the others say nothing.
+constexpr std::array kSuffixes = {"-wal", "-shm",
+                                  ""}; // The database is renamed last: without it the others are meaningless.
 
 constexpr auto kSchema = "BEGIN IMMEDIATE;"
                          "CREATE TABLE IF NOT EXISTS defaults("
@@ -46,7 +46,7 @@ Outcome outcomeOf(int code)
     }
 }
 
-// A prepared statement; a failure to prepare shows at the first step.
+// A prepared statement; a failure to prepare it is reported by the first step.
 class Statement {
 public:
     Statement(sqlite3 *database, const char *text)
@@ -60,36 +60,36 @@ public:
 
     int step() { return code_ == SQLITE_OK ? sqlite3_step(statement_) : code_; }
 
-    void bind(int place, bool value) { note(sqlite3_bind_int(statement_, place, value)); }
+    void bind(int place, bool value) { noteError(sqlite3_bind_int(statement_, place, value)); }
 
-    void bind(int place, qint64 value) { note(sqlite3_bind_int64(statement_, place, value)); }
+    void bind(int place, qint64 value) { noteError(sqlite3_bind_int64(statement_, place, value)); }
 
     void bind(int place, const QString &value)
     {
         const QByteArray text = value.toUtf8();
-        note(sqlite3_bind_text64(statement_, place, text.constData(), sqlite3_uint64(text.size()),
-                                 SQLITE_TRANSIENT, SQLITE_UTF8));
+        noteError(sqlite3_bind_text64(statement_, place, text.constData(), sqlite3_uint64(text.size()),
+                                      SQLITE_TRANSIENT, SQLITE_UTF8));
     }
 
     void bind(int place, const QByteArray &value)
     {
-        // Never a null pointer: that would be a null value.
-        note(sqlite3_bind_blob64(statement_, place, value.constData(), sqlite3_uint64(value.size()),
-                                 SQLITE_STATIC));
+        // Never a null pointer: SQLite would store NULL.
+        noteError(sqlite3_bind_blob64(statement_, place, value.constData(), sqlite3_uint64(value.size()),
+                                      SQLITE_STATIC));
     }
 
     [[nodiscard]] int type(int column) const { return sqlite3_column_type(statement_, column); }
 
     [[nodiscard]] qint64 integer(int column) const { return sqlite3_column_int64(statement_, column); }
 
-    [[nodiscard]] QByteArray bytes(int column) const
+    [[nodiscard]] QByteArray blob(int column) const
     {
         const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement_, column));
         return {bytes, sqlite3_column_bytes(statement_, column)};
     }
 
 private:
-    void note(int code)
+    void noteError(int code)
     {
         if (code_ == SQLITE_OK)
             code_ = code;
@@ -121,10 +121,10 @@ std::optional<DefaultsValue> decode(const QByteArray &type, const Statement &row
     if (type == "integer" && stored == SQLITE_INTEGER)
         return row.integer(column);
     if (type == "string" && stored == SQLITE_TEXT)
-        return QString::fromUtf8(row.bytes(column));
+        return QString::fromUtf8(row.blob(column));
     if (type == "data" && stored == SQLITE_BLOB)
-        return row.bytes(column);
-    return std::nullopt; // Not written by us: it stays where it is.
+        return row.blob(column);
+    return std::nullopt; // Not written by us: the row is left alone.
 }
 
 const char *typeName(const DefaultsValue &value)
@@ -150,11 +150,11 @@ Outcome SqliteFile::open(const QString &path, DefaultsValues &values)
     sqlite3 *database = nullptr;
     const int code = sqlite3_open_v2(QFile::encodeName(path).constData(), &database,
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-    database_.reset(database); // Also after a failure there is an object to release.
+    database_.reset(database); // SQLite returns a handle to release after a failure, too.
     Outcome outcome = outcomeOf(code);
     if (outcome == Outcome::done) {
-        sqlite3_busy_timeout(database, kLongestWaitMs);
-        keepCompanionsOnClose(true); // Until we know that it is ours and sound.
+        sqlite3_busy_timeout(database, kBusyTimeoutMs);
+        keepLogOnClose(true); // Until the file is known to be ours and intact.
         outcome = checkSchema();
     }
     if (outcome == Outcome::done || outcome == Outcome::newer) {
@@ -166,9 +166,9 @@ Outcome SqliteFile::open(const QString &path, DefaultsValues &values)
         close();
         return outcome;
     }
-    keepCompanionsOnClose(false);
-    for (const char *companion : kCompanions)
-        PrivateFiles::narrow(path + QLatin1StringView(companion));
+    keepLogOnClose(false);
+    for (const char *suffix : kSuffixes)
+        PrivateFiles::restrictFile(path + QLatin1StringView(suffix));
     struct stat status = {};
     if (stat(QFile::encodeName(path).constData(), &status) == 0) {
         device_ = status.st_dev;
@@ -197,7 +197,7 @@ Outcome SqliteFile::checkSchema()
     return createSchema();
 }
 
-// Also for an existing file: a write that changes nothing shows early whether writing is possible.
+// Runs for an existing file, too: this write shows early whether writing is possible.
 Outcome SqliteFile::createSchema()
 {
     for (const char *step :
@@ -214,8 +214,8 @@ Outcome SqliteFile::load(DefaultsValues &values)
     Statement rows(database_.get(), "SELECT key, type, value FROM defaults");
     int code = rows.step();
     for (; code == SQLITE_ROW; code = rows.step()) {
-        if (auto value = decode(rows.bytes(1), rows, 2))
-            values.insert(QString::fromUtf8(rows.bytes(0)), *std::move(value));
+        if (auto value = decode(rows.blob(1), rows, 2))
+            values.insert(QString::fromUtf8(rows.blob(0)), *std::move(value));
     }
     return outcomeOf(code);
 }
@@ -233,10 +233,10 @@ Outcome SqliteFile::write(const DefaultsChanges &changes)
     if (outcome == Outcome::done)
         outcome = run(database_.get(), "COMMIT");
     if (outcome == Outcome::damaged)
-        keepCompanionsOnClose(true);
+        keepLogOnClose(true);
     if (outcome != Outcome::done)
         (void)run(database_.get(), "ROLLBACK");
-    else if (removes) // What the user had removed shall not linger in the log.
+    else if (removes) // Removed values must not stay readable in the write-ahead log.
         (void)run(database_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
     return outcome;
 }
@@ -262,10 +262,10 @@ void SqliteFile::close()
     database_.reset();
 }
 
-void SqliteFile::abandon()
+void SqliteFile::closeWithoutCheckpoint()
 {
     if (database_)
-        keepCompanionsOnClose(true);
+        keepLogOnClose(true);
     database_.reset();
 }
 
@@ -276,7 +276,7 @@ bool SqliteFile::isStillInPlace() const
            status.st_ino == inode_;
 }
 
-void SqliteFile::keepCompanionsOnClose(bool keep)
+void SqliteFile::keepLogOnClose(bool keep)
 {
     sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
 }
@@ -290,8 +290,8 @@ void SqliteFile::readCopy(const QString &path, DefaultsValues &values)
     QFile::copy(path + QStringLiteral("-wal"), copy + QStringLiteral("-wal"));
     if (!QFile::copy(path, copy))
         return;
-    for (const char *companion : kCompanions) // A copy of a read-only file is read-only.
-        QFile::setPermissions(copy + QLatin1StringView(companion), QFile::ReadOwner | QFile::WriteOwner);
+    for (const char *suffix : kSuffixes) // A copy of a read-only file is read-only, too.
+        QFile::setPermissions(copy + QLatin1StringView(suffix), QFile::ReadOwner | QFile::WriteOwner);
     DefaultsValues read;
     SqliteFile file;
     const Outcome outcome = file.open(copy, read);
@@ -307,15 +307,15 @@ QString SqliteFile::setAside(const QString &path)
             .arg(file.path(), file.completeBaseName(), QString::number(number), file.suffix());
     };
     const auto isTaken = [](const QString &name) {
-        return std::any_of(kCompanions.begin(), kCompanions.end(), [&name](const char *companion) {
-            return QFile::exists(name + QLatin1StringView(companion));
+        return std::any_of(kSuffixes.begin(), kSuffixes.end(), [&name](const char *suffix) {
+            return QFile::exists(name + QLatin1StringView(suffix));
         });
     };
     int number = 1;
     while (isTaken(nameFor(number)))
         ++number;
     const QString name = nameFor(number);
-    for (const char *companion : kCompanions)
-        QFile::rename(path + QLatin1StringView(companion), name + QLatin1StringView(companion));
+    for (const char *suffix : kSuffixes)
+        QFile::rename(path + QLatin1StringView(suffix), name + QLatin1StringView(suffix));
     return QFile::exists(path) ? QString() : name;
 }

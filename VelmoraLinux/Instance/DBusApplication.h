@@ -4,7 +4,8 @@
 #include <QStringList>
 #include <QVariantMap>
 
-// How desktops start and activate an application over the bus. Every way in means the same to us: re-open.
+// The D-Bus interface org.freedesktop.Application (Desktop Entry Specification, D-Bus activation). All its
+// methods re-open the application.
 class DBusApplication : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -15,7 +16,7 @@ public:
     {
     }
 
-    // What the bus calls.
+    // The interface's methods.
     Q_SCRIPTABLE void Activate(const QVariantMap &platformData) { reopen(platformData); }
 
     Q_SCRIPTABLE void Open(const QStringList & /*uris*/, const QVariantMap &platformData)

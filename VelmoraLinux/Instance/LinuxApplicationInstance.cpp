@@ -8,7 +8,7 @@
 #include <utility>
 
 namespace {
-constexpr int patience = 3000; // Milliseconds for a first instance that is busy.
+constexpr int kTimeoutMs = 3000; // For a first instance that is busy.
 
 QByteArray startToken()
 {
@@ -16,7 +16,7 @@ QByteArray startToken()
     return token.isEmpty() ? qgetenv("DESKTOP_STARTUP_ID") : token;
 }
 
-// As the desktop entry standard asks: dots become slashes, hyphens underscores.
+// The Desktop Entry Specification's rule: dots become slashes, hyphens underscores.
 QString objectPath(QString identifier)
 {
     return QLatin1Char('/') +
@@ -40,7 +40,7 @@ ApplicationInstance::Role LinuxApplicationInstance::claim()
     return bus_.isConnected() ? claimOnBus(QDBusConnectionInterface::DontQueueService) : claimLocally();
 }
 
-ApplicationInstance::Role LinuxApplicationInstance::inherit()
+ApplicationInstance::Role LinuxApplicationInstance::claimWhenReleased()
 {
     return bus_.isConnected() ? claimOnBus(QDBusConnectionInterface::QueueService) : claimLocally();
 }
@@ -69,7 +69,7 @@ LinuxApplicationInstance::claimOnBus(QDBusConnectionInterface::ServiceQueueOptio
         if (reopen_)
             reopen_();
     });
-    // The object first: who sees the name may call at once.
+    // The object is registered before the name: calls may come as soon as the name exists.
     bus_.registerObject(objectPath(identifier_), application, QDBusConnection::ExportScriptableInvokables);
     const auto reply =
         bus_.interface()->registerService(identifier_, queue, QDBusConnectionInterface::DontAllowReplacement);
@@ -91,7 +91,7 @@ void LinuxApplicationInstance::activateFirst()
         platformData[QStringLiteral("desktop-startup-id")] = QString::fromUtf8(token);
     }
     call << platformData;
-    bus_.call(call, QDBus::Block, patience); // This process has nothing else to do and ends afterwards.
+    bus_.call(call, QDBus::Block, kTimeoutMs); // May block: this process ends afterwards.
 }
 
 void LinuxApplicationInstance::setReopenHandler(ReopenHandler handler)

@@ -11,20 +11,21 @@
 
 class LocalInstance;
 
-// One instance per session: by the application's own name on the session bus, where a second start also
-// arrives as an activation; without a bus by a lock and a socket that only the user can reach.
+// One instance per session. With a session bus, the first process owns the application's bus name and a
+// second start activates it; without a bus, a lock file and a local socket that only the user can open do the
+// same.
 class LinuxApplicationInstance : public QObject, public ApplicationInstance {
     Q_OBJECT
 
 public:
-    // `identifier` is the bus name, such as org.example.Program. `token` receives what activations carry.
+    // `identifier` is the bus name, such as org.example.Program. `token` receives the activation tokens.
     LinuxApplicationInstance(QDBusConnection bus, QString identifier, ActivationToken &token);
     ~LinuxApplicationInstance() override;
 
     [[nodiscard]] Role claim() override;
-    // As `claim`, when the first instance is known to be ending: what it still holds is waited for, and it is
-    // not asked to re-open.
-    [[nodiscard]] Role inherit();
+    // As `claim`, when the first instance is known to be ending: queues for its bus name, and does not ask it
+    // to re-open.
+    [[nodiscard]] Role claimWhenReleased();
     void setReopenHandler(ReopenHandler handler) override;
 
 private:
@@ -33,7 +34,7 @@ private:
     void activateFirst();
 
     QDBusConnection bus_;
-    bool startedByBus_; // The first call then is the launch itself, not a second one.
+    bool startedByBus_; // D-Bus activation: the first call is the launch itself, not a second start.
     QString identifier_;
     ActivationToken &token_;
     std::unique_ptr<LocalInstance> local_;

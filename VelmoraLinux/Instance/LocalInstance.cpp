@@ -11,13 +11,13 @@
 #include <unistd.h>
 
 namespace {
-constexpr int patience = 3000; // Milliseconds for a first instance that is busy.
-constexpr qint64 longestToken = 4096;
+constexpr int kTimeoutMs = 3000; // For a first instance that is busy.
+constexpr qint64 kMaximumTokenBytes = 4096;
 } // namespace
 
 LocalInstance::LocalInstance(const QString &identifier)
 {
-    // Qt makes sure that this directory is ours alone, and finds another one when the session has none.
+    // Qt checks owner and permissions of this folder, and uses another one when the session has none.
     const QDir folder(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
     lockPath_ = folder.filePath(identifier + QStringLiteral(".lock"));
     socketPath_ = folder.filePath(identifier + QStringLiteral(".socket"));
@@ -42,20 +42,20 @@ bool LocalInstance::claim(const QByteArray &token)
 bool LocalInstance::takeLock()
 {
     lock_ = ::open(QFile::encodeName(lockPath_).constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    // Without a place for the lock there is nothing to find another instance by.
+    // Without a lock file another instance cannot be found.
     return lock_ < 0 || ::flock(lock_, LOCK_EX | LOCK_NB) == 0;
 }
 
 void LocalInstance::listen()
 {
-    QLocalServer::removeServer(socketPath_); // We hold the lock: a socket that lies there belongs to nobody.
+    QLocalServer::removeServer(socketPath_); // We hold the lock, so an existing socket is left over.
     auto *server = new QLocalServer(this);
     server->setSocketOptions(QLocalServer::UserAccessOption);
     connect(server, &QLocalServer::newConnection, this, [this, server] {
         QLocalSocket *caller = server->nextPendingConnection();
         connect(caller, &QLocalSocket::disconnected, this, [this, caller] {
             caller->deleteLater();
-            Q_EMIT reopened(caller->read(longestToken));
+            Q_EMIT reopened(caller->read(kMaximumTokenBytes));
         });
     });
     server->listen(socketPath_);
@@ -65,10 +65,10 @@ void LocalInstance::callFirst(const QByteArray &token) const
 {
     QLocalSocket socket;
     socket.connectToServer(socketPath_);
-    if (!socket.waitForConnected(patience))
+    if (!socket.waitForConnected(kTimeoutMs))
         return;
     socket.write(token);
     socket.disconnectFromServer();
     if (socket.state() != QLocalSocket::UnconnectedState)
-        socket.waitForDisconnected(patience);
+        socket.waitForDisconnected(kTimeoutMs);
 }

@@ -5,8 +5,8 @@
 
 class QLocalServer;
 
-// A lock that dies with its holder, and a socket over which a second start reaches the first. Both lie in the
-// user's runtime directory and are for the user's eyes only.
+// A lock file that the kernel releases with its process, and a local socket over which a second start reaches
+// the first. Both are in $XDG_RUNTIME_DIR, accessible to the user alone.
 class LocalInstance : public QObject {
     Q_OBJECT
 

@@ -6,7 +6,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A value of type string: the escapes of the key file itself.
+// A value of type string, with the escape sequences of the Desktop Entry Specification.
 QString escapedValue(const QString &text)
 {
     QString result;
@@ -27,8 +27,8 @@ QString escapedValue(const QString &text)
     return result;
 }
 
-// One word of a command line: in double quotes, which four characters need a backslash in; '%' begins a field
-// code.
+// One quoted argument of the key Exec: four characters are escaped with a backslash; '%' begins a field code
+// and is doubled.
 QString quotedWord(const QString &word)
 {
     constexpr QStringView special = u"\"`$\\";

@@ -5,8 +5,9 @@
 
 #include <optional>
 
-// The desktop entry that starts `program`, an absolute path, when the user logs in.
+// The desktop entry that starts `program`, an absolute path, at login.
 //
-// The path is quoted so that every panel and session manager reads it as one word, whatever it contains.
-// Nothing for a path that a desktop entry cannot carry: relative, or with a '='.
+// The path is quoted as the Desktop Entry Specification (freedesktop.org) asks, so that it is read as one
+// argument whatever it contains. Nothing for a path that a desktop entry cannot hold: a relative one, or one
+// with a '='.
 [[nodiscard]] std::optional<QByteArray> autostartEntry(const QString &program, const QString &icon);

@@ -4,16 +4,17 @@
 
 #include <QString>
 
-// Start at login by an entry in the user's autostart folder.
+// Start at login by a desktop entry in $XDG_CONFIG_HOME/autostart.
 class AutostartLoginItem final : public LoginItem {
 public:
-    // The entry is `folder`/`identifier`.desktop and starts `program`; `folder` is made when it is missing.
+    // The entry is `folder`/`identifier`.desktop and starts `program`; `folder` is created when it is
+    // missing.
     AutostartLoginItem(QString folder, QString identifier, QString program);
 
-    // The old entry stays as it is until the new one lies complete on the disk.
+    // An existing entry is replaced atomically, when the new one is completely written.
     [[nodiscard]] bool registerItem() override;
     [[nodiscard]] bool unregisterItem() override;
-    // Never called: files answer at once.
+    // Never called: both operations know their result when they return.
     void setRefusalHandler(RefusalHandler handler) override;
 
 private:

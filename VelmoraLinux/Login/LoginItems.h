@@ -7,7 +7,7 @@
 
 #include <memory>
 
-// The way to start at login that works for this process: through the portal in a sandbox, elsewhere by an
-// entry in the autostart folder, which starts the AppImage when the program runs from one.
+// The login item that works for this process: the background portal inside a sandbox, a desktop entry in the
+// autostart folder elsewhere. When the program runs from an AppImage, the entry starts that AppImage.
 [[nodiscard]] std::unique_ptr<LoginItem> makeLoginItem(const QString &identifier, const QString &program,
                                                        const QProcessEnvironment &environment);

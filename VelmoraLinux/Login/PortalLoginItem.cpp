@@ -23,12 +23,12 @@ PortalLoginItem::PortalLoginItem(QDBusConnection bus, QStringList command, QStri
 
 bool PortalLoginItem::registerItem()
 {
-    return ask(true);
+    return requestAutostart(true);
 }
 
 bool PortalLoginItem::unregisterItem()
 {
-    return ask(false);
+    return requestAutostart(false);
 }
 
 void PortalLoginItem::setRefusalHandler(RefusalHandler handler)
@@ -36,18 +36,18 @@ void PortalLoginItem::setRefusalHandler(RefusalHandler handler)
     refusal_ = std::move(handler);
 }
 
-bool PortalLoginItem::ask(bool autostart)
+bool PortalLoginItem::requestAutostart(bool autostart)
 {
     if (!bus_.isConnected())
         return false;
-    stopListening();
+    closeRequest();
     wanted_ = autostart;
     const QString token = u"velmora"_s + QUuid::createUuid().toString(QUuid::Id128);
     const QString sender = bus_.baseService().mid(1).replace(u'.', u'_');
     request_ = u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(sender, token);
-    // Listened for before the question: the answer may be quicker than the reply.
+    // Connected before the call: the response may arrive before the call's reply.
     bus_.connect(kPortal, request_, kRequestInterface, u"Response"_s, this,
-                 SLOT(answered(uint, QVariantMap)));
+                 SLOT(responseReceived(uint, QVariantMap)));
 
     QDBusMessage call =
         QDBusMessage::createMethodCall(kPortal, u"/org/freedesktop/portal/desktop"_s,
@@ -62,31 +62,31 @@ bool PortalLoginItem::ask(bool autostart)
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, request = request_, watcher] {
         watcher->deleteLater();
         if (watcher->isError() && request == request_)
-            refused();
+            reportRefusal();
     });
     return true;
 }
 
-void PortalLoginItem::answered(uint response, const QVariantMap &results)
+void PortalLoginItem::responseReceived(uint response, const QVariantMap &results)
 {
     if (response != 0 || results.value(u"autostart"_s).toBool() != wanted_)
-        refused();
+        reportRefusal();
     else
-        stopListening();
+        closeRequest();
 }
 
-void PortalLoginItem::stopListening()
+void PortalLoginItem::closeRequest()
 {
     if (request_.isEmpty())
         return;
     bus_.disconnect(kPortal, request_, kRequestInterface, u"Response"_s, this,
-                    SLOT(answered(uint, QVariantMap)));
+                    SLOT(responseReceived(uint, QVariantMap)));
     request_.clear();
 }
 
-void PortalLoginItem::refused()
+void PortalLoginItem::reportRefusal()
 {
-    stopListening();
+    closeRequest();
     if (refusal_)
         refusal_();
 }

@@ -7,33 +7,33 @@
 #include <QStringList>
 #include <QVariantMap>
 
-// Start at login from inside a sandbox, which cannot write to the autostart folder: the desktop's portal is
-// asked.
+// Start at login from inside a sandbox, which cannot write to the autostart folder: requested from the portal
+// org.freedesktop.portal.Background.
 //
-// The portal may put the question to the user, so its answer takes any time. Both members say yes as soon as
-// the question is on its way; a refusal, or a desktop without such a portal, reaches the refusal handler.
+// The portal may ask the user, so its response can take any time. Both operations return true as soon as the
+// request is sent; a refusal, or a desktop without such a portal, is reported to the refusal handler.
 class PortalLoginItem final : public QObject, public LoginItem {
     Q_OBJECT
 
 public:
-    // `command` is what the portal is to start.
+    // `command` is what the portal shall start; `reason` is the sentence it shows to the user.
     PortalLoginItem(QDBusConnection bus, QStringList command, QString reason);
 
-    // False when there is no bus to ask on.
+    // False when there is no session bus.
     [[nodiscard]] bool registerItem() override;
     [[nodiscard]] bool unregisterItem() override;
     void setRefusalHandler(RefusalHandler handler) override;
 
 private:
-    Q_SLOT void answered(uint response, const QVariantMap &results);
-    [[nodiscard]] bool ask(bool autostart);
-    void stopListening();
-    void refused();
+    Q_SLOT void responseReceived(uint response, const QVariantMap &results);
+    [[nodiscard]] bool requestAutostart(bool autostart);
+    void closeRequest();
+    void reportRefusal();
 
     QDBusConnection bus_;
     QStringList command_;
     QString reason_;
-    QString request_; // The object of the question that is open; an answer to an earlier one is not heard.
+    QString request_; // Object path of the pending request; responses to earlier ones are ignored.
     bool wanted_ = false;
     RefusalHandler refusal_;
 };

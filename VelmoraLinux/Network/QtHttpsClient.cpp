@@ -9,8 +9,8 @@
 
 namespace {
 
-// Nobody reads the answer. What comes after this much of it is not waited for.
-constexpr qint64 answerLimit = qint64(64) * 1024;
+// The body of an answer is not used. A longer one is cut off here.
+constexpr qint64 kMaximumAnswerBytes = qint64(64) * 1024;
 
 QNetworkRequest requestTo(const QUrl &url)
 {
@@ -28,30 +28,31 @@ QNetworkRequest requestTo(const QUrl &url)
     return request;
 }
 
-// Fires once, unless `owner` is gone before.
+// Fires once, unless `owner` is destroyed before.
 QTimer *startedTimer(std::chrono::milliseconds delay, QObject *owner)
 {
     auto *timer = new QTimer(owner);
     timer->setSingleShot(true);
-    timer->setTimerType(Qt::PreciseTimer); // A coarse one would be early or late by a twentieth.
+    timer->setTimerType(Qt::PreciseTimer); // A coarse timer may be 5 % early or late.
     timer->start(delay);
     return timer;
 }
 
 } // namespace
 
-// One request from its sending to its completion.
+// One request from sending to completion.
 struct QtHttpsClient::Exchange {
     QNetworkReply *reply;
     Completion done;
     qint64 received = 0;
-    bool isCutShort = false; // By us, with the status at hand.
+    bool isTruncated = false; // By us, after the status was received.
 
     [[nodiscard]] std::optional<int> status() const
     {
         const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-        // Qt calls a status from 400 on an error too, but it is an answer; a success that broke off is none.
-        const bool isAnswer = isCutShort || reply->error() == QNetworkReply::NoError || status >= 400;
+        // Qt reports a status from 400 on as an error, but it is a complete answer. A success whose body
+        // broke off is not.
+        const bool isAnswer = isTruncated || reply->error() == QNetworkReply::NoError || status >= 400;
         return isAnswer && status > 0 ? std::optional<int>(status) : std::nullopt;
     }
 };
@@ -91,15 +92,15 @@ void QtHttpsClient::postJson(const QUrl &url, const QByteArray &json, std::chron
         });
         return;
     }
-    ++underWay_;
+    ++pendingRequests_;
     const auto exchange = std::make_shared<Exchange>(Exchange{send(url, json), std::move(done)});
     QNetworkReply *reply = exchange->reply;
-    reply->setReadBufferSize(answerLimit);
+    reply->setReadBufferSize(kMaximumAnswerBytes);
     connect(reply, &QNetworkReply::finished, this, [this, exchange] { finish(exchange); });
     connect(reply, &QNetworkReply::readyRead, this, [exchange] {
         exchange->received += exchange->reply->readAll().size();
-        if (exchange->received > answerLimit && !exchange->isCutShort) {
-            exchange->isCutShort = true;
+        if (exchange->received > kMaximumAnswerBytes && !exchange->isTruncated) {
+            exchange->isTruncated = true;
             exchange->reply->abort();
         }
     });
@@ -110,8 +111,8 @@ void QtHttpsClient::finish(const std::shared_ptr<Exchange> &exchange)
 {
     const std::optional<int> status = exchange->status();
     exchange->reply->deleteLater();
-    if (--underWay_ == 0) {
-        // Not here and now: the reply that speaks belongs to it.
+    if (--pendingRequests_ == 0) {
+        // Deleted later: the reply whose signal runs now belongs to it.
         manager_->deleteLater();
         static_cast<void>(manager_.release());
     }

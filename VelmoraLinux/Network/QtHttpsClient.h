@@ -12,15 +12,15 @@ class QNetworkReply;
 
 // HTTPS over Qt Network.
 //
-// The network machinery, its thread included, exists only while requests are under way. The headers sent are
-// those of HTTP/1.1 itself (Host, Content-Type, Content-Length, Connection) and three that Qt would otherwise
-// fill with the user's language and the library's version, fixed to mean nothing: User-Agent, Accept-Language
-// and Accept-Encoding. A redirection is not followed: it is an answer like any other.
+// Qt's network manager and its thread exist only while requests are pending. The headers sent are those that
+// HTTP/1.1 needs (Host, Content-Type, Content-Length, Connection) and three with fixed values, because Qt
+// would otherwise put the user's language and the library's version into them: User-Agent, Accept-Language
+// and Accept-Encoding. A redirection is not followed; it is reported like any other status.
 class QtHttpsClient final : public QObject, public HttpsClient {
     Q_OBJECT
 
 public:
-    // `security` says which certificates are trusted: by default those of the system.
+    // `security` selects the trusted certificates; by default those of the system.
     explicit QtHttpsClient(QObject *parent = nullptr);
     explicit QtHttpsClient(QSslConfiguration security, QObject *parent = nullptr);
     ~QtHttpsClient() override;
@@ -34,7 +34,7 @@ private:
     QNetworkReply *send(const QUrl &url, const QByteArray &json);
     void finish(const std::shared_ptr<Exchange> &exchange);
 
-    std::optional<QSslConfiguration> security_; // Nothing: the system's, asked for when it is needed.
+    std::optional<QSslConfiguration> security_; // Nothing: the system's, read when the first request is sent.
     std::unique_ptr<QNetworkAccessManager> manager_;
-    int underWay_ = 0;
+    int pendingRequests_ = 0;
 };

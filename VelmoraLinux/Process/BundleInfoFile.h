@@ -6,7 +6,7 @@
 
 // The information dictionary of an installed copy: <prefix>/share/velmora/Info.json beside <prefix>/bin.
 //
-// Without that file, or with one that is no JSON object, this is an unbundled run.
+// Without that file, or when it is not a JSON object, the program counts as unbundled: no values, no folder.
 class BundleInfoFile final : public BundleInfo {
 public:
     // `programFolder` is the folder of the running program, <prefix>/bin.

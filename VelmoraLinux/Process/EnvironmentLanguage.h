@@ -2,8 +2,7 @@
 
 #include <VelmoraPlatform/SystemLanguage.h>
 
-// The language named by the locale variables: the first that is set of LANGUAGE, LC_ALL, LC_MESSAGES and
-// LANG.
+// The language of the locale variables: the first that is set of LANGUAGE, LC_ALL, LC_MESSAGES and LANG.
 class EnvironmentLanguage final : public SystemLanguage {
 public:
     [[nodiscard]] QString code() const override;

@@ -10,7 +10,7 @@
 
 namespace {
 constexpr std::array quitSignals{SIGTERM, SIGINT, SIGHUP};
-// A signal handler reaches nothing but what is global.
+// Global because a signal handler has no other access.
 int wakeUp = -1; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
 void noteSignal(int)

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-// Lets SIGTERM, SIGINT and SIGHUP end the application in the ordinary way. One at a time.
+// Makes SIGTERM, SIGINT and SIGHUP quit the application's event loop. At most one object exists at a time.
 class QuitSignals {
 public:
     QuitSignals();

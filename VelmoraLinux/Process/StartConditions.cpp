@@ -25,7 +25,7 @@ bool isSet(const char *variable)
     return value != nullptr && *value != '\0';
 }
 
-// The toolkit would end the program without a word that a user could understand.
+// Without a display Qt would end the program with a message that no user understands.
 bool hasDesktop()
 {
     if (isSet("WAYLAND_DISPLAY"))
@@ -56,7 +56,7 @@ std::optional<int> StartConditions::check(int argc, char **argv, const char *ver
             std::printf("velmora %s\n", version);
             return EXIT_SUCCESS;
         }
-        // An older version hands its place over with this one.
+        // Passed by the previous version during an update.
         const bool isHandover = argument.starts_with("--handover=");
         if (argument.starts_with("--") && !isHandover) {
             std::fprintf(stderr, "velmora: unknown option %s; see velmora --help\n", argv[i]);

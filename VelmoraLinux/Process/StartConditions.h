@@ -2,14 +2,15 @@
 
 #include <optional>
 
-// What is settled before there is an application: the options, and whether there is a desktop to work on.
+// What is checked before the application object exists: the options, and whether there is a desktop.
 namespace StartConditions {
 
-// Answers --help and --version, and says what stands in the way of a start. The process's exit status when it
-// is to end at once; nothing when it is to go on.
+// Answers --help and --version, and writes to stderr why the program cannot start. The exit status when the
+// process shall end at once; nothing when it shall go on.
 [[nodiscard]] std::optional<int> check(int argc, char **argv, const char *version);
 
-// Failed writes to a closed connection or to a full disk are answers to us, not reasons to die.
+// Makes writes to a closed connection or beyond the file size limit fail with an error instead of a signal
+// (SIGPIPE, SIGXFSZ) that would end the process.
 void ignoreWriteSignals();
 
 } // namespace StartConditions

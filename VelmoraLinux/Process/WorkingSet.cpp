@@ -8,8 +8,8 @@
 #include <unistd.h>
 
 namespace {
-// Only code: other pages of a library may hold what its loading wrote into them, which no file knows.
-int giveCodeBack(dl_phdr_info *library, size_t, void *)
+// Code segments only: other pages may have been changed by relocation and would be lost.
+int releaseCode(dl_phdr_info *library, size_t, void *)
 {
     const auto page = static_cast<quintptr>(::sysconf(_SC_PAGESIZE));
     for (int i = 0; i < library->dlpi_phnum; ++i) {
@@ -18,7 +18,7 @@ int giveCodeBack(dl_phdr_info *library, size_t, void *)
             continue;
         const quintptr begin = (library->dlpi_addr + segment.p_vaddr) / page * page;
         const quintptr end = library->dlpi_addr + segment.p_vaddr + segment.p_filesz;
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): the loader tells addresses as numbers
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the loader reports addresses as integers
         ::madvise(reinterpret_cast<void *>(begin), end - begin, MADV_DONTNEED);
     }
     return 0;
@@ -28,5 +28,5 @@ int giveCodeBack(dl_phdr_info *library, size_t, void *)
 void trimWorkingSet()
 {
     ::malloc_trim(0);
-    ::dl_iterate_phdr(giveCodeBack, nullptr);
+    ::dl_iterate_phdr(releaseCode, nullptr);
 }

@@ -1,5 +1,5 @@
 #pragma once
 
-// Gives memory that is not needed just now back to the system: free heap, and the code that ran and may never
-// run again. Code is read from its file once more should it be wanted.
+// Returns unused memory to the system: free heap, and pages of program code. The kernel reads code pages
+// again from their files when they are needed.
 void trimWorkingSet();

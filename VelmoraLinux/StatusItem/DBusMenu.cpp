@@ -9,7 +9,7 @@ QVariantMap entryProperties(const StatusMenuEntry &entry)
     if (entry.isSeparator())
         return {{QStringLiteral("type"), QStringLiteral("separator")}};
     QString label = entry.title;
-    label.replace(QLatin1Char('_'), QLatin1String("__")); // A single one would mark an access key.
+    label.replace(QLatin1Char('_'), QLatin1String("__")); // A single underscore marks an access key.
     QVariantMap properties{{QStringLiteral("label"), label}};
     if (entry.check != StatusMenuEntry::Check::none) {
         properties[QStringLiteral("toggle-type")] = QStringLiteral("checkmark");
@@ -21,7 +21,7 @@ QVariantMap entryProperties(const StatusMenuEntry &entry)
 QVariantMap chosen(const QVariantMap &all, const QStringList &names)
 {
     if (names.isEmpty())
-        return all; // No names stand for every name.
+        return all; // An empty list means all properties.
     QVariantMap some;
     for (const QString &name : names) {
         if (all.contains(name))
@@ -41,7 +41,7 @@ DBusMenu::DBusMenu(QDBusConnection bus)
     qDBusRegisterMetaType<DBusMenuItemKeysList>();
     qDBusRegisterMetaType<DBusMenuEvent>();
     qDBusRegisterMetaType<DBusMenuEvents>();
-    // Signatures are looked up by the names that stand in the declarations.
+    // Qt finds the D-Bus signatures by the type names in the declarations.
     qRegisterMetaType<DBusMenuItems>("DBusMenuItems");
     qRegisterMetaType<DBusMenuItemKeysList>("DBusMenuItemKeysList");
     qRegisterMetaType<DBusMenuEvents>("DBusMenuEvents");
@@ -96,7 +96,7 @@ uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &pr
 DBusMenuItems DBusMenu::GetGroupProperties(const QList<int> &ids, const QStringList &propertyNames)
 {
     DBusMenuItems items;
-    if (ids.isEmpty()) { // No ids stand for every id.
+    if (ids.isEmpty()) { // An empty list means all items.
         for (int id = 0; knows(id); ++id)
             items << DBusMenuItem{id, chosen(properties(id), propertyNames)};
     }
@@ -141,7 +141,7 @@ bool DBusMenu::AboutToShow(int id)
 {
     if (id == 0)
         Q_EMIT opening();
-    return false; // What was told last is still true: every change is announced when it happens.
+    return false; // No update needed: every change is announced by LayoutUpdated when it happens.
 }
 
 QList<int> DBusMenu::AboutToShowGroup(const QList<int> &ids, QList<int> &idErrors)
@@ -160,7 +160,7 @@ void DBusMenu::run(int id)
     if (id <= 0 || !knows(id))
         return;
     const auto action = menu_[static_cast<size_t>(id) - 1].action;
-    // The host gets its answer first: an action may end the process.
+    // Queued, so that the host gets its reply first: an action may end the process.
     if (action)
         QMetaObject::invokeMethod(this, action, Qt::QueuedConnection);
 }

@@ -8,8 +8,8 @@
 #include <QDBusContext>
 #include <QObject>
 
-// The menu as com.canonical.dbusmenu offers it to hosts that draw it themselves. Item 0 is the menu, its
-// entries count from 1.
+// The menu exported as com.canonical.dbusmenu, for hosts that draw it themselves. Item 0 is the menu itself;
+// its entries have the ids from 1 on.
 class DBusMenu : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -34,7 +34,7 @@ public:
 
     [[nodiscard]] static QStringList iconThemePath() { return {}; }
 
-    // What hosts call.
+    // The interface's methods.
     Q_SCRIPTABLE uint GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
                                 DBusMenuLayout &layout);
     Q_SCRIPTABLE DBusMenuItems GetGroupProperties(const QList<int> &ids, const QStringList &propertyNames);
@@ -44,7 +44,7 @@ public:
     Q_SCRIPTABLE bool AboutToShow(int id);
     Q_SCRIPTABLE QList<int> AboutToShowGroup(const QList<int> &ids, QList<int> &idErrors);
 
-    // What hosts hear.
+    // The interface's signals.
     Q_SIGNAL Q_SCRIPTABLE void LayoutUpdated(uint revision, int parent);
     Q_SIGNAL Q_SCRIPTABLE void ItemsPropertiesUpdated(const DBusMenuItems &updated,
                                                       const DBusMenuItemKeysList &removed);

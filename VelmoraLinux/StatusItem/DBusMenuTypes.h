@@ -7,14 +7,14 @@
 #include <QStringList>
 #include <QVariantMap>
 
-// The values of com.canonical.dbusmenu.
+// The argument types of com.canonical.dbusmenu.
 
 struct DBusMenuItem {
     int id = 0;
     QVariantMap properties;
 };
 
-// An item with what lies below it.
+// An item with its child items.
 struct DBusMenuLayout {
     int id = 0;
     QVariantMap properties;

@@ -13,9 +13,9 @@
 namespace {
 constexpr std::array iconSizes{16, 22, 24, 32, 48};
 constexpr int fadeSteps = 4;
-constexpr int reachOfClick = 20; // Points around a click on the icon that still are the icon.
-constexpr qint64 curiosityAfterRegistration =
-    2000; // Milliseconds in which some hosts ask about an unopened menu.
+constexpr int clickTolerance = 20; // Points around a click on the icon that count as the icon.
+// Some hosts call AboutToShow after the registration, without the user having opened the menu.
+constexpr qint64 kHostProbeMs = 2000;
 
 std::optional<ScreenFrame> screenFrame(const QScreen *screen)
 {
@@ -44,7 +44,7 @@ LinuxStatusItem::LinuxStatusItem(const Desktop &desktop, const QString &id, cons
     if (item_.exportItem() && menu_.exportMenu())
         registration_.start();
     else
-        hostKnown_ = true; // No bus: the notification area is all there can be.
+        hostKnown_ = true; // No session bus: only the system tray remains.
     chooseHost();
 }
 
@@ -59,7 +59,7 @@ void LinuxStatusItem::connectHosts()
     connect(&item_, &StatusNotifierItem::activationTokenProvided, this,
             [this](const QByteArray &token) { desktop_.activationToken.keep(token); });
     connect(&item_, &StatusNotifierItem::activated, this, [this](QPoint nativeHint) {
-        sinceRegistration_.invalidate(); // From now on whoever asks does so for the user.
+        sinceRegistration_.invalidate(); // From now on AboutToShow means that the user opens the menu.
         clickAnchor_ = anchorOfClick(nativeHint);
         if (events_.activated)
             events_.activated();
@@ -80,9 +80,8 @@ void LinuxStatusItem::connectHosts()
     connect(&embedded_, &XEmbedIcon::pointerEntered, &tip_, &StatusItemTip::pointerEntered);
     connect(&embedded_, &XEmbedIcon::pointerLeft, &tip_, &StatusItemTip::hide);
     connect(&menu_, &DBusMenu::opening, this, [this] {
-        const bool isCuriosity =
-            sinceRegistration_.isValid() && !sinceRegistration_.hasExpired(curiosityAfterRegistration);
-        if (!isCuriosity && events_.menuAboutToShow)
+        const bool isHostProbe = sinceRegistration_.isValid() && !sinceRegistration_.hasExpired(kHostProbeMs);
+        if (!isHostProbe && events_.menuAboutToShow)
             events_.menuAboutToShow();
     });
 }
@@ -97,7 +96,7 @@ void LinuxStatusItem::setEvents(Events events)
     events_ = std::move(events);
 }
 
-void LinuxStatusItem::setTemplateImage(const QImage &image, QSize /*size: hosts scale icons to their own*/)
+void LinuxStatusItem::setTemplateImage(const QImage &image, QSize /*size: hosts choose the size*/)
 {
     template_ = image;
     showIcon();
@@ -167,7 +166,7 @@ QImage LinuxStatusItem::paint(int pixels) const
 
 std::optional<QPoint> LinuxStatusItem::pointer() const
 {
-    // Under Wayland the X server's pointer stands still wherever it left an X window.
+    // Under Wayland the X server's pointer position is that where the pointer last left an X window.
     if (desktop_.xcb == nullptr || isWaylandSession())
         return {};
     const auto cookie = xcb_query_pointer(desktop_.xcb->xcb(), desktop_.xcb->root());
@@ -182,7 +181,7 @@ QRect LinuxStatusItem::anchorOfClick(QPoint nativeHint) const
 {
     const QPoint hint = toPoints(nativeHint);
     std::optional<QPoint> click;
-    if (tellsPlace(hint, screenFrame(QGuiApplication::screenAt(hint))))
+    if (isClickPosition(hint, screenFrame(QGuiApplication::screenAt(hint))))
         click = hint;
     else
         click = pointer();
@@ -190,7 +189,7 @@ QRect LinuxStatusItem::anchorOfClick(QPoint nativeHint) const
     const auto frame = screenFrame(screen);
     if (!frame)
         return {};
-    return click ? anchorAround(*click, *frame) : likelyAnchor(*frame);
+    return click ? anchorAround(*click, *frame) : fallbackAnchor(*frame);
 }
 
 std::optional<QRect> LinuxStatusItem::embeddedGeometry() const
@@ -210,5 +209,6 @@ bool LinuxStatusItem::contains(QPoint point) const
     if (const auto geometry = embeddedGeometry())
         return geometry->contains(point);
     return clickAnchor_ &&
-           clickAnchor_->adjusted(-reachOfClick, -reachOfClick, reachOfClick, reachOfClick).contains(point);
+           clickAnchor_->adjusted(-clickTolerance, -clickTolerance, clickTolerance, clickTolerance)
+               .contains(point);
 }

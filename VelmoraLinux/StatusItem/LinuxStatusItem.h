@@ -13,8 +13,8 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
-// The status icon of Linux desktops: a StatusNotifierItem where a host shows those, else a window in an
-// old-style notification area. Hosts may come late, go and return.
+// The status icon of Linux desktops: a StatusNotifierItem where a host shows those, otherwise a window in a
+// system tray of the older System Tray Protocol (XEmbed). Hosts may start after us, end and start again.
 class LinuxStatusItem : public QObject, public StatusItem {
     Q_OBJECT
 
@@ -26,7 +26,7 @@ public:
         ActivationToken &activationToken;
     };
 
-    // `id` names the application on the bus, `title` for people.
+    // `id` is the item's Id property, `title` the name that users read.
     LinuxStatusItem(const Desktop &desktop, const QString &id, const QString &title);
 
     void setEvents(Events events) override;

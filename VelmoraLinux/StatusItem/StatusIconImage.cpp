@@ -19,7 +19,7 @@ QImage paintStatusIcon(const QImage &templateImage, int pixels, const QColor &co
     const auto format = QImage::Format_ARGB32_Premultiplied;
     QImage shape = templateImage.scaled(pixels, pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation)
                        .convertToFormat(format);
-    shape.setDevicePixelRatio(1); // Its pixels are the icon's.
+    shape.setDevicePixelRatio(1); // One point is one pixel.
     const QPoint corner((pixels - shape.width()) / 2, (pixels - shape.height()) / 2);
     const QImage edge = fill(shape, color.lightnessF() > 0.5 ? Qt::black : Qt::white);
 
@@ -33,7 +33,7 @@ QImage paintStatusIcon(const QImage &templateImage, int pixels, const QColor &co
     }
     painter.setOpacity(1);
     painter.drawImage(corner, fill(shape, color));
-    // All of it together: what shows through the shape would add to its opacity.
+    // Applied to the finished image: applied to each layer, the outline would show through the shape.
     painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
     painter.fillRect(image.rect(), QColor::fromRgbF(0, 0, 0, static_cast<float>(opacity)));
     return image;

@@ -3,7 +3,8 @@
 #include <QColor>
 #include <QImage>
 
-// `pixels` x `pixels`: the alpha of `templateImage` filled with `color`, the whole at `opacity`. A faint edge
-// in the opposite brightness keeps it readable on a panel whose colour nobody tells us.
+// An image of `pixels` x `pixels`: the alpha channel of `templateImage` filled with `color`, all of it at
+// `opacity`. A faint outline of the opposite brightness keeps it readable, because the panel's colour is not
+// known.
 [[nodiscard]] QImage paintStatusIcon(const QImage &templateImage, int pixels, const QColor &color,
                                      double opacity);

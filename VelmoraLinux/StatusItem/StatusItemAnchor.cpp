@@ -4,9 +4,9 @@
 
 namespace {
 constexpr int largestIcon = 48;
-constexpr int gapOfTip = 4;
+constexpr int kTipGap = 4;
 
-// How much of each edge the desktop's panels take.
+// The thickness of the desktop's panels at each edge.
 struct Struts {
     int left, top, right, bottom;
 };
@@ -18,7 +18,7 @@ Struts strutsOf(const ScreenFrame &screen)
 }
 } // namespace
 
-bool tellsPlace(QPoint hint, const std::optional<ScreenFrame> &screenOfHint)
+bool isClickPosition(QPoint hint, const std::optional<ScreenFrame> &screenOfHint)
 {
     return screenOfHint && (hint.x() >= largestIcon || hint.y() >= largestIcon);
 }
@@ -37,7 +37,7 @@ QRect anchorAround(QPoint click, const ScreenFrame &screen)
     return {click, QSize(1, 1)};
 }
 
-QRect likelyAnchor(const ScreenFrame &screen)
+QRect fallbackAnchor(const ScreenFrame &screen)
 {
     const auto [left, top, right, bottom] = strutsOf(screen);
     const int thickest = std::max({left, top, right, bottom});
@@ -51,14 +51,14 @@ QRect likelyAnchor(const ScreenFrame &screen)
 
 QRect tipFrame(const QRect &icon, const QRect &workArea, QSize size)
 {
-    const QRect inside = workArea.adjusted(gapOfTip, gapOfTip, -gapOfTip, -gapOfTip);
+    const QRect inside = workArea.adjusted(kTipGap, kTipGap, -kTipGap, -kTipGap);
     QRect frame(QPoint(), size);
     frame.moveCenter(icon.center());
     const bool isBesideArea = icon.right() < workArea.left() || icon.left() > workArea.right();
     if (!isBesideArea && icon.center().y() < workArea.center().y())
-        frame.moveTop(icon.bottom() + gapOfTip);
+        frame.moveTop(icon.bottom() + kTipGap);
     else if (!isBesideArea)
-        frame.moveBottom(icon.top() - gapOfTip);
+        frame.moveBottom(icon.top() - kTipGap);
     frame.moveLeft(std::max(std::min(frame.left(), inside.right() - size.width() + 1), inside.left()));
     frame.moveTop(std::max(std::min(frame.top(), inside.bottom() - size.height() + 1), inside.top()));
     return frame;

@@ -5,22 +5,23 @@
 
 #include <optional>
 
-// Working out where a status icon is from what its host says about a click.
+// Finds out where a status icon is, from the position that its host reports for a click.
 
 struct ScreenFrame {
     QRect whole;
-    QRect workArea; // What the desktop's panels leave.
+    QRect workArea; // Without the desktop's panels.
 };
 
-// Whether a host's coordinates can be those of a click: some hosts count from the icon's corner or send
-// zeros.
-[[nodiscard]] bool tellsPlace(QPoint hint, const std::optional<ScreenFrame> &screenOfHint);
+// Whether a host's coordinates can be the position of a click on the screen: some hosts count from the icon's
+// corner or send zeros.
+[[nodiscard]] bool isClickPosition(QPoint hint, const std::optional<ScreenFrame> &screenOfHint);
 
-// The icon's surroundings: the panel's whole thickness where the click lies in a panel, else just the point.
+// The area to place a popover at: the panel's whole thickness when the click is in a panel, otherwise the
+// point.
 [[nodiscard]] QRect anchorAround(QPoint click, const ScreenFrame &screen);
 
-// Where a tip of `size` stands that explains `icon`: beside it, inside the work area.
+// The frame of a tooltip of `size` for `icon`: beside the icon, inside the work area.
 [[nodiscard]] QRect tipFrame(const QRect &icon, const QRect &workArea, QSize size);
 
-// The end of the desktop's panel where status icons usually are; the top right without any panel.
-[[nodiscard]] QRect likelyAnchor(const ScreenFrame &screen);
+// Where status icons usually are: at the end of the desktop's panel, or at the top right without a panel.
+[[nodiscard]] QRect fallbackAnchor(const ScreenFrame &screen);

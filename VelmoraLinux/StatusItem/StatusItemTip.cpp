@@ -11,8 +11,8 @@
 using namespace std::chrono_literals;
 
 namespace {
-constexpr auto restBeforeShowing = 500ms;
-constexpr QMargins marginsOfText(8, 5, 8, 5);
+constexpr auto kHoverDelay = 500ms;
+constexpr QMargins kTextMargins(8, 5, 8, 5);
 } // namespace
 
 class TipWindow final : public QRasterWindow {
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] static QSize sizeFor(const QString &text)
     {
         const QFontMetrics metrics(QGuiApplication::font());
-        return QSize(metrics.horizontalAdvance(text), metrics.height()).grownBy(marginsOfText);
+        return QSize(metrics.horizontalAdvance(text), metrics.height()).grownBy(kTextMargins);
     }
 
 protected:
@@ -50,9 +50,9 @@ StatusItemTip::StatusItemTip(const Appearance &appearance, Place place)
     : appearance_(appearance)
     , place_(std::move(place))
 {
-    rest_.setSingleShot(true);
-    rest_.setInterval(restBeforeShowing);
-    rest_.callOnTimeout(this, &StatusItemTip::show);
+    hoverTimer_.setSingleShot(true);
+    hoverTimer_.setInterval(kHoverDelay);
+    hoverTimer_.callOnTimeout(this, &StatusItemTip::show);
 }
 
 StatusItemTip::~StatusItemTip() = default;
@@ -66,12 +66,12 @@ void StatusItemTip::setText(const QString &text)
 
 void StatusItemTip::pointerEntered()
 {
-    rest_.start();
+    hoverTimer_.start();
 }
 
 void StatusItemTip::hide()
 {
-    rest_.stop();
+    hoverTimer_.stop();
     window_.reset();
 }
 

@@ -12,8 +12,8 @@
 
 class TipWindow;
 
-// The tooltip of an icon whose panel shows none of its own: a line of text beside it while the pointer rests
-// there.
+// The tooltip of an icon whose panel shows none: one line of text beside the icon while the pointer hovers
+// over it.
 class StatusItemTip : public QObject {
     Q_OBJECT
 
@@ -21,14 +21,14 @@ public:
     // Where the icon is, in points.
     using Place = std::function<std::optional<QRect>()>;
 
-    // `appearance` outlives this object.
+    // `appearance` is used for the whole life of this object.
     StatusItemTip(const Appearance &appearance, Place place);
     ~StatusItemTip() override;
 
     void setText(const QString &text);
 
     void pointerEntered();
-    // It left, or does something else than rest.
+    // The pointer has left, or a button was pressed.
     void hide();
 
 private:
@@ -37,6 +37,6 @@ private:
     const Appearance &appearance_;
     Place place_;
     QString text_;
-    QTimer rest_;
+    QTimer hoverTimer_;
     std::unique_ptr<TipWindow> window_;
 };

@@ -23,7 +23,7 @@ bool StatusNotifierItem::exportItem()
 
 QString StatusNotifierItem::path()
 {
-    return QStringLiteral("/StatusNotifierItem"); // Hosts look here when they are told a bus name only.
+    return QStringLiteral("/StatusNotifierItem"); // The default path when only a bus name was registered.
 }
 
 void StatusNotifierItem::setIcon(const StatusNotifierPixmaps &icon)
@@ -68,7 +68,7 @@ void StatusNotifierItem::ContextMenu(int x, int y)
     Q_EMIT menuRequested({x, y});
 }
 
-// The middle button and the wheel have no meaning here; a host that asks gets a quiet answer.
+// The middle button and the wheel have no function; the calls succeed without effect.
 void StatusNotifierItem::SecondaryActivate(int /*x*/, int /*y*/) {}
 
 void StatusNotifierItem::Scroll(int /*delta*/, const QString & /*orientation*/) {}

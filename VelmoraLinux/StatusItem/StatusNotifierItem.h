@@ -7,8 +7,8 @@
 #include <QObject>
 #include <QPoint>
 
-// The icon as the StatusNotifierItem protocol offers it to the desktop's panels. The public part below is
-// what hosts read and call; hosts get our own click coordinates to us, which Qt's tray icon drops.
+// The icon as a freedesktop StatusNotifierItem. Hosts read the properties and call the methods below. Unlike
+// Qt's tray icon, it passes the coordinates of clicks on.
 class StatusNotifierItem : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -30,10 +30,10 @@ class StatusNotifierItem : public QObject {
     Q_PROPERTY(StatusNotifierToolTip ToolTip READ toolTip)
 
 public:
-    // `id` names the application, `menu` the exported menu's object.
+    // `id` is the item's Id property, `menu` the object path of the exported menu.
     StatusNotifierItem(QDBusConnection bus, QString id, QString title, QString menu);
 
-    // Exports the item; it is offered to hosts by StatusNotifierRegistration.
+    // Exports the item on the bus; StatusNotifierRegistration registers it with the watcher.
     [[nodiscard]] bool exportItem();
     static QString path();
 
@@ -63,14 +63,14 @@ public:
 
     [[nodiscard]] StatusNotifierToolTip toolTip() const { return {{}, {}, toolTip_, {}}; }
 
-    // What hosts call.
+    // The interface's methods.
     Q_SCRIPTABLE void Activate(int x, int y);
     Q_SCRIPTABLE void ContextMenu(int x, int y);
     Q_SCRIPTABLE void SecondaryActivate(int x, int y);
     Q_SCRIPTABLE void Scroll(int delta, const QString &orientation);
     Q_SCRIPTABLE void ProvideXdgActivationToken(const QString &token);
 
-    // What hosts hear.
+    // The interface's signals.
     Q_SIGNAL Q_SCRIPTABLE void NewIcon();
     Q_SIGNAL Q_SCRIPTABLE void NewToolTip();
     Q_SIGNAL Q_SCRIPTABLE void NewStatus(const QString &status);

@@ -23,7 +23,7 @@ StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection bus)
                 else
                     registerItem();
             });
-    // Without a service name: naming it would make Qt wait for the bus to say who that is.
+    // Without a service name: with one, Qt would block until the bus has resolved it.
     for (const char *signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
         bus_.connect({}, watcherPath, watcherName, QLatin1String(signal), this, SLOT(askForHost()));
 }
@@ -59,7 +59,7 @@ void StatusNotifierRegistration::askForHost()
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
         pending->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *pending;
-        // A watcher that cannot say has taken our registration: trust it.
+        // A watcher without this property has accepted our registration, so a host is assumed.
         setHost(reply.isError() ? reply.error().type() != QDBusError::ServiceUnknown
                                 : reply.value().variant().toBool());
     });

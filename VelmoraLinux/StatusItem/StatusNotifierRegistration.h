@@ -3,7 +3,7 @@
 #include <QDBusConnection>
 #include <QObject>
 
-// Offers an exported item to the desktop, again whenever the desktop's watcher starts or comes back.
+// Registers an exported item with the StatusNotifierWatcher, again whenever the watcher starts or restarts.
 class StatusNotifierRegistration : public QObject {
     Q_OBJECT
 
@@ -12,7 +12,7 @@ public:
 
     void start();
 
-    // Whether a host shows registered items; nothing is known before the first `hostChanged`.
+    // Whether a host shows registered items; not meaningful before the first `hostChanged`.
     [[nodiscard]] bool hasHost() const { return hasHost_; }
 
     Q_SIGNAL void registered();

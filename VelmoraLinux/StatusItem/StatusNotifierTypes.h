@@ -7,7 +7,7 @@
 #include <QMetaType>
 #include <QString>
 
-// A picture as StatusNotifierItem sends it: rows of ARGB words, each with the alpha byte first.
+// An image as StatusNotifierItem sends it: rows of ARGB32 words in network byte order.
 struct StatusNotifierPixmap {
     int width = 0;
     int height = 0;

@@ -8,7 +8,7 @@ namespace {
 constexpr quint32 requestDock = 0;
 constexpr quint32 mappedFlag = 1;
 constexpr quint16 preferredSize = 22;
-constexpr quint32 hasMinimumSize = 1U << 4U;
+constexpr quint32 kMinimumSizeFlag = 1U << 4U;
 } // namespace
 
 XEmbedIcon::XEmbedIcon(X11Display *connection, QString title, Painter painter)
@@ -19,14 +19,14 @@ XEmbedIcon::XEmbedIcon(X11Display *connection, QString title, Painter painter)
     if (connection_ == nullptr)
         return;
     const QByteArray selection = "_NET_SYSTEM_TRAY_S" + QByteArray::number(connection_->screenNumber());
-    areaSelection_ = connection_->atom(selection.constData());
+    traySelection_ = connection_->atom(selection.constData());
     managerMessage_ = connection_->atom("MANAGER");
     connection_->addEventHandler([this](const xcb_generic_event_t &event) { handle(event); });
 }
 
 XEmbedIcon::~XEmbedIcon()
 {
-    leaveArea();
+    undock();
 }
 
 void XEmbedIcon::setShown(bool shown)
@@ -35,36 +35,36 @@ void XEmbedIcon::setShown(bool shown)
         return;
     shown_ = shown;
     if (shown_) {
-        // A new area announces itself on the root window.
+        // A new tray announces itself by a MANAGER message to the root window.
         connection_->listenTo(connection_->root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-        enterArea();
+        dock();
     } else {
-        leaveArea();
+        undock();
     }
 }
 
-void XEmbedIcon::enterArea()
+void XEmbedIcon::dock()
 {
-    leaveArea();
-    const xcb_window_t area = connection_->selectionOwner(areaSelection_);
-    if (area == XCB_WINDOW_NONE)
+    undock();
+    const xcb_window_t tray = connection_->selectionOwner(traySelection_);
+    if (tray == XCB_WINDOW_NONE)
         return;
-    area_ = area;
-    connection_->listenTo(area_, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-    createWindow(area_);
+    trayWindow_ = tray;
+    connection_->listenTo(trayWindow_, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    createWindow(trayWindow_);
 
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
-    message.window = area_;
+    message.window = trayWindow_;
     message.type = connection_->atom("_NET_SYSTEM_TRAY_OPCODE");
     message.data.data32[0] = XCB_CURRENT_TIME;
     message.data.data32[1] = requestDock;
     message.data.data32[2] = window_;
-    connection_->sendClientMessage(area_, XCB_EVENT_MASK_NO_EVENT, message);
+    connection_->sendClientMessage(trayWindow_, XCB_EVENT_MASK_NO_EVENT, message);
 }
 
-void XEmbedIcon::leaveArea()
+void XEmbedIcon::undock()
 {
     if (window_ == XCB_WINDOW_NONE)
         return;
@@ -74,7 +74,7 @@ void XEmbedIcon::leaveArea()
     connection_->flush();
     window_ = XCB_WINDOW_NONE;
     colormap_ = XCB_NONE;
-    area_ = XCB_WINDOW_NONE;
+    trayWindow_ = XCB_WINDOW_NONE;
     size_ = {};
 }
 
@@ -91,10 +91,10 @@ quint8 XEmbedIcon::depthOf(xcb_visualid_t visual) const
     return 0;
 }
 
-void XEmbedIcon::createWindow(xcb_window_t area)
+void XEmbedIcon::createWindow(xcb_window_t tray)
 {
     xcb_connection_t *xcb = connection_->xcb();
-    const auto wished = connection_->property(area, connection_->atom("_NET_SYSTEM_TRAY_VISUAL"), 1);
+    const auto wished = connection_->property(tray, connection_->atom("_NET_SYSTEM_TRAY_VISUAL"), 1);
     const bool translucent = !wished.empty() && depthOf(wished.front()) == 32;
     const xcb_visualid_t visual = translucent ? wished.front() : connection_->screen().root_visual;
     depth_ = translucent ? quint8{32} : connection_->screen().root_depth;
@@ -127,9 +127,9 @@ void XEmbedIcon::describeWindow()
     const xcb_atom_t infoAtom = connection_->atom("_XEMBED_INFO");
     xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, window_, infoAtom, infoAtom, 32, info.size(),
                         info.data());
-    // Some areas give an icon no more than the least size it asks for.
+    // Some trays give an icon exactly its minimum size.
     std::array<quint32, 18> sizeHints{};
-    sizeHints[0] = hasMinimumSize;
+    sizeHints[0] = kMinimumSizeFlag;
     sizeHints[5] = sizeHints[6] = preferredSize;
     xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
                         32, sizeHints.size(), sizeHints.data());
@@ -143,7 +143,7 @@ void XEmbedIcon::setToolTip(const QString &text)
 {
     if (window_ == XCB_WINDOW_NONE)
         return;
-    // Panels and screen readers that describe an icon read its window's name.
+    // Panels and screen readers use the window's name as the icon's description.
     const QByteArray name = text.toUtf8();
     xcb_change_property(connection_->xcb(), XCB_PROP_MODE_REPLACE, window_, connection_->atom("_NET_WM_NAME"),
                         connection_->atom("UTF8_STRING"), 8, static_cast<quint32>(name.size()),
@@ -158,13 +158,13 @@ void XEmbedIcon::handle(const xcb_generic_event_t &event)
     switch (event.response_type & 0x7fU) {
     case XCB_CLIENT_MESSAGE: {
         const auto &message = reinterpret_cast<const xcb_client_message_event_t &>(event);
-        if (message.type == managerMessage_ && message.data.data32[1] == areaSelection_)
-            enterArea();
+        if (message.type == managerMessage_ && message.data.data32[1] == traySelection_)
+            dock();
         break;
     }
     case XCB_DESTROY_NOTIFY:
-        if (reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window == area_)
-            enterArea(); // Another area may have taken over already.
+        if (reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window == trayWindow_)
+            dock(); // Another tray may have started already.
         break;
     case XCB_CONFIGURE_NOTIFY: {
         const auto &configured = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
@@ -183,7 +183,7 @@ void XEmbedIcon::handle(const xcb_generic_event_t &event)
             Q_EMIT pointerEntered();
         break;
     case XCB_LEAVE_NOTIFY:
-    case XCB_BUTTON_PRESS: // The two agree on where they tell their window.
+    case XCB_BUTTON_PRESS: // Both events have the window at the same offset.
         if (reinterpret_cast<const xcb_leave_notify_event_t &>(event).event == window_)
             Q_EMIT pointerLeft();
         break;
@@ -211,7 +211,7 @@ QImage XEmbedIcon::background(quint16 width, quint16 height) const
     image.fill(Qt::transparent);
     if (depth_ == 32)
         return image;
-    // Without an alpha channel of our own we paint upon what the panel shows through our cleared window.
+    // Without an alpha channel the icon is painted on the panel's background, which the cleared window shows.
     xcb_clear_area(connection_->xcb(), 0, window_, 0, 0, 0, 0);
     const auto cookie =
         xcb_get_image(connection_->xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, window_, 0, 0, width, height, ~0U);

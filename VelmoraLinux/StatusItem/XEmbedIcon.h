@@ -9,17 +9,18 @@
 #include <functional>
 #include <optional>
 
-// The icon in an old-style notification area: a small window of ours inside the desktop panel's.
+// The icon in a system tray of the System Tray Protocol Specification (freedesktop.org): a small window of
+// ours that is embedded in the panel's window by XEmbed.
 //
-// While shown it waits for such an area and enters each one that appears.
+// While shown it docks into the system tray, also into one that starts later.
 class XEmbedIcon : public QObject {
     Q_OBJECT
 
 public:
-    // Makes the icon for a square of so many pixels.
+    // Draws the icon in a square of `pixels` x `pixels`.
     using Painter = std::function<QImage(int pixels)>;
 
-    // `connection` may be null: there is no notification area then.
+    // `connection` may be null: there is no system tray then.
     XEmbedIcon(X11Display *connection, QString title, Painter painter);
     ~XEmbedIcon() override;
 
@@ -27,7 +28,7 @@ public:
     void repaint();
     void setToolTip(const QString &text);
 
-    // In the X server's pixels; nothing while the icon is in no notification area.
+    // In the X server's pixels; nothing while the icon is not docked.
     [[nodiscard]] std::optional<QRect> nativeGeometry() const;
 
     Q_SIGNAL void activated();
@@ -36,9 +37,9 @@ public:
     Q_SIGNAL void pointerLeft();
 
 private:
-    void enterArea();
-    void leaveArea();
-    void createWindow(xcb_window_t area);
+    void dock();
+    void undock();
+    void createWindow(xcb_window_t tray);
     void describeWindow();
     void handle(const xcb_generic_event_t &event);
     void handleRelease(const xcb_button_release_event_t &release);
@@ -49,9 +50,9 @@ private:
     QString title_;
     Painter painter_;
     bool shown_ = false;
-    xcb_atom_t areaSelection_ = XCB_ATOM_NONE;
+    xcb_atom_t traySelection_ = XCB_ATOM_NONE;
     xcb_atom_t managerMessage_ = XCB_ATOM_NONE;
-    xcb_window_t area_ = XCB_WINDOW_NONE;
+    xcb_window_t trayWindow_ = XCB_WINDOW_NONE;
     xcb_window_t window_ = XCB_WINDOW_NONE;
     xcb_colormap_t colormap_ = XCB_NONE;
     quint8 depth_ = 0;

@@ -19,17 +19,17 @@ std::chrono::nanoseconds EventLoopScheduler::now() const
 void EventLoopScheduler::after(std::chrono::nanoseconds delay, Step step)
 {
     const auto due = now() + std::max(delay, std::chrono::nanoseconds::zero());
-    const auto place = steps_.emplace(Appointment(due, nextNumber_++), std::move(step)).first;
+    const auto place = steps_.emplace(Deadline(due, nextNumber_++), std::move(step)).first;
     if (place == steps_.begin())
         armTimer();
 }
 
 void EventLoopScheduler::runDueSteps()
 {
-    // Steps asked for by these steps wait for the next round, so that the event loop is never starved.
-    const auto firstToWait = steps_.upper_bound(Appointment(now(), nextNumber_));
+    // Steps scheduled by these steps run in the next round, so that the event loop is never starved.
+    const auto firstNotDue = steps_.upper_bound(Deadline(now(), nextNumber_));
     std::vector<Step> due;
-    for (auto step = steps_.begin(); step != firstToWait; step = steps_.erase(step))
+    for (auto step = steps_.begin(); step != firstNotDue; step = steps_.erase(step))
         due.push_back(std::move(step->second));
     armTimer();
     for (const Step &step : due)

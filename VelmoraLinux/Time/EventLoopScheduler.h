@@ -7,8 +7,8 @@
 
 #include <vector>
 
-// Time driven by Qt's event loop of the thread it was made in, exact to the millisecond. An idle loop is not
-// woken.
+// Runs steps in Qt's event loop of the thread that created it, exact to the millisecond. The loop is woken
+// only when a step is due.
 class EventLoopScheduler final : public Scheduler {
 public:
     EventLoopScheduler();
@@ -17,13 +17,13 @@ public:
     void after(std::chrono::nanoseconds delay, Step step) override;
 
 private:
-    // The moment a step is due, and its number in the order of asking.
-    using Appointment = std::pair<std::chrono::nanoseconds, quint64>;
+    // When a step is due, and its number in the order of the calls.
+    using Deadline = std::pair<std::chrono::nanoseconds, quint64>;
 
     void runDueSteps();
     void armTimer();
 
-    std::map<Appointment, Step> steps_;
+    std::map<Deadline, Step> steps_;
     quint64 nextNumber_ = 0;
     QTimer timer_;
 };

@@ -2,7 +2,7 @@
 
 #include <VelmoraPlatform/WallClock.h>
 
-// The system's clock in the system's zone; a changed zone counts from the next call on.
+// The system's clock in the system's time zone; a changed zone takes effect at the next call.
 class SystemWallClock final : public WallClock {
 public:
     [[nodiscard]] QDateTime now() const override { return QDateTime::currentDateTime(); }

@@ -11,10 +11,10 @@
 struct AppcastEnclosure {
     QUrl url;
     qint64 length = 0;    // Bytes; items without a positive length are not offered.
-    QString type;         // MIME type: tells an AppImage from a tarball.
+    QString type;         // MIME type, which distinguishes an AppImage from a tarball.
     QString signature;    // Ed25519 over the whole archive, base64.
-    QString system;       // Empty fits every system.
-    QString architecture; // As `uname -m` says it; empty fits every processor.
+    QString system;       // Empty: any system.
+    QString architecture; // As printed by `uname -m`; empty: any processor.
 
     bool operator==(const AppcastEnclosure &) const = default;
 };
@@ -33,7 +33,7 @@ struct AppcastItem {
     QList<QString> informationalFor; // With `informational`: only for these versions; empty for all.
     QUrl page;
     QDateTime published;
-    qint64 phasedInterval = 0; // Seconds from one seventh of the users to the next; 0: everybody at once.
+    qint64 phasedInterval = 0; // Phased rollout: seconds between the seven groups of users; 0: all at once.
     bool critical = false;
     bool informational = false;
     QList<AppcastEnclosure> enclosures;

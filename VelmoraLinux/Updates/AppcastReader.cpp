@@ -27,7 +27,7 @@ QUrl webAddress(const QString &text)
     return isWebAddress(url) ? url : QUrl();
 }
 
-// The last resort for a feed that names the version nowhere: "Velmora_1.2.tar.gz" is version 1.2.
+// For feeds without a version element: "Velmora_1.2.tar.gz" is version 1.2.
 QString versionFromFileName(const QUrl &url)
 {
     QString name = url.fileName();
@@ -88,7 +88,7 @@ void AppcastReader::next()
         break;
     case QXmlStreamReader::StartElement:
         if (++depth_ > kMaximumDepth)
-            xml_.raiseError(u"elements lie too deep"_s);
+            xml_.raiseError(u"elements are nested too deeply"_s);
         break;
     case QXmlStreamReader::EndElement:
         --depth_;
@@ -148,7 +148,7 @@ void AppcastReader::readDocument()
                 readItem();
         });
     });
-    while (!xml_.atEnd()) // What follows the root has to be well-formed, too.
+    while (!xml_.atEnd()) // What follows the root element must be well-formed, too.
         next();
 }
 

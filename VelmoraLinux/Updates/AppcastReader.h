@@ -9,9 +9,9 @@
 
 // Reads an update feed: RSS 2.0 with the elements of the update namespace.
 //
-// The text comes from the network and is not trusted: a document type, an entity of its own, nesting or size
-// beyond what any feed needs, and anything that is not well-formed refuse the whole feed. Unknown elements
-// are passed over.
+// The text comes from the network and is not trusted: the whole feed is refused when it has a document type
+// or an entity that XML does not define, is nested too deeply or too large, or is not well-formed. Unknown
+// elements are skipped.
 class AppcastReader {
 public:
     static constexpr qsizetype kMaximumBytes = qsizetype{2} * 1024 * 1024;
@@ -29,7 +29,7 @@ private:
     void readInformational(AppcastItem &item);
     [[nodiscard]] AppcastEnclosure readEnclosure(AppcastItem &item);
     [[nodiscard]] QString readText();
-    // Calls `element` at each start tag inside the present element; it may read the element or leave it.
+    // Calls `element` at each start tag inside the current element; it may read the element or leave it.
     void forEachChild(const std::function<void()> &element);
     void skipElement();
     void next();

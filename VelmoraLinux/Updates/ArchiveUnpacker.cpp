@@ -16,8 +16,8 @@
 namespace {
 
 constexpr qsizetype kBlock = 512;
-constexpr qsizetype kLongestName = 512;
-constexpr qsizetype kDeepest = 24;
+constexpr qsizetype kMaximumNameLength = 512;
+constexpr qsizetype kMaximumDepth = 24;
 
 struct CloseGzip {
     void operator()(gzFile file) const { gzclose(file); }
@@ -33,7 +33,7 @@ struct Entry {
     bool isProgram = false;
 };
 
-// The text of a header field, which ends at its first NUL if it has one.
+// The text of a header field, up to its first NUL if it has one.
 QByteArray field(const Block &header, qsizetype offset, qsizetype size)
 {
     const char *begin = header.data() + offset;
@@ -65,8 +65,8 @@ bool isPlainName(const QByteArray &part)
            });
 }
 
-// Nothing unless the header is one of the few kinds that are installed. `top` is the archive's one top
-// folder, set by the first entry.
+// Nothing unless the header is a regular file or a folder with an acceptable name. `top` is the name of the
+// archive's single top folder, set by the first entry.
 std::optional<Entry> parseEntry(const Block &header, QByteArray &top)
 {
     const QByteArray prefix = field(header, 345, 155);
@@ -77,12 +77,12 @@ std::optional<Entry> parseEntry(const Block &header, QByteArray &top)
     const bool isFolder = type == '5';
     const bool isFile = type == '0' || type == '\0';
     if (!hasRightChecksum(header) || field(header, 257, 5) != "ustar" || !size || !mode ||
-        isFolder == isFile || name.size() > kLongestName)
+        isFolder == isFile || name.size() > kMaximumNameLength)
         return std::nullopt;
     if (isFolder && name.endsWith('/'))
         name.chop(1);
     QByteArrayList parts = name.split('/');
-    if (parts.size() > kDeepest || !std::all_of(parts.begin(), parts.end(), isPlainName))
+    if (parts.size() > kMaximumDepth || !std::all_of(parts.begin(), parts.end(), isPlainName))
         return std::nullopt;
     const QByteArray first = parts.takeFirst();
     if (top.isEmpty())
@@ -103,7 +103,7 @@ bool readBlock(gzFile archive, Block &block)
     return gzread(archive, block.data(), kBlock) == kBlock;
 }
 
-// A full disk may take a part first and refuse only the rest.
+// A full disk may accept a part of the bytes before it refuses the rest.
 bool writeAll(int file, const char *bytes, size_t size)
 {
     while (size > 0) {
@@ -116,7 +116,7 @@ bool writeAll(int file, const char *bytes, size_t size)
     return true;
 }
 
-// Copies the `size` bytes that follow in `archive`, and passes over the padding behind them.
+// Copies the `size` bytes that follow in `archive`, and skips the padding behind them.
 UpdateProblem copyContent(gzFile archive, int file, qint64 size)
 {
     std::array<char, 64 * kBlock> buffer{};
@@ -186,7 +186,7 @@ UpdateProblem writeEntries(gzFile archive, const QByteArray &root, ArchiveUnpack
     return UpdateProblem::contents; // The end mark is missing.
 }
 
-UpdateProblem bringToDisk(const QByteArray &root)
+UpdateProblem sync(const QByteArray &root)
 {
     const int folder = open(root.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const bool written = folder >= 0 && syncfs(folder) == 0;
@@ -211,5 +211,5 @@ UpdateProblem ArchiveUnpacker::unpack(VerifiedArchive &archive, const QString &f
     if (!gzip)
         return UpdateProblem::notReplaced;
     const UpdateProblem problem = writeEntries(gzip.get(), root, limits_);
-    return problem == UpdateProblem::none ? bringToDisk(root) : problem;
+    return problem == UpdateProblem::none ? sync(root) : problem;
 }

@@ -8,9 +8,9 @@
 
 // Unpacks a signed tarball: gzip around plain ustar, with one folder at its top.
 //
-// Holds to the little that our own packages need. Regular files and folders with plain relative names are
-// written; any link, device, extension, doubled, absolute or climbing name, and any size beyond the limits
-// refuses the archive. Everything is on the disk when `unpack` returns.
+// Accepts only what our own packages contain: regular files and folders with plain relative names. Any link,
+// device or extension header, any duplicate or absolute name or one with "..", and any size beyond the limits
+// refuses the archive. Everything is synced to the disk when `unpack` returns.
 class ArchiveUnpacker {
 public:
     struct Limits {
@@ -24,7 +24,7 @@ public:
     }
 
     // Puts the contents of the archive's top folder into `folder`, which must not exist yet. After a failure
-    // whatever was written so far lies there.
+    // the files written so far are left in `folder`.
     [[nodiscard]] UpdateProblem unpack(VerifiedArchive &archive, const QString &folder) const;
 
 private:

@@ -10,8 +10,8 @@
 
 // Fetches over HTTPS, one thing at a time, on the main thread without waiting.
 //
-// Never asks an address that is not HTTPS, nor follows a redirection to one. More bytes than `limit` end the
-// transfer.
+// Never requests an address that is not HTTPS, nor follows a redirection to one. A transfer of more than
+// `limit` bytes is aborted.
 class Downloader {
 public:
     using BytesDone = std::function<void(UpdateProblem problem, const QByteArray &bytes)>;
@@ -21,10 +21,10 @@ public:
     virtual ~Downloader() = default;
     // `done` runs once, unless cancelled.
     virtual void fetch(const QUrl &url, qint64 limit, BytesDone done) = 0;
-    // Writes to `path`, a new file that only the user can read. Of a failed or cancelled transfer no file
-    // remains.
+    // Writes to `path`, a new file that only the user can read. A failed or cancelled transfer leaves no
+    // file.
     virtual void fetchToFile(const QUrl &url, qint64 limit, const QString &path, Progress progress,
                              FileDone done) = 0;
-    // Neither `progress` nor `done` of what is under way runs any more.
+    // Aborts the current transfer; neither its `progress` nor its `done` is called any more.
     virtual void cancel() = 0;
 };

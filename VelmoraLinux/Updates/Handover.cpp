@@ -20,13 +20,13 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::string_view kArgument = "--handover=";
-constexpr int kGuestSocket = 3; // Any number that a fresh process does not use.
-constexpr auto kLongestStart = 20s;
-constexpr auto kLongestFarewell = 30s;
-constexpr auto kDying = 2s; // More than a killed process needs to be gone.
-constexpr size_t kLongestMessage = 256;
+constexpr int kReceiverSocket = 3; // Any descriptor that a new process does not use.
+constexpr auto kStartTimeout = 20s;
+constexpr auto kOldProcessTimeout = 30s;
+constexpr auto kReapDelay = 2s; // After SIGKILL, before the child's exit status is collected.
+constexpr size_t kMaximumMessageBytes = 256;
 
-// What the running image has set for itself: the new one sets its own.
+// Variables that the running AppImage has set for itself: the new one sets its own.
 bool belongsToRunningImage(std::string_view variable)
 {
     return variable.starts_with("APPIMAGE=") || variable.starts_with("APPDIR=") ||
@@ -36,7 +36,8 @@ bool belongsToRunningImage(std::string_view variable)
 pid_t spawn(const QString &program, int socket)
 {
     QByteArray path = QFile::encodeName(program);
-    QByteArray argument = QByteArray(kArgument.data(), kArgument.size()) + QByteArray::number(kGuestSocket);
+    QByteArray argument =
+        QByteArray(kArgument.data(), kArgument.size()) + QByteArray::number(kReceiverSocket);
     const std::array<char *, 3> arguments{path.data(), argument.data(), nullptr};
     std::vector<char *> environment;
     for (char **variable = environ; *variable != nullptr; ++variable) {
@@ -48,7 +49,7 @@ pid_t spawn(const QString &program, int socket)
     posix_spawn_file_actions_t files{};
     posix_spawnattr_t attributes{};
     posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, socket, kGuestSocket);
+    posix_spawn_file_actions_adddup2(&files, socket, kReceiverSocket);
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
     pid_t child = 0;
@@ -76,7 +77,7 @@ void Handover::start(const QString &program, const QString &version, Done done)
 {
     done_ = std::move(done);
     expected_ = "ready " + version.toUtf8() + '\n';
-    heard_.clear();
+    received_.clear();
     round_ = std::make_shared<char>();
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0) {
@@ -93,19 +94,20 @@ void Handover::start(const QString &program, const QString &version, Done done)
         return;
     }
     notifier_ = std::make_unique<QSocketNotifier>(socket_, QSocketNotifier::Read);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] { hear(); });
-    scheduler_.after(kLongestStart, later);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
+                     [this] { readMessage(); });
+    scheduler_.after(kStartTimeout, later);
 }
 
-void Handover::hear()
+void Handover::readMessage()
 {
-    std::array<char, kLongestMessage> buffer{};
+    std::array<char, kMaximumMessageBytes> buffer{};
     const ssize_t size = read(socket_, buffer.data(), buffer.size());
     if (size > 0)
-        heard_.append(buffer.data(), size);
-    if (heard_ == expected_)
+        received_.append(buffer.data(), size);
+    if (received_ == expected_)
         finish(UpdateProblem::none);
-    else if (size == 0 || (size > 0 && !expected_.startsWith(heard_)))
+    else if (size == 0 || (size > 0 && !expected_.startsWith(received_)))
         finish(UpdateProblem::notStarted);
 }
 
@@ -114,22 +116,22 @@ void Handover::finish(UpdateProblem problem)
     round_.reset();
     if (notifier_) {
         notifier_->setEnabled(false);
-        notifier_.release()->deleteLater(); // We may be inside its signal.
+        notifier_.release()->deleteLater(); // This may be called by its signal.
     }
-    const int socket = std::exchange(socket_, -1); // After success its end is that of this process.
+    const int socket = std::exchange(socket_, -1); // After success it is closed by the end of this process.
     if (problem != UpdateProblem::none) {
         if (socket >= 0)
             close(socket);
         if (child_ > 0) {
             kill(child_, SIGKILL);
-            scheduler_.after(kDying, [child = child_] { waitpid(child, nullptr, WNOHANG); });
+            scheduler_.after(kReapDelay, [child = child_] { waitpid(child, nullptr, WNOHANG); });
         }
         child_ = 0;
     }
     std::exchange(done_, nullptr)(problem);
 }
 
-std::unique_ptr<HandoverGuest> HandoverGuest::fromArguments(int count, const char *const *arguments)
+std::unique_ptr<HandoverReceiver> HandoverReceiver::fromArguments(int count, const char *const *arguments)
 {
     for (int i = 1; i < count; ++i) {
         const std::string_view argument(arguments[i]);
@@ -141,22 +143,22 @@ std::unique_ptr<HandoverGuest> HandoverGuest::fromArguments(int count, const cha
         if (error != std::errc() || end != digits.data() + digits.size() || socket <= STDERR_FILENO ||
             fcntl(socket, F_SETFD, FD_CLOEXEC) != 0)
             return nullptr;
-        return std::unique_ptr<HandoverGuest>(new HandoverGuest(socket));
+        return std::unique_ptr<HandoverReceiver>(new HandoverReceiver(socket));
     }
     return nullptr;
 }
 
-HandoverGuest::~HandoverGuest()
+HandoverReceiver::~HandoverReceiver()
 {
     close(socket_);
 }
 
-void HandoverGuest::takeOver(const QString &version)
+void HandoverReceiver::takeOver(const QString &version)
 {
     const QByteArray message = "ready " + version.toUtf8() + '\n';
     if (send(socket_, message.constData(), static_cast<size_t>(message.size()), MSG_NOSIGNAL) !=
         message.size())
         return;
     pollfd end{socket_, POLLIN, 0};
-    poll(&end, 1, static_cast<int>(std::chrono::milliseconds(kLongestFarewell).count()));
+    poll(&end, 1, static_cast<int>(std::chrono::milliseconds(kOldProcessTimeout).count()));
 }

@@ -9,11 +9,12 @@
 #include <functional>
 #include <memory>
 
-// Hands the place of the running process over to a freshly installed version.
+// Replaces the running process by one of a newly installed version.
 //
-// The new process is started with one end of a socket. It says which version it is once it is able to run,
-// then waits until the other end closes, which happens when this process is gone; only then it takes over
-// what there is one of. So a version that cannot start is noticed while the old one still runs.
+// The new process is started with one end of a socket pair. Once it is able to run it sends its version over
+// the socket, then waits until the other end is closed, which happens when this process ends; only then it
+// claims what only one process can own. So a version that cannot start is noticed while the old one still
+// runs.
 class Handover {
 public:
     using Done = std::function<void(UpdateProblem problem)>;
@@ -21,40 +22,40 @@ public:
     explicit Handover(Scheduler &scheduler);
     ~Handover();
 
-    // Starts `program`. `done` runs once, later: with none when the new process said that it is `version`; it
-    // then waits for the end of this process, however late that comes after the end of this object. With
-    // notStarted when it ended, said something else or said nothing in time; it is then made to end.
+    // Starts `program`. `done` runs once, later: with none when the new process has reported `version`; that
+    // process then waits for the end of this one, also after this object was destroyed. With notStarted when
+    // it ended, reported something else or nothing in time; it is then killed.
     void start(const QString &program, const QString &version, Done done);
 
 private:
-    void hear();
+    void readMessage();
     void finish(UpdateProblem problem);
 
     Scheduler &scheduler_;
     QByteArray expected_;
-    QByteArray heard_;
+    QByteArray received_;
     Done done_;
-    int socket_ = -1; // While the new process is being listened to.
+    int socket_ = -1; // Open until the new process has reported.
     pid_t child_ = 0;
     std::unique_ptr<QSocketNotifier> notifier_;
     std::shared_ptr<char> round_;
 };
 
-// The new process's side.
-class HandoverGuest {
+// The new process's end of the handover.
+class HandoverReceiver {
 public:
-    // The guest's end, when `arguments` of this process name one.
-    [[nodiscard]] static std::unique_ptr<HandoverGuest> fromArguments(int count,
-                                                                      const char *const *arguments);
-    ~HandoverGuest();
+    // The handover that `arguments` of this process name; null without one.
+    [[nodiscard]] static std::unique_ptr<HandoverReceiver> fromArguments(int count,
+                                                                         const char *const *arguments);
+    ~HandoverReceiver();
 
-    // Says that this process can run and is `version`, and waits until the old one is gone; at most half a
-    // minute. To be called before anything is claimed that only one process can have, and while nothing is on
-    // the screen.
+    // Reports that this process can run and is `version`, and waits until the old one has ended; at most half
+    // a minute. To be called before anything is claimed that only one process can own, and before any window
+    // is shown.
     void takeOver(const QString &version);
 
 private:
-    explicit HandoverGuest(int socket)
+    explicit HandoverReceiver(int socket)
         : socket_(socket)
     {
     }

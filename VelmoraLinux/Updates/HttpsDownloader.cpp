@@ -6,8 +6,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kMostRedirects = 5;
-constexpr qint64 kPiece = qint64{256} * 1024; // Held in memory at a time.
+constexpr int kMaximumRedirects = 5;
+constexpr qint64 kReadBufferBytes = qint64{256} * 1024; // The most that is buffered in memory.
 
 UpdateProblem problemOf(QNetworkReply::NetworkError error)
 {
@@ -79,24 +79,24 @@ void HttpsDownloader::begin(const QUrl &url, std::unique_ptr<Transfer> transfer)
     }
     QNetworkRequest request(url);
     request.setSslConfiguration(settings_.ssl);
-    request.setTransferTimeout(static_cast<int>(settings_.silence.count()));
+    request.setTransferTimeout(static_cast<int>(settings_.idleTimeout.count()));
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    request.setMaximumRedirectsAllowed(kMostRedirects);
+    request.setMaximumRedirectsAllowed(kMaximumRedirects);
     request.setHeader(QNetworkRequest::UserAgentHeader, settings_.userAgent);
-    // Bytes are counted and verified as they come: nothing is to unpack them on the way.
+    // The bytes are counted and verified as received, so they must not be decompressed by Qt.
     request.setRawHeader("Accept-Encoding", "identity");
     QNetworkReply *reply = network_.get(request);
     transfer_->reply = reply;
-    reply->setReadBufferSize(kPiece);
-    QObject::connect(reply, &QNetworkReply::readyRead, reply, [this] { take(); });
+    reply->setReadBufferSize(kReadBufferBytes);
+    QObject::connect(reply, &QNetworkReply::readyRead, reply, [this] { readAvailable(); });
     QObject::connect(reply, &QNetworkReply::finished, reply, [this] { finish(); });
 }
 
-// Takes over what has arrived.
-void HttpsDownloader::take()
+// Reads the bytes that have arrived.
+void HttpsDownloader::readAvailable()
 {
     if (!transfer_)
         return;
@@ -115,7 +115,8 @@ void HttpsDownloader::take()
         return;
     }
     if (!piece.isEmpty() && transfer_->progress) {
-        const Progress progress = transfer_->progress; // It may cancel, which ends the transfer.
+        const Progress progress =
+            transfer_->progress; // A copy: the handler may cancel, which destroys the transfer.
         progress(transfer_->received);
     }
 }
@@ -123,7 +124,7 @@ void HttpsDownloader::take()
 void HttpsDownloader::finish()
 {
     const QNetworkReply *reply = transfer_ ? transfer_->reply : nullptr;
-    take();
+    readAvailable();
     if (transfer_ && transfer_->reply == reply)
         end(problemOf(reply->error()));
 }

@@ -14,8 +14,8 @@
 class HttpsDownloader : public Downloader {
 public:
     struct Settings {
-        QSslConfiguration ssl = QSslConfiguration::defaultConfiguration(); // Whom to trust.
-        std::chrono::milliseconds silence = std::chrono::seconds(30); // The longest wait for the next byte.
+        QSslConfiguration ssl = QSslConfiguration::defaultConfiguration(); // The trusted certificates.
+        std::chrono::milliseconds idleTimeout = std::chrono::seconds(30);
         QString userAgent;
     };
 
@@ -31,11 +31,11 @@ private:
     struct Transfer;
 
     void begin(const QUrl &url, std::unique_ptr<Transfer> transfer);
-    void take();
+    void readAvailable();
     void finish();
     void end(UpdateProblem problem);
 
     Settings settings_;
     QNetworkAccessManager network_;
-    std::unique_ptr<Transfer> transfer_; // Nothing while idle.
+    std::unique_ptr<Transfer> transfer_; // Null while idle.
 };

@@ -3,17 +3,17 @@
 #include <QProcessEnvironment>
 #include <QString>
 
-// How this copy of the program was installed, and so who may replace it.
+// How this copy of the program was installed, and who may replace it.
 struct Installation {
     enum class Kind {
-        appImage, // One file of the user's: `target`.
-        folder,   // A folder of the user's that holds nothing but our files: `target`.
-        managed,  // Somebody else's affair: `manager`.
+        appImage, // A file that belongs to the user: `target`.
+        folder,   // A folder that belongs to the user and contains only our files: `target`.
+        managed,  // Updated by something else: `manager`.
     };
 
     Kind kind = Kind::managed;
     QString target;   // What an update replaces, absolute; empty when managed.
-    QString launcher; // What starts the installed version, before and after an update.
+    QString launcher; // The program to start, before and after an update.
     QString manager;  // "Flatpak", "apt (dpkg)", or the folder that cannot be replaced.
 
     // `program` is the running executable, `environment` what it was started with.
@@ -22,8 +22,8 @@ struct Installation {
     [[nodiscard]] QString archiveType() const;
 };
 
-// The files of an installed folder, as its list share/velmora/manifest has them. An update moves and removes
-// these and no others: a folder that holds anything else is not ours to replace.
+// The files of an installed folder, as listed in its manifest (share/velmora/manifest). An update moves and
+// removes only these: a folder that contains any other file is not replaced.
 class InstalledFiles {
 public:
     explicit InstalledFiles(QString root)
@@ -42,6 +42,6 @@ private:
     QString root_;
 };
 
-// The AppImage this process was really started from; empty elsewhere. A terminal that is itself an AppImage
-// hands its own APPIMAGE on to whatever is started in it, so the variable alone proves nothing.
+// The AppImage this process was started from; empty when there is none. The variable APPIMAGE alone is no
+// proof: a program started from a terminal that is itself an AppImage inherits the terminal's variable.
 [[nodiscard]] QString runningAppImage(const QString &program, const QProcessEnvironment &environment);

@@ -28,13 +28,13 @@ UpdateProblem problemOfErrno()
                                                                 : UpdateProblem::notReplaced;
 }
 
-bool renameInOneStep(const QString &from, const QString &to, unsigned flags)
+bool renameAtomically(const QString &from, const QString &to, unsigned flags)
 {
     return renameat2(AT_FDCWD, QFile::encodeName(from).constData(), AT_FDCWD,
                      QFile::encodeName(to).constData(), flags) == 0;
 }
 
-bool bringToDisk(const QString &folder)
+bool sync(const QString &folder)
 {
     const int descriptor = open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const bool written = descriptor >= 0 && fsync(descriptor) == 0;
@@ -65,16 +65,16 @@ QString Replacement::place(QStringView name) const
 
 UpdateProblem Replacement::prepare(VerifiedArchive &archive, const QString &version) const
 {
-    tidyUp();
+    cleanUp();
     if (mkdir(QFile::encodeName(hidden_).constData(), S_IRWXU) != 0)
         return problemOfErrno();
     UpdateProblem problem = installation_.kind == Installation::Kind::folder ? prepareFolder(archive, version)
                                                                              : prepareImage(archive);
     if (problem == UpdateProblem::none &&
-        (!renameInOneStep(place(kUnfinished), place(kOther), 0) || !bringToDisk(hidden_)))
+        (!renameAtomically(place(kUnfinished), place(kOther), 0) || !sync(hidden_)))
         problem = problemOfErrno();
     if (problem != UpdateProblem::none)
-        tidyUp();
+        cleanUp();
     return problem;
 }
 
@@ -124,13 +124,13 @@ UpdateProblem Replacement::prepareImage(VerifiedArchive &archive) const
 UpdateProblem Replacement::exchange() const
 {
     // Not every file system can: then the installed version stays and the user is told.
-    if (!renameInOneStep(place(kOther), installation_.target, RENAME_EXCHANGE))
+    if (!renameAtomically(place(kOther), installation_.target, RENAME_EXCHANGE))
         return problemOfErrno();
-    bringToDisk(QFileInfo(installation_.target).absolutePath());
+    sync(QFileInfo(installation_.target).absolutePath());
     return UpdateProblem::none;
 }
 
-void Replacement::tidyUp() const
+void Replacement::cleanUp() const
 {
     if (!QFileInfo::exists(hidden_))
         return;

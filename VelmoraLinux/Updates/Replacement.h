@@ -11,7 +11,7 @@
 //
 // The new version is made ready in a hidden place beside the installed one, wholly on disk, and then the two
 // change places in a single step of the file system. Whatever moment this process is killed at, the installed
-// path holds one complete version; the other one lies in the hidden place until `tidyUp`. Members wait for
+// path holds one complete version; the other one lies in the hidden place until `cleanUp`. Members wait for
 // the disk: call them from a thread of their own.
 class Replacement {
 public:
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] UpdateProblem exchange() const;
     // Removes what an earlier update left: a half-made new version, or the old one once the new has started.
     // Files that are not ours stay.
-    void tidyUp() const;
+    void cleanUp() const;
 
 private:
     [[nodiscard]] UpdateProblem prepareFolder(VerifiedArchive &archive, const QString &version) const;

@@ -96,7 +96,7 @@ void ReplacingInstaller::discard()
     inBackground(
         [folder = folder_, replacement = replacement_] {
             removeDownloads(folder);
-            replacement.tidyUp();
+            replacement.cleanUp();
             return UpdateProblem::none;
         },
         [](UpdateProblem) {});

@@ -9,11 +9,11 @@
 #include <QObject>
 #include <QThreadPool>
 
-// Installs by replacing this copy and handing over to the new version; the disk's work is done in a second
+// Installs by replacing this copy and handing over to the new version. Disk operations run in a second
 // thread.
 class ReplacingInstaller : public UpdateInstaller {
 public:
-    // Downloads go to `folder`, which is made for the user alone.
+    // Downloads go to `folder`, which is created with mode 0700.
     ReplacingInstaller(Installation installation, UpdateKey key, QString folder, Scheduler &scheduler);
 
     [[nodiscard]] QString downloadPath() override;
@@ -22,7 +22,7 @@ public:
     void discard() override;
 
 private:
-    // Runs `work` in the second thread, one piece after the other, and then `done` in the main one.
+    // Runs `work` in the second thread, in the order of the calls, and then `done` in the main thread.
     void inBackground(std::function<UpdateProblem()> work, Done done);
     void handOver(const Done &done);
 
@@ -32,6 +32,6 @@ private:
     QString folder_;
     QString version_; // Of what is ready to be installed.
     Handover handover_;
-    QObject home_; // Gone: results are dropped.
+    QObject home_; // Context of `done`: after its destruction results are dropped.
     QThreadPool worker_;
 };

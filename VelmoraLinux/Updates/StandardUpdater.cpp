@@ -14,7 +14,8 @@ namespace {
 constexpr QStringView kRolloutGroup = u"SUUpdateGroupIdentifier";
 constexpr QStringView kSkippedVersion = u"SUSkippedVersion";
 constexpr int kRolloutGroups = 7;
-constexpr auto kSettled = 10s; // After that a version counts as started.
+constexpr auto kCleanUpDelay =
+    10s; // From then on a new version counts as started, and the old one is removed.
 
 QString machine()
 {
@@ -65,7 +66,7 @@ StandardUpdater::StandardUpdater(Environment environment, const UpdateConfigurat
 void StandardUpdater::start()
 {
     schedule_.start();
-    environment_.scheduler.after(kSettled, [this, alive = std::weak_ptr(alive_)] {
+    environment_.scheduler.after(kCleanUpDelay, [this, alive = std::weak_ptr(alive_)] {
         if (!alive.expired() && !session_->isRunning())
             installer_->discard();
     });

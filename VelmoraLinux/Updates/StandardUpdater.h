@@ -9,9 +9,9 @@
 #include <VelmoraPlatform/BundleInfo.h>
 #include <VelmoraPlatform/Updater.h>
 
-// The updater: schedule, session and installer put together.
+// The updater: composes schedule, session and installer.
 //
-// A copy that somebody else manages is never checked by schedule; asked for, it says who updates it.
+// A managed copy is never checked by schedule; when the user asks, the answer is what updates it.
 class StandardUpdater : public Updater {
 public:
     struct Environment {
@@ -24,7 +24,7 @@ public:
         QString downloadFolder;
         HttpsDownloader::Settings network;
         std::function<void(const QUrl &page)> openPage;
-        std::function<void()> quit; // Ends this process in the ordinary way.
+        std::function<void()> quit; // Quits the application.
     };
 
     // Starts at once.
@@ -47,10 +47,10 @@ private:
     Environment environment_;
     std::optional<UpdateKey> key_;
     std::unique_ptr<HttpsDownloader> downloader_;
-    std::unique_ptr<ReplacingInstaller> installer_; // Nothing when managed or without a usable key.
+    std::unique_ptr<ReplacingInstaller> installer_; // Null when managed or without a usable key.
     std::unique_ptr<UpdateSession> session_;        // Together with the installer.
     UpdateSchedule schedule_;
-    std::optional<UpdateStep> ownStep_; // What is on show outside a session.
+    std::optional<UpdateStep> ownStep_; // What is shown outside a session.
     ChangeHandler changed_ = [] {};
     bool couldCheck_ = true;
     std::shared_ptr<char> alive_ = std::make_shared<char>(); // Steps that outlive this do nothing.

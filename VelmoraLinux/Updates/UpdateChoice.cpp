@@ -56,7 +56,7 @@ bool hasReachedGroup(const AppcastItem &item, const UpdateHost &host)
     return item.published.addSecs(interval * (host.rolloutGroup % kRolloutGroups)) <= host.now;
 }
 
-// The item with nothing but its fitting enclosure; nothing when it offers none.
+// The item reduced to its first enclosure that fits; nothing when none fits.
 std::optional<AppcastItem> fitted(const AppcastItem &item, const UpdateHost &host)
 {
     if (!item.channel.isEmpty())

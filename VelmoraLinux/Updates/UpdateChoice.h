@@ -2,21 +2,21 @@
 
 #include "Appcast.h"
 
-// What the feed is held against: the program that runs and the system under it.
+// What the feed is compared with: the running program and its system.
 struct UpdateHost {
     QString version;        // The bundle's "CFBundleVersion".
-    QString systemVersion;  // Of the C library, which decides what a program can run on.
+    QString systemVersion;  // Of the C library, which decides which programs can run.
     QString system;         // "linux"
-    QString architecture;   // As `uname -m` says it.
+    QString architecture;   // As printed by `uname -m`.
     QString archiveType;    // MIME type of the archives that can replace this installation.
     QString skippedVersion; // Empty: none was skipped.
-    int rolloutGroup = 0;   // 0 to 6, drawn once on this computer.
+    int rolloutGroup = 0;   // 0 to 6, chosen at random once per computer.
     QDateTime now;
 };
 
 enum class CheckKind {
-    scheduled, // Keeps to skipped versions and staggered releases.
-    byUser,    // Sees everything.
+    scheduled, // Respects skipped versions and phased rollouts.
+    byUser,    // Ignores both.
 };
 
 struct UpdateChoice {

@@ -6,7 +6,7 @@
 
 #include <functional>
 
-// An archive on its way to being installed.
+// A downloaded archive, not yet verified.
 struct DownloadedUpdate {
     QString path;
     qint64 length = 0;
@@ -14,19 +14,19 @@ struct DownloadedUpdate {
     QString version;
 };
 
-// Brings a downloaded archive into place. Nothing waits: work is done elsewhere and told on the main thread.
+// Installs a downloaded archive. No call blocks: results are reported on the main thread.
 class UpdateInstaller {
 public:
     using Done = std::function<void(UpdateProblem problem)>;
 
     virtual ~UpdateInstaller() = default;
-    // A path for the next download, in a place that only the user can enter; empty when there is none.
+    // A path for the next download, in a folder that only the user can enter; empty on failure.
     [[nodiscard]] virtual QString downloadPath() = 0;
-    // Verifies `update` and makes it ready beside the installed version.
+    // Verifies `update` and unpacks it beside the installed version.
     virtual void prepare(const DownloadedUpdate &update, Done done) = 0;
-    // Exchanges the versions and starts the new one. `done` with none: this process is to end now. With a
-    // problem, the old version is back in place.
+    // Exchanges the versions and starts the new one. `done` with none: this process has to end now. With a
+    // problem: the old version is installed again.
     virtual void install(Done done) = 0;
-    // Drops what was downloaded or made ready.
+    // Removes what was downloaded or prepared.
     virtual void discard() = 0;
 };

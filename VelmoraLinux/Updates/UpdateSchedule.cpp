@@ -8,8 +8,8 @@ constexpr QStringView kHasLaunchedBefore = u"SUHasLaunchedBefore";
 constexpr QStringView kAutomaticChecks = u"SUEnableAutomaticChecks";
 constexpr QStringView kLastCheckTime = u"SULastCheckTime"; // Milliseconds since 1970, UTC.
 
-// The steady clock stands still while the computer sleeps: look at the wall's clock now and then.
-constexpr std::chrono::milliseconds kLongestNap = 30min;
+// The steady clock stops during suspend, so the wall clock is read at this interval.
+constexpr std::chrono::milliseconds kRecheckInterval = 30min;
 
 } // namespace
 
@@ -59,7 +59,7 @@ std::chrono::milliseconds UpdateSchedule::untilDue() const
         return 0ms;
     const std::chrono::milliseconds interval = settings_.interval;
     const std::chrono::milliseconds passed{clock_.now().toMSecsSinceEpoch() - *last};
-    if (passed < 0ms) // The clock was set back: as if the last check were just over.
+    if (passed < 0ms) // The clock was set back: the last check counts as just done.
         return interval;
     return std::max(interval - passed, 0ms);
 }
@@ -69,7 +69,7 @@ void UpdateSchedule::arm()
     round_ = std::make_shared<char>();
     if (!permission().value_or(false))
         return;
-    after(std::min(untilDue(), kLongestNap), [this] {
+    after(std::min(untilDue(), kRecheckInterval), [this] {
         if (untilDue() > 0ms) {
             arm();
             return;

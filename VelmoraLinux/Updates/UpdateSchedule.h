@@ -9,11 +9,12 @@
 #include <memory>
 #include <optional>
 
-// When to look for updates without being asked.
+// When to check for updates automatically.
 //
-// On the first launch nothing happens; on the second the user is asked, and nothing is checked before the
-// answer. From then on a check is due one interval after the last one, whoever asked for that. The time of
-// the last check is kept on the wall's clock, so time asleep or switched off counts.
+// At the first launch nothing happens; at the second the user is asked, and nothing is checked before the
+// answer. From then on a check is due one interval after the last one, whether that was scheduled or
+// requested. The time of the last check is stored in wall-clock time, so time in suspend or switched off
+// counts.
 class UpdateSchedule {
 public:
     struct Actions {

@@ -3,7 +3,7 @@
 namespace {
 
 constexpr QStringView kSkippedVersion = u"SUSkippedVersion";
-constexpr qint64 kLargestArchive = 512LL * 1024 * 1024;
+constexpr qint64 kMaximumArchiveBytes = 512LL * 1024 * 1024;
 
 } // namespace
 
@@ -75,7 +75,7 @@ void UpdateSession::answer(UpdateAnswer answer)
     case UpdateStep::failed:
         finish();
         break;
-    default: // Working: there is nothing to answer.
+    default: // Nothing to answer during these steps.
         break;
     }
 }
@@ -101,7 +101,7 @@ void UpdateSession::download()
 {
     const AppcastEnclosure &archive = choice_.item->enclosures.first();
     update_ = {parts_.installer.downloadPath(), archive.length, archive.signature, choice_.item->version};
-    if (archive.length > kLargestArchive || update_.path.isEmpty()) {
+    if (archive.length > kMaximumArchiveBytes || update_.path.isEmpty()) {
         fail(update_.path.isEmpty() ? UpdateProblem::noSpace : UpdateProblem::tooLarge);
         return;
     }
@@ -173,13 +173,13 @@ void UpdateSession::show(const UpdateReport &report)
 
 void UpdateSession::enter(UpdateStep step)
 {
-    const bool news = step_ != step;
+    const bool isNew = step_ != step;
     step_ = step;
-    if (news)
+    if (isNew)
         parts_.changed();
 }
 
-// A scheduled check that fails says nothing; once the user has taken part, they are told.
+// A scheduled check fails silently; once the user has seen something, the failure is shown.
 void UpdateSession::fail(UpdateProblem problem)
 {
     parts_.installer.discard();

@@ -10,7 +10,7 @@
 
 #include <functional>
 
-// One check for updates and what follows from it, up to the relaunch. At most one runs at a time.
+// One check for updates and the steps that follow, up to the relaunch. At most one runs at a time.
 class UpdateSession {
 public:
     struct Parts {
@@ -26,14 +26,14 @@ public:
 
     UpdateSession(Parts parts, QUrl feed, QString ownVersion);
 
-    // Begins a check; nothing happens while one is under way.
+    // Begins a check; no effect while one is running.
     void check(CheckKind kind);
-    // The user's answer to what is on show.
+    // The user's answer to what is shown.
     void answer(UpdateAnswer answer);
 
     [[nodiscard]] bool isRunning() const { return step_.has_value(); }
 
-    // Whether something is on show that can be brought to the front.
+    // Whether something is shown that can be brought to the front.
     [[nodiscard]] bool isVisible() const { return visible_; }
 
 private:

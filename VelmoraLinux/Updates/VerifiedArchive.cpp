@@ -36,7 +36,7 @@ std::optional<VerifiedArchive> VerifiedArchive::open(const QString &path, qint64
         return std::nullopt;
     if (length <= 0 || file->size() != length)
         return std::nullopt;
-    uchar *bytes = file->map(0, length); // Paged in piece by piece: memory stays small for any archive.
+    uchar *bytes = file->map(0, length); // Mapped, so that memory use does not grow with the archive.
     if (bytes == nullptr)
         return std::nullopt;
     const bool good =

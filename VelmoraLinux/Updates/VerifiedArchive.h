@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-// The key that every archive of this program is signed with: 32 bytes Ed25519.
+// The public key of every archive's signature: 32 bytes, Ed25519.
 class UpdateKey {
 public:
     // Nothing when `base64`, white space around it aside, is not the base64 of 32 bytes.
@@ -24,10 +24,10 @@ private:
     QByteArray bytes_;
 };
 
-// An archive whose length and Ed25519 signature have been found right, held open from then on.
+// An archive whose length and Ed25519 signature have been verified. The file is kept open from then on.
 //
-// Whoever installs takes this type, so nothing unverified can be opened. The file has to lie where nobody
-// else writes.
+// Functions that install take this type, so nothing unverified can be unpacked. The file must be in a folder
+// that only the user can write to.
 class VerifiedArchive {
 public:
     // Reads the whole file. Nothing when it cannot be read, has another length or another signature; also for
@@ -35,7 +35,7 @@ public:
     [[nodiscard]] static std::optional<VerifiedArchive> open(const QString &path, qint64 length,
                                                              const QString &signature, const UpdateKey &key);
 
-    // The archive, positioned anywhere.
+    // The open file; its position is unspecified.
     [[nodiscard]] QFile &file() { return *file_; }
 
 private:

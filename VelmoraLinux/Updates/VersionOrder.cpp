@@ -5,7 +5,7 @@
 
 namespace {
 
-// In rising order of strength: where two kinds meet, the stronger one makes the newer version.
+// In rising order: where two kinds are compared, the later one is the newer version.
 enum class Kind { letters, separator, number };
 
 struct Piece {
@@ -42,7 +42,7 @@ bool goesOnWithDotAndNumber(const std::vector<Piece> &version, size_t at)
     return at + 1 < version.size() && version[at].text == u"." && version[at + 1].kind == Kind::number;
 }
 
-// Supplies `version` with as many ".0" as `other` has numbers more.
+// Appends ".0" to `version` for each number that `other` has more.
 void pad(std::vector<Piece> &version, const std::vector<Piece> &other)
 {
     while (goesOnWithDotAndNumber(other, version.size())) {
@@ -87,7 +87,7 @@ std::weak_ordering compareVersions(QStringView left, QStringView right)
     }
     if (a.size() == b.size())
         return std::weak_ordering::equivalent;
-    // The longer one is newer, unless it goes on with letters as a beta does.
+    // The longer one is newer, unless it continues with letters as a beta version does.
     const bool leftIsLonger = a.size() > b.size();
     const bool betaFollows = (leftIsLonger ? a : b)[common].kind == Kind::letters;
     return leftIsLonger == betaFollows ? std::weak_ordering::less : std::weak_ordering::greater;

@@ -4,12 +4,12 @@
 
 #include <utility>
 
-// The desktop's permission to come to the front, as the latest action of the user carried it.
+// The latest XDG activation token: the desktop's permission to bring a window to the front.
 class ActivationToken {
 public:
     void keep(QByteArray token) { token_ = std::move(token); }
 
-    // A token serves once; empty when there is none.
+    // A token can be used once; empty when there is none.
     [[nodiscard]] QByteArray take() { return std::exchange(token_, {}); }
 
 private:

@@ -3,7 +3,7 @@
 #include <QPoint>
 #include <QRect>
 
-// Between the X server's pixels and the points that Qt and the application count in.
+// Converts the X server's pixels to the device-independent points of Qt and the application.
 
 [[nodiscard]] QPoint toPoints(QPoint native);
 [[nodiscard]] QRect toPoints(const QRect &native);

@@ -2,7 +2,7 @@
 
 #include <VelmoraPlatform/Screens.h>
 
-// The screens as Qt knows them.
+// The screens that Qt reports.
 class QtScreens : public Screens {
 public:
     [[nodiscard]] QRect mainWorkArea() const override;

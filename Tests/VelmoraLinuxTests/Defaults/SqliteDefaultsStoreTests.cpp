@@ -50,7 +50,7 @@ QList<Problem> problemsOf(DefaultsStore &store)
     return problems;
 }
 
-// The superuser may write everywhere; with these eyes it sees the rights of files like everybody else.
+// The superuser may write everywhere; without its capabilities it is subject to permissions like other users.
 class OrdinaryEyes {
 public:
     OrdinaryEyes()
@@ -68,7 +68,7 @@ public:
     Q_DISABLE_COPY_MOVE(OrdinaryEyes)
 };
 
-// Another process that holds the database until it is told to let go.
+// Another process that locks the database until it is released.
 class LockHolder {
 public:
     enum Kind { againstWriters, againstEverybody };
@@ -87,13 +87,13 @@ public:
             continue;
     }
 
-    ~LockHolder() { letGo(); }
+    ~LockHolder() { release(); }
 
     Q_DISABLE_COPY_MOVE(LockHolder)
 
     [[nodiscard]] bool holds() { return process_.readLine() == "held\n"; }
 
-    void letGo()
+    void release()
     {
         process_.closeWriteChannel();
         process_.waitForFinished();
@@ -267,7 +267,7 @@ private Q_SLOTS:
             store.setInteger(u"number", 2);
             store.setInteger(u"other", 20);
             QCOMPARE(store.integer(u"number"), std::optional<qint64>(2));
-            QVERIFY(problemsOf(store).isEmpty()); // Told once.
+            QVERIFY(problemsOf(store).isEmpty()); // Reported once.
 
             QCOMPARE(chmod(place.constData(), 0700), 0);
             QCOMPARE(chmod(file.constData(), 0600), 0);
@@ -318,7 +318,7 @@ private Q_SLOTS:
         QCOMPARE(store.integer(u"number"), std::optional<qint64>(2));
         QCOMPARE(problemsOf(store), QList{Problem::notWritable});
 
-        other.letGo();
+        other.release();
         store.setInteger(u"other", 3);
         QCOMPARE(stored(), std::optional<qint64>(2));
     }
@@ -332,7 +332,7 @@ private Q_SLOTS:
         store.setInteger(u"number", 2);
         QCOMPARE(problemsOf(store), QList{Problem::notWritable});
 
-        other.letGo();
+        other.release();
         store.setInteger(u"other", 3);
         QCOMPARE(stored(), std::optional<qint64>(2));
     }
@@ -360,7 +360,7 @@ private Q_SLOTS:
         QCOMPARE(reopened.data(u"history"), std::optional(QByteArray(200000, 'x')));
     }
 
-    void aStoreRemovedWhileInUseIsWrittenAnew()
+    void aStoreRemovedWhileInUseIsWrittenAgain()
     {
         SqliteDefaultsStore store(folder());
         store.setInteger(u"number", 1);
@@ -373,7 +373,7 @@ private Q_SLOTS:
     void theFileOfALaterVersionIsNotTouched()
     {
         store(1);
-        overwrite(path(), 60, QByteArray("\0\0\0\x63", 4)); // The schema's version in the file's head.
+        overwrite(path(), 60, QByteArray("\0\0\0\x63", 4)); // The schema's version in the file's header.
         const QByteArray before = contentsOf(path());
         {
             SqliteDefaultsStore store(folder());

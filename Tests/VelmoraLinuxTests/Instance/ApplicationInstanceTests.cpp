@@ -32,7 +32,7 @@ class ApplicationInstanceTests : public QObject {
         return QDBusConnection::connectToBus(daemon_->address(), name);
     }
 
-    // Who has the name on the bus.
+    // The owner of the name on the bus.
     QString owner() const
     {
         return connectAs(u"caller"_s).interface()->serviceOwner(u"app.example.Test-program"_s);
@@ -45,7 +45,7 @@ class ApplicationInstanceTests : public QObject {
         first_->setReopenHandler([this] { ++reopened_; });
     }
 
-    // As another process would: without our event loop standing still meanwhile.
+    // As another process would: our event loop goes on in the meantime.
     static Role claimElsewhere(const std::function<Role()> &claim)
     {
         Role role = Role::first;
@@ -154,18 +154,18 @@ private Q_SLOTS:
         makeFirst(connectAs(u"second"_s));
     }
 
-    void anHeirWithoutAPredecessorIsTheFirst()
+    void aSuccessorWithoutAPredecessorIsTheFirst()
     {
         LinuxApplicationInstance heir(connectAs(u"first"_s), u"app.example.Test-program"_s, token_);
-        QCOMPARE(heir.inherit(), Role::first);
+        QCOMPARE(heir.claimWhenReleased(), Role::first);
         QCOMPARE(owner(), connectAs(u"first"_s).baseService());
     }
 
-    void anHeirGetsTheNameWhenItsPredecessorIsGone()
+    void aSuccessorGetsTheNameWhenItsPredecessorHasEnded()
     {
         makeFirst(connectAs(u"first"_s));
         LinuxApplicationInstance heir(connectAs(u"second"_s), u"app.example.Test-program"_s, token_);
-        QCOMPARE(heir.inherit(), Role::first);
+        QCOMPARE(heir.claimWhenReleased(), Role::first);
         QCOMPARE(owner(), connectAs(u"first"_s).baseService());
         first_.reset();
         QDBusConnection::disconnectFromBus(u"first"_s);

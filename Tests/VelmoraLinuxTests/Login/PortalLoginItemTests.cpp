@@ -13,7 +13,7 @@
 
 using namespace Qt::StringLiterals;
 
-// A portal that remembers the question and answers when the test says so.
+// A portal that records the request and responds when the test says so.
 class FakeBackgroundPortal : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Background")
@@ -84,7 +84,7 @@ private Q_SLOTS:
         QDBusConnection::disconnectFromBus(u"portal"_s);
     }
 
-    void theQuestionSaysWhatIsToBeStarted()
+    void theRequestNamesTheCommand()
     {
         QVERIFY(item_->registerItem());
         QVERIFY(portal_->questions.isEmpty()); // On its way: nothing was waited for.
@@ -95,14 +95,14 @@ private Q_SLOTS:
         QCOMPARE(question.value(u"reason"_s).toString(), u"why"_s);
     }
 
-    void unregisteringAsksForNoStart()
+    void unregisteringRequestsNoAutostart()
     {
         QVERIFY(item_->unregisterItem());
         QTRY_COMPARE(portal_->questions.size(), 1);
         QCOMPARE(portal_->questions.first().value(u"autostart"_s).toBool(), false);
     }
 
-    void answersAreHeard_data()
+    void responsesAreHandled_data()
     {
         QTest::addColumn<bool>("wanted");
         QTest::addColumn<uint>("response");
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QTest::newRow("the portal broke off") << true << 2U << true << 1;
     }
 
-    void answersAreHeard()
+    void responsesAreHandled()
     {
         QFETCH(bool, wanted);
         QFETCH(uint, response);
@@ -124,12 +124,12 @@ private Q_SLOTS:
         QVERIFY(wanted ? item_->registerItem() : item_->unregisterItem());
         QTRY_COMPARE(portal_->requests.size(), 1);
         portal_->answer(response, granted, portal_->requests.first());
-        // A second question shows that the answer to the first has arrived: the bus keeps the order.
+        // A later call shows that the response has arrived: the bus keeps the order of messages.
         settle();
         QTEST(refusals_, "refusals");
     }
 
-    void anAnswerToAnEarlierQuestionIsNotHeard()
+    void aResponseToAnEarlierRequestIsIgnored()
     {
         QVERIFY(item_->registerItem());
         QVERIFY(item_->unregisterItem());
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QCOMPARE(refusals_, 0);
     }
 
-    void withoutAPortalTheQuestionIsRefused()
+    void withoutAPortalTheRequestIsRefused()
     {
         QDBusConnection(u"portal"_s).unregisterService(u"org.freedesktop.portal.Desktop"_s);
         QVERIFY(item_->registerItem());

@@ -100,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(BundleInfoFile(prefix.filePath(u"bin"_qs)).resourceFolder().isEmpty());
     }
 
-    void theWallClockIsTheSystemsInItsZone()
+    void theWallClockUsesTheSystemTimeZone()
     {
         const QDateTime before = QDateTime::currentDateTime();
         const QDateTime now = SystemWallClock().now();

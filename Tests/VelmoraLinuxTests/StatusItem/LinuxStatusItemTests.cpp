@@ -25,7 +25,7 @@ public:
     void addChangeHandler(ChangeHandler) override {}
 };
 
-// A desktop's list of status icons, with a panel that shows them.
+// A StatusNotifierWatcher with a host.
 class FakeWatcher : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
@@ -211,7 +211,7 @@ private Q_SLOTS:
         QCOMPARE(alphaOnPanel(), 255);
     }
 
-    void clicksCarryTheirPlace()
+    void aClickCarriesItsPosition()
     {
         makeShownItem();
         QStringList events;

@@ -17,7 +17,7 @@ class StatusItemAnchorTests : public QObject {
 
 private Q_SLOTS:
 
-    void hintsInsideAnIconOrOffTheScreensTellNoPlace_data()
+    void positionsInsideAnIconOrOffTheScreensAreIgnored_data()
     {
         QTest::addColumn<QPoint>("hint");
         QTest::addColumn<bool>("isOnScreen");
@@ -29,12 +29,12 @@ private Q_SLOTS:
         QTest::newRow("off all screens") << QPoint(5000, 12) << false << false;
     }
 
-    void hintsInsideAnIconOrOffTheScreensTellNoPlace()
+    void positionsInsideAnIconOrOffTheScreensAreIgnored()
     {
         QFETCH(QPoint, hint);
         QFETCH(bool, isOnScreen);
         const auto screen = isOnScreen ? std::optional(ScreenFrame{wholeScreen, topPanel}) : std::nullopt;
-        QTEST(tellsPlace(hint, screen), "tells");
+        QTEST(isClickPosition(hint, screen), "tells");
     }
 
     void aClickInAPanelMeansThePanelsWholeThickness_data()
@@ -72,7 +72,7 @@ private Q_SLOTS:
     void withoutAnyHintIconsAreAtThePanelsEnd()
     {
         QFETCH(QRect, workArea);
-        QTEST(likelyAnchor({wholeScreen, workArea}), "anchor");
+        QTEST(fallbackAnchor({wholeScreen, workArea}), "anchor");
     }
 
     void tipsStandBesideTheIconInsideTheWorkArea_data()

@@ -78,7 +78,7 @@ private Q_SLOTS:
     void aProgramThatCannotBeStartedIsNoticed()
     {
         handover_->start(folder_->filePath(u"none"_s), u"2"_s, [this](auto problem) { outcome_ = problem; });
-        QVERIFY(!outcome_); // Told later, as everything else.
+        QVERIFY(!outcome_); // Reported later, like every result.
         time_->pass(1s);
         QCOMPARE(outcome_, UpdateProblem::notStarted);
     }
@@ -99,7 +99,7 @@ private Q_SLOTS:
         QVERIFY(kill(pid, 0) != 0); // Not even its exit status is left.
     }
 
-    void theGuestWaitsUntilTheOldVersionIsGone()
+    void theNewVersionWaitsUntilTheOldProcessHasEnded()
     {
         std::array<int, 2> ends{};
         QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
@@ -119,7 +119,7 @@ private Q_SLOTS:
         QVERIFY(waited);
     }
 
-    void theGuestGoesOnWhenTheOldVersionIsGoneAlready()
+    void theNewVersionContinuesWhenTheOldProcessHasEndedAlready()
     {
         std::array<int, 2> ends{};
         QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
@@ -129,7 +129,7 @@ private Q_SLOTS:
         guest->takeOver(u"2"_s);
     }
 
-    void anOrdinaryStartHasNoGuest_data()
+    void aStartWithoutHandoverIsRecognised_data()
     {
         QTest::addColumn<QByteArray>("argument");
         QTest::newRow("no argument") << QByteArray();
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QTest::newRow("nothing that is open") << QByteArray("--handover=1000");
     }
 
-    void anOrdinaryStartHasNoGuest()
+    void aStartWithoutHandoverIsRecognised()
     {
         QFETCH(QByteArray, argument);
         QVERIFY(!guestOf(argument));
@@ -158,13 +158,13 @@ private:
         handover_->start(program(), u"2"_s, [this](auto problem) { outcome_ = problem; });
     }
 
-    static std::unique_ptr<HandoverGuest> guestOf(const QByteArray &argument)
+    static std::unique_ptr<HandoverReceiver> guestOf(const QByteArray &argument)
     {
         const std::array<const char *, 2> arguments{"velmora", argument.constData()};
-        return HandoverGuest::fromArguments(argument.isEmpty() ? 1 : 2, arguments.data());
+        return HandoverReceiver::fromArguments(argument.isEmpty() ? 1 : 2, arguments.data());
     }
 
-    // Also true for one that nobody has asked for its status yet.
+    // Also true for a child whose exit status has not been collected yet.
     static bool hasEnded(pid_t pid)
     {
         return readFile(u"/proc/%1/stat"_s.arg(pid)).contains(") Z ") || kill(pid, 0) != 0;

@@ -96,7 +96,7 @@ private Q_SLOTS:
         QCOMPARE(detected().kind, Installation::Kind::managed);
     }
 
-    void aListThatClimbsOutIsNone()
+    void aListWithParentFoldersIsRejected()
     {
         writeFile(root() + u"/share/velmora/manifest"_s, "bin/velmora\n../velmora/bin/velmora\n");
         QCOMPARE(detected().kind, Installation::Kind::managed);
@@ -131,7 +131,7 @@ private Q_SLOTS:
         QCOMPARE(replacement.exchange(), UpdateProblem::none);
         QCOMPARE(readFile(program()), kNew);
         QCOMPARE(detected().kind, Installation::Kind::folder);
-        replacement.tidyUp();
+        replacement.cleanUp();
         QCOMPARE(neighbours(), clean());
     }
 
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(replacement.exchange(), UpdateProblem::none);
         QCOMPARE(replacement.exchange(), UpdateProblem::none);
         QCOMPARE(readFile(program()), kOld);
-        replacement.tidyUp();
+        replacement.cleanUp();
         QCOMPARE(neighbours(), clean());
     }
 
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(replacement.exchange(), UpdateProblem::none);
         QCOMPARE(readFile(image()), kNew);
         QVERIFY(QFileInfo(image()).isExecutable());
-        replacement.tidyUp();
+        replacement.cleanUp();
         QCOMPARE(neighbours(), clean());
     }
 
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QCOMPARE(prepare(replacement, programArchive("2", kNew), u"2"_s), UpdateProblem::none);
         writeFile(root() + u"/bin/mine"_s, "x");
         QCOMPARE(replacement.exchange(), UpdateProblem::none);
-        replacement.tidyUp();
+        replacement.cleanUp();
         QCOMPARE(readFile(hidden() + u"/other/bin/mine"_s), "x");
     }
 
@@ -242,13 +242,13 @@ private Q_SLOTS:
                 if (prepare(replacement, archive, u"2"_s) != UpdateProblem::none ||
                     replacement.exchange() != UpdateProblem::none)
                     _exit(1);
-                replacement.tidyUp();
+                replacement.cleanUp();
             });
             const bool isNew = readFile(started) == kNew;
             QVERIFY2(isNew || readFile(started) == kOld,
                      qPrintable(u"killed at system call %1"_s.arg(kills)));
             QVERIFY(isImage || detected().kind == Installation::Kind::folder);
-            Replacement(installation).tidyUp(); // What the next start does.
+            Replacement(installation).cleanUp(); // What the next start does.
             QCOMPARE(neighbours(), clean());
             newVersions += isNew ? 1 : 0;
             installAgain(isImage);

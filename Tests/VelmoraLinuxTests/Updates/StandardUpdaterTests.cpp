@@ -27,22 +27,22 @@ constexpr int kPatience = 20'000; // Milliseconds; for a loaded machine.
 
 const QByteArray kOld = "#!/bin/sh\necho old\n";
 
-// A program that writes down that it starts, and takes over as a new version has to.
+// A program that records its start and takes over as a new version has to.
 QByteArray newProgram(const QByteArray &claimedVersion)
 {
     return "#!/bin/sh\necho \"version 2 starts as $0 $1\" >\"$VELMORA_TEST_LOG\"\nprintf 'ready " +
            claimedVersion + "\\n' >&3\nexec cat <&3 >/dev/null\n";
 }
 
-// What the server of one test does; the defaults are an honest release of version 2.
+// What the server of one test does; by default it publishes a valid release of version 2.
 struct Release {
     QByteArray version = "2";
     QByteArray archive = programArchive("2", newProgram("2"));
     QByteArray served;                // Instead of the archive that was signed.
     QByteArray signature;             // Instead of the right one.
     QByteArray feed;                  // Instead of the right one.
-    QByteArray feedHead;              // Instead of the answer's head.
-    QByteArray archiveHead;           // Instead of the answer's head.
+    QByteArray feedHead;              // Instead of the HTTP response's header.
+    QByteArray archiveHead;           // Instead of the HTTP response's header.
     QByteArray archiveUrl;            // Instead of the right one.
     qint64 length = -1;               // Instead of the right one.
     qsizetype sentBeforeSilence = -1; // Of the archive.
@@ -106,7 +106,7 @@ private Q_SLOTS:
         server_.reset();
     }
 
-    void nothingNewIsSaid()
+    void withoutANewerVersionTheUserIsTold()
     {
         release_.version = "1";
         begin();
@@ -137,7 +137,7 @@ private Q_SLOTS:
         begin();
         QVERIFY(arrivesAt(UpdateStep::found));
         driver_.answer(UpdateAnswer::dismiss);
-        theOldVersionStands();
+        theOldVersionIsInstalled();
         QCOMPARE(defaults_->string(u"SUSkippedVersion"), std::nullopt);
     }
 
@@ -152,7 +152,7 @@ private Q_SLOTS:
         defaults_->setBoolean(u"SUEnableAutomaticChecks", true);
         defaults_->remove(u"SULastCheckTime");
         const qsizetype before = server_->requests.size();
-        makeUpdater(); // Due at once: checks by itself.
+        makeUpdater(); // Due at once: a scheduled check.
         QTRY_COMPARE_WITH_TIMEOUT(server_->requests.size(), before + 1, kPatience);
         QTRY_VERIFY_WITH_TIMEOUT(updater_->canCheckForUpdates(), kPatience);
         QVERIFY(driver_.reports.isEmpty());
@@ -175,7 +175,7 @@ private Q_SLOTS:
 
         QVERIFY(!driver_.onShow);
         QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), kPatience);
-        theOldVersionStands();
+        theOldVersionIsInstalled();
     }
 
     void versionOneBecomesVersionTwoAndStarts()
@@ -191,7 +191,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(hidden()));
     }
 
-    void aNewVersionThatDoesNotStartIsTakenOutAgain_data()
+    void aNewVersionThatDoesNotStartIsReplacedByTheOldOne_data()
     {
         QTest::addColumn<QByteArray>("program");
         QTest::newRow("it ends at once") << QByteArray("#!/bin/sh\nexit 1\n");
@@ -200,7 +200,7 @@ private Q_SLOTS:
         QTest::newRow("it talks nonsense") << QByteArray("#!/bin/sh\necho hello >&3\ncat <&3\n");
     }
 
-    void aNewVersionThatDoesNotStartIsTakenOutAgain()
+    void aNewVersionThatDoesNotStartIsReplacedByTheOldOne()
     {
         QFETCH(QByteArray, program);
         release_.archive = programArchive("2", program);
@@ -209,7 +209,7 @@ private Q_SLOTS:
         QVERIFY(arrivesAt(UpdateStep::failed));
         QCOMPARE(driver_.reports.last().problem, UpdateProblem::notStarted);
         QCOMPARE(quits_, 0);
-        theOldVersionStands();
+        theOldVersionIsInstalled();
     }
 
     void attacksLeaveTheOldVersion_data()
@@ -277,7 +277,7 @@ private Q_SLOTS:
         QTEST(driver_.reports.last().problem, "problem");
         QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), kPatience);
         QVERIFY(!QFile::exists(folder_->filePath(u"escaped"_s)));
-        theOldVersionStands();
+        theOldVersionIsInstalled();
     }
 
     void aFullDiskLeavesTheOldVersion_data()
@@ -307,7 +307,7 @@ private Q_SLOTS:
         QVERIFY(failed);
         QCOMPARE(driver_.reports.last().problem, UpdateProblem::noSpace);
         QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), kPatience);
-        theOldVersionStands();
+        theOldVersionIsInstalled();
     }
 
     void dangerousFeedsAreRefused_data()
@@ -346,17 +346,17 @@ private Q_SLOTS:
         begin();
         QVERIFY(arrivesAt(UpdateStep::failed));
         QTEST(driver_.reports.last().problem, "problem");
-        theOldVersionStands();
+        theOldVersionIsInstalled();
     }
 
-    void strangersAreNotTrusted_data()
+    void untrustedCertificatesAreRefused_data()
     {
         QTest::addColumn<bool>("isWrongName");
         QTest::newRow("a certificate nobody vouches for") << false;
         QTest::newRow("the certificate of another host") << true;
     }
 
-    void strangersAreNotTrusted()
+    void untrustedCertificatesAreRefused()
     {
         QFETCH(bool, isWrongName);
         serve(isWrongName ? wrongNameCertificate_ : otherCertificate_);
@@ -497,7 +497,7 @@ private:
                                          .installation = installation(),
                                          .downloadFolder = downloads(),
                                          .network = {.ssl = (trusted ? trusted : &certificate_)->trustingIt(),
-                                                     .silence = 15s,
+                                                     .idleTimeout = 15s,
                                                      .userAgent = u"Velmora/1.0"_s},
                                          .openPage = [](const QUrl &) {},
                                          .quit = [this] { ++quits_; }},
@@ -531,7 +531,7 @@ private:
         return arrived;
     }
 
-    void theOldVersionStands()
+    void theOldVersionIsInstalled()
     {
         QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(hidden()), kPatience);
         QCOMPARE(readFile(program()), kOld);

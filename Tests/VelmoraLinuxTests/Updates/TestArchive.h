@@ -6,7 +6,7 @@
 #include <QList>
 #include <QString>
 
-// A tarball put together entry by entry, so that it can also hold what no tool would write.
+// A tarball built entry by entry, so that it can also contain what no tool would write.
 class TestArchive {
 public:
     struct Entry {

@@ -174,7 +174,7 @@ private Q_SLOTS:
         QVERIFY(chooseUpdate({urgent}, host(), CheckKind::byUser).critical);
     }
 
-    void newsHoldForTheVersionsTheyName()
+    void anInformationalUpdateAppliesToTheVersionsItNames()
     {
         AppcastItem news = item(u"11"_s);
         news.informational = true;

@@ -101,7 +101,7 @@ private Q_SLOTS:
                          kFeed, u"1.0"_s);
     }
 
-    void theWholeWayToTheNewVersion()
+    void everyStepUpToTheNewVersion()
     {
         session_->check(CheckKind::byUser);
         downloader_.feedDone(UpdateProblem::none, feedOf("20"));
@@ -273,7 +273,7 @@ private Q_SLOTS:
         QVERIFY(defaults_->keys().isEmpty());
     }
 
-    void newsOpenTheirPage()
+    void anInformationalUpdateOpensItsPage()
     {
         session_->check(CheckKind::byUser);
         downloader_.feedDone(UpdateProblem::none, feedOf("20", "<sparkle:informationalUpdate/>"));
