@@ -8,6 +8,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/CopyingProgram.h>
 #include <TestBed/XServer.h>
 
@@ -286,5 +287,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AgentTests)
+static const RegisteredTest<AgentTests> registered;
 #include "AgentTests.moc"

@@ -18,6 +18,7 @@
 #include <QSet>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/CopyingProgram.h>
 #include <TestBed/HttpsTestServer.h>
 #include <TestBed/XServer.h>
@@ -355,5 +356,5 @@ private:
     QString busAddress;
 };
 
-QTEST_GUILESS_MAIN(ApplicationTelemetryTests)
+static const RegisteredTest<ApplicationTelemetryTests> registered;
 #include "ApplicationTelemetryTests.moc"

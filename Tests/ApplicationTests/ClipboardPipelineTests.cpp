@@ -16,6 +16,7 @@
 #include <Fakes/FakeLoginItem.h>
 #include <Fakes/RecordingNotices.h>
 #include <Fakes/RecordingTelemetrySink.h>
+#include <Runner/RegisteredTest.h>
 #include <TestBed/CopyingProgram.h>
 #include <TestBed/XServer.h>
 
@@ -343,5 +344,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ClipboardPipelineTests)
+static const RegisteredTest<ClipboardPipelineTests> registered;
 #include "ClipboardPipelineTests.moc"

@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <Fakes/FakeServices.h>
+#include <Runner/RegisteredTest.h>
 #include <TestBed/HttpsTestServer.h>
 
 #include <memory>
@@ -175,5 +176,5 @@ private:
     std::unique_ptr<TelemetryService> service;
 };
 
-QTEST_GUILESS_MAIN(TelemetryDeliveryTests)
+static const RegisteredTest<TelemetryDeliveryTests> registered;
 #include "TelemetryDeliveryTests.moc"

@@ -12,6 +12,7 @@
 
 #include <Fakes/FakeServices.h>
 #include <Fakes/RecordingNotices.h>
+#include <Runner/RegisteredTest.h>
 #include <TestBed/HttpsTestServer.h>
 
 #include <memory>
@@ -180,5 +181,5 @@ private:
     std::unique_ptr<ClipboardMonitor> monitor;
 };
 
-QTEST_GUILESS_MAIN(TelemetryPrivacyTests)
+static const RegisteredTest<TelemetryPrivacyTests> registered;
 #include "TelemetryPrivacyTests.moc"

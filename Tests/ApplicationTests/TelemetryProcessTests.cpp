@@ -10,6 +10,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/HttpsTestServer.h>
 
 #include <memory>
@@ -144,5 +145,5 @@ private:
     std::unique_ptr<QTemporaryDir> folder;
 };
 
-QTEST_GUILESS_MAIN(TelemetryProcessTests)
+static const RegisteredTest<TelemetryProcessTests> registered;
 #include "TelemetryProcessTests.moc"

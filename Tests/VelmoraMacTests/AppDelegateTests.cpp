@@ -9,6 +9,7 @@
 #include <Fakes/FakeServices.h>
 #include <Fakes/FakeStatusItem.h>
 #include <Fakes/FakeSystemLanguage.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -165,5 +166,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppDelegateTests)
+static const RegisteredTest<AppDelegateTests> registered;
 #include "AppDelegateTests.moc"

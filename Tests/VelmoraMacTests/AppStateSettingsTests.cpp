@@ -5,6 +5,7 @@
 
 #include <Fakes/FakeServices.h>
 #include <Fakes/FakeSystemLanguage.h>
+#include <Runner/RegisteredTest.h>
 
 #include <memory>
 
@@ -257,5 +258,5 @@ private:
     std::unique_ptr<FakeServices> fakes;
 };
 
-QTEST_GUILESS_MAIN(AppStateSettingsTests)
+static const RegisteredTest<AppStateSettingsTests> registered;
 #include "AppStateSettingsTests.moc"

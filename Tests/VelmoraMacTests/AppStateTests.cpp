@@ -5,6 +5,7 @@
 
 #include <Fakes/FakeServices.h>
 #include <Fakes/FakeSystemLanguage.h>
+#include <Runner/RegisteredTest.h>
 
 #include <memory>
 
@@ -352,5 +353,5 @@ private:
     std::unique_ptr<FakeServices> fakes;
 };
 
-QTEST_GUILESS_MAIN(AppStateTests)
+static const RegisteredTest<AppStateTests> registered;
 #include "AppStateTests.moc"

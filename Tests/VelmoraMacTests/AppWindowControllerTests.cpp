@@ -4,6 +4,7 @@
 
 #include <Fakes/FakeAppWindows.h>
 #include <Fakes/FakeServices.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -36,5 +37,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppWindowControllerTests)
+static const RegisteredTest<AppWindowControllerTests> registered;
 #include "AppWindowControllerTests.moc"

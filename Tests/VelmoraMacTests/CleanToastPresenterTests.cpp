@@ -5,6 +5,7 @@
 #include <Fakes/FakeDesktop.h>
 #include <Fakes/FakePanels.h>
 #include <Fakes/FakeServices.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -148,5 +149,5 @@ private:
     std::unique_ptr<CleanToastPresenter> toasts;
 };
 
-QTEST_GUILESS_MAIN(CleanToastPresenterTests)
+static const RegisteredTest<CleanToastPresenterTests> registered;
 #include "CleanToastPresenterTests.moc"

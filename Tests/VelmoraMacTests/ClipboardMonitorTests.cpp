@@ -5,6 +5,7 @@
 
 #include <Fakes/FakeServices.h>
 #include <Fakes/RecordingNotices.h>
+#include <Runner/RegisteredTest.h>
 
 #include <memory>
 
@@ -398,5 +399,5 @@ private:
     std::unique_ptr<ClipboardMonitor> monitor;
 };
 
-QTEST_GUILESS_MAIN(ClipboardMonitorTests)
+static const RegisteredTest<ClipboardMonitorTests> registered;
 #include "ClipboardMonitorTests.moc"

@@ -2,6 +2,7 @@
 #include <QTest>
 
 #include <Rehearsal/Scenes.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -146,5 +147,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(PictureTests)
+static const RegisteredGuiTest<PictureTests> registered;
 #include "PictureTests.moc"

@@ -3,6 +3,7 @@
 
 #include <Rehearsal/ItemTree.h>
 #include <Rehearsal/Scenes.h>
+#include <Runner/RegisteredTest.h>
 
 #include <array>
 
@@ -327,5 +328,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(PopoverViewTests)
+static const RegisteredGuiTest<PopoverViewTests> registered;
 #include "PopoverViewTests.moc"

@@ -3,6 +3,7 @@
 
 #include <Rehearsal/ItemTree.h>
 #include <Rehearsal/Scenes.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -320,5 +321,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(SettingsViewTests)
+static const RegisteredGuiTest<SettingsViewTests> registered;
 #include "SettingsViewTests.moc"

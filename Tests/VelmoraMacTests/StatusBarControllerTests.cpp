@@ -6,6 +6,7 @@
 #include <Fakes/FakePanels.h>
 #include <Fakes/FakeServices.h>
 #include <Fakes/FakeStatusItem.h>
+#include <Runner/RegisteredTest.h>
 
 #include <memory>
 
@@ -524,5 +525,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(StatusBarControllerTests)
+static const RegisteredTest<StatusBarControllerTests> registered;
 #include "StatusBarControllerTests.moc"

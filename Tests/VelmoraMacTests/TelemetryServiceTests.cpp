@@ -8,6 +8,7 @@
 
 #include <Fakes/FakeHttpsClient.h>
 #include <Fakes/FakeServices.h>
+#include <Runner/RegisteredTest.h>
 
 #include <memory>
 
@@ -421,5 +422,5 @@ private:
     std::unique_ptr<TelemetryService> service;
 };
 
-QTEST_GUILESS_MAIN(TelemetryServiceTests)
+static const RegisteredTest<TelemetryServiceTests> registered;
 #include "TelemetryServiceTests.moc"

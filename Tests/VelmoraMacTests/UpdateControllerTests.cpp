@@ -5,6 +5,7 @@
 #include <QTest>
 
 #include <Fakes/FakeBundleInfo.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -174,5 +175,5 @@ private:
     FakeUpdater *updater_ = nullptr;
 };
 
-QTEST_GUILESS_MAIN(UpdateControllerTests)
+static const RegisteredTest<UpdateControllerTests> registered;
 #include "UpdateControllerTests.moc"

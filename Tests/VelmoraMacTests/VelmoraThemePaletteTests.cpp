@@ -4,7 +4,9 @@
 #include <VelmoraMac/VelmoraThemePalette.h>
 
 #include <QMetaProperty>
-#include <QtTest>
+#include <QTest>
+
+#include <Runner/RegisteredTest.h>
 
 #include <array>
 
@@ -178,5 +180,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(VelmoraThemePaletteTests)
+static const RegisteredTest<VelmoraThemePaletteTests> registered;
 #include "VelmoraThemePaletteTests.moc"

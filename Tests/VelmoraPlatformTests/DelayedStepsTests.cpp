@@ -4,6 +4,7 @@
 #include <QTest>
 
 #include <Fakes/VirtualTime.h>
+#include <Runner/RegisteredTest.h>
 
 #include <memory>
 
@@ -82,5 +83,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DelayedStepsTests)
+static const RegisteredTest<DelayedStepsTests> registered;
 #include "DelayedStepsTests.moc"

@@ -2,7 +2,7 @@
 
 #include "AnimationClock.h"
 
-#include <QtQml>
+#include <QQmlEngine>
 
 void ViewSteps::classBegin()
 {

@@ -6,6 +6,7 @@
 #include <QPalette>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/SessionBus.h>
 
 #include <memory>
@@ -159,5 +160,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(DesktopAppearanceTests)
+static const RegisteredGuiTest<DesktopAppearanceTests> registered;
 #include "DesktopAppearanceTests.moc"

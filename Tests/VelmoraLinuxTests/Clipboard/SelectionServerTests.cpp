@@ -5,6 +5,7 @@
 #include <QTest>
 
 #include <Fakes/VirtualTime.h>
+#include <Runner/RegisteredTest.h>
 #include <TestBed/CopyingProgram.h>
 #include <TestBed/XServer.h>
 
@@ -324,5 +325,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SelectionServerTests)
+static const RegisteredTest<SelectionServerTests> registered;
 #include "SelectionServerTests.moc"

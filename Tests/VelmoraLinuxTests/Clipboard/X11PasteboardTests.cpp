@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/CopyingProgram.h>
 #include <TestBed/XServer.h>
 
@@ -428,5 +429,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(X11PasteboardTests)
+static const RegisteredTest<X11PasteboardTests> registered;
 #include "X11PasteboardTests.moc"

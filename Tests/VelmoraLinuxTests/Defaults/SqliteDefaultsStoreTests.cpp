@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <sys/fsuid.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -401,5 +402,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SqliteDefaultsStoreTests)
+static const RegisteredTest<SqliteDefaultsStoreTests> registered;
 #include "SqliteDefaultsStoreTests.moc"

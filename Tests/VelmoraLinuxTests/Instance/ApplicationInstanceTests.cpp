@@ -9,6 +9,7 @@
 #include <QTest>
 #include <QThread>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/SessionBus.h>
 
 #include <memory>
@@ -215,5 +216,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ApplicationInstanceTests)
+static const RegisteredTest<ApplicationInstanceTests> registered;
 #include "ApplicationInstanceTests.moc"

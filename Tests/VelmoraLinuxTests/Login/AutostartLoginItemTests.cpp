@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -185,5 +186,5 @@ private:
     QProcessEnvironment environment_;
 };
 
-QTEST_GUILESS_MAIN(AutostartLoginItemTests)
+static const RegisteredTest<AutostartLoginItemTests> registered;
 #include "AutostartLoginItemTests.moc"

@@ -7,6 +7,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/SessionBus.h>
 
 #include <optional>
@@ -178,5 +179,5 @@ private:
     int refusals_ = 0;
 };
 
-QTEST_GUILESS_MAIN(PortalLoginItemTests)
+static const RegisteredTest<PortalLoginItemTests> registered;
 #include "PortalLoginItemTests.moc"

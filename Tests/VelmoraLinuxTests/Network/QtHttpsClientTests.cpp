@@ -4,6 +4,7 @@
 #include <QTcpServer>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/HttpsTestServer.h>
 
 #include <memory>
@@ -238,5 +239,5 @@ private:
     Outcome outcome;
 };
 
-QTEST_GUILESS_MAIN(QtHttpsClientTests)
+static const RegisteredTest<QtHttpsClientTests> registered;
 #include "QtHttpsClientTests.moc"

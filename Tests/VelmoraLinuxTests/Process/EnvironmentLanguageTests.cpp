@@ -3,6 +3,8 @@
 #include <QMap>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 using Variables = QMap<QByteArray, QByteArray>;
 
 class EnvironmentLanguageTests : public QObject {
@@ -54,5 +56,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(EnvironmentLanguageTests)
+static const RegisteredTest<EnvironmentLanguageTests> registered;
 #include "EnvironmentLanguageTests.moc"

@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 using namespace std::chrono_literals;
 
 class SystemTests : public QObject {
@@ -109,5 +111,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SystemTests)
+static const RegisteredTest<SystemTests> registered;
 #include "SystemTests.moc"

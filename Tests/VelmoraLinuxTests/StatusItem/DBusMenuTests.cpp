@@ -5,6 +5,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/SessionBus.h>
 
 #include <memory>
@@ -231,5 +232,5 @@ private:
     QList<uint> heard_;
 };
 
-QTEST_GUILESS_MAIN(DBusMenuTests)
+static const RegisteredTest<DBusMenuTests> registered;
 #include "DBusMenuTests.moc"

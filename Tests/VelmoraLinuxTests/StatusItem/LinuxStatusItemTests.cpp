@@ -4,6 +4,7 @@
 #include <QDBusPendingCall>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <TestBed/SessionBus.h>
 
 #include <memory>
@@ -259,5 +260,5 @@ public Q_SLOTS:
     void hearNewIcon() { ++newIcons_; }
 };
 
-QTEST_MAIN(LinuxStatusItemTests)
+static const RegisteredGuiTest<LinuxStatusItemTests> registered;
 #include "LinuxStatusItemTests.moc"

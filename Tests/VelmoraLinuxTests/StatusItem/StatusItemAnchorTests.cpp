@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 namespace {
 
 constexpr QRect wholeScreen(0, 0, 1280, 800);
@@ -96,5 +98,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(StatusItemAnchorTests)
+static const RegisteredTest<StatusItemAnchorTests> registered;
 #include "StatusItemAnchorTests.moc"

@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -205,5 +207,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppcastReaderTests)
+static const RegisteredTest<AppcastReaderTests> registered;
 #include "AppcastReaderTests.moc"

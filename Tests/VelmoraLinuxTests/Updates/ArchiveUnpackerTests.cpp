@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <sys/resource.h>
 
 #include <csignal>
@@ -195,5 +196,5 @@ private:
     std::unique_ptr<QTemporaryDir> folder_;
 };
 
-QTEST_GUILESS_MAIN(ArchiveUnpackerTests)
+static const RegisteredTest<ArchiveUnpackerTests> registered;
 #include "ArchiveUnpackerTests.moc"

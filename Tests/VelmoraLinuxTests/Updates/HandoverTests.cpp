@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <Fakes/VirtualTime.h>
+#include <Runner/RegisteredTest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -177,5 +178,5 @@ private:
     int socket_ = -1;
 };
 
-QTEST_GUILESS_MAIN(HandoverTests)
+static const RegisteredTest<HandoverTests> registered;
 #include "HandoverTests.moc"

@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 using namespace Qt::StringLiterals;
 
 class PlainNotesTests : public QObject {
@@ -63,5 +65,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PlainNotesTests)
+static const RegisteredTest<PlainNotesTests> registered;
 #include "PlainNotesTests.moc"

@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -310,5 +311,5 @@ private:
     std::unique_ptr<QTemporaryDir> folder_;
 };
 
-QTEST_GUILESS_MAIN(ReplacementTests)
+static const RegisteredTest<ReplacementTests> registered;
 #include "ReplacementTests.moc"

@@ -13,6 +13,7 @@
 #include <Fakes/FakeBundleInfo.h>
 #include <Fakes/MemoryDefaultsStore.h>
 #include <Fakes/RecordingUpdateDriver.h>
+#include <Runner/RegisteredTest.h>
 #include <TestBed/HttpsTestServer.h>
 #include <sys/resource.h>
 
@@ -556,5 +557,5 @@ private:
     std::unique_ptr<StandardUpdater> updater_;
 };
 
-QTEST_GUILESS_MAIN(StandardUpdaterTests)
+static const RegisteredTest<StandardUpdaterTests> registered;
 #include "StandardUpdaterTests.moc"

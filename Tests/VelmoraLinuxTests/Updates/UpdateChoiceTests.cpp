@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -186,5 +188,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdateChoiceTests)
+static const RegisteredTest<UpdateChoiceTests> registered;
 #include "UpdateChoiceTests.moc"

@@ -4,6 +4,7 @@
 
 #include <Fakes/MemoryDefaultsStore.h>
 #include <Fakes/VirtualTime.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -200,5 +201,5 @@ private:
     int checks_ = 0;
 };
 
-QTEST_GUILESS_MAIN(UpdateScheduleTests)
+static const RegisteredTest<UpdateScheduleTests> registered;
 #include "UpdateScheduleTests.moc"

@@ -4,6 +4,7 @@
 
 #include <Fakes/MemoryDefaultsStore.h>
 #include <Fakes/RecordingUpdateDriver.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -357,5 +358,5 @@ private:
     std::optional<UpdateSession> session_;
 };
 
-QTEST_GUILESS_MAIN(UpdateSessionTests)
+static const RegisteredTest<UpdateSessionTests> registered;
 #include "UpdateSessionTests.moc"

@@ -3,6 +3,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
 #include <sodium.h>
 
 using namespace Qt::StringLiterals;
@@ -132,5 +133,5 @@ private:
     Keys keys_;
 };
 
-QTEST_GUILESS_MAIN(VerifiedArchiveTests)
+static const RegisteredTest<VerifiedArchiveTests> registered;
 #include "VerifiedArchiveTests.moc"

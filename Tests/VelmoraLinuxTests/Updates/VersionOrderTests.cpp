@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -63,5 +65,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(VersionOrderTests)
+static const RegisteredTest<VersionOrderTests> registered;
 #include "VersionOrderTests.moc"

@@ -1,6 +1,8 @@
 #include <VelmoraMac/Drawing/PictureFilters.h>
 
-#include <QtTest>
+#include <QTest>
+
+#include <Runner/RegisteredTest.h>
 
 class PictureFiltersTests : public QObject {
     Q_OBJECT
@@ -96,5 +98,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(PictureFiltersTests)
+static const RegisteredTest<PictureFiltersTests> registered;
 #include "PictureFiltersTests.moc"

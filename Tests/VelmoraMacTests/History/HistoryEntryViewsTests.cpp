@@ -3,6 +3,7 @@
 
 #include <Rehearsal/ItemTree.h>
 #include <Rehearsal/Scenes.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -163,5 +164,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(HistoryEntryViewsTests)
+static const RegisteredGuiTest<HistoryEntryViewsTests> registered;
 #include "HistoryEntryViewsTests.moc"

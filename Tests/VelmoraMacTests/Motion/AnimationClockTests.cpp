@@ -2,9 +2,10 @@
 #include <VelmoraMac/Motion/SpringValue.h>
 
 #include <QQmlComponent>
-#include <QtTest>
+#include <QTest>
 
 #include <Rehearsal/Stage.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace std::chrono_literals;
 
@@ -147,5 +148,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(AnimationClockTests)
+static const RegisteredGuiTest<AnimationClockTests> registered;
 #include "AnimationClockTests.moc"

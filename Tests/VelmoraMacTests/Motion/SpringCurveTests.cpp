@@ -1,6 +1,8 @@
 #include <VelmoraMac/Motion/SpringCurve.h>
 
-#include <QtTest>
+#include <QTest>
+
+#include <Runner/RegisteredTest.h>
 
 // From rest at 0 to 1.
 class SpringCurveTests : public QObject {
@@ -115,5 +117,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(SpringCurveTests)
+static const RegisteredTest<SpringCurveTests> registered;
 #include "SpringCurveTests.moc"

@@ -6,6 +6,7 @@
 
 #include <Fakes/FakeDesktop.h>
 #include <Fakes/VirtualTime.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -116,5 +117,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(QuickViewsTests)
+static const RegisteredGuiTest<QuickViewsTests> registered;
 #include "QuickViewsTests.moc"

@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 class PopoverPlacementTests : public QObject {
     Q_OBJECT
 
@@ -41,5 +43,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PopoverPlacementTests)
+static const RegisteredTest<PopoverPlacementTests> registered;
 #include "PopoverPlacementTests.moc"

@@ -5,6 +5,8 @@
 #include <QJsonObject>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -141,5 +143,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CleanHistoryEntryTests)
+static const RegisteredTest<CleanHistoryEntryTests> registered;
 #include "CleanHistoryEntryTests.moc"

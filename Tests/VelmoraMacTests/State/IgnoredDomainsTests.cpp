@@ -3,6 +3,8 @@
 #include <QSet>
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 using namespace Qt::StringLiterals;
 
 using Hosts = QSet<QString>;
@@ -73,5 +75,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(IgnoredDomainsTests)
+static const RegisteredTest<IgnoredDomainsTests> registered;
 #include "IgnoredDomainsTests.moc"

@@ -6,6 +6,7 @@
 #include <QtQml/qqmlextensionplugin.h>
 
 #include <Fakes/FakeServices.h>
+#include <Runner/RegisteredTest.h>
 
 #include <memory>
 
@@ -116,5 +117,5 @@ private:
     std::unique_ptr<QObject> probe;
 };
 
-QTEST_GUILESS_MAIN(StateInQmlTests)
+static const RegisteredTest<StateInQmlTests> registered;
 #include "StateInQmlTests.moc"

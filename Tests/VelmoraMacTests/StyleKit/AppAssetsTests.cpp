@@ -3,7 +3,9 @@
 #include <QDir>
 #include <QPainter>
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QTest>
+
+#include <Runner/RegisteredTest.h>
 
 class AppAssetsTests : public QObject {
     Q_OBJECT
@@ -125,5 +127,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppAssetsTests)
+static const RegisteredTest<AppAssetsTests> registered;
 #include "AppAssetsTests.moc"

@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+#include <Runner/RegisteredTest.h>
+
 using namespace Qt::StringLiterals;
 
 class CountBucketsTests : public QObject {
@@ -41,5 +43,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CountBucketsTests)
+static const RegisteredTest<CountBucketsTests> registered;
 #include "CountBucketsTests.moc"

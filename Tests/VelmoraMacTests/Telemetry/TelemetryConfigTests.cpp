@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include <Fakes/FakeBundleInfo.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -49,5 +50,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TelemetryConfigTests)
+static const RegisteredTest<TelemetryConfigTests> registered;
 #include "TelemetryConfigTests.moc"

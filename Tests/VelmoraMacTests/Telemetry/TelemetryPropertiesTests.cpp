@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include <Fakes/FakeBundleInfo.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -67,5 +68,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TelemetryPropertiesTests)
+static const RegisteredTest<TelemetryPropertiesTests> registered;
 #include "TelemetryPropertiesTests.moc"

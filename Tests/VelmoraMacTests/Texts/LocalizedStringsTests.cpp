@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include <Fakes/FakeSystemLanguage.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -74,5 +75,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(LocalizedStringsTests)
+static const RegisteredTest<LocalizedStringsTests> registered;
 #include "LocalizedStringsTests.moc"

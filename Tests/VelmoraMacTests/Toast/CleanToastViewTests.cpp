@@ -5,6 +5,7 @@
 
 #include <Rehearsal/ItemTree.h>
 #include <Rehearsal/Scenes.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -111,5 +112,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(CleanToastViewTests)
+static const RegisteredGuiTest<CleanToastViewTests> registered;
 #include "CleanToastViewTests.moc"

@@ -5,6 +5,7 @@
 #include <Fakes/FakeAppWindows.h>
 #include <Rehearsal/ItemTree.h>
 #include <Rehearsal/Stage.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -208,5 +209,5 @@ private:
     };
 };
 
-QTEST_MAIN(UpdateViewTests)
+static const RegisteredGuiTest<UpdateViewTests> registered;
 #include "UpdateViewTests.moc"

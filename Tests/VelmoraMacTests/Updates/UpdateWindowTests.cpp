@@ -5,6 +5,7 @@
 
 #include <Fakes/FakeAppWindows.h>
 #include <Fakes/FakeServices.h>
+#include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -194,5 +195,5 @@ private:
     QList<UpdateAnswer> answers_;
 };
 
-QTEST_GUILESS_MAIN(UpdateWindowTests)
+static const RegisteredTest<UpdateWindowTests> registered;
 #include "UpdateWindowTests.moc"

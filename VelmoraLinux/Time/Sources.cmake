@@ -1,3 +1,0 @@
-velmora_linux_sources(
-  Time/EventLoopScheduler.cpp Time/EventLoopScheduler.h
-  Time/SystemWallClock.h)
