@@ -28,8 +28,11 @@ holds velmora-clean, which does the same for text files and pipes.")
 
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/velmora)
 install(FILES ${CMAKE_CURRENT_SOURCE_DIR}/copyright DESTINATION ${documents} COMPONENT debian)
-string(TIMESTAMP changeDate "%a, %d %b %Y %H:%M:%S +0000" UTC)
-configure_file(changelog.in changelog @ONLY)
+set(changes ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${changes})
+execute_process(COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/Tools/release/debian-changelog ${changes} ${PROJECT_VERSION}
+  OUTPUT_FILE ${CMAKE_CURRENT_BINARY_DIR}/changelog COMMAND_ERROR_IS_FATAL ANY)
 install(CODE "execute_process(COMMAND gzip -9 -n -c \"${CMAKE_CURRENT_BINARY_DIR}/changelog\"
   OUTPUT_FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${documents}/changelog.gz\" COMMAND_ERROR_IS_FATAL ANY)
 # Debian's manual pages are compressed.
