@@ -1,4 +1,5 @@
 """Runs each source check on small trees that break its rule, and on one that keeps it."""
+import json
 import pathlib
 import subprocess
 import sys
@@ -157,6 +158,109 @@ class Texts(unittest.TestCase):
         result = self.result('    text: root.t("Hello", "Hallo")\n    title: "Velmora"\n    label: root.label\n'
                              '    value: "\\u2713"\n    objectName: "anything"')
         self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+
+class Budgets(unittest.TestCase):
+    @staticmethod
+    def function(lines):
+        return "int grown()\n{\n" + "    work();\n" * lines + "}\n"
+
+    def broken(self, files, expected):
+        result = run("check-budgets", files)
+        self.assertEqual(result.returncode, 1, expected)
+        self.assertIn(expected, result.stderr)
+
+    def test_a_long_function_is_reported(self):
+        self.broken({"VelmoraCore/Grown.cpp": "int a;\n\n" + self.function(41)}, "VelmoraCore/Grown.cpp:3: ")
+
+    def test_a_long_member_is_reported(self):
+        member = "".join("    " + line + "\n" for line in self.function(41).splitlines())
+        self.broken({"VelmoraMac/Grown.h": "class Grown {\npublic:\n" + member + "};\n"}, "VelmoraMac/Grown.h:3: ")
+
+    def test_a_long_function_of_python_is_reported(self):
+        text = "#!/usr/bin/env python3\ndef grown():\n" + "    work()\n" * 41
+        self.broken({"Tools/dev/grown": text}, "Tools/dev/grown:2: ")
+
+    def test_a_long_file_is_reported(self):
+        self.broken({"Tests/Grown.cpp": "int a;\n" * 451}, "Tests/Grown.cpp:1: 451 lines")
+
+    def test_a_long_view_is_reported(self):
+        self.broken({"VelmoraMac/Grown.qml": "Item { }\n" * 251}, "VelmoraMac/Grown.qml:1: 251 lines")
+
+    def test_rows_of_a_test_may_be_many(self):
+        rows = self.function(60).replace("grown()", "grown_data()")
+        self.assertEqual(run("check-budgets", {"Tests/Rows.cpp": rows}).returncode, 0)
+
+    def test_what_is_just_within_its_budget_passes(self):
+        files = {"VelmoraCore/Full.cpp": self.function(40) + "int a;\n" * 407, "VelmoraMac/Full.qml": "Item { }\n" * 250}
+        result = run("check-budgets", files)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_a_folder_without_sources_is_refused(self):
+        self.assertEqual(run("check-budgets", {"README.md": ""}).returncode, 1)
+
+
+class Headers(unittest.TestCase):
+    def result(self, files):
+        with tempfile.TemporaryDirectory() as top:
+            place = pathlib.Path(top)
+            for name, text in {"VelmoraCore/Other.cpp": "int a;\n", **files}.items():
+                (place / name).parent.mkdir(parents=True, exist_ok=True)
+                (place / name).write_text(text, encoding="utf-8")
+            (place / "build").mkdir()
+            entry = {"directory": top, "file": f"{top}/VelmoraCore/Other.cpp",
+                     "command": f"/usr/bin/ccache g++ -std=c++20 -I{top} -o other.o -c VelmoraCore/Other.cpp"}
+            (place / "build/compile_commands.json").write_text(json.dumps([entry]), encoding="utf-8")
+            return subprocess.run([TOOLS / "check-headers", place / "build", top], capture_output=True, text=True, check=False)
+
+    def test_a_header_that_needs_another_before_it_is_reported(self):
+        result = self.result({"VelmoraCore/Name.h": "#pragma once\nstd::string name();\n"})
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("VelmoraCore/Name.h:2", result.stderr)
+
+    def test_a_header_that_its_own_source_includes_late_is_reported(self):
+        result = self.result({"VelmoraCore/Name.h": "#pragma once\nstd::string name();\n",
+                              "VelmoraCore/Name.cpp": "#include <string>\n#include <VelmoraCore/Name.h>\n"})
+        self.assertEqual(result.returncode, 1)
+
+    def test_a_header_that_includes_what_it_uses_passes(self):
+        result = self.result({"VelmoraCore/Name.h": "#pragma once\n#include <string>\nstd::string name();\n"})
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+
+class DebianChangelog(unittest.TestCase):
+    def result(self, text, version="2.0"):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder, "CHANGELOG.md")
+            path.write_text(text, encoding="utf-8")
+            return subprocess.run([TOOLS.parent / "release/debian-changelog", path, version], capture_output=True, text=True,
+                                  check=False)
+
+    def test_each_version_becomes_an_entry(self):
+        result = self.result("# Changes\n\n## 2.0, 2026-11-21\n\n- One\n  more.\n- `Two`.\n\n## 1.0, 2026-01-02\n\n- Old.\n")
+        self.assertEqual(result.stderr, "")
+        self.assertEqual(result.stdout,
+                         "velmora (2.0) unstable; urgency=medium\n\n  * One more.\n  * Two.\n\n"
+                         " -- The Velmora developers <packages@velmora.app>  Sat, 21 Nov 2026 12:00:00 +0000\n\n"
+                         "velmora (1.0) unstable; urgency=medium\n\n  * Old.\n\n"
+                         " -- The Velmora developers <packages@velmora.app>  Fri, 02 Jan 2026 12:00:00 +0000\n")
+
+    def refused(self, text, why):
+        result = self.result(text)
+        self.assertEqual((result.returncode, result.stdout), (1, ""))
+        self.assertIn(why, result.stderr)
+
+    def test_a_version_without_an_entry_is_refused(self):
+        self.refused("## 1.0, 2026-01-02\n\n- Old.\n", "the newest entry is not about 2.0")
+
+    def test_a_version_that_changes_nothing_is_refused(self):
+        self.refused("## 2.0, 2026-01-02\n", "2.0 changes nothing")
+
+    def test_a_heading_without_a_date_is_refused(self):
+        self.refused("# Changes\n## 2.0\n\n- New.\n", "CHANGELOG.md:2: ")
+
+    def test_text_outside_a_list_is_refused(self):
+        self.refused("## 2.0, 2026-01-02\n\nNew.\n", "CHANGELOG.md:3: ")
 
 
 if __name__ == "__main__":
