@@ -1,52 +1,67 @@
-# The two commands for everybody: make run, make test. The others are for daily work.
+# The two commands for everybody: make run, make test. "make help" lists the others.
 # Everything is built in build/<preset>; the released programs lie in build/release/bin.
 
 JOBS ?= $(shell nproc)
-CTEST = ctest --output-on-failure --no-tests=error
 
-.PHONY: all package install build run test asan lint format bench fuzz packages clean
+.PHONY: all help packages build run test asan checks lint format bench fuzz rehearsal package install clean
 
 all: build
 
-packages:
+help: ## This list
+	@sed -n 's/^\([a-z]*\):.*## \(.*\)/  make \1\t\2/p' Makefile | expand -t 20
+
+packages: ## Install the Debian packages that are missing, as root or through sudo
 	@Tools/dev/install-packages
 
-build: packages
+build: packages ## Build everything: the programs and all tests
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS)
 
-run: build
+run: packages ## Build the program and start it; without a display, show it at work and keep pictures
+	cmake --preset release
+	cmake --build --preset program -j $(JOBS)
 	Tools/dev/run-velmora build/release/bin
 
-test: build
-	$(CTEST) --test-dir build/release
+rehearsal: packages ## Draw every view in every state, made from fakes, into build/rehearsal
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS) --target velmora-rehearsal
+	build/release/bin/velmora-rehearsal --shoot build/rehearsal
+	@echo "Every view is in build/rehearsal; build/release/bin/velmora-rehearsal --scene NAME shows one live."
 
-asan: packages
+test: build ## Build everything and run all tests
+	ctest --preset release -j $(JOBS)
+
+asan: packages ## Run the unit tests under the address and undefined-behaviour sanitizers
 	cmake --preset asan
-	cmake --build --preset asan -j $(JOBS) --target unit-tests
-	$(CTEST) --test-dir build/asan -L unit
+	cmake --build --preset asan -j $(JOBS)
+	ctest --preset asan -j $(JOBS)
 
-lint: packages
+checks: packages ## Run the checks of the sources; nothing is built
+	cmake --preset release
+	ctest --preset checks -j $(JOBS)
+
+lint: packages ## Read all sources with clang-tidy, qmllint and the linters of the scripts
 	Tools/dev/lint
 
-format: packages
+format: packages ## Format the C++ sources
 	Tools/dev/format --write
 
-bench: packages
+bench: packages ## Measure the engine
 	Tools/dev/bench
 
-fuzz: packages
+fuzz: packages ## Run each fuzzer for a minute
 	Tools/dev/fuzz
 
-# A .deb and a relocatable tarball, in build/packages.
-package: packages
+package: packages ## Make a .deb and a relocatable tarball, in build/packages
 	JOBS=$(JOBS) Tools/release/package
 
 # As in make install PREFIX=/usr DESTDIR=/tmp/root.
 PREFIX ?= /usr/local
-install: build
+install: packages ## Install what "make run" builds under PREFIX, below DESTDIR
+	cmake --preset release
+	cmake --build --preset program -j $(JOBS)
 	DESTDIR=$(DESTDIR) cmake --install build/release --prefix $(PREFIX) --component application
 	DESTDIR=$(DESTDIR) cmake --install build/release --prefix $(PREFIX) --component tools
 
-clean:
+clean: ## Remove all builds
 	rm -rf build
