@@ -191,6 +191,10 @@ class Budgets(unittest.TestCase):
         rows = self.function(60).replace("grown()", "grown_data()")
         self.assertEqual(run("check-budgets", {"Tests/Rows.cpp": rows}).returncode, 0)
 
+    def test_an_exception_that_is_no_longer_needed_is_reported(self):
+        self.broken({"VelmoraCore/Detection/LinkPropertyTables.cpp": "int a;\n"}, "no longer needed")
+        self.broken({"Tests/VelmoraCoreTests/FastPathTests.cpp": self.function(3)}, "no longer needed")
+
     def test_what_is_just_within_its_budget_passes(self):
         files = {"VelmoraCore/Full.cpp": self.function(40) + "int a;\n" * 407, "VelmoraMac/Full.qml": "Item { }\n" * 250}
         result = run("check-budgets", files)
