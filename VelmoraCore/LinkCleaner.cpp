@@ -48,17 +48,19 @@ public:
 
     const FoundLink &link() const { return link_; }
 
-    // Appends the text from `begin`, which is not behind the link, to before the link's fragment as it is to
-    // be.
-    void rewrite(std::size_t begin, std::string &output, std::vector<RemovedQueryItem> &removed) const
+    // Appends the text from `begin`, which is not behind the link, to the link's end as it is to be.
+    void rewrite(std::size_t begin, std::string &output, CleaningVisitor *visitor) const
     {
-        if (link_.kind == FoundLink::Kind::bareWeb) {
-            output.append(text_, begin, link_.begin - begin);
+        output.append(text_, begin, link_.begin - begin);
+        const std::size_t linkBegin = output.size();
+        if (link_.kind == FoundLink::Kind::bareWeb)
             output += suppliedScheme;
-            begin = link_.begin;
-        }
-        output.append(text_, begin, link_.query - begin);
-        query_->rewrite(output, removed);
+        output.append(text_, link_.begin, link_.query - link_.begin);
+        query_->rewrite(output, visitor);
+        output.append(text_, link_.fragment, link_.end - link_.fragment);
+        if (visitor != nullptr)
+            visitor->visitCleanedLink(link_.begin, link_.end - link_.begin,
+                                      std::string_view(output).substr(linkBegin));
     }
 
 private:
@@ -86,14 +88,83 @@ private:
     std::size_t wordEnd_ = 0;
 };
 
-// A list is grown in few steps, because each moves all of its items: to what the text behind `done` will need
-// if it is like the text before, but not too far at once.
-void makeRoom(std::vector<RemovedQueryItem> &items, std::size_t done, std::size_t size)
+void append(std::vector<RemovedQueryItem> &items, std::string_view name,
+            std::optional<std::string_view> value)
 {
-    constexpr std::size_t many = 64;
-    constexpr std::size_t step = 8;
-    if (items.size() >= many && items.size() + items.size() / step > items.capacity())
-        items.reserve(items.size() * std::min(size / done + 1, step));
+    RemovedQueryItem &item = items.emplace_back();
+    item.name = name;
+    item.value = value;
+}
+
+// Keeps the removed items of a text.
+class ItemList final : public CleaningVisitor {
+public:
+    explicit ItemList(std::size_t textSize)
+        : textSize_(textSize)
+    {
+    }
+
+    void visitRemovedItem(std::string_view name, std::optional<std::string_view> value) override
+    {
+        constexpr std::size_t few = 4;
+        if (items.empty())
+            items.reserve(few);
+        append(items, name, value);
+    }
+
+    void visitCleanedLink(std::size_t offset, std::size_t length, std::string_view /*replacement*/) override
+    {
+        makeRoom(offset + length);
+    }
+
+    std::vector<RemovedQueryItem> items;
+
+private:
+    // The list is grown in few steps, because each moves all of its items: to what the text behind `done`
+    // will need if it is like the text before, but not too far at once.
+    void makeRoom(std::size_t done)
+    {
+        constexpr std::size_t many = 64;
+        constexpr std::size_t step = 8;
+        if (items.size() >= many && items.size() + items.size() / step > items.capacity())
+            items.reserve(items.size() * std::min(textSize_ / done + 1, step));
+    }
+
+    std::size_t textSize_;
+};
+
+// Keeps the changes of a text.
+class EditList final : public CleaningVisitor {
+public:
+    void visitRemovedItem(std::string_view name, std::optional<std::string_view> value) override
+    {
+        append(items_, name, value);
+    }
+
+    void visitCleanedLink(std::size_t offset, std::size_t length, std::string_view replacement) override
+    {
+        edits.push_back({offset, length, std::string(replacement), std::exchange(items_, {})});
+    }
+
+    std::vector<LinkEdit> edits;
+
+private:
+    std::vector<RemovedQueryItem> items_;
+};
+
+// Appends the text with its links cleaned up to the end of the last one that was, and gives that place.
+std::size_t cleanLinks(std::string_view text, const TrackingRules &rules, std::string &output,
+                       CleaningVisitor *visitor)
+{
+    std::size_t copied = 0;
+    TrackedLinks links(text, rules);
+    while (links.next()) {
+        if (copied == 0)
+            output.reserve(output.size() + text.size() + suppliedScheme.size());
+        links.rewrite(copied, output, visitor);
+        copied = links.link().end;
+    }
+    return copied;
 }
 
 } // namespace
@@ -107,31 +178,29 @@ LinkCleaner::LinkCleaner(LinkCleanerConfiguration configuration)
 LinkCleaningResult LinkCleaner::clean(std::string_view text) const
 {
     LinkCleaningResult result{std::string(text), {}, {}};
-    std::size_t copied = 0;
-    TrackedLinks links(text, *rules_);
-    while (links.next()) {
-        if (copied == 0)
-            result.cleanedText.reserve(text.size() + suppliedScheme.size());
-        links.rewrite(copied, result.cleanedText, result.removedItems);
-        copied = links.link().fragment;
-        makeRoom(result.removedItems, copied, text.size());
-    }
-    result.cleanedText += text.substr(copied);
+    ItemList list(text.size());
+    result.cleanedText += text.substr(cleanLinks(text, *rules_, result.cleanedText, &list));
+    result.removedItems = std::move(list.items);
     return result;
+}
+
+bool LinkCleaner::appendCleaned(std::string_view text, std::string &output, CleaningVisitor *visitor) const
+{
+    const std::size_t copied = cleanLinks(text, *rules_, output, visitor);
+    output += text.substr(copied);
+    return copied != 0;
 }
 
 std::vector<LinkEdit> LinkCleaner::edits(std::string_view text) const
 {
-    std::vector<LinkEdit> edits;
+    EditList list;
+    std::string replacement;
     TrackedLinks links(text, *rules_);
     while (links.next()) {
-        const FoundLink &link = links.link();
-        LinkEdit &edit = edits.emplace_back(LinkEdit{link.begin, link.end - link.begin, {}, {}});
-        edit.replacement.reserve(suppliedScheme.size() + edit.length);
-        links.rewrite(link.begin, edit.replacement, edit.removedItems);
-        edit.replacement.append(text, link.fragment, link.end - link.fragment);
+        links.rewrite(links.link().begin, replacement, &list);
+        replacement.clear();
     }
-    return edits;
+    return std::move(list.edits);
 }
 
 CleanedUrl LinkCleaner::cleanUrl(std::string_view url) const
@@ -148,7 +217,9 @@ CleanedUrl LinkCleaner::cleanUrl(std::string_view url) const
         return result;
     const auto queryBegin = static_cast<std::size_t>(components->query->data() - url.data());
     result.url = url.substr(0, queryBegin - 1);
-    query.rewrite(result.url, result.removedItems);
+    ItemList list(url.size());
+    query.rewrite(result.url, &list);
+    result.removedItems = std::move(list.items);
     result.url += url.substr(queryBegin + components->query->size());
     return result;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <VelmoraCore/CleaningVisitor.h>
 #include <VelmoraCore/LinkCleanerConfiguration.h>
 #include <VelmoraCore/LinkCleaningResult.h>
 #include <VelmoraCore/RemovedQueryItem.h>
@@ -50,6 +51,11 @@ public:
     // repeated ones are dropped, and escapes that are not needed are written as plain characters. A link that
     // was written without its scheme gets "http://".
     [[nodiscard]] LinkCleaningResult clean(std::string_view text) const;
+
+    // Appends the text as `clean` makes it to `output`, which is no part of it, and says whether anything was
+    // removed. For streams: nothing is allocated but what `output` lacks, and what was removed is kept
+    // nowhere but shown to the visitor, if there is one.
+    bool appendCleaned(std::string_view text, std::string &output, CleaningVisitor *visitor = nullptr) const;
 
     // The changes that `clean` makes, in the order of the text. Costs no memory when there are none.
     [[nodiscard]] std::vector<LinkEdit> edits(std::string_view text) const;

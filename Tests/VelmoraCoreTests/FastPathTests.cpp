@@ -31,6 +31,9 @@ void expectSameAsReference(std::string_view text)
     EXPECT_EQ(edits, referenceEdits(cleaner(), text)) << text.substr(0, 200);
     const LinkCleaningResult result = cleaner().clean(text);
     EXPECT_EQ(result.didChange(), !edits.empty());
+    std::string appended;
+    EXPECT_EQ(cleaner().appendCleaned(text, appended), result.didChange());
+    EXPECT_EQ(appended, result.cleanedText);
 }
 
 TEST(FastPath, GivesWhatDetectingEverythingGivesOnAdversarialTexts)

@@ -313,6 +313,53 @@ TEST(CleaningText, GivesTheSameEditsAsTheCleanedText)
     EXPECT_EQ(edits[1], (LinkEdit{38, 19, "http://example.com", {{"gclid", "2"}}}));
 }
 
+// Writes down all it is told.
+class Protocol final : public CleaningVisitor {
+public:
+    void visitRemovedItem(std::string_view name, std::optional<std::string_view> value) override
+    {
+        told.push_back("removed " + std::string(name) + (value ? '=' + std::string(*value) : ""));
+    }
+
+    void visitCleanedLink(std::size_t offset, std::size_t length, std::string_view replacement) override
+    {
+        told.push_back(std::to_string(offset) + '+' + std::to_string(length) + ' ' +
+                       std::string(replacement));
+    }
+
+    std::vector<std::string> told;
+};
+
+TEST(AppendingCleanedText, TellsTheVisitorOfItemsAndThenOfTheirLinkInOrder)
+{
+    const std::string_view text = "a https://e.com/?utm_source=1%20&k=%2f&si#f b example.com?gclid=%FF. c";
+    std::string output = "kept|";
+    Protocol protocol;
+    EXPECT_TRUE(LinkCleaner(defaults()).appendCleaned(text, output, &protocol));
+    EXPECT_EQ(output, "kept|a https://e.com/?k=/#f b http://example.com. c");
+    EXPECT_EQ(protocol.told,
+              (std::vector<std::string>{"removed utm_source=1 ", "removed si", "2+41 https://e.com/?k=/#f",
+                                        "removed gclid", "46+21 http://example.com"}));
+}
+
+TEST(AppendingCleanedText, NeedsNoVisitor)
+{
+    std::string output;
+    EXPECT_TRUE(LinkCleaner(defaults()).appendCleaned("https://e.com/?si=1&x https://e.com/?si#a?", output));
+    EXPECT_EQ(output, "https://e.com/?x https://e.com/#a?");
+}
+
+TEST(AppendingCleanedText, AppendsATextThatHoldsNothingToRemoveAsItIs)
+{
+    for (const std::string_view text : {""sv, "a\0b"sv, "https://e.com/?x=%2f"sv, "https://a.com/?si=1"sv}) {
+        std::string output = "kept|";
+        Protocol protocol;
+        EXPECT_FALSE(LinkCleaner(defaults({"a.com"})).appendCleaned(text, output, &protocol));
+        EXPECT_EQ(output, "kept|" + std::string(text));
+        EXPECT_TRUE(protocol.told.empty());
+    }
+}
+
 TEST(CleaningText, CleansCopiesOfACleanerAlike)
 {
     std::optional<LinkCleaner> original(defaults({"a.com"}));

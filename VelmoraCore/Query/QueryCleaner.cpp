@@ -2,39 +2,39 @@
 #include <VelmoraCore/Query/QueryCleaner.h>
 #include <VelmoraCore/QueryItem.h>
 
-#include <algorithm>
+#include <optional>
 
 namespace velmora {
 
 namespace {
 
-void report(const QueryItem &item, std::vector<RemovedQueryItem> &removed)
+void report(const QueryItem &item, CleaningVisitor &visitor)
 {
-    RemovedQueryItem &report = removed.emplace_back();
     if (item.plain) {
-        report.name = item.name;
-        report.value = item.value;
-    } else {
-        report.name = percentDecoded(item.name).value_or(std::string());
-        report.value = item.value ? percentDecoded(*item.value) : std::nullopt;
+        visitor.visitRemovedItem(item.name, item.value);
+        return;
     }
+    const std::optional<std::string> name = percentDecoded(item.name);
+    const std::optional<std::string> value = item.value ? percentDecoded(*item.value) : std::nullopt;
+    visitor.visitRemovedItem(name ? std::string_view(*name) : std::string_view(),
+                             value ? std::optional<std::string_view>(*value) : std::nullopt);
 }
 
 // Takes items one by one, writes those that stay and reports the others.
 class Rewriting {
 public:
-    Rewriting(std::string &link, std::vector<RemovedQueryItem> &removed)
+    Rewriting(std::string &link, CleaningVisitor *visitor)
         : link_(link)
-        , removed_(removed)
+        , visitor_(visitor)
     {
     }
 
     void take(const QueryItem &item, bool removed)
     {
-        if (removed)
-            report(item, removed_);
-        else if (kept_.isNew(item))
+        if (!removed && kept_.isNew(item))
             write(item);
+        else if (removed && visitor_ != nullptr)
+            report(item, *visitor_);
     }
 
 private:
@@ -50,7 +50,7 @@ private:
     }
 
     std::string &link_;
-    std::vector<RemovedQueryItem> &removed_;
+    CleaningVisitor *visitor_;
     KeptItems kept_;
     char separator_ = '?';
 };
@@ -76,11 +76,9 @@ bool QueryCleaner::readFirstItems()
     return tracked;
 }
 
-void QueryCleaner::rewrite(std::string &link, std::vector<RemovedQueryItem> &removed) const
+void QueryCleaner::rewrite(std::string &link, CleaningVisitor *visitor) const
 {
-    if (removed.empty())
-        removed.reserve(static_cast<std::size_t>(std::count(removed_.begin(), removed_.end(), true)));
-    Rewriting rewriting(link, removed);
+    Rewriting rewriting(link, visitor);
     for (std::size_t i = 0; i < count_; ++i)
         rewriting.take(items_[i], removed_[i]);
     QueryItemReader reader = rest_;

@@ -1,14 +1,13 @@
 #pragma once
 
+#include <VelmoraCore/CleaningVisitor.h>
 #include <VelmoraCore/QueryItem.h>
-#include <VelmoraCore/RemovedQueryItem.h>
 #include <VelmoraCore/Rules/TrackingRules.h>
 
 #include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace velmora {
 
@@ -25,9 +24,9 @@ public:
     // Whether anything is to be removed. Allocates nothing when the parameters are plain ASCII.
     bool isTracked();
 
-    // For a tracked query: appends the new query with its "?", or nothing if no parameter is left, and the
-    // removed parameters.
-    void rewrite(std::string &link, std::vector<RemovedQueryItem> &removed) const;
+    // For a tracked query: appends the new query with its "?", or nothing if no parameter is left, and shows
+    // the removed parameters to the visitor, if there is one.
+    void rewrite(std::string &link, CleaningVisitor *visitor) const;
 
 private:
     // What was read and decided of the first items; those behind are read when the query is rewritten.
