@@ -71,6 +71,11 @@ std::vector<std::pair<std::string, Work>> works()
         {"memcpy", [](const std::string &text) { benchmark::DoNotOptimize(std::string(text)); }},
         {"velmora edits",
          [cleaner](const std::string &text) { benchmark::DoNotOptimize(cleaner.edits(text)); }},
+        {"velmora append",
+         [cleaner, output = std::string()](const std::string &text) mutable {
+             output.clear();
+             benchmark::DoNotOptimize(cleaner.appendCleaned(text, output));
+         }},
         {"velmora clean",
          [cleaner](const std::string &text) { benchmark::DoNotOptimize(cleaner.clean(text)); }},
         {"velmora detect",
@@ -79,6 +84,13 @@ std::vector<std::pair<std::string, Work>> works()
         {"PCRE2-JIT", pipelineWork(RegexPipeline::pcre2Jit)},
         {"PCRE2-JIT, hosts too", pipelineWork(RegexPipeline::pcre2JitWithBareHosts)},
         {"Hyperscan", pipelineWork(RegexPipeline::hyperscan)},
+        {"PCRE2-JIT append",
+         [pipeline = std::shared_ptr<RegexPipeline>(RegexPipeline::pcre2Jit()),
+          output = std::string()](const std::string &text) mutable {
+             output.clear();
+             pipeline->appendCleaned(text, output);
+             benchmark::DoNotOptimize(output);
+         }},
     };
 }
 

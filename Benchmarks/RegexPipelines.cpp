@@ -55,10 +55,9 @@ private:
         Configuration::defaultValueSensitiveTrackedParameters().end()};
 };
 
-void strip(std::string_view url, velmora::LinkCleaningResult &result)
+void strip(std::string_view url, std::string &output, std::vector<velmora::RemovedQueryItem> *removed)
 {
     static const Trackers trackers;
-    std::string &output = result.cleanedText;
     const std::size_t fragment = std::min(url.find('#'), url.size());
     const std::size_t mark = url.substr(0, fragment).find('?');
     if (mark == std::string_view::npos) {
@@ -75,14 +74,14 @@ void strip(std::string_view url, velmora::LinkCleaningResult &result)
         std::optional<std::string_view> value;
         if (equals != std::string_view::npos)
             value = item.substr(equals + 1);
-        if (trackers.contain(name, value)) {
-            velmora::RemovedQueryItem &removed = result.removedItems.emplace_back();
-            removed.name = name;
-            removed.value = value;
-        } else {
+        if (!trackers.contain(name, value)) {
             output += separator;
             output += item;
             separator = '&';
+        } else if (removed != nullptr) {
+            velmora::RemovedQueryItem &report = removed->emplace_back();
+            report.name = name;
+            report.value = value;
         }
         at = end + 1;
     }
@@ -90,16 +89,14 @@ void strip(std::string_view url, velmora::LinkCleaningResult &result)
 }
 
 class Re2Pipeline : public RegexPipeline {
-    std::vector<Span> find(std::string_view text) const override
+    void find(std::string_view text, std::vector<Span> &spans) const override
     {
-        std::vector<Span> spans;
         re2::StringPiece match;
         for (std::size_t at = 0; pattern_.Match(text, at, text.size(), RE2::UNANCHORED, &match, 1);) {
             const auto begin = static_cast<std::size_t>(match.data() - text.data());
             at = begin + match.size();
             spans.push_back({begin, at});
         }
-        return spans;
     }
 
     RE2 pattern_{urlPattern, RE2::Latin1};
@@ -119,9 +116,8 @@ public:
     }
 
 private:
-    std::vector<Span> find(std::string_view text) const override
+    void find(std::string_view text, std::vector<Span> &spans) const override
     {
-        std::vector<Span> spans;
         std::size_t at = 0;
         while (pcre2_jit_match(code_.get(), reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), at, 0,
                                data_.get(), nullptr) > 0) {
@@ -129,7 +125,6 @@ private:
             spans.push_back({ends[0], ends[1]});
             at = ends[1];
         }
-        return spans;
     }
 
     struct Free {
@@ -170,12 +165,10 @@ private:
         return 0;
     }
 
-    std::vector<Span> find(std::string_view text) const override
+    void find(std::string_view text, std::vector<Span> &spans) const override
     {
-        std::vector<Span> spans;
         hs_scan(database_.get(), text.data(), static_cast<unsigned>(text.size()), 0, scratch_.get(), take,
                 &spans);
-        return spans;
     }
 
     struct Free {
@@ -193,15 +186,23 @@ private:
 velmora::LinkCleaningResult RegexPipeline::clean(std::string_view text) const
 {
     velmora::LinkCleaningResult result{std::string(text), {}, {}};
-    result.cleanedText.reserve(text.size());
+    appendCleaned(text, result.cleanedText, &result.removedItems);
+    return result;
+}
+
+void RegexPipeline::appendCleaned(std::string_view text, std::string &output,
+                                  std::vector<velmora::RemovedQueryItem> *removed) const
+{
+    output.reserve(output.size() + text.size());
+    spans_.clear();
+    find(text, spans_);
     std::size_t copied = 0;
-    for (const Span &span : find(text)) {
-        result.cleanedText += text.substr(copied, span.begin - copied);
-        strip(text.substr(span.begin, span.end - span.begin), result);
+    for (const Span &span : spans_) {
+        output += text.substr(copied, span.begin - copied);
+        strip(text.substr(span.begin, span.end - span.begin), output, removed);
         copied = span.end;
     }
-    result.cleanedText += text.substr(copied);
-    return result;
+    output += text.substr(copied);
 }
 
 std::unique_ptr<RegexPipeline> RegexPipeline::re2()

@@ -18,6 +18,10 @@ public:
 
     velmora::LinkCleaningResult clean(std::string_view text) const;
 
+    // Appends the cleaned text to `output`, and the removed parameters to `removed` unless that is null.
+    void appendCleaned(std::string_view text, std::string &output,
+                       std::vector<velmora::RemovedQueryItem> *removed = nullptr) const;
+
     static std::unique_ptr<RegexPipeline> re2();
     static std::unique_ptr<RegexPipeline> pcre2Jit();
     static std::unique_ptr<RegexPipeline> hyperscan();
@@ -30,5 +34,9 @@ protected:
         std::size_t end;
     };
 
-    virtual std::vector<Span> find(std::string_view text) const = 0;
+    // Appends the URLs of the text to `spans`.
+    virtual void find(std::string_view text, std::vector<Span> &spans) const = 0;
+
+private:
+    mutable std::vector<Span> spans_; // Kept for the memory it has.
 };

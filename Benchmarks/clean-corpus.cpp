@@ -6,10 +6,21 @@
 #include <iostream>
 #include <string_view>
 
-// usage: clean-corpus make|clean prose|links COUNT
+namespace {
+
+std::string corpus(std::string_view kind, std::size_t size)
+{
+    if (kind == "prose")
+        return corpora::prose(size);
+    return kind == "dense" ? corpora::denseLinks(size) : corpora::linkLines(size);
+}
+
+} // namespace
+
+// usage: clean-corpus make|clean|append|print prose|links|dense COUNT
 //
-// Makes COUNT bytes of prose or COUNT lines of links, and cleans them or not: the difference of two runs is
-// what cleaning costs.
+// Makes COUNT bytes of prose or COUNT lines of links, and cleans them, with or without a list of what was
+// removed, or not: the difference of two runs is what cleaning costs. "print" writes the text.
 int main(int count, char *arguments[])
 {
     if (count != 4)
@@ -21,7 +32,17 @@ int main(int count, char *arguments[])
     const velmora::LinkCleaner cleaner(Configuration(
         {}, Configuration::defaultTrackedParameterNames(), Configuration::defaultTrackedParameterPrefixes(),
         Configuration::defaultValueSensitiveTrackedParameters()));
-    const std::string text = kind == "prose" ? corpora::prose(size) : corpora::linkLines(size);
+    const std::string text = corpus(kind, size);
+    if (work == "print") {
+        std::cout << text;
+        return std::cout.flush() ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+    if (work == "append") {
+        std::string output;
+        cleaner.appendCleaned(text, output);
+        std::cout << text.size() << " bytes became " << output.size() << '\n';
+        return EXIT_SUCCESS;
+    }
     const std::size_t removed = work == "clean" ? cleaner.clean(text).removedItems.size() : 0;
     std::cout << text.size() << " bytes, " << removed << " parameters removed\n";
     return EXIT_SUCCESS;

@@ -43,6 +43,14 @@ constexpr std::array<std::string_view, 8> tracked = {
     "utm_source=newsletter", "utm_medium=email", "utm_campaign=spring_sale", "fbclid=IwAR0abcDEF123456789",
     "gclid=EAIaIQobChMI",    "si=AbCdEfGh",      "mc_eid=0123456789",        "igshid=MzRlODBiNWFlZA"};
 
+// Twelve names that come with values of everyday lengths.
+constexpr std::array<std::string_view, 12> trackerNames = {
+    "utm_source", "utm_medium", "utm_campaign", "utm_term", "utm_content", "fbclid",
+    "gclid",      "msclkid",    "mc_eid",       "igshid",   "yclid",       "si"};
+
+constexpr std::array<std::string_view, 6> trackerValues = {"newsletter", "email",    "spring_sale",
+                                                           "Cj0KCQjw",   "a1b2c3d4", "social"};
+
 void appendSentence(std::string &text, Numbers &numbers)
 {
     const std::size_t length = 5 + numbers.below(12);
@@ -102,6 +110,28 @@ std::string linkLines(std::size_t count)
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
         appendLink(text, numbers);
+        text += '\n';
+    }
+    return text;
+}
+
+std::string denseLinks(std::size_t count)
+{
+    Numbers numbers;
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        text += "https://";
+        text += numbers.pick(hosts);
+        text += "/articles/";
+        text += std::to_string(numbers.below(1000000));
+        text += '?';
+        text += numbers.pick(kept);
+        for (std::size_t trackers = 1 + numbers.below(4); trackers > 0; --trackers) {
+            text += '&';
+            text += numbers.pick(trackerNames);
+            text += '=';
+            text += numbers.pick(trackerValues);
+        }
         text += '\n';
     }
     return text;

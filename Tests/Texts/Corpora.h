@@ -15,6 +15,9 @@ std::string proseWithLinks(std::size_t size, std::size_t distance);
 // `count` tracked links, each on a line of its own.
 std::string linkLines(std::size_t count);
 
+// The same with one to four trackers of twelve names in each.
+std::string denseLinks(std::size_t count);
+
 // One link with two trackers among its parameters.
 std::string shortLink();
 
