@@ -1,8 +1,12 @@
 #include "JsonLines.h"
 
+#include "Printable.h"
+
 #include <VelmoraCore/LinkDetector.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <utility>
 
 namespace {
@@ -10,19 +14,31 @@ namespace {
 using Json = nlohmann::json;
 using OrderedJson = nlohmann::ordered_json;
 
-constexpr std::size_t manyCleaners = 256;
-
 struct Request {
     std::string text;
     std::set<std::string> hosts;
     std::string problem;
 };
 
-// The library's messages begin with its own name and number in brackets.
+// The library's messages begin with its own name and number in brackets, and end with what was read last,
+// which can be long.
 std::string plainMessage(std::string_view message)
 {
     const std::size_t end = message.find("] ");
-    return std::string(end == std::string_view::npos ? message : message.substr(end + 2));
+    if (end != std::string_view::npos)
+        message.remove_prefix(end + 2);
+    return std::string(message.substr(0, message.find("; last read: ")));
+}
+
+// To the library every request is a line 1.
+std::string parseMessage(const Json::parse_error &error, std::size_t number)
+{
+    constexpr std::string_view place = "at line 1,";
+    std::string message = plainMessage(error.what());
+    const std::size_t begin = message.find(place);
+    if (begin != std::string::npos)
+        message.replace(begin, place.size(), "at line " + std::to_string(number) + ',');
+    return message;
 }
 
 void readHosts(const Json &hosts, Request &request)
@@ -58,12 +74,14 @@ void readMembers(Json &object, Request &request)
         readHosts(*hosts, request);
 }
 
-Request readRequest(std::string_view line)
+Request readRequest(std::string_view line, std::size_t number)
 {
     Request request;
     try {
         Json object = Json::parse(line);
         readMembers(object, request);
+    } catch (const Json::parse_error &error) {
+        request.problem = parseMessage(error, number);
     } catch (const Json::exception &error) {
         request.problem = plainMessage(error.what());
     }
@@ -97,35 +115,47 @@ std::string describeLinks(std::string_view text)
     return written(OrderedJson{{"links", std::move(links)}});
 }
 
-} // namespace
-
-JsonLines::Reply JsonLines::malformed(std::string_view problem)
+JsonLines::Reply malformed(std::string_view problem)
 {
     return {written(OrderedJson{{"error", problem}}), std::string(problem)};
 }
 
-JsonLines::Reply JsonLines::reply(std::string_view requestLine)
+} // namespace
+
+void JsonLines::answer(const Piece &piece, CleanedPiece &result) const
 {
-    Request request = readRequest(requestLine);
+    if (piece.kind == Piece::Kind::restOfTooLong)
+        return;
+    std::string_view rest = piece.text();
+    for (std::size_t number = piece.firstLine; !rest.empty(); ++number) {
+        const std::string_view line = rest.substr(0, rest.find('\n'));
+        answerLine(line, number, result);
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+    }
+}
+
+void JsonLines::answerLine(std::string_view line, std::size_t number, CleanedPiece &result) const
+{
+    if (line.find_first_not_of(" \t\r") != std::string_view::npos) {
+        const Reply answer =
+            line.size() > longestRequest ? malformed("the line is too long") : reply(line, number);
+        result.output += answer.line;
+        if (!answer.problem.empty()) {
+            result.failed = true;
+            result.messages.append("velmora-clean: ").append(name_).append(1, ':');
+            result.messages.append(std::to_string(number)).append(": ");
+            result.messages.append(printable(answer.problem)).append(1, '\n');
+        }
+    }
+    result.output += '\n';
+}
+
+JsonLines::Reply JsonLines::reply(std::string_view requestLine, std::size_t number) const
+{
+    const Request request = readRequest(requestLine, number);
     if (!request.problem.empty())
         return malformed(request.problem);
     if (answer_ == Answer::detection)
         return {describeLinks(request.text), {}};
-    return {describe(cleanerFor(std::move(request.hosts)).clean(request.text)), {}};
-}
-
-const velmora::LinkCleaner &JsonLines::cleanerFor(std::set<std::string> hosts)
-{
-    const auto known = cleaners_.find(hosts);
-    if (known != cleaners_.end())
-        return known->second;
-    if (cleaners_.size() >= manyCleaners)
-        cleaners_.clear();
-    using Configuration = velmora::LinkCleanerConfiguration;
-    std::set<std::string> all = ignoredHosts_;
-    all.insert(hosts.begin(), hosts.end());
-    const Configuration configuration(all, Configuration::defaultTrackedParameterNames(),
-                                      Configuration::defaultTrackedParameterPrefixes(),
-                                      Configuration::defaultValueSensitiveTrackedParameters());
-    return cleaners_.emplace(std::move(hosts), velmora::LinkCleaner(configuration)).first->second;
+    return {describe(cleaners_.cleanerFor(request.hosts)->clean(request.text)), {}};
 }

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <VelmoraCore/LinkCleaner.h>
+#include "CleanedPiece.h"
+#include "CleanerCache.h"
+#include "PieceReader.h"
 
-#include <map>
-#include <set>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -11,17 +12,25 @@
 //
 // A request is {"text": "...", "ignored_hosts": ["..."]}; the hosts may be absent or null, other members are
 // ignored, of a repeated member the last one counts. Texts are strict: bytes that are not UTF-8 and escapes
-// that are half a surrogate pair make the request malformed.
+// that are half a surrogate pair make the request malformed. Any thread may call this.
 class JsonLines {
 public:
     enum class Answer { cleaning, detection };
 
-    // The hosts are ignored in every request, beside those of the request.
-    JsonLines(Answer answer, std::set<std::string> ignoredHosts)
+    // `name` stands before the messages about malformed requests.
+    JsonLines(Answer answer, CleanerCache &cleaners, std::string name)
         : answer_(answer)
-        , ignoredHosts_(std::move(ignoredHosts))
+        , cleaners_(cleaners)
+        , name_(std::move(name))
     {
     }
+
+    // Longer requests are refused; their lines are not held in memory.
+    static constexpr std::size_t longestRequest = std::size_t{256} * 1024 * 1024;
+
+    // Answers each line by a line, a blank one by a blank one, so that answers stand where their requests
+    // stand.
+    void answer(const Piece &piece, CleanedPiece &result) const;
 
     struct Reply {
         std::string
@@ -29,15 +38,13 @@ public:
         std::string problem; // Empty when the request was understood.
     };
 
-    Reply reply(std::string_view request);
-
-    static Reply malformed(std::string_view problem);
+    // The answer to one request; its problem names the line by `number`.
+    Reply reply(std::string_view request, std::size_t number) const;
 
 private:
-    const velmora::LinkCleaner &cleanerFor(std::set<std::string> hosts);
+    void answerLine(std::string_view line, std::size_t number, CleanedPiece &result) const;
 
     Answer answer_;
-    std::set<std::string> ignoredHosts_;
-    // Requests often share their hosts; preparing a cleaner costs more than cleaning a short text.
-    std::map<std::set<std::string>, velmora::LinkCleaner> cleaners_;
+    CleanerCache &cleaners_;
+    std::string name_;
 };

@@ -5,31 +5,7 @@
 #include <cerrno>
 #include <system_error>
 
-namespace {
-
-constexpr std::size_t enough = std::size_t{64} * 1024;
-
-} // namespace
-
 void Output::write(std::string_view text)
-{
-    if (text.size() >= enough) {
-        flush();
-        writeThrough(text);
-        return;
-    }
-    gathered_ += text;
-    if (gathered_.size() >= enough)
-        flush();
-}
-
-void Output::flush()
-{
-    writeThrough(gathered_);
-    gathered_.clear();
-}
-
-void Output::writeThrough(std::string_view text)
 {
     while (!text.empty() && error_ == 0) {
         const ssize_t count = ::write(descriptor_, text.data(), text.size());

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-// Where results go: gathers small pieces and writes them in large ones.
+// Where results go, byte by byte as they are.
 class Output {
 public:
     explicit Output(int descriptor)
@@ -11,11 +11,9 @@ public:
     {
     }
 
+    // Hands everything to the system before it returns. After a failure nothing more is written.
     void write(std::string_view text);
-    // Hands everything gathered to the system.
-    void flush();
 
-    // After a failure nothing more is written.
     bool failed() const { return error_ != 0; }
 
     // The reader went away: nobody wants the rest, which is no error worth a message.
@@ -23,9 +21,6 @@ public:
     std::string problem() const;
 
 private:
-    void writeThrough(std::string_view text);
-
     int descriptor_;
     int error_ = 0;
-    std::string gathered_;
 };

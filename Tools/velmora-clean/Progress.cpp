@@ -2,34 +2,26 @@
 
 #include <unistd.h>
 
-#include <cstdio>
+#include <string>
 
 namespace {
 
 constexpr std::chrono::milliseconds patience{1000};
 constexpr std::chrono::milliseconds interval{200};
-constexpr std::size_t mebibyte = std::size_t{1024} * 1024;
 
-void say(const char *format, std::size_t first, std::size_t second)
+std::string mebibytes(std::size_t bytes)
 {
-    static_cast<void>(
-        std::fprintf(stderr, format, first, second)); // NOLINT(clang-diagnostic-format-nonliteral)
-    static_cast<void>(std::fflush(stderr));
+    return std::to_string(bytes / (std::size_t{1024} * 1024)) + " MiB";
 }
 
 } // namespace
 
-Progress::Progress(std::size_t total)
-    : total_(total)
+Progress::Progress(Messages &messages, std::size_t total)
+    : messages_(messages)
+    , total_(total)
     , wanted_(::isatty(STDERR_FILENO) == 1 && ::isatty(STDOUT_FILENO) != 1)
     , next_(Clock::now() + patience)
 {
-}
-
-Progress::~Progress()
-{
-    if (shown_)
-        static_cast<void>(std::fputs("\r\033[K", stderr));
 }
 
 void Progress::advance(std::size_t bytes)
@@ -38,9 +30,6 @@ void Progress::advance(std::size_t bytes)
     if (!wanted_ || Clock::now() < next_)
         return;
     next_ = Clock::now() + interval;
-    shown_ = true;
-    if (total_ >= done_ && total_ != 0)
-        say("\r%zu MiB of %zu MiB\033[K", done_ / mebibyte, total_ / mebibyte);
-    else
-        say("\r%zu MiB\033[K", done_ / mebibyte, 0);
+    const bool knowsTotal = total_ >= done_ && total_ != 0;
+    messages_.showProgress(mebibytes(done_) + (knowsTotal ? " of " + mebibytes(total_) : ""));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Messages.h"
+
 #include <chrono>
 #include <cstddef>
 
@@ -8,8 +10,10 @@
 class Progress {
 public:
     // `total` in bytes; 0 when it is not known.
-    explicit Progress(std::size_t total);
-    ~Progress();
+    Progress(Messages &messages, std::size_t total);
+
+    ~Progress() { messages_.hideProgress(); }
+
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
 
@@ -18,9 +22,9 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    Messages &messages_;
     std::size_t total_;
     std::size_t done_ = 0;
     bool wanted_;
-    bool shown_ = false;
     Clock::time_point next_;
 };

@@ -1,94 +1,59 @@
 #include "TextCleaning.h"
 
+#include "Printable.h"
+
 #include <algorithm>
-#include <iterator>
+#include <string_view>
+#include <vector>
 
 namespace {
 
-bool isBlank(char c)
-{
-    return c >= '\0' && c <= ' ';
-}
-
-std::size_t behindLastBlank(std::string_view text)
-{
-    const auto last = std::find_if(text.rbegin(), text.rend(), isBlank);
-    return static_cast<std::size_t>(std::distance(last, text.rend()));
-}
-
-// What a terminal can show without harm.
-std::string printable(std::string_view text)
-{
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string result;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F)
-            result += {'\\', 'x', digits[byte >> 4], digits[byte & 0x0FU]};
-        else
-            result.push_back(c);
+// Writes a line for each removed parameter.
+class Report final : public velmora::CleaningVisitor {
+public:
+    Report(const Piece &piece, std::string_view name, std::string &lines)
+        : text_(piece.text())
+        , line_(piece.firstLine)
+        , name_(name)
+        , lines_(lines)
+    {
     }
-    return result;
-}
+
+    void visitRemovedItem(std::string_view name, std::optional<std::string_view> value) override
+    {
+        items_.push_back(printable(name) + (value ? '=' + printable(*value) : std::string()));
+    }
+
+    void visitCleanedLink(std::size_t offset, std::size_t /*length*/, std::string_view replacement) override
+    {
+        const std::string_view before = text_.substr(counted_, offset - counted_);
+        line_ += static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+        counted_ = offset;
+        const std::string place = name_ + ':' + std::to_string(line_) + ": removed ";
+        const std::string link = "; the link is now " + printable(replacement) + '\n';
+        for (const std::string &item : items_)
+            lines_.append(place).append(item).append(link);
+        items_.clear();
+    }
+
+private:
+    std::string_view text_;
+    std::size_t counted_ = 0; // Up to here line feeds were counted.
+    std::size_t line_;
+    std::string name_;
+    std::string &lines_;
+    std::vector<std::string> items_; // Of the link that comes next.
+};
 
 } // namespace
 
-void TextCleaning::add(std::string_view piece)
+void TextCleaning::clean(const Piece &piece, CleanedPiece &result) const
 {
-    if (inLongWord_) {
-        const auto end = std::find_if(piece.begin(), piece.end(), isBlank);
-        const auto length = static_cast<std::size_t>(std::distance(piece.begin(), end));
-        output_.write(piece.substr(0, length));
-        piece.remove_prefix(length);
-        inLongWord_ = piece.empty();
-    }
-    const std::size_t cut = behindLastBlank(piece);
-    if (cut == 0) {
-        held_ += piece;
-    } else if (held_.empty()) {
-        clean(piece.substr(0, cut));
-        held_ = piece.substr(cut);
-    } else {
-        held_ += piece.substr(0, cut);
-        clean(held_);
-        held_ = piece.substr(cut);
-    }
-    if (held_.size() > longestWord) {
-        output_.write(held_);
-        held_ = {};
-        inLongWord_ = true;
-    }
-}
-
-void TextCleaning::finish()
-{
-    clean(held_);
-    held_.clear();
-}
-
-void TextCleaning::clean(std::string_view text)
-{
-    std::size_t copied = 0;
-    for (const velmora::LinkEdit &edit : cleaner_.edits(text)) {
-        const std::string_view between = text.substr(copied, edit.offset - copied);
-        output_.write(between);
-        output_.write(edit.replacement);
-        reportEdit(between, edit);
-        copied = edit.offset + edit.length;
-    }
-    output_.write(text.substr(copied));
-    reportEdit(text.substr(copied), {});
-}
-
-// Also keeps count of the lines, which only a report needs.
-void TextCleaning::reportEdit(std::string_view before, const velmora::LinkEdit &edit)
-{
-    if (report_ == nullptr)
+    if (piece.kind != Piece::Kind::whole) {
+        result.output = piece.text();
+        result.changed = false;
         return;
-    line_ += static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
-    for (const velmora::RemovedQueryItem &item : edit.removedItems) {
-        report_->write(name_ + ':' + std::to_string(line_) + ": removed " + printable(item.name) +
-                       (item.value ? '=' + printable(*item.value) : std::string()) + "; the link is now " +
-                       printable(edit.replacement) + '\n');
     }
+    Report report(piece, name_, result.messages);
+    result.changed = cleaner_.appendCleaned(piece.text(), result.output, report_ ? &report : nullptr);
 }

@@ -1,42 +1,31 @@
 #pragma once
 
-#include "Output.h"
+#include "CleanedPiece.h"
+#include "PieceReader.h"
 
 #include <VelmoraCore/LinkCleaner.h>
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 
-// Cleans a text that arrives in pieces. Every cut goes through a blank, which no link contains, so the result
-// is that of the whole text. At most about 64 MiB are held: a longer stretch without a single ASCII blank or
-// control is passed on as it is.
+// Cleans the pieces of a text. Every cut between them goes behind a blank, which no link contains, so the
+// result is that of the whole text; a word that is too long is passed on as it is. Any thread may call this.
 class TextCleaning {
 public:
-    // `report` may be null; `name` stands before its lines.
-    TextCleaning(const velmora::LinkCleaner &cleaner, Output &output, Output *report, std::string name)
+    // With `report` the messages say what was removed; `name` stands before each.
+    TextCleaning(const velmora::LinkCleaner &cleaner, bool report, std::string name)
         : cleaner_(cleaner)
-        , output_(output)
         , report_(report)
         , name_(std::move(name))
     {
     }
 
-    void add(std::string_view piece);
-    // Cleans what is still held.
-    void finish();
+    void clean(const Piece &piece, CleanedPiece &result) const;
 
     static constexpr std::size_t longestWord = std::size_t{64} * 1024 * 1024;
 
 private:
-    void clean(std::string_view text);
-    void reportEdit(std::string_view before, const velmora::LinkEdit &edit);
-
     const velmora::LinkCleaner &cleaner_;
-    Output &output_;
-    Output *report_;
+    bool report_;
     std::string name_;
-    std::string held_;
-    std::size_t line_ = 1;
-    bool inLongWord_ = false;
 };
