@@ -62,7 +62,7 @@ void CleaningRun::answerRequests(const std::string &name)
                                                                        : JsonLines::Answer::cleaning,
                              cleaners_, printable(file.name()));
     stream(
-        file, PieceReader(file, PieceReader::Cut::behindLines, JsonLines::longestRequest),
+        file, PieceReader(file, PieceReader::Cut::behindLines, JsonLines::longestRequest, true),
         [&requests](const Piece &piece, CleanedPiece &result) { requests.answer(piece, result); },
         [this](const Piece &, const CleanedPiece &result) { return writeOut(result); });
 }
@@ -75,7 +75,7 @@ void CleaningRun::cleanText(const std::string &name)
     const auto cleaner = cleaners_.cleanerFor({});
     const TextCleaning cleaning(*cleaner, options_.report, printable(file.name()));
     stream(
-        file, PieceReader(file, PieceReader::Cut::behindWords, TextCleaning::longestWord),
+        file, PieceReader(file, PieceReader::Cut::behindWords, TextCleaning::longestWord, options_.report),
         [&cleaning](const Piece &piece, CleanedPiece &result) { cleaning.clean(piece, result); },
         [this](const Piece &, const CleanedPiece &result) { return writeOut(result); });
 }
@@ -92,7 +92,7 @@ void CleaningRun::cleanInPlace(const std::string &name)
     const auto cleaner = cleaners_.cleanerFor({});
     const TextCleaning cleaning(*cleaner, options_.report, shownName);
     stream(
-        file, PieceReader(file, PieceReader::Cut::behindWords, TextCleaning::longestWord),
+        file, PieceReader(file, PieceReader::Cut::behindWords, TextCleaning::longestWord, options_.report),
         [&cleaning](const Piece &piece, CleanedPiece &result) { cleaning.clean(piece, result); },
         [&replacement](const Piece &piece, const CleanedPiece &result) {
             return replacement.append(piece.text(), result.output, result.changed);

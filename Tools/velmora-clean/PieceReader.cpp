@@ -23,7 +23,8 @@ bool PieceReader::next(Piece &piece)
         nextWhole(piece);
     piece.firstLine = line_;
     const std::string_view text = piece.text();
-    line_ += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    if (countsLines_)
+        line_ += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     return piece.size > 0;
 }
 

@@ -19,7 +19,7 @@ struct Piece {
     std::string_view text() const { return {buffer.data(), size}; }
 
     Kind kind = Kind::whole;
-    std::size_t firstLine = 1; // Counted from 1, from the beginning of the stream.
+    std::size_t firstLine = 1; // Counted from 1, from the beginning of the stream, if lines are counted.
     std::vector<char> buffer;
     std::size_t size = 0; // Of the text; the buffer may be larger.
 };
@@ -34,10 +34,11 @@ public:
     };
 
     // A word or line of more than `longest` bytes is not held in memory but given in several pieces.
-    PieceReader(InputFile &file, Cut cut, std::size_t longest)
+    PieceReader(InputFile &file, Cut cut, std::size_t longest, bool countsLines)
         : file_(file)
         , cut_(cut)
         , longest_(longest)
+        , countsLines_(countsLines)
     {
     }
 
@@ -56,6 +57,7 @@ private:
     InputFile &file_;
     Cut cut_;
     std::size_t longest_;
+    bool countsLines_;
     std::string carried_; // Was read, but belongs to the next piece.
     std::size_t line_ = 1;
     bool inTooLong_ = false;
