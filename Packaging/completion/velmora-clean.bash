@@ -3,9 +3,10 @@ _velmora_clean()
 {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
     COMPREPLY=()
-    [[ $previous == --ignore-host ]] && return
+    [[ $previous == --ignore-host || $previous == --jobs ]] && return
     if [[ $current == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W '--ignore-host --report --jsonl --detect --help --version' -- "$current")
+        local options='--in-place --ignore-host --report --jsonl --detect --jobs --help --version'
+        mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
     else
         compopt -o filenames
         mapfile -t COMPREPLY < <(compgen -f -- "$current")

@@ -1,6 +1,8 @@
+complete -c velmora-clean -l in-place -d 'Clean the files themselves'
 complete -c velmora-clean -l ignore-host -x -d 'Leave links to a host alone'
 complete -c velmora-clean -l report -d 'Say what was removed and where'
 complete -c velmora-clean -l jsonl -d 'Answer requests, one JSON object a line'
 complete -c velmora-clean -l detect -d 'With --jsonl, tell where links stand'
+complete -c velmora-clean -l jobs -x -d 'Work on at most so many threads'
 complete -c velmora-clean -s h -l help -d 'Show a short help'
 complete -c velmora-clean -l version -d 'Show the version'

@@ -61,8 +61,9 @@ void PieceReader::nextOfTooLong(Piece &piece)
 // Reads behind the first `length` bytes, and gives how many there are then.
 std::size_t PieceReader::fill(Piece &piece, std::size_t length)
 {
+    // Never so large that a word which is too long fits in.
     if (length == piece.buffer.size())
-        piece.buffer.resize(length * 2);
+        piece.buffer.resize(std::min(length * 2, std::max(length, longest_) + 1));
     return length + file_.read(std::span(piece.buffer).subspan(length));
 }
 
