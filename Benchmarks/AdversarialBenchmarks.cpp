@@ -13,10 +13,7 @@ constexpr std::size_t kibibyte = 1024;
 
 void clean(benchmark::State &state, const AdversarialFamily &family, std::size_t size)
 {
-    const velmora::LinkCleaner cleaner(
-        Configuration({"ignored.com"}, Configuration::defaultTrackedParameterNames(),
-                      Configuration::defaultTrackedParameterPrefixes(),
-                      Configuration::defaultValueSensitiveTrackedParameters()));
+    const velmora::LinkCleaner cleaner(Configuration::withDefaultRules({"ignored.com"}));
     const std::string text = family.text(size);
     for ([[maybe_unused]] const auto round : state)
         benchmark::DoNotOptimize(cleaner.clean(text));

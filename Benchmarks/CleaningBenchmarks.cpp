@@ -18,14 +18,6 @@ namespace {
 using Configuration = velmora::LinkCleanerConfiguration;
 using Work = std::function<void(const std::string &)>;
 
-Configuration configuration()
-{
-    return {{},
-            Configuration::defaultTrackedParameterNames(),
-            Configuration::defaultTrackedParameterPrefixes(),
-            Configuration::defaultValueSensitiveTrackedParameters()};
-}
-
 using Texts = std::vector<std::string>;
 
 void run(benchmark::State &state, const Texts &texts, const Work &work)
@@ -62,7 +54,7 @@ Work pipelineWork(const std::function<std::unique_ptr<RegexPipeline>()> &make)
 
 std::vector<std::pair<std::string, Work>> works()
 {
-    const velmora::LinkCleaner cleaner(configuration());
+    const velmora::LinkCleaner cleaner(Configuration::withDefaultRules());
     return {
         {"memchr",
          [](const std::string &text) {
@@ -97,7 +89,8 @@ std::vector<std::pair<std::string, Work>> works()
 // A comparison is worth something only when everybody does the same work.
 void requireSameResults(const std::string &text)
 {
-    const velmora::LinkCleaningResult ours = velmora::LinkCleaner(configuration()).clean(text);
+    const velmora::LinkCleaningResult ours =
+        velmora::LinkCleaner(Configuration::withDefaultRules()).clean(text);
     for (const auto &make : {RegexPipeline::re2, RegexPipeline::pcre2Jit,
                              RegexPipeline::pcre2JitWithBareHosts, RegexPipeline::hyperscan}) {
         if (make()->clean(text) != ours)
@@ -108,7 +101,7 @@ void requireSameResults(const std::string &text)
 // The time of single calls, which an average hides. Includes reading the clock, about 20 ns.
 void oneShortLink(benchmark::State &state)
 {
-    const velmora::LinkCleaner cleaner(configuration());
+    const velmora::LinkCleaner cleaner(Configuration::withDefaultRules());
     const std::string link = corpora::shortLink();
     std::vector<double> nanoseconds;
     nanoseconds.reserve(1U << 20U);

@@ -29,9 +29,7 @@ int main(int count, char *arguments[])
     const std::string_view kind = arguments[2];
     const auto size = static_cast<std::size_t>(std::strtoull(arguments[3], nullptr, 10));
     using Configuration = velmora::LinkCleanerConfiguration;
-    const velmora::LinkCleaner cleaner(Configuration(
-        {}, Configuration::defaultTrackedParameterNames(), Configuration::defaultTrackedParameterPrefixes(),
-        Configuration::defaultValueSensitiveTrackedParameters()));
+    const velmora::LinkCleaner cleaner(Configuration::withDefaultRules());
     const std::string text = corpus(kind, size);
     if (work == "print") {
         std::cout << text;

@@ -17,10 +17,7 @@ using Configuration = velmora::LinkCleanerConfiguration;
 
 const velmora::LinkCleaner &cleaner()
 {
-    static const velmora::LinkCleaner instance(
-        Configuration({"ignored.com", "bücher.de"}, Configuration::defaultTrackedParameterNames(),
-                      Configuration::defaultTrackedParameterPrefixes(),
-                      Configuration::defaultValueSensitiveTrackedParameters()));
+    static const velmora::LinkCleaner instance(Configuration::withDefaultRules({"ignored.com", "bücher.de"}));
     return instance;
 }
 

@@ -42,9 +42,7 @@ std::string composed(const velmora::UrlComponents &url)
 
 void checkCleaning(std::string_view text, const velmora::UrlComponents &url)
 {
-    static const velmora::LinkCleaner cleaner(Configuration(
-        {}, Configuration::defaultTrackedParameterNames(), Configuration::defaultTrackedParameterPrefixes(),
-        Configuration::defaultValueSensitiveTrackedParameters()));
+    static const velmora::LinkCleaner cleaner(Configuration::withDefaultRules());
     const velmora::CleanedUrl once = cleaner.cleanUrl(text);
     expect(once.removedItems.empty() == (once.url == text),
            "a URL changes exactly when something is removed");

@@ -132,6 +132,12 @@ LinkCleanerConfiguration::LinkCleanerConfiguration(const Strings &ignoredHosts,
 {
 }
 
+LinkCleanerConfiguration LinkCleanerConfiguration::withDefaultRules(const Strings &ignoredHosts)
+{
+    return {ignoredHosts, defaultTrackedParameterNames(), defaultTrackedParameterPrefixes(),
+            defaultValueSensitiveTrackedParameters()};
+}
+
 const Strings &LinkCleanerConfiguration::defaultTrackedParameterNames()
 {
     static const Strings names(trackers.begin(), trackers.end());

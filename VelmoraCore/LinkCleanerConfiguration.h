@@ -24,6 +24,9 @@ public:
                              const Strings &trackedParameterPrefixes,
                              const ValueTable &valueSensitiveTrackedParameters);
 
+    // The built-in tables, and these hosts left alone.
+    static LinkCleanerConfiguration withDefaultRules(const Strings &ignoredHosts = {});
+
     // Hosts whose links are left alone, their sub-domains included. An empty entry matches no link.
     const Strings &ignoredHosts() const { return ignoredHosts_; }
 

@@ -18,11 +18,8 @@ namespace {
 
 velmora::LinkCleaningResult clean(const std::string &text, const AppState &state)
 {
-    using Configuration = velmora::LinkCleanerConfiguration;
-    const Configuration configuration(state.ignoredHosts(), Configuration::defaultTrackedParameterNames(),
-                                      Configuration::defaultTrackedParameterPrefixes(),
-                                      Configuration::defaultValueSensitiveTrackedParameters());
-    return velmora::LinkCleaner(configuration).clean(text);
+    using velmora::LinkCleanerConfiguration;
+    return velmora::LinkCleaner(LinkCleanerConfiguration::withDefaultRules(state.ignoredHosts())).clean(text);
 }
 
 CleaningResult forDisplay(const velmora::LinkCleaningResult &result)

@@ -5,9 +5,6 @@
 int main()
 {
     using Configuration = velmora::LinkCleanerConfiguration;
-    const velmora::LinkCleaner cleaner(
-        Configuration({"intranet.example"}, Configuration::defaultTrackedParameterNames(),
-                      Configuration::defaultTrackedParameterPrefixes(),
-                      Configuration::defaultValueSensitiveTrackedParameters()));
+    const velmora::LinkCleaner cleaner(Configuration::withDefaultRules({"intranet.example"}));
     std::cout << cleaner.clean("see https://example.com/?id=7&utm_source=mail").cleanedText << '\n';
 }

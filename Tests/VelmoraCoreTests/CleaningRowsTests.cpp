@@ -107,11 +107,7 @@ class CleaningRows : public testing::TestWithParam<Row> {};
 
 TEST_P(CleaningRows, AreCleanedAsTheyShould)
 {
-    using Configuration = LinkCleanerConfiguration;
-    const LinkCleaner cleaner(Configuration(GetParam().ignoredHosts,
-                                            Configuration::defaultTrackedParameterNames(),
-                                            Configuration::defaultTrackedParameterPrefixes(),
-                                            Configuration::defaultValueSensitiveTrackedParameters()));
+    const LinkCleaner cleaner(LinkCleanerConfiguration::withDefaultRules(GetParam().ignoredHosts));
     const LinkCleaningResult result = cleaner.clean(GetParam().text);
     EXPECT_EQ(result.cleanedText, GetParam().cleaned);
     EXPECT_EQ(described(result.removedItems), GetParam().removed);

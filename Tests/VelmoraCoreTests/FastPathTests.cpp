@@ -17,10 +17,7 @@ using Configuration = LinkCleanerConfiguration;
 
 const LinkCleaner &cleaner()
 {
-    static const LinkCleaner instance(Configuration({"ignored.com"},
-                                                    Configuration::defaultTrackedParameterNames(),
-                                                    Configuration::defaultTrackedParameterPrefixes(),
-                                                    Configuration::defaultValueSensitiveTrackedParameters()));
+    static const LinkCleaner instance(Configuration::withDefaultRules({"ignored.com"}));
     return instance;
 }
 

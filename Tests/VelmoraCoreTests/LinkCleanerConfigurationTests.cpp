@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+
 namespace velmora {
 namespace {
 
@@ -109,103 +114,71 @@ TEST(LinkCleanerConfigurationDeathTest, StopsTheProgramWhenTwoKeysDifferOnlyByBl
                  "Duplicate values for key: 'source'");
 }
 
-TEST(LinkCleanerConfiguration, HasTheDefaultTablesEntryForEntry)
+// The lists of the independent listing, by their names.
+std::map<std::string, Strings> listing()
 {
-    const Strings names = {"_hsenc",
-                           "_hsmi",
-                           "__twitter_impression",
-                           "ascsubtag",
-                           "awc",
-                           "campaignid",
-                           "cjdata",
-                           "cjevent",
-                           "clickref",
-                           "clickref2",
-                           "creative",
-                           "dclid",
-                           "elq",
-                           "elqak",
-                           "elqaid",
-                           "elqat",
-                           "elqcampaignid",
-                           "elqtrackid",
-                           "epik",
-                           "fbclid",
-                           "fb_action_ids",
-                           "fb_action_types",
-                           "fb_ref",
-                           "fb_source",
-                           "feature",
-                           "gad_adgroupid",
-                           "gad_campaignid",
-                           "gad_keywordid",
-                           "gad_matchtype",
-                           "gad_source",
-                           "gbraid",
-                           "gclid",
-                           "gclsrc",
-                           "igsh",
-                           "igshid",
-                           "irclickid",
-                           "li_fat_id",
-                           "linkcode",
-                           "mc_cid",
-                           "mc_eid",
-                           "mibextid",
-                           "mkt_tok",
-                           "msclkid",
-                           "oly_anon_id",
-                           "oly_enc_id",
-                           "rb_clickid",
-                           "rdt_cid",
-                           "refid",
-                           "ref_src",
-                           "si",
-                           "srsltid",
-                           "spm",
-                           "sv1",
-                           "sv_affiliate_id",
-                           "sv_campaign_id",
-                           "sv_tax1",
-                           "sv_tax2",
-                           "sv_tax3",
-                           "sv_tax4",
-                           "tgclid",
-                           "ttclid",
-                           "twclid",
-                           "wbraid",
-                           "wickedid",
-                           "yclid"};
-    EXPECT_EQ(Configuration::defaultTrackedParameterNames(), names);
-    EXPECT_EQ(Configuration::defaultTrackedParameterNames().size(), 65U);
-
-    const Strings prefixes = {"_utm_", "amp;utm_", "hsa_", "mtm_",   "p.utm_", "piwik_",
-                              "pk_",   "sa_utm_",  "sc_",  "tyutm_", "utm_",   "vero_"};
-    EXPECT_EQ(Configuration::defaultTrackedParameterPrefixes(), prefixes);
-    EXPECT_EQ(Configuration::defaultTrackedParameterPrefixes().size(), 12U);
-
-    const ValueTable values = {
-        {"source", {"ad",         "affiliate", "affiliatewindow", "aw",     "awin",   "bing",      "email",
-                    "facebook",   "fb",        "google",          "idealo", "ig",     "instagram", "mail",
-                    "newsletter", "paid",      "paid_social",     "reddit", "social", "tiktok",    "twitter",
-                    "x"}},
-        {"src", {"affiliate", "email", "newsletter", "social"}}};
-    const ValueTable &table = Configuration::defaultValueSensitiveTrackedParameters();
-    EXPECT_EQ(table, values);
-    EXPECT_EQ(table.size(), 2U);
-    EXPECT_EQ(table.at("source").size(), 22U);
-    EXPECT_EQ(table.at("src").size(), 4U);
+    std::map<std::string, Strings> lists;
+    std::ifstream file(VELMORA_TEST_DATA "/TrackingRules.txt");
+    std::string name;
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty() || line[0] == '#')
+            continue;
+        if (line[0] != ' ') {
+            name = line;
+            continue;
+        }
+        std::istringstream entries(line);
+        for (std::string entry; entries >> entry;)
+            EXPECT_TRUE(lists[name].insert(entry).second) << entry << " is listed twice";
+    }
+    return lists;
 }
 
-TEST(LinkCleanerConfiguration, KeepsTheDefaultTablesUnchangedByNormalising)
+void expectAll(const Strings &listed, const Strings &table)
 {
-    const Configuration configuration({}, Configuration::defaultTrackedParameterNames(),
-                                      Configuration::defaultTrackedParameterPrefixes(),
-                                      Configuration::defaultValueSensitiveTrackedParameters());
+    EXPECT_FALSE(listed.empty());
+    for (const std::string &entry : listed)
+        EXPECT_TRUE(table.contains(entry)) << entry << " is missing";
+}
+
+TEST(LinkCleanerConfiguration, HasEveryListedRuleInItsDefaultTables)
+{
+    auto lists = listing();
+    expectAll(lists["names"], Configuration::defaultTrackedParameterNames());
+    expectAll(lists["prefixes"], Configuration::defaultTrackedParameterPrefixes());
+    const ValueTable &values = Configuration::defaultValueSensitiveTrackedParameters();
+    EXPECT_EQ(values.size(), 2U);
+    expectAll(lists["values of source"], values.at("source"));
+    expectAll(lists["values of src"], values.at("src"));
+}
+
+TEST(LinkCleanerConfiguration, NeverTracksWhatPagesNeed)
+{
+    const Strings needed = listing()["never removed"];
+    EXPECT_FALSE(needed.empty());
+    for (const std::string &name : needed) {
+        EXPECT_FALSE(Configuration::defaultTrackedParameterNames().contains(name)) << name;
+        for (const std::string &prefix : Configuration::defaultTrackedParameterPrefixes())
+            EXPECT_FALSE(name.starts_with(prefix)) << name << " begins with " << prefix;
+    }
+}
+
+TEST(LinkCleanerConfiguration, TellsOnlySomeValuesOfASourceApart)
+{
+    const ValueTable &values = Configuration::defaultValueSensitiveTrackedParameters();
+    EXPECT_FALSE(values.at("source").contains("rss"));
+    EXPECT_FALSE(values.at("src").contains("ig"));
+}
+
+TEST(LinkCleanerConfiguration, HasOneConfigurationOfTheDefaultTables)
+{
+    const Configuration configuration = Configuration::withDefaultRules({"A.com."});
+    EXPECT_EQ(configuration.ignoredHosts(), Strings{"a.com"});
     EXPECT_EQ(configuration.trackedParameterNames(), Configuration::defaultTrackedParameterNames());
     EXPECT_EQ(configuration.trackedParameterPrefixes(), Configuration::defaultTrackedParameterPrefixes());
     EXPECT_EQ(configuration.valueSensitiveTrackedParameters(),
               Configuration::defaultValueSensitiveTrackedParameters());
+    EXPECT_TRUE(Configuration::withDefaultRules().ignoredHosts().empty());
 }
 
 } // namespace

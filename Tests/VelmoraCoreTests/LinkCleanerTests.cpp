@@ -13,16 +13,9 @@ using namespace std::string_view_literals;
 using Configuration = LinkCleanerConfiguration;
 using Items = std::vector<RemovedQueryItem>;
 
-Configuration defaults(const Configuration::Strings &ignoredHosts = {})
-{
-    return {ignoredHosts, Configuration::defaultTrackedParameterNames(),
-            Configuration::defaultTrackedParameterPrefixes(),
-            Configuration::defaultValueSensitiveTrackedParameters()};
-}
-
 LinkCleaningResult clean(std::string_view text, const Configuration::Strings &ignoredHosts = {})
 {
-    return LinkCleaner(defaults(ignoredHosts)).clean(text);
+    return LinkCleaner(Configuration::withDefaultRules(ignoredHosts)).clean(text);
 }
 
 std::string cleaned(std::string_view text, const Configuration::Strings &ignoredHosts = {})
@@ -50,7 +43,7 @@ TEST(LinkCleaner, LeavesLinksOfOtherSchemesUnchanged)
     expectUnchanged("mailto:a@e.com?utm_source=a");
     expectUnchanged("git+https://e.com/x?utm_source=a");
     expectUnchanged("tel:+49123?utm_source=a");
-    const LinkCleaner cleaner(defaults());
+    const LinkCleaner cleaner(Configuration::withDefaultRules());
     for (const char *url :
          {"ftp://e.com/?utm_source=a", "mailto:a@e.com?utm_source=a", "//e.com/?utm_source=a",
           "e.com/?utm_source=a", "1x://e.com/?utm_source=a", "http://[::1/?utm_source=a",
@@ -60,7 +53,7 @@ TEST(LinkCleaner, LeavesLinksOfOtherSchemesUnchanged)
 
 TEST(LinkCleaner, CleansAUrlWithTheSameRules)
 {
-    const LinkCleaner cleaner(defaults());
+    const LinkCleaner cleaner(Configuration::withDefaultRules());
     EXPECT_EQ(cleaner.cleanUrl("https://u:p@e.com:8/x?a&utm_source=%20y#z"),
               (CleanedUrl{"https://u:p@e.com:8/x?a#z", {{"utm_source", " y"}}}));
     EXPECT_EQ(cleaner.cleanUrl("https:///p?utm_source=a"), (CleanedUrl{"https:///p", {{"utm_source", "a"}}}));
@@ -153,7 +146,8 @@ TEST(LinkCleaner, LeavesAnIgnoredHostAndItsSubDomainsAlone)
 TEST(LinkCleaner, MatchesNoLinkWithAnEmptyIgnoredHost)
 {
     EXPECT_EQ(cleaned("https://e.com/?utm_source=a", {"", " ", "..."}), "https://e.com/");
-    EXPECT_EQ(LinkCleaner(defaults({""})).cleanUrl("https:///?utm_source=a").url, "https:///");
+    EXPECT_EQ(LinkCleaner(Configuration::withDefaultRules({""})).cleanUrl("https:///?utm_source=a").url,
+              "https:///");
 }
 
 TEST(LinkCleaner, ComparesIgnoredHostsInOneForm)
@@ -307,7 +301,7 @@ TEST(CleaningText, KeepsInvalidBytesAndNulAroundLinks)
 TEST(CleaningText, GivesTheSameEditsAsTheCleanedText)
 {
     const std::string_view text = "a https://e.com/?utm_source=1&k=%2f b example.com?gclid=2.";
-    const std::vector<LinkEdit> edits = LinkCleaner(defaults()).edits(text);
+    const std::vector<LinkEdit> edits = LinkCleaner(Configuration::withDefaultRules()).edits(text);
     ASSERT_EQ(edits.size(), 2U);
     EXPECT_EQ(edits[0], (LinkEdit{2, 33, "https://e.com/?k=/", {{"utm_source", "1"}}}));
     EXPECT_EQ(edits[1], (LinkEdit{38, 19, "http://example.com", {{"gclid", "2"}}}));
@@ -362,7 +356,7 @@ TEST(AppendingCleanedText, AppendsATextThatHoldsNothingToRemoveAsItIs)
 
 TEST(CleaningText, CleansCopiesOfACleanerAlike)
 {
-    std::optional<LinkCleaner> original(defaults({"a.com"}));
+    std::optional<LinkCleaner> original(Configuration::withDefaultRules({"a.com"}));
     const LinkCleaner copy = *original;
     EXPECT_EQ(copy.configuration(), original->configuration());
     original.reset(); // What the copies share outlives it.
