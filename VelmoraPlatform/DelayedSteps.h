@@ -9,6 +9,8 @@
 
 // Steps that run later, in rounds. Starting over cancels every step of the round before; destroying this
 // object cancels all of them. A step may destroy it.
+//
+// A member of this type also cancels late replies: hand others a `guarded` handler.
 class DelayedSteps {
 public:
     explicit DelayedSteps(Scheduler &scheduler)
@@ -21,13 +23,14 @@ public:
 
     void startOver() { generation_ = std::make_shared<char>(); }
 
-    // For late replies: calls `action` as long as the present round lasts, and does nothing afterwards.
-    template<typename Action>
-    [[nodiscard]] auto guarded(Action action) const
+    // `callable`, with the same arguments, for somebody who may call it at any time: in a later round, and
+    // after the end of this object, it does nothing.
+    template<typename Callable>
+    [[nodiscard]] auto guarded(Callable callable) const
     {
-        return [round = std::weak_ptr(generation_), action = std::move(action)](auto &&...arguments) {
+        return [round = std::weak_ptr(generation_), callable = std::move(callable)](auto &&...arguments) {
             if (!round.expired())
-                action(std::forward<decltype(arguments)>(arguments)...);
+                callable(std::forward<decltype(arguments)>(arguments)...);
         };
     }
 

@@ -6,6 +6,7 @@
 #include <Fakes/VirtualTime.h>
 #include <Runner/RegisteredTest.h>
 
+#include <functional>
 #include <memory>
 
 using namespace std::chrono_literals;
@@ -52,6 +53,32 @@ private Q_SLOTS:
         }
         time.pass(1s);
         QVERIFY(!ran);
+    }
+
+    void aGuardedReplyGetsItsArguments()
+    {
+        VirtualTime time;
+        DelayedSteps steps(time);
+        QList<int> sums;
+        const std::function<void(int, int)> reply = steps.guarded([&](int a, int b) { sums.append(a + b); });
+        reply(1, 2);
+        reply(3, 4);
+        QCOMPARE(sums, QList<int>({3, 7}));
+    }
+
+    void aReplyOfAnEarlierRoundOrAfterTheEndDoesNothing()
+    {
+        VirtualTime time;
+        auto steps = std::make_unique<DelayedSteps>(time);
+        QList<int> replies;
+        const auto early = steps->guarded([&] { replies.append(1); });
+        steps->startOver();
+        const auto late = steps->guarded([&] { replies.append(2); });
+        early();
+        late();
+        steps.reset();
+        late();
+        QCOMPARE(replies, QList<int>({2}));
     }
 
     void aStepMayDestroyItsOwner()

@@ -64,6 +64,7 @@ pid_t spawn(const QString &program, int socket)
 
 Handover::Handover(Scheduler &scheduler)
     : scheduler_(scheduler)
+    , limit_(scheduler)
 {
 }
 
@@ -78,25 +79,19 @@ void Handover::start(const QString &program, const QString &version, Done done)
     done_ = std::move(done);
     expected_ = "ready " + version.toUtf8() + '\n';
     received_.clear();
-    round_ = std::make_shared<char>();
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0) {
         socket_ = ends[0];
         child_ = spawn(program, ends[1]);
         close(ends[1]);
     }
-    const auto later = [this, round = std::weak_ptr(round_)] {
-        if (!round.expired())
-            finish(UpdateProblem::notStarted);
-    };
-    if (child_ == 0) {
-        scheduler_.after(0s, later);
+    limit_.startOver();
+    limit_.after(child_ == 0 ? 0s : kStartTimeout, [this] { finish(UpdateProblem::notStarted); });
+    if (child_ == 0)
         return;
-    }
     notifier_ = std::make_unique<QSocketNotifier>(socket_, QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
                      [this] { readMessage(); });
-    scheduler_.after(kStartTimeout, later);
 }
 
 void Handover::readMessage()
@@ -113,7 +108,7 @@ void Handover::readMessage()
 
 void Handover::finish(UpdateProblem problem)
 {
-    round_.reset();
+    limit_.startOver();
     if (notifier_) {
         notifier_->setEnabled(false);
         notifier_.release()->deleteLater(); // This may be called by its signal.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <VelmoraPlatform/Scheduler.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/UpdateUserDriver.h>
 
 #include <QSocketNotifier>
@@ -32,13 +32,13 @@ private:
     void finish(UpdateProblem problem);
 
     Scheduler &scheduler_;
+    DelayedSteps limit_; // Of the new process's start.
     QByteArray expected_;
     QByteArray received_;
     Done done_;
     int socket_ = -1; // Open until the new process has reported.
     pid_t child_ = 0;
     std::unique_ptr<QSocketNotifier> notifier_;
-    std::shared_ptr<char> round_;
 };
 
 // The new process's end of the handover.

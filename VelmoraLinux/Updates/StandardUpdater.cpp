@@ -44,6 +44,7 @@ StandardUpdater::StandardUpdater(Environment environment, const UpdateConfigurat
                               UpdateUserDriver::Attention::quiet);
                      },
                  .check = [this] { session_->check(CheckKind::scheduled); }})
+    , steps_(environment_.scheduler)
 {
     environment_.driver.setAnswerHandler([this](UpdateAnswer given) { answer(given); });
     if (environment_.installation.kind == Installation::Kind::managed || !key_)
@@ -66,8 +67,8 @@ StandardUpdater::StandardUpdater(Environment environment, const UpdateConfigurat
 void StandardUpdater::start()
 {
     schedule_.start();
-    environment_.scheduler.after(kCleanUpDelay, [this, alive = std::weak_ptr(alive_)] {
-        if (!alive.expired() && !session_->isRunning())
+    steps_.after(kCleanUpDelay, [this] {
+        if (!session_->isRunning())
             installer_->discard();
     });
 }

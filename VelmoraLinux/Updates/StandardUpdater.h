@@ -7,6 +7,7 @@
 #include "UpdateSession.h"
 
 #include <VelmoraPlatform/BundleInfo.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/Updater.h>
 
 // The updater: composes schedule, session and installer.
@@ -53,5 +54,5 @@ private:
     std::optional<UpdateStep> ownStep_; // What is shown outside a session.
     ChangeHandler changed_ = [] {};
     bool couldCheck_ = true;
-    std::shared_ptr<char> alive_ = std::make_shared<char>(); // Steps that outlive this do nothing.
+    DelayedSteps steps_;
 };

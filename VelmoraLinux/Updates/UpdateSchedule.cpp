@@ -16,7 +16,7 @@ constexpr std::chrono::milliseconds kRecheckInterval = 30min;
 UpdateSchedule::UpdateSchedule(DefaultsStore &defaults, Scheduler &scheduler, const WallClock &clock,
                                Settings settings, Actions actions)
     : defaults_(defaults)
-    , scheduler_(scheduler)
+    , steps_(scheduler)
     , clock_(clock)
     , settings_(settings)
     , actions_(std::move(actions))
@@ -32,7 +32,7 @@ void UpdateSchedule::start()
     if (permission().value_or(false))
         arm();
     else if (!permission().has_value() && launchedBefore)
-        after(0s, [this] { actions_.askPermission(); });
+        steps_.after(0s, [this] { actions_.askPermission(); });
 }
 
 void UpdateSchedule::setPermission(bool granted)
@@ -66,23 +66,15 @@ std::chrono::milliseconds UpdateSchedule::untilDue() const
 
 void UpdateSchedule::arm()
 {
-    round_ = std::make_shared<char>();
+    steps_.startOver();
     if (!permission().value_or(false))
         return;
-    after(std::min(untilDue(), kRecheckInterval), [this] {
+    steps_.after(std::min(untilDue(), kRecheckInterval), [this] {
         if (untilDue() > 0ms) {
             arm();
             return;
         }
         noteCheck();
         actions_.check();
-    });
-}
-
-void UpdateSchedule::after(std::chrono::nanoseconds delay, Scheduler::Step step)
-{
-    scheduler_.after(delay, [round = std::weak_ptr(round_), step = std::move(step)] {
-        if (!round.expired())
-            step();
     });
 }

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <VelmoraPlatform/DefaultsStore.h>
-#include <VelmoraPlatform/Scheduler.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/WallClock.h>
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <optional>
 
 // When to check for updates automatically.
@@ -39,14 +38,12 @@ public:
 
 private:
     void arm();
-    void after(std::chrono::nanoseconds delay, Scheduler::Step step);
     [[nodiscard]] std::chrono::milliseconds untilDue() const;
     [[nodiscard]] std::optional<bool> permission() const;
 
     DefaultsStore &defaults_;
-    Scheduler &scheduler_;
     const WallClock &clock_;
     Settings settings_;
     Actions actions_;
-    std::shared_ptr<char> round_ = std::make_shared<char>(); // Steps of an earlier round do nothing.
+    DelayedSteps steps_; // Only the latest plan counts.
 };
