@@ -9,50 +9,51 @@ QColor grey(int value, double opacity = 1)
 
 SystemColors light()
 {
-    SystemColors c;
-    c.blue = {0, 122, 255};
-    c.pink = {255, 45, 85};
-    c.orange = {255, 149, 0};
-    c.yellow = {255, 204, 0};
-    c.mint = {0, 199, 190};
-    c.cyan = {85, 190, 240};
-    c.red = {255, 59, 48};
-    c.label = grey(0, 0.85);
-    c.secondaryLabel = grey(0, 0.58); // 0.5 is the custom, but gives small print less contrast than 4.5 : 1.
-    c.separator = grey(0, 0.09);
-    c.windowBackground = grey(0xec);
-    c.textBackground = grey(0xff);
-    c.paneFill = grey(0xff, 0.35);
-    c.cardFill = grey(0xff, 0.6);
-    c.cardStroke = grey(0, 0.08);
-    c.controlFill = grey(0, 0.07);
-    c.controlRaised = grey(0xff);
-    c.material = grey(0xf2, 0.85);
-    return c;
+    return {
+        .blue = {0, 122, 255},
+        .pink = {255, 45, 85},
+        .orange = {255, 149, 0},
+        .yellow = {255, 204, 0},
+        .mint = {0, 199, 190},
+        .cyan = {85, 190, 240},
+        .red = {255, 59, 48},
+        .label = grey(0, 0.85),
+        // 0.5 is usual, but gives small print less contrast than 4.5 : 1.
+        .secondaryLabel = grey(0, 0.58),
+        .separator = grey(0, 0.09),
+        .windowBackground = grey(0xec),
+        .textBackground = grey(0xff),
+        .paneFill = grey(0xff, 0.35),
+        .cardFill = grey(0xff, 0.6),
+        .cardStroke = grey(0, 0.08),
+        .controlFill = grey(0, 0.07),
+        .controlRaised = grey(0xff),
+        .material = grey(0xf2, 0.85),
+    };
 }
 
 SystemColors dark()
 {
-    SystemColors c;
-    c.blue = {10, 132, 255};
-    c.pink = {255, 55, 95};
-    c.orange = {255, 159, 10};
-    c.yellow = {255, 214, 10};
-    c.mint = {102, 212, 207};
-    c.cyan = {90, 200, 245};
-    c.red = {255, 69, 58};
-    c.label = grey(0xff, 0.85);
-    c.secondaryLabel = grey(0xff, 0.63);
-    c.separator = grey(0xff, 0.09);
-    c.windowBackground = grey(0x32);
-    c.textBackground = grey(0x1e);
-    c.paneFill = grey(0, 0.12);
-    c.cardFill = grey(0xff, 0.045);
-    c.cardStroke = grey(0xff, 0.08);
-    c.controlFill = grey(0xff, 0.1);
-    c.controlRaised = grey(0x6b);
-    c.material = grey(0x26, 0.8);
-    return c;
+    return {
+        .blue = {10, 132, 255},
+        .pink = {255, 55, 95},
+        .orange = {255, 159, 10},
+        .yellow = {255, 214, 10},
+        .mint = {102, 212, 207},
+        .cyan = {90, 200, 245},
+        .red = {255, 69, 58},
+        .label = grey(0xff, 0.85),
+        .secondaryLabel = grey(0xff, 0.63),
+        .separator = grey(0xff, 0.09),
+        .windowBackground = grey(0x32),
+        .textBackground = grey(0x1e),
+        .paneFill = grey(0, 0.12),
+        .cardFill = grey(0xff, 0.045),
+        .cardStroke = grey(0xff, 0.08),
+        .controlFill = grey(0xff, 0.1),
+        .controlRaised = grey(0x6b),
+        .material = grey(0x26, 0.8),
+    };
 }
 
 } // namespace

@@ -1,5 +1,9 @@
 #include "VelmoraThemePalette.h"
 
+#include <VelmoraMac/Texts/LocalizedStrings.h>
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QColor rgb(double red, double green, double blue, double opacity = 1)
@@ -24,112 +28,129 @@ QColor at(QColor color, double opacity)
     return color;
 }
 
-// Each palette lists the fields in the order of their declaration.
 VelmoraThemePalette aurora(const SystemColors &system)
 {
     return {
-        {rgb(0.05, 0.02, 0.18), rgb(0.2, 0.04, 0.42), rgb(0.5, 0.08, 0.68)},
-        at(system.pink, 0.34),
-        at(system.blue, 0.24),
-        white(),
-        white(0.72),
-        white(0.52),
-        white(0.1),
-        white(0.14),
-        black(0.16),
-        system.mint,
-        system.pink,
-        system.cyan,
-        at(system.yellow, 0.92),
-        black(0.72),
-        black(0.3),
-        0.72,
-        {rgb(0.98, 0.34, 0.84), rgb(0.16, 0.9, 0.92)},
+        .backgroundColors = {rgb(0.05, 0.02, 0.18), rgb(0.2, 0.04, 0.42), rgb(0.5, 0.08, 0.68)},
+        .glowPrimary = at(system.pink, 0.34),
+        .glowSecondary = at(system.blue, 0.24),
+        .primaryText = white(),
+        .secondaryText = white(0.72),
+        .mutedText = white(0.52),
+        .cardFill = white(0.1),
+        .cardStroke = white(0.14),
+        .linkRowFill = black(0.16),
+        .successAccent = system.mint,
+        .dangerAccent = system.pink,
+        .infoAccent = system.cyan,
+        .warningText = at(system.yellow, 0.92),
+        .badgeText = black(0.72),
+        .overlayScrim = black(0.3),
+        .materialOpacity = 0.72,
+        .switchColors = {rgb(0.98, 0.34, 0.84), rgb(0.16, 0.9, 0.92)},
     };
 }
 
 VelmoraThemePalette ocean(const SystemColors &system)
 {
     return {
-        {rgb(0.02, 0.12, 0.2), rgb(0.02, 0.34, 0.48), rgb(0.05, 0.76, 0.82)},
-        at(system.cyan, 0.32),
-        at(system.blue, 0.26),
-        white(),
-        white(0.74),
-        white(0.54),
-        white(0.11),
-        white(0.15),
-        black(0.15),
-        rgb(0.42, 1.0, 0.82),
-        rgb(1.0, 0.48, 0.64),
-        rgb(0.42, 0.92, 1.0),
-        rgb(1.0, 0.86, 0.34),
-        black(0.76),
-        black(0.28),
-        0.72,
-        {rgb(0.14, 0.78, 0.96), rgb(0.46, 1.0, 0.74)},
+        .backgroundColors = {rgb(0.02, 0.12, 0.2), rgb(0.02, 0.34, 0.48), rgb(0.05, 0.76, 0.82)},
+        .glowPrimary = at(system.cyan, 0.32),
+        .glowSecondary = at(system.blue, 0.26),
+        .primaryText = white(),
+        .secondaryText = white(0.74),
+        .mutedText = white(0.54),
+        .cardFill = white(0.11),
+        .cardStroke = white(0.15),
+        .linkRowFill = black(0.15),
+        .successAccent = rgb(0.42, 1.0, 0.82),
+        .dangerAccent = rgb(1.0, 0.48, 0.64),
+        .infoAccent = rgb(0.42, 0.92, 1.0),
+        .warningText = rgb(1.0, 0.86, 0.34),
+        .badgeText = black(0.76),
+        .overlayScrim = black(0.28),
+        .materialOpacity = 0.72,
+        .switchColors = {rgb(0.14, 0.78, 0.96), rgb(0.46, 1.0, 0.74)},
     };
 }
 
-VelmoraThemePalette light()
+VelmoraThemePalette light(const SystemColors &)
 {
     return {
-        {rgb(0.98, 0.99, 1.0), rgb(0.9, 0.97, 1.0), rgb(0.82, 0.94, 0.98)},
-        rgb(0.16, 0.78, 0.92, 0.2),
-        rgb(0.82, 0.32, 1.0, 0.16),
-        rgb(0.06, 0.07, 0.09),
-        rgb(0.18, 0.2, 0.24, 0.76),
-        rgb(0.2, 0.22, 0.27, 0.55),
-        white(0.58),
-        black(0.08),
-        black(0.055),
-        rgb(0.04, 0.78, 0.66),
-        rgb(0.92, 0.24, 0.5),
-        rgb(0.04, 0.64, 0.9),
-        rgb(0.88, 0.56, 0.0),
-        black(0.78),
-        white(0.46),
-        0.86,
-        {rgb(0.02, 0.66, 0.92), rgb(0.1, 0.86, 0.72)},
+        .backgroundColors = {rgb(0.98, 0.99, 1.0), rgb(0.9, 0.97, 1.0), rgb(0.82, 0.94, 0.98)},
+        .glowPrimary = rgb(0.16, 0.78, 0.92, 0.2),
+        .glowSecondary = rgb(0.82, 0.32, 1.0, 0.16),
+        .primaryText = rgb(0.06, 0.07, 0.09),
+        .secondaryText = rgb(0.18, 0.2, 0.24, 0.76),
+        .mutedText = rgb(0.2, 0.22, 0.27, 0.55),
+        .cardFill = white(0.58),
+        .cardStroke = black(0.08),
+        .linkRowFill = black(0.055),
+        .successAccent = rgb(0.04, 0.78, 0.66),
+        .dangerAccent = rgb(0.92, 0.24, 0.5),
+        .infoAccent = rgb(0.04, 0.64, 0.9),
+        .warningText = rgb(0.88, 0.56, 0.0),
+        .badgeText = black(0.78),
+        .overlayScrim = white(0.46),
+        .materialOpacity = 0.86,
+        .switchColors = {rgb(0.02, 0.66, 0.92), rgb(0.1, 0.86, 0.72)},
     };
 }
 
-VelmoraThemePalette graphite()
+VelmoraThemePalette graphite(const SystemColors &)
 {
     return {
-        {rgb(0.06, 0.06, 0.06), rgb(0.12, 0.12, 0.12), rgb(0.18, 0.16, 0.14)},
-        rgb(0.9, 0.58, 0.38, 0.18),
-        rgb(0.56, 0.56, 0.62, 0.15),
-        white(),
-        white(0.72),
-        white(0.5),
-        black(0.24),
-        white(0.11),
-        black(0.24),
-        rgb(0.42, 0.94, 0.74),
-        rgb(1.0, 0.42, 0.54),
-        rgb(0.54, 0.82, 1.0),
-        rgb(1.0, 0.84, 0.28),
-        black(0.76),
-        black(0.42),
-        0.68,
-        {rgb(0.34, 0.34, 0.36), rgb(0.78, 0.68, 0.58)},
+        .backgroundColors = {rgb(0.06, 0.06, 0.06), rgb(0.12, 0.12, 0.12), rgb(0.18, 0.16, 0.14)},
+        .glowPrimary = rgb(0.9, 0.58, 0.38, 0.18),
+        .glowSecondary = rgb(0.56, 0.56, 0.62, 0.15),
+        .primaryText = white(),
+        .secondaryText = white(0.72),
+        .mutedText = white(0.5),
+        .cardFill = black(0.24),
+        .cardStroke = white(0.11),
+        .linkRowFill = black(0.24),
+        .successAccent = rgb(0.42, 0.94, 0.74),
+        .dangerAccent = rgb(1.0, 0.42, 0.54),
+        .infoAccent = rgb(0.54, 0.82, 1.0),
+        .warningText = rgb(1.0, 0.84, 0.28),
+        .badgeText = black(0.76),
+        .overlayScrim = black(0.42),
+        .materialOpacity = 0.68,
+        .switchColors = {rgb(0.34, 0.34, 0.36), rgb(0.78, 0.68, 0.58)},
     };
+}
+
+// A theme: its name in both languages and what makes its palette.
+struct Theme {
+    QString english;
+    QString german;
+    VelmoraThemePalette (*palette)(const SystemColors &system);
+};
+
+Theme themeOf(VelmoraTheme theme)
+{
+    switch (theme) {
+    case VelmoraTheme::aurora:
+        return {u"Aurora"_s, u"Aurora"_s, aurora};
+    case VelmoraTheme::ocean:
+        return {u"Ocean"_s, u"Ocean"_s, ocean};
+    case VelmoraTheme::light:
+        return {u"Light"_s, u"Hell"_s, light};
+    case VelmoraTheme::graphite:
+        break;
+    }
+    return {u"Graphite"_s, u"Graphit"_s, graphite};
 }
 
 } // namespace
 
-VelmoraThemePalette VelmoraThemePalette::of(Velmora::VelmoraTheme theme, const SystemColors &system)
+VelmoraThemePalette VelmoraThemePalette::of(VelmoraTheme theme, const SystemColors &system)
 {
-    switch (theme) {
-    case VelmoraTheme::aurora:
-        return aurora(system);
-    case VelmoraTheme::ocean:
-        return ocean(system);
-    case VelmoraTheme::light:
-        return light();
-    case VelmoraTheme::graphite:
-        break;
-    }
-    return graphite();
+    return themeOf(theme).palette(system);
+}
+
+QString VelmoraThemePalette::themeName(VelmoraTheme theme, AppLanguage language)
+{
+    const Theme named = themeOf(theme);
+    return LocalizedStrings::choose(named.english, named.german, language);
 }

@@ -8,7 +8,10 @@
 #include <QList>
 #include <qqmlintegration.h>
 
-// The colours of one theme. A plain value; build it anew when the theme or the desktop's appearance changes.
+// The colours of one theme. A plain value; make another one when the theme or the desktop's appearance
+// changes.
+//
+// A new theme is an enumerator of VelmoraTheme, and its name and palette in VelmoraThemePalette.cpp.
 struct VelmoraThemePalette {
     Q_GADGET
     QML_VALUE_TYPE(velmoraThemePalette)
@@ -51,5 +54,7 @@ public:
 
     // Some colours of a theme are the system's and follow the desktop's appearance.
     [[nodiscard]] static VelmoraThemePalette of(Velmora::VelmoraTheme theme, const SystemColors &system);
+    // As the settings name the theme.
+    [[nodiscard]] static QString themeName(Velmora::VelmoraTheme theme, Velmora::AppLanguage language);
     bool operator==(const VelmoraThemePalette &) const = default;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QMetaEnum>
 #include <QObject>
 #include <QString>
@@ -36,6 +37,17 @@ template<typename Enum>
 [[nodiscard]] QString rawValue(Enum value)
 {
     return QString::fromLatin1(QMetaEnum::fromType<Enum>().valueToKey(static_cast<int>(value)));
+}
+
+// Every enumerator, in the order of declaration.
+template<typename Enum>
+[[nodiscard]] QList<int> allValues()
+{
+    const QMetaEnum meta = QMetaEnum::fromType<Enum>();
+    QList<int> values;
+    for (int i = 0; i < meta.keyCount(); ++i)
+        values.append(meta.value(i));
+    return values;
 }
 
 // The enumerator stored as `text`; nothing for any other text.

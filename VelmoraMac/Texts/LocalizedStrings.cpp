@@ -45,18 +45,3 @@ QString LocalizedStrings::languageName(AppLanguage named, AppLanguage language)
     }
     return choose(u"System"_s, u"System"_s, language);
 }
-
-QString LocalizedStrings::themeName(VelmoraTheme named, AppLanguage language)
-{
-    switch (named) {
-    case VelmoraTheme::aurora:
-        break;
-    case VelmoraTheme::ocean:
-        return choose(u"Ocean"_s, u"Ocean"_s, language);
-    case VelmoraTheme::light:
-        return choose(u"Light"_s, u"Hell"_s, language);
-    case VelmoraTheme::graphite:
-        return choose(u"Graphite"_s, u"Graphit"_s, language);
-    }
-    return choose(u"Aurora"_s, u"Aurora"_s, language);
-}

@@ -12,6 +12,8 @@ class LocalizedStrings : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
+    // Every AppLanguage, in the order in which they are offered.
+    Q_PROPERTY(QList<int> languages READ languages CONSTANT)
 
 public:
     // Whose language `AppLanguage::system` follows; English while there is none. Set by the composition root,
@@ -23,10 +25,11 @@ public:
     // The default for the desktop's language as it is now.
     [[nodiscard]] static AppLanguage systemDefault();
 
+    [[nodiscard]] static QList<int> languages() { return allValues<AppLanguage>(); }
+
     Q_INVOKABLE static QString choose(const QString &english, const QString &german,
                                       Velmora::AppLanguage language);
     // "3 removed"; there is no singular form.
     Q_INVOKABLE static QString removedCount(double count, Velmora::AppLanguage language);
     Q_INVOKABLE static QString languageName(Velmora::AppLanguage named, Velmora::AppLanguage language);
-    Q_INVOKABLE static QString themeName(Velmora::VelmoraTheme named, Velmora::AppLanguage language);
 };

@@ -67,11 +67,6 @@ private Q_SLOTS:
         QCOMPARE(LocalizedStrings::languageName(AppLanguage::english, german), u"Englisch"_s);
         QCOMPARE(LocalizedStrings::languageName(AppLanguage::german, german), u"Deutsch"_s);
         QCOMPARE(LocalizedStrings::languageName(AppLanguage::german, english), u"German"_s);
-        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::aurora, german), u"Aurora"_s);
-        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::ocean, german), u"Ocean"_s);
-        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::light, german), u"Hell"_s);
-        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::graphite, german), u"Graphit"_s);
-        QCOMPARE(LocalizedStrings::themeName(VelmoraTheme::light, english), u"Light"_s);
     }
 };
 
