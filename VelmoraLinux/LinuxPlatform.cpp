@@ -38,9 +38,22 @@ Platform LinuxPlatform::platform()
                                               UpdateUserDriver &driver) {
         return std::make_unique<StandardUpdater>(updaterEnvironment(driver), configuration);
     };
-    return {bundle_,  defaults_,   *pasteboard_, scheduler_,    clock_,      language_,
-            https_,   *loginItem_, makeUpdater,  instance_,     statusItem_, windows_,
-            pointer_, screens_,    appearance_,  trimWorkingSet};
+    return {.bundle = bundle_,
+            .defaults = defaults_,
+            .pasteboard = *pasteboard_,
+            .scheduler = scheduler_,
+            .clock = clock_,
+            .language = language_,
+            .https = https_,
+            .loginItem = *loginItem_,
+            .makeUpdater = makeUpdater,
+            .instance = instance_,
+            .statusItem = statusItem_,
+            .windows = windows_,
+            .pointer = pointer_,
+            .screens = screens_,
+            .appearance = appearance_,
+            .releaseMemory = trimWorkingSet};
 }
 
 StandardUpdater::Environment LinuxPlatform::updaterEnvironment(UpdateUserDriver &driver)

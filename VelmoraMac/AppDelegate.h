@@ -20,7 +20,7 @@
 class AppDelegate final : public AppWindowPresenting, public std::enable_shared_from_this<AppDelegate> {
 public:
     // What the delegate works with; all outlive it.
-    struct Surface {
+    struct Dependencies {
         TelemetryService &telemetry;
         NotificationCenter &notifications;
         PanelFactory &panels;
@@ -31,7 +31,7 @@ public:
     };
 
     // Makes the services: state, clipboard monitor, updates.
-    AppDelegate(Platform platform, Surface surface);
+    AppDelegate(Platform platform, Dependencies dependencies);
 
     // Starts watching the clipboard and puts the status item on the desktop.
     void applicationDidFinishLaunching();
@@ -44,7 +44,7 @@ public:
 
 private:
     Platform platform_;
-    Surface surface_;
+    Dependencies dependencies_;
     AppServices services_;
     std::unique_ptr<StatusBarController> statusBarController_;
     std::unique_ptr<AppWindowController> appWindowController_;

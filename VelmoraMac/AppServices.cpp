@@ -2,8 +2,12 @@
 
 AppServices::AppServices(const Platform &platform, TelemetrySink &telemetry, PanelFactory &panels,
                          AppWindowFactory &windows)
-    : appState_({platform.defaults, platform.pasteboard, platform.loginItem, platform.bundle, platform.clock,
-                 telemetry})
+    : appState_({.defaults = platform.defaults,
+                 .pasteboard = platform.pasteboard,
+                 .loginItem = platform.loginItem,
+                 .bundle = platform.bundle,
+                 .clock = platform.clock,
+                 .telemetry = telemetry})
     , notices_(appState_, panels, platform.screens, platform.scheduler)
     , clipboardMonitor_(platform.pasteboard, platform.scheduler, notices_)
     , updateWindow_(appState_, windows)

@@ -3,7 +3,9 @@
 #include <VelmoraMac/State/AppTypes.h>
 #include <VelmoraMac/State/CleanHistoryEntry.h>
 #include <VelmoraMac/State/CleaningResult.h>
+#include <VelmoraMac/State/StoredValue.h>
 #include <VelmoraMac/Telemetry/TelemetrySink.h>
+#include <VelmoraMac/Texts/LocalizedStrings.h>
 #include <VelmoraPlatform/BundleInfo.h>
 #include <VelmoraPlatform/DefaultsStore.h>
 #include <VelmoraPlatform/LoginItem.h>
@@ -34,19 +36,27 @@ public:                                                                         
 private:                                                                                                     \
     Type name##_ = initial;
 
-// The same with a setter that everybody may call and whose body stands in AppState.cpp.
-#define VELMORA_SETTING(Type, name, setter, initial)                                                         \
+// A setting, complete in one line: a property that is stored under its own name and begins with what is
+// stored there, else with `initial`. Every assignment stores the value, also the same one, and then calls
+// reaction(const Type &before).
+#define VELMORA_SETTING(Type, name, setter, initial, reaction)                                               \
     Q_PROPERTY(Type name READ name WRITE setter NOTIFY name##Changed)                                        \
 public:                                                                                                      \
     const Type &name() const                                                                                 \
     {                                                                                                        \
         return name##_;                                                                                      \
     }                                                                                                        \
-    void setter(const Type &value);                                                                          \
+    void setter(const Type &value)                                                                           \
+    {                                                                                                        \
+        const Type before = name##_;                                                                         \
+        assign(name##_, value, &AppState::name##Changed);                                                    \
+        StoredValue::write(dependencies_.defaults, u"" #name, value);                                        \
+        reaction(before);                                                                                    \
+    }                                                                                                        \
     Q_SIGNAL void name##Changed();                                                                           \
                                                                                                              \
 private:                                                                                                     \
-    Type name##_ = initial;
+    Type name##_ = StoredValue::read<Type>(dependencies_.defaults, u"" #name, initial);
 
 // A counter. QML knows it as a double, which is exact up to 2^53.
 #define VELMORA_COUNTER(name)                                                                                \
@@ -72,14 +82,31 @@ class AppState : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("There is one state, made when the application starts")
 
-    VELMORA_SETTING(Velmora::AppTab, activeAppTab, setActiveAppTab, AppTab::general) // Not persisted.
-    VELMORA_SETTING(bool, autoCleanEnabled, setAutoCleanEnabled, true)               // False: paused.
-    VELMORA_SETTING(bool, launchAtLoginEnabled, setLaunchAtLoginEnabled, false)
-    VELMORA_SETTING(QString, ignoredDomainsText, setIgnoredDomainsText, {})
-    VELMORA_SETTING(bool, askBeforeCleaningEnabled, setAskBeforeCleaningEnabled, false)
-    VELMORA_SETTING(bool, telemetryEnabled, setTelemetryEnabled, true)
-    VELMORA_SETTING(Velmora::AppLanguage, language, setLanguage, AppLanguage::english)
-    VELMORA_SETTING(Velmora::VelmoraTheme, appTheme, setAppTheme, VelmoraTheme::graphite)
+public:
+    // What the state is kept in and acts through; all outlive it.
+    struct Dependencies {
+        DefaultsStore &defaults;
+        Pasteboard &pasteboard;
+        LoginItem &loginItem;
+        const BundleInfo &bundle;
+        const WallClock &clock;
+        TelemetrySink &telemetry;
+    };
+
+private:
+    Dependencies dependencies_; // Before the settings, which are read from it.
+
+    VELMORA_SETTING(bool, autoCleanEnabled, setAutoCleanEnabled, true, reportAutoClean) // False: paused.
+    VELMORA_SETTING(bool, launchAtLoginEnabled, setLaunchAtLoginEnabled, false, applyLaunchAtLogin)
+    VELMORA_SETTING(QString, ignoredDomainsText, setIgnoredDomainsText, {}, reportIgnoredDomains)
+    VELMORA_SETTING(bool, askBeforeCleaningEnabled, setAskBeforeCleaningEnabled, false, noReaction)
+    VELMORA_SETTING(bool, telemetryEnabled, setTelemetryEnabled, true, noReaction)
+    VELMORA_SETTING(Velmora::AppLanguage, language, setLanguage, LocalizedStrings::systemDefault(),
+                    reportLanguage)
+    VELMORA_SETTING(Velmora::VelmoraTheme, appTheme, setAppTheme, VelmoraTheme::graphite, reportTheme)
+    // The tab of the settings window; not stored.
+    Q_PROPERTY(
+        Velmora::AppTab activeAppTab READ activeAppTab WRITE setActiveAppTab NOTIFY activeAppTabChanged)
     VELMORA_COUNTER(totalCleaned)
     VELMORA_COUNTER(totalTrackersRemoved)
     VELMORA_COUNTER(cleanedToday) // Of the day of the last cleaning or launch: nothing resets it at midnight.
@@ -91,18 +118,13 @@ class AppState : public QObject {
     VELMORA_OBSERVABLE(QList<CleanHistoryEntry>, historyEntries, {}) // Newest first, at most 30.
 
 public:
-    // What the state is kept in and acts through; all outlive it.
-    struct Services {
-        DefaultsStore &defaults;
-        Pasteboard &pasteboard;
-        LoginItem &loginItem;
-        const BundleInfo &bundle;
-        const WallClock &clock;
-        TelemetrySink &telemetry;
-    };
-
-    explicit AppState(const Services &services, QObject *parent = nullptr);
+    explicit AppState(const Dependencies &dependencies, QObject *parent = nullptr);
     ~AppState() override;
+
+    [[nodiscard]] AppTab activeAppTab() const { return activeAppTab_; }
+
+    void setActiveAppTab(AppTab tab);
+    Q_SIGNAL void activeAppTabChanged();
 
     [[nodiscard]] bool hasLastResult() const { return lastCleanedAt_.isValid(); }
 
@@ -126,11 +148,31 @@ public:
 
 private:
     template<typename Value>
-    bool assign(Value &field, const Value &value, void (AppState::*changed)());
-    void load();
+    bool assign(Value &field, const Value &value, void (AppState::*changed)())
+    {
+        if (field == value)
+            return false;
+        field = value;
+        (this->*changed)();
+        return true;
+    }
+
+    // The reactions of the settings, each with the value before.
+    template<typename Value>
+    void noReaction(const Value &)
+    {
+    }
+
+    void reportAutoClean(bool before);
+    void applyLaunchAtLogin(bool before);
+    void reportIgnoredDomains(const QString &before);
+    void reportLanguage(AppLanguage before);
+    void reportTheme(VelmoraTheme before);
+
+    [[nodiscard]] QString t(const QString &english, const QString &german) const;
+    void setLastError(const QString &text);
     void report(DefaultsStore::Problem problem);
     void reportMissingClipboard();
-    void applyLaunchAtLogin();
     void reportRefusedLoginItem();
     void write(const QString &text);
     void count(const CleaningResult &result);
@@ -138,7 +180,7 @@ private:
     [[nodiscard]] QString todayKey() const;
     qint64 normalizedCleanedToday();
 
-    Services services_;
+    AppTab activeAppTab_ = AppTab::general;
     // Written by every cleaning and read by nothing; they must not gain behaviour.
     QString lastOriginalClipboardValue_;
     QString lastCleanedClipboardValue_;

@@ -1,5 +1,7 @@
 #include "AppWindowController.h"
 
+using namespace Qt::StringLiterals;
+
 AppWindowController::AppWindowController(AppState &appState, UpdateController &updateController,
                                          AppWindowFactory &windows, NotificationCenter &notifications)
     : appState_(appState)
@@ -20,10 +22,10 @@ void AppWindowController::show()
 
 std::unique_ptr<AppWindow> AppWindowController::makeWindow()
 {
-    const View view{QUrl(QStringLiteral("qrc:/qt/qml/VelmoraMac/SettingsView.qml")),
-                    {{QStringLiteral("appState"), QVariant::fromValue(&appState_)},
-                     {QStringLiteral("updateController"), QVariant::fromValue(&updateController_)},
-                     {QStringLiteral("notifications"), QVariant::fromValue(&notifications_)}},
+    const View view{QUrl(u"qrc:/qt/qml/VelmoraMac/SettingsView.qml"_s),
+                    {{u"appState"_s, QVariant::fromValue(&appState_)},
+                     {u"updateController"_s, QVariant::fromValue(&updateController_)},
+                     {u"notifications"_s, QVariant::fromValue(&notifications_)}},
                     {}};
-    return windows_.makeWindow(view, {QStringLiteral("Velmora"), QSize(660, 640), QSize(640, 610)});
+    return windows_.makeWindow(view, {u"Velmora"_s, QSize(660, 640), QSize(640, 610)});
 }

@@ -2,6 +2,7 @@
 
 #include <QVariant>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
@@ -21,10 +22,10 @@ CleanToastPresenter::CleanToastPresenter(AppState &appState, PanelFactory &panel
 
 View CleanToastPresenter::toastView(const CleaningResult &result, bool offersCleaning) const
 {
-    return {QUrl(QStringLiteral("qrc:/qt/qml/VelmoraMac/Toast/CleanToastView.qml")),
-            {{QStringLiteral("appState"), QVariant::fromValue(&appState_)},
-             {QStringLiteral("result"), QVariant::fromValue(result)},
-             {QStringLiteral("offersCleaning"), offersCleaning}},
+    return {QUrl(u"qrc:/qt/qml/VelmoraMac/Toast/CleanToastView.qml"_s),
+            {{u"appState"_s, QVariant::fromValue(&appState_)},
+             {u"result"_s, QVariant::fromValue(result)},
+             {u"offersCleaning"_s, offersCleaning}},
             {}};
 }
 

@@ -5,14 +5,7 @@
 #include <VelmoraCore/LinkCleaner.h>
 #include <VelmoraCore/LinkCleanerConfiguration.h>
 
-#include <memory>
 #include <utility>
-
-// A result in both forms: the bytes that go back to the clipboard and what the user sees of them.
-struct ClipboardMonitor::Cleaning {
-    std::string cleanedBytes;
-    CleaningResult result;
-};
 
 namespace {
 
@@ -22,13 +15,15 @@ velmora::LinkCleaningResult clean(const std::string &text, const AppState &state
     return velmora::LinkCleaner(LinkCleanerConfiguration::withDefaultRules(state.ignoredHosts())).clean(text);
 }
 
-CleaningResult forDisplay(const velmora::LinkCleaningResult &result)
+CleaningResult cleaningResult(velmora::LinkCleaningResult result)
 {
-    CleaningResult shown{
-        QString::fromStdString(result.originalText), QString::fromStdString(result.cleanedText), {}};
+    CleaningResult converted{.originalText = QString::fromStdString(result.originalText),
+                             .cleanedText = QString::fromStdString(result.cleanedText),
+                             .removedParameterNames = {},
+                             .cleanedBytes = std::move(result.cleanedText)};
     for (const velmora::RemovedQueryItem &item : result.removedItems)
-        shown.removedParameterNames.append(QString::fromStdString(item.name));
-    return shown;
+        converted.removedParameterNames.append(QString::fromStdString(item.name));
+    return converted;
 }
 
 } // namespace
@@ -92,13 +87,12 @@ void ClipboardMonitor::inspectClipboard()
     lastChangeCount_ = count;
     if (!state_->autoCleanEnabled())
         return;
-    pasteboard_.readString([self = QPointer(this), count](const std::optional<std::string> &text) {
-        // A newer copy, or our own text, may have arrived since: then this answer is history. The newer copy
-        // has a grid point of its own.
-        const bool isCurrent = self && self->state_ && self->pasteboard_.changeCount() == count;
-        if (isCurrent && self->state_->autoCleanEnabled() && text && !text->empty())
-            self->inspect(*text);
-    });
+    pasteboard_.readString(steps_.guarded([this, count](const std::optional<std::string> &text) {
+        // A newer copy, or our own text, may have arrived since. The newer copy has a grid point of its own.
+        const bool isCurrent = state_ && pasteboard_.changeCount() == count;
+        if (isCurrent && state_->autoCleanEnabled() && text && !text->empty())
+            inspect(*text);
+    }));
 }
 
 void ClipboardMonitor::inspect(const std::string &text)
@@ -106,23 +100,22 @@ void ClipboardMonitor::inspect(const std::string &text)
     velmora::LinkCleaningResult result = clean(text, *state_);
     if (!result.didChange())
         return;
-    const CleaningResult shown = forDisplay(result);
-    const auto cleaning = std::make_shared<const Cleaning>(Cleaning{std::move(result.cleanedText), shown});
+    const CleaningResult cleaning = cleaningResult(std::move(result));
     if (!state_->askBeforeCleaningEnabled()) {
-        writeCleanedResult(*cleaning);
+        writeCleanedResult(cleaning);
         return;
     }
-    notices_.showTrackerWarning(shown, [self = QPointer(this), cleaning] {
-        if (self && self->state_)
-            self->writeCleanedResult(*cleaning);
-    });
+    notices_.showTrackerWarning(cleaning, steps_.guarded([this, cleaning] {
+        if (state_)
+            writeCleanedResult(cleaning);
+    }));
 }
 
-void ClipboardMonitor::writeCleanedResult(const Cleaning &cleaning)
+void ClipboardMonitor::writeCleanedResult(const CleaningResult &result)
 {
     pasteboard_.clear();
-    pasteboard_.setString(cleaning.cleanedBytes);
+    pasteboard_.setString(result.cleanedBytes);
     lastChangeCount_ = pasteboard_.changeCount(); // Our own text is no copy.
-    state_->record(cleaning.result);
-    notices_.show(cleaning.result);
+    state_->record(result);
+    notices_.show(result);
 }

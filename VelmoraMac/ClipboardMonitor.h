@@ -45,13 +45,11 @@ Q_SIGNALS:
     void isRunningChanged();
 
 private:
-    struct Cleaning;
-
     void waitForNextGridPoint();
     void reachGridPoint();
     void inspectClipboard();
     void inspect(const std::string &text);
-    void writeCleanedResult(const Cleaning &cleaning);
+    void writeCleanedResult(const CleaningResult &result);
 
     Pasteboard &pasteboard_;
     Scheduler &scheduler_;

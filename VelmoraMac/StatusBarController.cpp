@@ -3,6 +3,7 @@
 #include <VelmoraMac/Shell/PopoverPlacement.h>
 #include <VelmoraMac/Texts/LocalizedStrings.h>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
@@ -17,22 +18,18 @@ constexpr auto clicksBlockedAfterOpening = 360ms;
 constexpr auto clicksBlockedWhileClosing = 270ms;
 constexpr auto closingTime = 250ms;
 constexpr auto pulseTime = 160ms;
-
-QString text(const char *english, const char *german, AppLanguage language)
-{
-    return LocalizedStrings::choose(QString::fromUtf8(english), QString::fromUtf8(german), language);
-}
 } // namespace
 
 StatusBarController::StatusBarController(AppState &appState, UpdateController &updateController,
-                                         std::weak_ptr<AppWindowPresenting> windowPresenter, Surface surface)
+                                         std::weak_ptr<AppWindowPresenting> windowPresenter,
+                                         Dependencies dependencies)
     : appState_(appState)
     , updateController_(updateController)
     , windowPresenter_(std::move(windowPresenter))
-    , surface_(std::move(surface))
-    , clickBlock_(surface_.scheduler)
-    , closing_(surface_.scheduler)
-    , pulse_(surface_.scheduler)
+    , dependencies_(std::move(dependencies))
+    , clickBlock_(dependencies_.scheduler)
+    , closing_(dependencies_.scheduler)
+    , pulse_(dependencies_.scheduler)
 {
     configureStatusItem();
     updateStatusIcon();
@@ -42,14 +39,19 @@ StatusBarController::StatusBarController(AppState &appState, UpdateController &u
 
 StatusBarController::~StatusBarController()
 {
-    surface_.pointer.stop();
-    surface_.statusItem.setEvents({});
-    surface_.statusItem.setMenu({});
+    dependencies_.pointer.stop();
+    dependencies_.statusItem.setEvents({});
+    dependencies_.statusItem.setMenu({});
+}
+
+QString StatusBarController::t(const QString &english, const QString &german) const
+{
+    return LocalizedStrings::choose(english, german, appState_.language());
 }
 
 void StatusBarController::configureStatusItem()
 {
-    surface_.statusItem.setEvents({
+    dependencies_.statusItem.setEvents({
         [this] { togglePopover(); },
         [this] {
             closePopoverAtOnce();
@@ -57,7 +59,7 @@ void StatusBarController::configureStatusItem()
         },
         [this] { closePopoverAtOnce(); },
     });
-    surface_.statusItem.setToolTip(QStringLiteral("Velmora"));
+    dependencies_.statusItem.setToolTip(u"Velmora"_s);
 }
 
 // Runs `reaction` now and on every change.
@@ -80,7 +82,7 @@ void StatusBarController::observeState()
     connect(&appState_, &AppState::autoCleanEnabledChanged, this, &StatusBarController::updateMenu);
     connect(&appState_, &AppState::launchAtLoginEnabledChanged, this, &StatusBarController::updateMenu);
     connect(&appState_, &AppState::languageChanged, this, &StatusBarController::updateMenu);
-    connect(&surface_.notifications, &NotificationCenter::posted, this, [this](const QString &name) {
+    connect(&dependencies_.notifications, &NotificationCenter::posted, this, [this](const QString &name) {
         if (name == NotificationCenter::restoreMenuBarIcon())
             restoreStatusItem();
     });
@@ -108,7 +110,7 @@ void StatusBarController::lastResultChanged()
 
 void StatusBarController::restoreStatusItem()
 {
-    surface_.statusItem.setVisible(true);
+    dependencies_.statusItem.setVisible(true);
     configureStatusItem();
     updateStatusIcon();
     pulseStatusIcon();
@@ -116,27 +118,26 @@ void StatusBarController::restoreStatusItem()
 
 void StatusBarController::updateStatusIcon()
 {
-    surface_.statusItem.setTemplateImage(surface_.templateImage, statusIconSize);
-    surface_.statusItem.setOpacity(appState_.autoCleanEnabled() ? 1.0 : 0.38);
+    dependencies_.statusItem.setTemplateImage(dependencies_.templateImage, statusIconSize);
+    dependencies_.statusItem.setOpacity(appState_.autoCleanEnabled() ? 1.0 : 0.38);
     updateStatusItemTooltip();
 }
 
 void StatusBarController::updateStatusItemTooltip()
 {
-    const AppLanguage language = appState_.language();
-    const QString separator = QStringLiteral(" \u00b7 ");
-    const QString state = appState_.autoCleanEnabled() ? text("Active", "Aktiv", language)
-                                                       : text("Paused", "Pausiert", language);
-    const QString label = text("Links cleaned", "Links bereinigt", language).toLower();
-    surface_.statusItem.setToolTip(QStringLiteral("Velmora") + separator + state + separator +
-                                   QString::number(appState_.totalCleaned()) + QLatin1Char(' ') + label);
+    const QString separator = u" \u00b7 "_s;
+    const QString state =
+        appState_.autoCleanEnabled() ? t(u"Active"_s, u"Aktiv"_s) : t(u"Paused"_s, u"Pausiert"_s);
+    const QString label = t(u"Links cleaned"_s, u"Links bereinigt"_s).toLower();
+    dependencies_.statusItem.setToolTip(u"Velmora"_s + separator + state + separator +
+                                        QString::number(appState_.totalCleaned()) + u' ' + label);
 }
 
 void StatusBarController::pulseStatusIcon()
 {
-    surface_.statusItem.fadeOpacity(appState_.autoCleanEnabled() ? 0.45 : 0.22, pulseTime);
+    dependencies_.statusItem.fadeOpacity(appState_.autoCleanEnabled() ? 0.45 : 0.22, pulseTime);
     pulse_.after(pulseTime, [this] {
-        if (surface_.statusItem.isVisible())
+        if (dependencies_.statusItem.isVisible())
             updateStatusIcon();
     });
 }
@@ -160,21 +161,21 @@ void StatusBarController::openPopover()
         popoverPanel_->orderOut();
     popoverPanel_ = panel;
     popoverPanel_->orderFront();
-    surface_.telemetry.track(TelemetryEventName::menuPopoverOpened, appState_);
-    surface_.pointer.start([this](const PointerMonitor::Press &press) { mousePressed(press); });
+    dependencies_.telemetry.track(TelemetryEventName::menuPopoverOpened, appState_);
+    dependencies_.pointer.start([this](const PointerMonitor::Press &press) { mousePressed(press); });
 }
 
 std::shared_ptr<Panel> StatusBarController::makePopoverPanel()
 {
-    const View view{QUrl(QStringLiteral("qrc:/qt/qml/VelmoraMac/PopoverView.qml")),
-                    {{QStringLiteral("appState"), QVariant::fromValue(&appState_)},
-                     {QStringLiteral("popoverAnimation"), QVariant::fromValue(&popoverAnimationState_)}},
+    const View view{QUrl(u"qrc:/qt/qml/VelmoraMac/PopoverView.qml"_s),
+                    {{u"appState"_s, QVariant::fromValue(&appState_)},
+                     {u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimationState_)}},
                     {{"openHistory", [this] {
                           closePopover();
                           showAppWindow(AppTab::history);
                       }}}};
-    return surface_.panels.makePanel(view,
-                                     {popoverSize(), true, popoverCornerRadius, [this] { closePopover(); }});
+    return dependencies_.panels.makePanel(
+        view, {popoverSize(), true, popoverCornerRadius, [this] { closePopover(); }});
 }
 
 QSize StatusBarController::popoverSize() const
@@ -184,10 +185,10 @@ QSize StatusBarController::popoverSize() const
 
 QRect StatusBarController::popoverFrameFor(QSize size) const
 {
-    const auto anchor = surface_.statusItem.anchor();
+    const auto anchor = dependencies_.statusItem.anchor();
     if (anchor)
-        return popoverFrame(*anchor, surface_.screens.workAreaAt(anchor->center()), size);
-    const QRect area = surface_.screens.mainWorkArea();
+        return popoverFrame(*anchor, dependencies_.screens.workAreaAt(anchor->center()), size);
+    const QRect area = dependencies_.screens.mainWorkArea();
     return popoverFrame(QRect(area.center().x(), area.top() - 1, 1, 1), area, size);
 }
 
@@ -205,7 +206,7 @@ void StatusBarController::updatePopoverSize()
 void StatusBarController::closePopover()
 {
     if (!popoverPanel_) {
-        surface_.pointer.stop();
+        dependencies_.pointer.stop();
         return;
     }
     if (isClosingPopover_)
@@ -224,7 +225,7 @@ void StatusBarController::closePopoverAtOnce()
     if (popoverPanel_)
         finishClosing(popoverPanel_);
     else
-        surface_.pointer.stop();
+        dependencies_.pointer.stop();
 }
 
 void StatusBarController::finishClosing(const std::shared_ptr<Panel> &panel)
@@ -235,7 +236,7 @@ void StatusBarController::finishClosing(const std::shared_ptr<Panel> &panel)
     }
     isClosingPopover_ = false;
     statusItemClicksBlocked_ = false;
-    surface_.pointer.stop();
+    dependencies_.pointer.stop();
 }
 
 void StatusBarController::blockStatusItemClicks(std::chrono::milliseconds time)
@@ -248,47 +249,44 @@ void StatusBarController::blockStatusItemClicks(std::chrono::milliseconds time)
 void StatusBarController::mousePressed(const PointerMonitor::Press &press)
 {
     const bool isInPopover = popoverPanel_ && press.window == popoverPanel_->windowId();
-    if (!isInPopover && !surface_.statusItem.contains(press.position))
+    if (!isInPopover && !dependencies_.statusItem.contains(press.position))
         closePopover();
 }
 
 void StatusBarController::updateMenu()
 {
-    surface_.statusItem.setMenu(contextMenu());
+    dependencies_.statusItem.setMenu(contextMenu());
 }
 
 StatusMenu StatusBarController::contextMenu()
 {
     using Check = StatusMenuEntry::Check;
-    const AppLanguage language = appState_.language();
     const StatusMenuEntry separator;
     StatusMenu menu;
-    menu.push_back({appState_.autoCleanEnabled()
-                        ? text("Pause Cleaning", "Bereinigung pausieren", language)
-                        : text("Resume Cleaning", "Bereinigung fortsetzen", language),
+    menu.push_back({appState_.autoCleanEnabled() ? t(u"Pause Cleaning"_s, u"Bereinigung pausieren"_s)
+                                                 : t(u"Resume Cleaning"_s, u"Bereinigung fortsetzen"_s),
                     Check::none, [this] { appState_.setAutoCleanEnabled(!appState_.autoCleanEnabled()); }});
-    menu.push_back({text("Start at Login", "Beim Login starten", language),
+    menu.push_back({t(u"Start at Login"_s, u"Beim Login starten"_s),
                     appState_.launchAtLoginEnabled() ? Check::on : Check::off,
                     [this] { appState_.setLaunchAtLoginEnabled(!appState_.launchAtLoginEnabled()); }});
     menu.push_back(separator);
+    menu.push_back({t(u"History"_s, u"Verlauf"_s), Check::none, [this] { showAppWindow(AppTab::history); }});
     menu.push_back(
-        {text("History", "Verlauf", language), Check::none, [this] { showAppWindow(AppTab::history); }});
-    menu.push_back({text("Settings", "Einstellungen", language), Check::none,
-                    [this] { showAppWindow(AppTab::general); }});
+        {t(u"Settings"_s, u"Einstellungen"_s), Check::none, [this] { showAppWindow(AppTab::general); }});
     if (updateController_.hasUpdater())
-        menu.push_back({text("Check for Updates...", "Nach Updates suchen...", language), Check::none,
+        menu.push_back({t(u"Check for Updates..."_s, u"Nach Updates suchen..."_s), Check::none,
                         [this] { updateController_.checkForUpdates(); }});
     menu.push_back(separator);
-    menu.push_back({text("Quit Velmora", "Velmora beenden", language), Check::none, surface_.terminate});
+    menu.push_back({t(u"Quit Velmora"_s, u"Velmora beenden"_s), Check::none, dependencies_.terminate});
     return menu;
 }
 
 void StatusBarController::showContextMenu()
 {
-    const QRect area = surface_.screens.mainWorkArea();
-    surface_.menus.popUp(contextMenu(),
-                         surface_.statusItem.anchor().value_or(QRect(area.topRight(), QSize(1, 1))),
-                         menuMinimumWidth);
+    const QRect area = dependencies_.screens.mainWorkArea();
+    dependencies_.menus.popUp(contextMenu(),
+                              dependencies_.statusItem.anchor().value_or(QRect(area.topRight(), QSize(1, 1))),
+                              menuMinimumWidth);
 }
 
 void StatusBarController::showAppWindow(AppTab tab)

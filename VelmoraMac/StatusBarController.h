@@ -27,7 +27,7 @@ class StatusBarController : public QObject {
 
 public:
     // What the controller works with; all outlive it.
-    struct Surface {
+    struct Dependencies {
         StatusItem &statusItem;
         QImage templateImage;
         PanelFactory &panels;
@@ -41,7 +41,7 @@ public:
     };
 
     StatusBarController(AppState &appState, UpdateController &updateController,
-                        std::weak_ptr<AppWindowPresenting> windowPresenter, Surface surface);
+                        std::weak_ptr<AppWindowPresenting> windowPresenter, Dependencies dependencies);
     ~StatusBarController() override;
 
 private:
@@ -70,6 +70,7 @@ private:
     void blockStatusItemClicks(std::chrono::milliseconds time);
     void mousePressed(const PointerMonitor::Press &press);
 
+    [[nodiscard]] QString t(const QString &english, const QString &german) const;
     void updateMenu();
     [[nodiscard]] StatusMenu contextMenu();
     void showContextMenu();
@@ -78,7 +79,7 @@ private:
     AppState &appState_;
     UpdateController &updateController_;
     std::weak_ptr<AppWindowPresenting> windowPresenter_;
-    Surface surface_;
+    Dependencies dependencies_;
     PopoverAnimationState popoverAnimationState_;
     std::shared_ptr<Panel> popoverPanel_;
     bool statusItemClicksBlocked_ = false;

@@ -41,41 +41,42 @@ bool isSuccess(std::optional<int> status)
 
 } // namespace
 
-TelemetryService::TelemetryService(const Services &services)
-    : services_(services)
-    , queue_(queueFromJson(services.defaults.data(eventQueueKey).value_or(QByteArray()))
+TelemetryService::TelemetryService(const Dependencies &dependencies)
+    : dependencies_(dependencies)
+    , queue_(queueFromJson(dependencies.defaults.data(eventQueueKey).value_or(QByteArray()))
                  .value_or(QList<TelemetryEnvelope>()))
-    , flushTimer_(services.scheduler)
+    , flushTimer_(dependencies.scheduler)
+    , replies_(dependencies.scheduler)
 {
 }
 
 QString TelemetryService::installID()
 {
-    if (const std::optional<QString> known = services_.defaults.string(installIDKey))
+    if (const std::optional<QString> known = dependencies_.defaults.string(installIDKey))
         return *known;
     QString created = newIdentifier();
-    services_.defaults.setString(installIDKey, created);
+    dependencies_.defaults.setString(installIDKey, created);
     return created;
 }
 
 void TelemetryService::trackFirstLaunchIfNeeded(const AppState &state)
 {
-    if (services_.defaults.boolean(firstLaunchTrackedKey).value_or(false))
+    if (dependencies_.defaults.boolean(firstLaunchTrackedKey).value_or(false))
         return;
     track(TelemetryEventName::appFirstLaunch, state);
-    services_.defaults.setBoolean(firstLaunchTrackedKey, true);
+    dependencies_.defaults.setBoolean(firstLaunchTrackedKey, true);
 }
 
 void TelemetryService::track(TelemetryEventName event, const AppState &state,
                              const Properties &extraProperties)
 {
-    if (!state.telemetryEnabled() || !services_.endpoint)
+    if (!state.telemetryEnabled() || !dependencies_.endpoint)
         return;
-    Properties properties = programProperties(services_.bundle);
+    Properties properties = programProperties(dependencies_.bundle);
     properties.insert(state.telemetryProperties());
     properties.insert(extraProperties);
     queue_.append(
-        {newIdentifier(), wireName(event), installID(), toTheSecond(services_.clock.now()), properties});
+        {newIdentifier(), wireName(event), installID(), toTheSecond(dependencies_.clock.now()), properties});
     trimQueue();
     saveQueue();
     scheduleFlush(delayAfterEvent);
@@ -89,7 +90,7 @@ void TelemetryService::trimQueue()
 
 void TelemetryService::saveQueue()
 {
-    services_.defaults.setData(eventQueueKey, queueToJson(queue_));
+    dependencies_.defaults.setData(eventQueueKey, queueToJson(queue_));
 }
 
 void TelemetryService::scheduleFlush(std::chrono::milliseconds delay)
@@ -100,16 +101,14 @@ void TelemetryService::scheduleFlush(std::chrono::milliseconds delay)
 
 void TelemetryService::flush()
 {
-    if (isFlushing_ || queue_.isEmpty() || !services_.endpoint)
+    if (isFlushing_ || queue_.isEmpty() || !dependencies_.endpoint)
         return;
     isFlushing_ = true;
     const TelemetryBatch batch{queue_.first(std::min(queue_.size(), batchLimit))};
-    services_.https.postJson(
-        *services_.endpoint, batch.toJson(), requestTimeLimit,
-        [this, alive = std::weak_ptr(alive_), sent = batch.events](std::optional<int> status) {
-            if (!alive.expired())
-                handleFlushResponse(sent, status);
-        });
+    dependencies_.https.postJson(*dependencies_.endpoint, batch.toJson(), requestTimeLimit,
+                                 replies_.guarded([this, sent = batch.events](std::optional<int> status) {
+                                     handleFlushResponse(sent, status);
+                                 }));
 }
 
 void TelemetryService::handleFlushResponse(const QList<TelemetryEnvelope> &sent, std::optional<int> status)

@@ -14,7 +14,6 @@
 #include <QUrl>
 
 #include <chrono>
-#include <memory>
 #include <optional>
 
 // Keeps usage events in a small stored queue and sends them in batches. Main thread only.
@@ -25,7 +24,7 @@
 class TelemetryService final : public TelemetrySink {
 public:
     // What the service is kept in and acts through; all outlive it. `endpoint` is fixed for the process.
-    struct Services {
+    struct Dependencies {
         DefaultsStore &defaults;
         HttpsClient &https;
         Scheduler &scheduler;
@@ -34,7 +33,7 @@ public:
         std::optional<QUrl> endpoint;
     };
 
-    explicit TelemetryService(const Services &services);
+    explicit TelemetryService(const Dependencies &dependencies);
 
     void track(TelemetryEventName event, const AppState &state,
                const Properties &extraProperties = {}) override;
@@ -53,9 +52,9 @@ private:
     void trimQueue();
     void saveQueue();
 
-    Services services_;
+    Dependencies dependencies_;
     QList<TelemetryEnvelope> queue_; // Oldest first.
     DelayedSteps flushTimer_;
+    DelayedSteps replies_; // Never starts over: only the end of the service silences a reply.
     bool isFlushing_ = false;
-    std::shared_ptr<char> alive_ = std::make_shared<char>(); // Answers for a destroyed service find it gone.
 };

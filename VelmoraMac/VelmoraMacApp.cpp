@@ -7,6 +7,8 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 constexpr int statusImagePixels = 68;
 constexpr std::chrono::seconds startingTime(2); // What starting needed is not needed afterwards.
@@ -25,16 +27,28 @@ const Platform &prepared(const Platform &platform)
 
 VelmoraMacApp::VelmoraMacApp(const Platform &platform)
     : platform_(prepared(platform))
-    , telemetry_({platform.defaults, platform.https, platform.scheduler, platform.clock, platform.bundle,
-                  TelemetryConfig::endpointURL(platform.bundle)})
-    , views_({platform.windows, platform.screens, platform.scheduler, platform.appearance,
-              platform.releaseMemory})
+    , telemetry_({.defaults = platform.defaults,
+                  .https = platform.https,
+                  .scheduler = platform.scheduler,
+                  .clock = platform.clock,
+                  .bundle = platform.bundle,
+                  .endpoint = TelemetryConfig::endpointURL(platform.bundle)})
+    , views_({.windows = platform.windows,
+              .screens = platform.screens,
+              .scheduler = platform.scheduler,
+              .appearance = platform.appearance,
+              .releaseMemory = platform.releaseMemory})
     , menus_(views_)
     , delegate_(std::make_shared<AppDelegate>(
-          platform, AppDelegate::Surface{
-                        telemetry_, notifications_, views_, views_, menus_,
-                        AppAssets::image(QStringLiteral("velmora-menubar-template"), statusImagePixels).image,
-                        [] { QCoreApplication::quit(); }}))
+          platform,
+          AppDelegate::Dependencies{
+              .telemetry = telemetry_,
+              .notifications = notifications_,
+              .panels = views_,
+              .windows = views_,
+              .menus = menus_,
+              .statusItemImage = AppAssets::image(u"velmora-menubar-template"_s, statusImagePixels).image,
+              .terminate = [] { QCoreApplication::quit(); }}))
 {
 }
 

@@ -68,7 +68,7 @@ class AgentTests : public QObject {
     std::unique_ptr<CopyingProgram> other_;
     int nextLink_ = 0;
 
-    [[nodiscard]] QString folder() const { return home_->filePath(QStringLiteral("velmora")); }
+    [[nodiscard]] QString folder() const { return home_->filePath(u"velmora"_s); }
 
     void start()
     {
@@ -289,3 +289,5 @@ private Q_SLOTS:
 
 static const RegisteredTest<AgentTests> registered;
 #include "AgentTests.moc"
+
+using namespace Qt::StringLiterals;

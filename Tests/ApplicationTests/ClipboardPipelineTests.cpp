@@ -97,7 +97,7 @@ class ClipboardPipelineTests : public QObject {
     std::unique_ptr<CopyingProgram> other_;
     std::unique_ptr<Pipeline> app_;
 
-    [[nodiscard]] QString folder() const { return home_->filePath(QStringLiteral("velmora")); }
+    [[nodiscard]] QString folder() const { return home_->filePath(u"velmora"_s); }
 
     void restart()
     {
@@ -346,3 +346,5 @@ private Q_SLOTS:
 
 static const RegisteredTest<ClipboardPipelineTests> registered;
 #include "ClipboardPipelineTests.moc"
+
+using namespace Qt::StringLiterals;

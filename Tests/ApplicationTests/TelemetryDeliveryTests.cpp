@@ -46,7 +46,7 @@ private Q_SLOTS:
         service.reset();
         state.reset();
         fakes = std::make_unique<FakeServices>();
-        state = std::make_unique<AppState>(fakes->services());
+        state = std::make_unique<AppState>(fakes->dependencies());
         server = std::make_unique<HttpsTestServer>(*certificate);
         client = std::make_unique<QtHttpsClient>(certificate->trustingIt());
         service = serviceOn(fakes->time);
@@ -138,8 +138,13 @@ private Q_SLOTS:
 private:
     std::unique_ptr<TelemetryService> serviceOn(Scheduler &scheduler)
     {
-        return std::make_unique<TelemetryService>(TelemetryService::Services{
-            fakes->defaults, *client, scheduler, fakes->time.wallClock(), fakes->bundle, server->url()});
+        return std::make_unique<TelemetryService>(
+            TelemetryService::Dependencies{.defaults = fakes->defaults,
+                                           .https = *client,
+                                           .scheduler = scheduler,
+                                           .clock = fakes->time.wallClock(),
+                                           .bundle = fakes->bundle,
+                                           .endpoint = server->url()});
     }
 
     // The identifiers of `count` new events, in order.

@@ -102,11 +102,19 @@ private:
         fakes = std::make_unique<FakeServices>();
         server = std::make_unique<HttpsTestServer>(*certificate);
         client = std::make_unique<QtHttpsClient>(certificate->trustingIt());
-        service = std::make_unique<TelemetryService>(TelemetryService::Services{
-            fakes->defaults, *client, fakes->time, fakes->time.wallClock(), fakes->bundle, server->url()});
-        state = std::make_unique<AppState>(AppState::Services{fakes->defaults, fakes->pasteboard,
-                                                              fakes->loginItem, fakes->bundle,
-                                                              fakes->time.wallClock(), *service});
+        service = std::make_unique<TelemetryService>(
+            TelemetryService::Dependencies{.defaults = fakes->defaults,
+                                           .https = *client,
+                                           .scheduler = fakes->time,
+                                           .clock = fakes->time.wallClock(),
+                                           .bundle = fakes->bundle,
+                                           .endpoint = server->url()});
+        state = std::make_unique<AppState>(AppState::Dependencies{.defaults = fakes->defaults,
+                                                                  .pasteboard = fakes->pasteboard,
+                                                                  .loginItem = fakes->loginItem,
+                                                                  .bundle = fakes->bundle,
+                                                                  .clock = fakes->time.wallClock(),
+                                                                  .telemetry = *service});
         monitor = std::make_unique<ClipboardMonitor>(fakes->pasteboard, fakes->time, notices);
         monitor->start(*state);
     }

@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 // Windows in memory that record the calls.
 class FakeAppWindows final : public AppWindowFactory {
 public:
@@ -12,7 +14,7 @@ public:
     {
         view = newView;
         options = newOptions;
-        log.append(QStringLiteral("made"));
+        log.append(u"made"_s);
         return std::make_unique<FakeWindow>(*this);
     }
 
@@ -31,18 +33,18 @@ private:
 
         [[nodiscard]] bool isVisible() const override { return windows_.visible; }
 
-        void centre() override { windows_.log.append(QStringLiteral("centred")); }
+        void centre() override { windows_.log.append(u"centred"_s); }
 
         void bringToFront() override
         {
             windows_.visible = true;
-            windows_.log.append(QStringLiteral("to the front"));
+            windows_.log.append(u"to the front"_s);
         }
 
         void showQuietly() override
         {
             windows_.visible = true;
-            windows_.log.append(QStringLiteral("shown quietly"));
+            windows_.log.append(u"shown quietly"_s);
         }
 
     private:

@@ -4,18 +4,20 @@
 
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 // Records the requests and succeeds or fails as the test sets it.
 class FakeLoginItem final : public LoginItem {
 public:
     [[nodiscard]] bool registerItem() override
     {
-        calls.append(QStringLiteral("register"));
+        calls.append(u"register"_s);
         return agrees;
     }
 
     [[nodiscard]] bool unregisterItem() override
     {
-        calls.append(QStringLiteral("unregister"));
+        calls.append(u"unregister"_s);
         return agrees;
     }
 

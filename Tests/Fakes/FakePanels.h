@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 // Panels in memory. What happened to a panel can still be read when it is gone.
 class FakePanels final : public PanelFactory {
 public:
@@ -74,8 +76,7 @@ private:
         void setFrame(const QRect &frame, FrameChange change) override
         {
             record_->frame = frame;
-            record_->frameChanges.append(change == FrameChange::atOnce ? QStringLiteral("at once")
-                                                                       : QStringLiteral("animated"));
+            record_->frameChanges.append(change == FrameChange::atOnce ? u"at once"_s : u"animated"_s);
         }
 
         [[nodiscard]] bool isVisible() const override { return record_->visible; }

@@ -9,7 +9,7 @@
 
 #include <VelmoraMac/AppState.h>
 
-// Fakes of everything that AppState needs: AppState state(fakes.services());
+// Fakes of everything that AppState needs: AppState state(fakes.dependencies());
 struct FakeServices {
     VirtualTime time;
     MemoryDefaultsStore defaults;
@@ -18,8 +18,13 @@ struct FakeServices {
     FakeBundleInfo bundle;
     RecordingTelemetrySink telemetry;
 
-    AppState::Services services()
+    AppState::Dependencies dependencies()
     {
-        return {defaults, pasteboard, loginItem, bundle, time.wallClock(), telemetry};
+        return {.defaults = defaults,
+                .pasteboard = pasteboard,
+                .loginItem = loginItem,
+                .bundle = bundle,
+                .clock = time.wallClock(),
+                .telemetry = telemetry};
     }
 };

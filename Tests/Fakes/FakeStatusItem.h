@@ -5,6 +5,8 @@
 #include <QImage>
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 // A status item in memory; a test clicks it through `events`.
 class FakeStatusItem final : public StatusItem {
 public:
@@ -25,7 +27,7 @@ public:
     void fadeOpacity(double newOpacity, std::chrono::milliseconds duration) override
     {
         opacity = newOpacity;
-        log.append(QStringLiteral("%1 in %2 ms").arg(newOpacity).arg(duration.count()));
+        log.append(u"%1 in %2 ms"_s.arg(newOpacity).arg(duration.count()));
     }
 
     void setToolTip(const QString &text) override { toolTip = text; }

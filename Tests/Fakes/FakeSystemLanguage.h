@@ -2,10 +2,12 @@
 
 #include <VelmoraPlatform/SystemLanguage.h>
 
+using namespace Qt::StringLiterals;
+
 // A desktop whose language the test chooses.
 class FakeSystemLanguage final : public SystemLanguage {
 public:
     [[nodiscard]] QString code() const override { return languageCode; }
 
-    QString languageCode = QStringLiteral("en");
+    QString languageCode = u"en"_s;
 };

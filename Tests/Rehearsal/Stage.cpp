@@ -37,7 +37,7 @@ void prepareFont(const QString &family)
 Stage::Stage(const StageSetup &setup)
 {
     fill(fakes.defaults, setup);
-    state = std::make_unique<AppState>(fakes.services());
+    state = std::make_unique<AppState>(fakes.dependencies());
     updates = std::make_unique<UpdateController>(fakes.bundle, UpdateController::MakeUpdater());
     updateWindow = std::make_unique<UpdateWindow>(*state, windows);
     engine_.addImportPath(u"qrc:/qt/qml"_s);

@@ -60,14 +60,35 @@ struct Application {
     FakeAppWindows windows;
     FakeMenuPresenter menus;
     NotificationCenter notifications;
-    TelemetryService telemetry{TelemetryService::Services{fakes.defaults, https, fakes.time,
-                                                          fakes.time.wallClock(), fakes.bundle,
-                                                          QUrl(u"https://events.example/e"_s)}};
-    Platform platform{fakes.bundle, fakes.defaults, fakes.pasteboard, fakes.time, fakes.time.wallClock(),
-                      language,     https,          fakes.loginItem,  {},         instance,
-                      item,         windowManager,  pointer,          screens,    appearance};
-    std::shared_ptr<AppDelegate> delegate = std::make_shared<AppDelegate>(
-        platform, AppDelegate::Surface{telemetry, notifications, panels, windows, menus, QImage(), [] {}});
+    TelemetryService telemetry{{.defaults = fakes.defaults,
+                                .https = https,
+                                .scheduler = fakes.time,
+                                .clock = fakes.time.wallClock(),
+                                .bundle = fakes.bundle,
+                                .endpoint = QUrl(u"https://events.example/e"_s)}};
+    Platform platform{.bundle = fakes.bundle,
+                      .defaults = fakes.defaults,
+                      .pasteboard = fakes.pasteboard,
+                      .scheduler = fakes.time,
+                      .clock = fakes.time.wallClock(),
+                      .language = language,
+                      .https = https,
+                      .loginItem = fakes.loginItem,
+                      .makeUpdater = {},
+                      .instance = instance,
+                      .statusItem = item,
+                      .windows = windowManager,
+                      .pointer = pointer,
+                      .screens = screens,
+                      .appearance = appearance};
+    std::shared_ptr<AppDelegate> delegate =
+        std::make_shared<AppDelegate>(platform, AppDelegate::Dependencies{.telemetry = telemetry,
+                                                                          .notifications = notifications,
+                                                                          .panels = panels,
+                                                                          .windows = windows,
+                                                                          .menus = menus,
+                                                                          .statusItemImage = QImage(),
+                                                                          .terminate = [] {}});
 
     QStringList events() const
     {

@@ -30,7 +30,7 @@ private Q_SLOTS:
 
     void aFreshStoreGivesTheDefaultsAndThenHoldsOnlyTheDay()
     {
-        const AppState state(fakes->services());
+        const AppState state(fakes->dependencies());
 
         QCOMPARE(state.activeAppTab(), AppTab::general);
         QVERIFY(state.autoCleanEnabled());
@@ -56,7 +56,7 @@ private Q_SLOTS:
     void aFreshStoreOnAGermanSystemSpeaksGerman()
     {
         language.languageCode = u"de"_s;
-        QCOMPARE(AppState(fakes->services()).language(), AppLanguage::german);
+        QCOMPARE(AppState(fakes->dependencies()).language(), AppLanguage::german);
     }
 
     void loadingSendsNoEventAndLeavesTheLoginItemAlone()
@@ -66,7 +66,7 @@ private Q_SLOTS:
         fakes->defaults.place(u"ignoredDomainsText"_s, u"a.com"_s);
         fakes->defaults.place(u"language"_s, u"german"_s);
 
-        const AppState state(fakes->services());
+        const AppState state(fakes->dependencies());
 
         QVERIFY(fakes->telemetry.events.isEmpty());
         QVERIFY(fakes->loginItem.calls.isEmpty());
@@ -77,7 +77,7 @@ private Q_SLOTS:
     void everySettingSurvivesARestart()
     {
         {
-            AppState state(fakes->services());
+            AppState state(fakes->dependencies());
             state.setAutoCleanEnabled(false);
             state.setLaunchAtLoginEnabled(true);
             state.setIgnoredDomainsText(u"a.com\nb.com"_s);
@@ -88,7 +88,7 @@ private Q_SLOTS:
             state.setActiveAppTab(AppTab::history);
             state.record({u"https://a.example/?si=1"_s, u"https://a.example/"_s, {u"si"_s, u"gclid"_s}});
         }
-        const AppState state(fakes->services());
+        const AppState state(fakes->dependencies());
         QVERIFY(!state.autoCleanEnabled());
         QVERIFY(state.launchAtLoginEnabled());
         QCOMPARE(state.ignoredDomainsText(), u"a.com\nb.com"_s);
@@ -112,7 +112,7 @@ private Q_SLOTS:
         fakes->defaults.place(u"appTheme"_s, u"neon"_s);
         fakes->defaults.place(u"totalCleaned"_s, u"many"_s);
 
-        const AppState state(fakes->services());
+        const AppState state(fakes->dependencies());
 
         QVERIFY(state.autoCleanEnabled());
         QVERIFY(!state.launchAtLoginEnabled());
@@ -142,14 +142,14 @@ private Q_SLOTS:
         QFETCH(AppLanguage, taken);
         language.languageCode = u"de"_s;
         fakes->defaults.place(u"language"_s, stored);
-        QCOMPARE(AppState(fakes->services()).language(), taken);
+        QCOMPARE(AppState(fakes->dependencies()).language(), taken);
     }
 
     // Setters
 
     void pausingAndResumingAreReportedButNotTheSameValueAgain()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         const QSignalSpy changed(&state, &AppState::autoCleanEnabledChanged);
         fakes->defaults.writes.clear();
 
@@ -167,7 +167,7 @@ private Q_SLOTS:
 
     void languageAndThemeAreWrittenAlwaysAndReportedWhenTheyChange()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         fakes->defaults.writes.clear();
 
         state.setLanguage(AppLanguage::english);
@@ -184,7 +184,7 @@ private Q_SLOTS:
 
     void askFirstTelemetryAndTabReportNothing()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         fakes->defaults.writes.clear();
 
         state.setAskBeforeCleaningEnabled(true);
@@ -215,7 +215,7 @@ private Q_SLOTS:
         QFETCH(QString, before);
         QFETCH(QString, after);
         QFETCH(QString, event);
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.setIgnoredDomainsText(before);
         fakes->telemetry.events.clear();
 
@@ -230,7 +230,7 @@ private Q_SLOTS:
     void theTelemetryPropertiesAreTheFourOfTheStateAsItIsNow()
     {
         fakes->defaults.place(u"totalCleaned"_s, qint64(101));
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.setLanguage(AppLanguage::system);
         state.setAppTheme(VelmoraTheme::ocean);
         QCOMPARE(state.telemetryProperties(),
@@ -242,7 +242,7 @@ private Q_SLOTS:
 
     void theCleaningModeIsManualWheneverCleaningIsPaused()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         const auto mode = [&] { return state.telemetryProperties()[u"cleaning_mode"_s]; };
         QCOMPARE(mode(), u"auto"_s);
         state.setAskBeforeCleaningEnabled(true);

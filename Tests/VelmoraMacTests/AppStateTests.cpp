@@ -38,7 +38,7 @@ private Q_SLOTS:
 
     void aCleaningOfSeveralLinksCountsOnceAndItsParametersEach()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.record(resultOf(u"https://a.example https://b.example"_s, {u"si"_s, u"gclid"_s, u"si"_s}));
 
         QCOMPARE(state.totalCleaned(), 1);
@@ -55,7 +55,7 @@ private Q_SLOTS:
 
     void aCleaningIsReportedWithItsBucketOnly()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.record(resultOf(u"https://secret.example/"_s, {u"si"_s, u"gclid"_s, u"fbclid"_s}));
 
         QCOMPARE(fakes->telemetry.names(), QStringList(u"link_cleaned"_s));
@@ -67,7 +67,7 @@ private Q_SLOTS:
     {
         fakes->defaults.place(u"todayKey"_s, u"2026-03-06"_s);
         fakes->defaults.place(u"cleanedToday"_s, qint64(41));
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         QCOMPARE(state.cleanedToday(), 0);
         QCOMPARE(fakes->defaults.integer(u"cleanedToday"), 0);
 
@@ -77,7 +77,7 @@ private Q_SLOTS:
 
     void yesterdaysCountStaysOnScreenUntilTheNextCleaning()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
         state.record(resultOf(u"https://b.example/"_s, {u"si"_s}));
 
@@ -92,13 +92,13 @@ private Q_SLOTS:
     {
         const QDateTime lateInUtc(QDate(2026, 3, 7), QTime(23, 30), Qt::UTC);
         fakes->time.wallClock().set(lateInUtc.toOffsetFromUtc(3600));
-        const AppState state(fakes->services());
+        const AppState state(fakes->dependencies());
         QCOMPARE(fakes->defaults.string(u"todayKey"), u"2026-03-08"_s);
     }
 
     void theCountOfTheDayIsReadFromTheStore()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         fakes->defaults.place(u"cleanedToday"_s, qint64(9));
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
         QCOMPARE(state.cleanedToday(), 10);
@@ -106,7 +106,7 @@ private Q_SLOTS:
 
     void everyCleaningIsAnnouncedAlsoWhenItEqualsTheLast()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         const QSignalSpy results(&state, &AppState::lastResultChanged);
         const QSignalSpy moments(&state, &AppState::lastCleanedAtChanged);
 
@@ -125,7 +125,7 @@ private Q_SLOTS:
 
     void theThirtyFirstCleaningDropsTheOldestEntry()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         for (int i = 1; i <= 31; ++i)
             state.record(resultOf(u"https://example.org/%1"_s.arg(i), {u"si"_s}));
 
@@ -138,7 +138,7 @@ private Q_SLOTS:
 
     void theSameLinkTwiceGivesTwoEntries()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
         QCOMPARE(state.historyEntries().size(), 2);
@@ -147,7 +147,7 @@ private Q_SLOTS:
 
     void clearingTheHistoryRemovesItsKeyAndKeepsTheCounters()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
 
         state.clearHistory();
@@ -162,7 +162,7 @@ private Q_SLOTS:
     void aDamagedHistoryReadsAsEmptyAndIsReplacedByTheNextCleaning()
     {
         fakes->defaults.place(u"historyEntries"_s, QByteArray("[{\"id\":1}]"));
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         QVERIFY(state.historyEntries().isEmpty());
         QCOMPARE(fakes->defaults.data(u"historyEntries"), QByteArray("[{\"id\":1}]"));
 
@@ -172,7 +172,7 @@ private Q_SLOTS:
 
     void copyingAgainAndRestoringOnlyWriteTheText()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
         const CleanHistoryEntry entry = state.historyEntries().first();
         fakes->telemetry.events.clear();
@@ -193,7 +193,7 @@ private Q_SLOTS:
 
     void ignoringTheLastDomainTwiceAddsItOnce()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.setIgnoredDomainsText(u"other.example"_s);
         state.record(resultOf(u"see https://www.Shop.example:8080/?a=1 and https://b.example/"_s, {u"si"_s}));
         fakes->telemetry.events.clear();
@@ -209,7 +209,7 @@ private Q_SLOTS:
 
     void theLastDomainIsAppendedToBlanksDirectly()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.setIgnoredDomainsText(u"   "_s);
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
         state.addIgnoredHostFromLastResult();
@@ -219,7 +219,7 @@ private Q_SLOTS:
 
     void linksWithoutAHostArePassedOver()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.record(resultOf(u"mailto:me@mail.example then https://a.example/"_s, {u"si"_s}));
         state.addIgnoredHostFromLastResult();
         QCOMPARE(state.ignoredDomainsText(), u"a.example"_s);
@@ -227,7 +227,7 @@ private Q_SLOTS:
 
     void withoutALastResultOrAHostNothingIsIgnored()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.addIgnoredHostFromLastResult();
         state.record(resultOf(u"no link here"_s, {u"si"_s}));
         fakes->defaults.writes.clear();
@@ -241,7 +241,7 @@ private Q_SLOTS:
     void startAtLoginIsRegisteredAndUnregisteredOnEveryAssignment()
     {
         fakes->bundle.values.insert(u"CFBundleIdentifier"_s, u"app.velmora.Velmora"_s);
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
 
         state.setLaunchAtLoginEnabled(true);
         state.setLaunchAtLoginEnabled(true);
@@ -253,7 +253,7 @@ private Q_SLOTS:
 
     void startAtLoginWithoutABundleIsExplained()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.setLaunchAtLoginEnabled(true);
         QCOMPARE(state.lastError(), u"Start at Login works in the bundled app build."_s);
         state.setLanguage(AppLanguage::german);
@@ -266,7 +266,7 @@ private Q_SLOTS:
     void aRefusedStartAtLoginKeepsTheChoiceAndASuccessClearsTheMessage()
     {
         fakes->bundle.values.insert(u"CFBundleIdentifier"_s, u"app.velmora.Velmora"_s);
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         fakes->loginItem.agrees = false;
 
         state.setLaunchAtLoginEnabled(true);
@@ -282,7 +282,7 @@ private Q_SLOTS:
     void turningStartAtLoginOffAfterAFailureClearsTheMessageToo()
     {
         fakes->bundle.values.insert(u"CFBundleIdentifier"_s, u"app.velmora.Velmora"_s);
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         fakes->loginItem.agrees = false;
         state.setLaunchAtLoginEnabled(true);
 
@@ -296,7 +296,7 @@ private Q_SLOTS:
     void aLateRefusalOfStartAtLoginIsReportedAndKeepsTheChoice()
     {
         fakes->bundle.values.insert(u"CFBundleIdentifier"_s, u"app.velmora.Velmora"_s);
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.setLaunchAtLoginEnabled(true);
         QCOMPARE(state.lastError(), QString());
 
@@ -308,7 +308,7 @@ private Q_SLOTS:
 
     void cleaningsAndHistoryActionsClearTheMessage()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         state.setLaunchAtLoginEnabled(true);
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
         QCOMPARE(state.lastError(), QString());
@@ -322,7 +322,7 @@ private Q_SLOTS:
     {
         fakes->defaults.place(u"language"_s, u"german"_s);
         fakes->defaults.fail(DefaultsStore::Problem::setAside);
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         QVERIFY(state.lastError().startsWith(u"Die Einstellungsdatei war beschädigt."_s));
 
         fakes->defaults.failsWrites = true;
@@ -333,15 +333,16 @@ private Q_SLOTS:
 
     void aSessionWithoutAClipboardIsNamedInTheSettings()
     {
-        QVERIFY(AppState(fakes->services()).lastError().isEmpty());
+        QVERIFY(AppState(fakes->dependencies()).lastError().isEmpty());
         fakes->pasteboard.reachable = false;
         fakes->defaults.setString(u"language", u"german"_s);
-        QVERIFY(AppState(fakes->services()).lastError().startsWith(u"Velmora erreicht die Zwischenablage"_s));
+        QVERIFY(
+            AppState(fakes->dependencies()).lastError().startsWith(u"Velmora erreicht die Zwischenablage"_s));
     }
 
     void aCleaningThatCannotBeSavedSaysSo()
     {
-        AppState state(fakes->services());
+        AppState state(fakes->dependencies());
         fakes->defaults.failsWrites = true;
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
         QVERIFY(state.lastError().startsWith(u"Settings cannot be saved"_s));

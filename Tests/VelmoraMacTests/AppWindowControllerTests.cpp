@@ -16,7 +16,7 @@ private Q_SLOTS:
     void theWindowIsMadeOnFirstShowAndCentredOnce()
     {
         FakeServices fakes;
-        AppState state(fakes.services());
+        AppState state(fakes.dependencies());
         UpdateController updates(fakes.bundle, {});
         FakeAppWindows windows;
         NotificationCenter notifications;

@@ -29,7 +29,7 @@ private Q_SLOTS:
         toasts.reset(); // Before what they were made from.
         appState.reset();
         fakes = std::make_unique<FakeServices>();
-        appState = std::make_unique<AppState>(fakes->services());
+        appState = std::make_unique<AppState>(fakes->dependencies());
         panels = std::make_unique<FakePanels>();
         screens = {};
         toasts = std::make_unique<CleanToastPresenter>(*appState, *panels, screens, fakes->time);

@@ -42,7 +42,7 @@ private Q_SLOTS:
         notices = {};
         fakes = std::make_unique<FakeServices>();
         fakes->pasteboard.notifies = notifies;
-        state = std::make_unique<AppState>(fakes->services());
+        state = std::make_unique<AppState>(fakes->dependencies());
         monitor = std::make_unique<ClipboardMonitor>(fakes->pasteboard, fakes->time, notices);
     }
 

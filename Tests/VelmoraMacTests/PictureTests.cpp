@@ -15,10 +15,7 @@ class PictureTests : public QObject {
     static constexpr int toleratedDifference = 24; // Of a component.
     static constexpr double toleratedPart = 0.002; // Of all pixels, beyond that difference.
 
-    static QString reference(const QString &name)
-    {
-        return QStringLiteral(VELMORA_PICTURES "/") + name + u".png"_s;
-    }
+    static QString reference(const QString &name) { return u"" VELMORA_PICTURES "/"_s + name + u".png"_s; }
 
     // How many pixels differ too much; `difference` shows where.
     static int differing(const QImage &a, const QImage &b, QImage &difference,

@@ -58,7 +58,7 @@ struct Shell {
     AppState &appState()
     {
         if (!state)
-            state = std::make_unique<AppState>(fakes.services());
+            state = std::make_unique<AppState>(fakes.dependencies());
         return *state;
     }
 
@@ -72,8 +72,16 @@ struct Shell {
         image.fill(Qt::black);
         controller = std::make_unique<StatusBarController>(
             appState(), *updateController, presenter,
-            StatusBarController::Surface{item, image, panels, menus, pointer, screens, fakes.time,
-                                         fakes.telemetry, notifications, [this] { ++terminations; }});
+            StatusBarController::Dependencies{.statusItem = item,
+                                              .templateImage = image,
+                                              .panels = panels,
+                                              .menus = menus,
+                                              .pointer = pointer,
+                                              .screens = screens,
+                                              .scheduler = fakes.time,
+                                              .telemetry = fakes.telemetry,
+                                              .notifications = notifications,
+                                              .terminate = [this] { ++terminations; }});
     }
 
     void click() const { item.events.activated(); }

@@ -54,7 +54,7 @@ private Q_SLOTS:
         endpoint = QUrl(u"https://events.example/e"_s);
         fakes = std::make_unique<FakeServices>();
         https = std::make_unique<FakeHttpsClient>(fakes->time);
-        state = std::make_unique<AppState>(fakes->services());
+        state = std::make_unique<AppState>(fakes->dependencies());
         restart();
     }
 
@@ -405,8 +405,13 @@ private:
     void restart()
     {
         service.reset();
-        service = std::make_unique<TelemetryService>(TelemetryService::Services{
-            fakes->defaults, *https, fakes->time, fakes->time.wallClock(), fakes->bundle, endpoint});
+        service = std::make_unique<TelemetryService>(
+            TelemetryService::Dependencies{.defaults = fakes->defaults,
+                                           .https = *https,
+                                           .scheduler = fakes->time,
+                                           .clock = fakes->time.wallClock(),
+                                           .bundle = fakes->bundle,
+                                           .endpoint = endpoint});
     }
 
     [[nodiscard]] QList<TelemetryEnvelope> stored() const

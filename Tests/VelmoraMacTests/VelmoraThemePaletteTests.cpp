@@ -105,11 +105,10 @@ private Q_SLOTS:
         for (int i = 0; i < fields.propertyCount(); ++i)
             names.append(QLatin1String(fields.property(i).name()));
 
-        QCOMPARE(names.join(QLatin1Char(' ')),
-                 QStringLiteral(
-                     "backgroundColors glowPrimary glowSecondary primaryText secondaryText mutedText "
-                     "cardFill cardStroke linkRowFill successAccent dangerAccent infoAccent warningText "
-                     "badgeText overlayScrim materialOpacity switchColors"));
+        QCOMPARE(names.join(u' '),
+                 u"backgroundColors glowPrimary glowSecondary primaryText secondaryText mutedText "
+                 u"cardFill cardStroke linkRowFill successAccent dangerAccent infoAccent warningText "
+                 u"badgeText overlayScrim materialOpacity switchColors"_s);
     }
 
     void theSystemsColoursFollowTheAppearance()
@@ -143,7 +142,7 @@ private Q_SLOTS:
                                          Surroundings::legible(p.warningText, p)};
             for (const QColor &text : texts)
                 QVERIFY2(Contrast::ratio(text, ground) >= 4.5,
-                         qPrintable(text.name(QColor::HexArgb) + QStringLiteral(" on ") + ground.name()));
+                         qPrintable(text.name(QColor::HexArgb) + u" on "_s + ground.name()));
         }
     }
 
@@ -182,3 +181,5 @@ private Q_SLOTS:
 
 static const RegisteredTest<VelmoraThemePaletteTests> registered;
 #include "VelmoraThemePaletteTests.moc"
+
+using namespace Qt::StringLiterals;

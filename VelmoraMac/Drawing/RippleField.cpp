@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr double firstRing = 44; // Points: the rings inside it belong to the seal.
@@ -47,7 +49,7 @@ void RippleField::paint(QPainter *painter)
 
     const double side = std::max(150.0, height() * 1.02);
     const double ratio = painter->device()->devicePixelRatioF();
-    QImage mark = AppAssets::symbol(QStringLiteral("velmora"), qRound(side * ratio));
+    QImage mark = AppAssets::symbol(u"velmora"_s, qRound(side * ratio));
     QPainter tint(&mark);
     tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
     tint.fillRect(mark.rect(), at(color_, markOpacity));

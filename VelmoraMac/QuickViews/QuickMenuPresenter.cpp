@@ -6,6 +6,8 @@
 #include <QMouseEvent>
 #include <QQuickItem>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 constexpr int cornerRadius = 8;
 }
@@ -24,10 +26,10 @@ void QuickMenuPresenter::popUp(const StatusMenu &menu, const QRect &anchor, int 
         QMetaObject::invokeMethod(this, action, Qt::QueuedConnection);
         dismiss();
     });
-    window_ = views_.load({QUrl(QStringLiteral("qrc:/qt/qml/VelmoraMac/QuickViews/StatusMenuView.qml")),
-                           {{QStringLiteral("menu"), QVariant::fromValue(model_.get())}},
+    window_ = views_.load({QUrl(u"qrc:/qt/qml/VelmoraMac/QuickViews/StatusMenuView.qml"_s),
+                           {{u"menu"_s, QVariant::fromValue(model_.get())}},
                            {}});
-    const QuickViews::Desktop &desktop = views_.desktop();
+    const QuickViews::Dependencies &desktop = views_.dependencies();
     const QQuickItem *view = window_->rootObject();
     const QSize size =
         view == nullptr ? QSize(1, 1) : QSizeF(view->implicitWidth(), view->implicitHeight()).toSize();

@@ -11,6 +11,7 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
@@ -20,10 +21,11 @@ constexpr auto restBeforeRelease = 2s;
 constexpr auto engineKeptFor = 60s;
 } // namespace
 
-QuickViews::QuickViews(Desktop desktop)
-    : desktop_(std::move(desktop))
+QuickViews::QuickViews(Dependencies dependencies)
+    : dependencies_(std::move(dependencies))
+    , rest_(dependencies_.scheduler)
 {
-    desktop_.appearance.addChangeHandler([self = QPointer(this)] {
+    dependencies_.appearance.addChangeHandler([self = QPointer(this)] {
         if (self)
             self->followAppearance();
     });
@@ -33,19 +35,20 @@ QuickViews::~QuickViews() = default;
 
 std::unique_ptr<Panel> QuickViews::makePanel(const View &view, const PanelOptions &options)
 {
-    return std::make_unique<QuickPanel>(load(view), options, desktop_.windows, desktop_.appearance);
+    return std::make_unique<QuickPanel>(load(view), options, dependencies_.windows, dependencies_.appearance);
 }
 
 std::unique_ptr<AppWindow> QuickViews::makeWindow(const View &view, const AppWindowOptions &options)
 {
-    return std::make_unique<QuickAppWindow>(load(view), options, desktop_.windows, desktop_.screens);
+    return std::make_unique<QuickAppWindow>(load(view), options, dependencies_.windows,
+                                            dependencies_.screens);
 }
 
 QuickWindow QuickViews::load(const View &view)
 {
     QuickWindow window(new QQuickView(&engine(), nullptr));
     liveViews_.append(window.get());
-    ++loads_;
+    rest_.startOver();
     connect(window.get(), &QObject::destroyed, this, [this, gone = window.get()] { viewGone(gone); });
     window->setColor(Qt::transparent);
     window->setResizeMode(QQuickView::SizeRootObjectToView);
@@ -60,7 +63,7 @@ QQmlEngine &QuickViews::engine()
 {
     if (!engine_) {
         engine_ = std::make_unique<QQmlEngine>();
-        engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
+        engine_->addImportPath(u"qrc:/qt/qml"_s);
         followAppearance();
     }
     return *engine_;
@@ -73,14 +76,14 @@ void QuickViews::followAppearance()
     auto *surroundings = Surroundings::in(*engine_);
     if (surroundings == nullptr)
         return;
-    surroundings->setDarkAppearance(desktop_.appearance.colorScheme() == Appearance::ColorScheme::dark);
-    surroundings->setReducedMotion(desktop_.appearance.reducesMotion());
+    surroundings->setDarkAppearance(dependencies_.appearance.colorScheme() == Appearance::ColorScheme::dark);
+    surroundings->setReducedMotion(dependencies_.appearance.reducesMotion());
 }
 
 void QuickViews::forgetEngine()
 {
     engine_.reset();
-    desktop_.releaseMemory();
+    dependencies_.releaseMemory();
 }
 
 void QuickViews::closeAll()
@@ -96,15 +99,6 @@ void QuickViews::viewGone(QQuickView *view)
     liveViews_.removeOne(view);
     if (!liveViews_.isEmpty())
         return;
-    afterRest(restBeforeRelease, [this] { desktop_.releaseMemory(); });
-    afterRest(engineKeptFor, [this] { forgetEngine(); });
-}
-
-// Runs `step` unless a view is loaded in the meantime.
-void QuickViews::afterRest(std::chrono::seconds rest, std::function<void()> step)
-{
-    desktop_.scheduler.after(rest, [self = QPointer(this), loads = loads_, step = std::move(step)] {
-        if (self && self->loads_ == loads)
-            step();
-    });
+    rest_.after(restBeforeRelease, [this] { dependencies_.releaseMemory(); });
+    rest_.after(engineKeptFor, [this] { forgetEngine(); });
 }

@@ -3,6 +3,7 @@
 #include <VelmoraMac/Shell/AppWindow.h>
 #include <VelmoraMac/Shell/Panel.h>
 #include <VelmoraPlatform/Appearance.h>
+#include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/Scheduler.h>
 #include <VelmoraPlatform/Screens.h>
 #include <VelmoraPlatform/WindowManager.h>
@@ -31,7 +32,7 @@ class QuickViews : public QObject, public PanelFactory, public AppWindowFactory 
 
 public:
     // All outlive this object.
-    struct Desktop {
+    struct Dependencies {
         WindowManager &windows;
         const Screens &screens;
         Scheduler &scheduler;
@@ -39,7 +40,7 @@ public:
         std::function<void()> releaseMemory;
     };
 
-    explicit QuickViews(Desktop desktop);
+    explicit QuickViews(Dependencies dependencies);
     ~QuickViews() override;
 
     [[nodiscard]] std::unique_ptr<Panel> makePanel(const View &view, const PanelOptions &options) override;
@@ -52,17 +53,16 @@ public:
     // A window, not shown yet, whose root object is `view`.
     [[nodiscard]] QuickWindow load(const View &view);
 
-    [[nodiscard]] const Desktop &desktop() const { return desktop_; }
+    [[nodiscard]] const Dependencies &dependencies() const { return dependencies_; }
 
 private:
     QQmlEngine &engine();
     void followAppearance();
     void forgetEngine();
     void viewGone(QQuickView *view);
-    void afterRest(std::chrono::seconds rest, std::function<void()> step);
 
-    Desktop desktop_;
+    Dependencies dependencies_;
     std::unique_ptr<QQmlEngine> engine_;
     QList<QQuickView *> liveViews_;
-    quint64 loads_ = 0;
+    DelayedSteps rest_; // What follows the last view, unless another one is loaded by then.
 };

@@ -4,17 +4,21 @@
 #include <QString>
 #include <qqmlintegration.h>
 
-// Announcements inside the process, from whoever has something to say to whoever listens.
+// Notifications inside the process: posted under a name, received by everybody who is connected.
 class NotificationCenter : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("There is one, made when the application starts")
+    // The name under which the user asks for a lost status item.
+    Q_PROPERTY(QString restoreMenuBarIcon READ restoreMenuBarIcon CONSTANT)
 
 public:
     using QObject::QObject;
 
-    // The user wants the status item back.
-    static QString restoreMenuBarIcon() { return QStringLiteral("VelmoraRestoreMenuBarIcon"); }
+    [[nodiscard]] static QString restoreMenuBarIcon()
+    {
+        return QString::fromUtf16(u"VelmoraRestoreMenuBarIcon");
+    }
 
     Q_INVOKABLE void post(const QString &name) { Q_EMIT posted(name); }
 

@@ -1,5 +1,7 @@
 #include "StatusMenuModel.h"
 
+using namespace Qt::StringLiterals;
+
 StatusMenuModel::StatusMenuModel(StatusMenu menu, int minimumWidth)
     : menu_(std::move(menu))
     , minimumWidth_(minimumWidth)
@@ -10,8 +12,8 @@ QVariantList StatusMenuModel::entries() const
 {
     QVariantList entries;
     for (const StatusMenuEntry &entry : menu_) {
-        entries.append(QVariantMap{{QStringLiteral("title"), entry.title},
-                                   {QStringLiteral("checked"), entry.check == StatusMenuEntry::Check::on}});
+        entries.append(QVariantMap{{u"title"_s, entry.title},
+                                   {u"checked"_s, entry.check == StatusMenuEntry::Check::on}});
     }
     return entries;
 }

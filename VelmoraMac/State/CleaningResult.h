@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <qqmlintegration.h>
 
+#include <string>
+
 // What a cleaning did to a copied text, in the application's text form. A plain value.
 //
 // The values of removed parameters stay in the engine: nothing here shows, counts or keeps them.
@@ -21,6 +23,8 @@ public:
     QString originalText;
     QString cleanedText;
     QStringList removedParameterNames; // In removal order, repeats kept.
+    // The cleaned text as it goes back to the clipboard: bytes that are not valid UTF-8 stay what they are.
+    std::string cleanedBytes = {};
 
     [[nodiscard]] int removedCount() const { return static_cast<int>(removedParameterNames.size()); }
 

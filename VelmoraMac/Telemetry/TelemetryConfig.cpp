@@ -16,7 +16,7 @@ QUrl configuredURL(const BundleInfo &bundle, const QString &host)
 
 QString TelemetryConfig::builtInHost()
 {
-    return QStringLiteral(VELMORA_TELEMETRY_HOST);
+    return u"" VELMORA_TELEMETRY_HOST ""_s;
 }
 
 std::optional<QUrl> TelemetryConfig::endpointURL(const BundleInfo &bundle, const QString &host)

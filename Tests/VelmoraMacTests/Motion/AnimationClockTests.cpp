@@ -28,7 +28,7 @@ private Q_SLOTS:
 
     void initTestCase()
     {
-        engine_.addImportPath(QStringLiteral("qrc:/qt/qml"));
+        engine_.addImportPath(u"qrc:/qt/qml"_s);
         clock().setVirtual();
     }
 
@@ -37,8 +37,7 @@ private Q_SLOTS:
         QStringList log;
         const auto start = clock().now();
         const auto note = [&](const char *what) {
-            log.append(
-                QStringLiteral("%1 at %2").arg(QLatin1String(what)).arg((clock().now() - start) / 1ms));
+            log.append(u"%1 at %2"_s.arg(QLatin1String(what)).arg((clock().now() - start) / 1ms));
         };
         clock().after(20ms, [&] { note("second"); });
         clock().after(10ms, [&] {
@@ -48,8 +47,7 @@ private Q_SLOTS:
 
         clock().pass(40ms);
 
-        QCOMPARE(log, QStringList({QStringLiteral("first at 10"), QStringLiteral("between at 15"),
-                                   QStringLiteral("second at 20")}));
+        QCOMPARE(log, QStringList({u"first at 10"_s, u"between at 15"_s, u"second at 20"_s}));
     }
 
     void aSpringStandsWhereItWasMade()
@@ -132,7 +130,7 @@ private Q_SLOTS:
     void theClockRestsWhileNothingMoves()
     {
         QQmlEngine engine;
-        engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+        engine.addImportPath(u"qrc:/qt/qml"_s);
         AnimationClock &real = *AnimationClock::in(engine);
         int beats = 0;
         connect(&real, &AnimationClock::beat, this, [&beats] { ++beats; });
@@ -150,3 +148,5 @@ private Q_SLOTS:
 
 static const RegisteredGuiTest<AnimationClockTests> registered;
 #include "AnimationClockTests.moc"
+
+using namespace Qt::StringLiterals;

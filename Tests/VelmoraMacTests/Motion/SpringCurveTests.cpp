@@ -18,7 +18,7 @@ class SpringCurveTests : public QObject {
     {
         const double expected = *static_cast<double *>(QTest::qData(column, QMetaType::Double));
         QVERIFY2(std::abs(found - expected) <= digits,
-                 qPrintable(QStringLiteral("%1: %2").arg(QLatin1String(column)).arg(found)));
+                 qPrintable(u"%1: %2"_s.arg(QLatin1String(column)).arg(found)));
     }
 
 private Q_SLOTS:
@@ -119,3 +119,5 @@ private Q_SLOTS:
 
 static const RegisteredTest<SpringCurveTests> registered;
 #include "SpringCurveTests.moc"
+
+using namespace Qt::StringLiterals;

@@ -71,8 +71,12 @@ private Q_SLOTS:
     {
         releases_ = 0;
         time_ = std::make_unique<VirtualTime>();
-        views_ = std::make_unique<QuickViews>(
-            QuickViews::Desktop{windows_, screens_, *time_, appearance_, [this] { ++releases_; }});
+        views_ =
+            std::make_unique<QuickViews>(QuickViews::Dependencies{.windows = windows_,
+                                                                  .screens = screens_,
+                                                                  .scheduler = *time_,
+                                                                  .appearance = appearance_,
+                                                                  .releaseMemory = [this] { ++releases_; }});
     }
 
     void memoryIsGivenBackSoonAfterTheLastViewAndOnceMoreWithTheEngine()

@@ -25,7 +25,7 @@ private Q_SLOTS:
         probe.reset();
         state.reset();
         fakes = std::make_unique<FakeServices>();
-        state = std::make_unique<AppState>(fakes->services());
+        state = std::make_unique<AppState>(fakes->dependencies());
         engine = std::make_unique<QQmlEngine>();
         engine->addImportPath(u"qrc:/qt/qml"_s);
     }

@@ -30,23 +30,23 @@ private Q_SLOTS:
     void theFolderComesFirstThenItsImages()
     {
         const QTemporaryDir folder;
-        QVERIFY(QDir(folder.path()).mkpath(QStringLiteral("Images")));
-        put(folder.filePath(QStringLiteral("both.png")), 16, Qt::red);
-        put(folder.filePath(QStringLiteral("Images/both.png")), 16, Qt::green);
-        put(folder.filePath(QStringLiteral("Images/inner.png")), 16, Qt::blue);
+        QVERIFY(QDir(folder.path()).mkpath(u"Images"_s));
+        put(folder.filePath(u"both.png"_s), 16, Qt::red);
+        put(folder.filePath(u"Images/both.png"_s), 16, Qt::green);
+        put(folder.filePath(u"Images/inner.png"_s), 16, Qt::blue);
         AppAssets::setResourceFolder(folder.path());
 
-        QCOMPARE(colorOf(QStringLiteral("both")), QColor(Qt::red));
-        QCOMPARE(colorOf(QStringLiteral("inner")), QColor(Qt::blue));
+        QCOMPARE(colorOf(u"both"_s), QColor(Qt::red));
+        QCOMPARE(colorOf(u"inner"_s), QColor(Qt::blue));
     }
 
     void theFolderWinsOverWhatIsCompiledIn()
     {
         const QTemporaryDir folder;
-        put(folder.filePath(QStringLiteral("velmora-app-icon.png")), 16, Qt::red);
+        put(folder.filePath(u"velmora-app-icon.png"_s), 16, Qt::red);
         AppAssets::setResourceFolder(folder.path());
 
-        QCOMPARE(colorOf(QStringLiteral("velmora-app-icon")), QColor(Qt::red));
+        QCOMPARE(colorOf(u"velmora-app-icon"_s), QColor(Qt::red));
     }
 
     void theProductsPicturesAreThereWithoutABundle()
@@ -61,33 +61,33 @@ private Q_SLOTS:
     void aLargeSizeTakesTheLargeFile()
     {
         const QTemporaryDir folder;
-        put(folder.filePath(QStringLiteral("two.png")), 16, Qt::red);
-        put(folder.filePath(QStringLiteral("two@2x.png")), 32, Qt::green);
+        put(folder.filePath(u"two.png"_s), 16, Qt::red);
+        put(folder.filePath(u"two@2x.png"_s), 32, Qt::green);
         AppAssets::setResourceFolder(folder.path());
 
-        QCOMPARE(colorOf(QStringLiteral("two"), 16), QColor(Qt::red));
-        QCOMPARE(colorOf(QStringLiteral("two"), 24), QColor(Qt::green));
-        QCOMPARE(AppAssets::image(QStringLiteral("two"), 24).image.size(), QSize(24, 24));
+        QCOMPARE(colorOf(u"two"_s, 16), QColor(Qt::red));
+        QCOMPARE(colorOf(u"two"_s, 24), QColor(Qt::green));
+        QCOMPARE(AppAssets::image(u"two"_s, 24).image.size(), QSize(24, 24));
     }
 
     void aMissingPictureIsReplacedByTheLinkSymbol()
     {
-        const AppAssets::Picture picture = AppAssets::image(QStringLiteral("no-such-picture"), 24);
+        const AppAssets::Picture picture = AppAssets::image(u"no-such-picture"_s, 24);
 
-        QCOMPARE(picture.image, AppAssets::symbol(QStringLiteral("link"), 24));
-        QCOMPARE(picture.accessibilityDescription, QStringLiteral("Velmora"));
+        QCOMPARE(picture.image, AppAssets::symbol(u"link"_s, 24));
+        QCOMPARE(picture.accessibilityDescription, u"Velmora"_s);
     }
 
     void aBrokenFileIsPassedOver()
     {
         const QTemporaryDir folder;
-        QFile file(folder.filePath(QStringLiteral("velmora-app-icon.png")));
+        QFile file(folder.filePath(u"velmora-app-icon.png"_s));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("no picture");
         file.close();
         AppAssets::setResourceFolder(folder.path());
 
-        QVERIFY(AppAssets::image(QStringLiteral("velmora-app-icon")).image.width() > 32);
+        QVERIFY(AppAssets::image(u"velmora-app-icon"_s).image.width() > 32);
     }
 
     void everySymbolIsDrawn_data()
@@ -112,14 +112,11 @@ private Q_SLOTS:
         QVERIFY2(inked > 150 && inked < 48 * 48 * 3 / 4, qPrintable(QString::number(inked)));
     }
 
-    void anUnknownSymbolIsNothing()
-    {
-        QVERIFY(AppAssets::symbol(QStringLiteral("no.such.symbol"), 48).isNull());
-    }
+    void anUnknownSymbolIsNothing() { QVERIFY(AppAssets::symbol(u"no.such.symbol"_s, 48).isNull()); }
 
     void theTemplateIsOneColourOnTransparent()
     {
-        const QImage image = AppAssets::image(QStringLiteral("velmora-menubar-template")).image;
+        const QImage image = AppAssets::image(u"velmora-menubar-template"_s).image;
         for (int y = 0; y < image.height(); ++y)
             for (int x = 0; x < image.width(); ++x)
                 if (const QColor pixel = image.pixelColor(x, y); pixel.alpha() > 0)
@@ -129,3 +126,5 @@ private Q_SLOTS:
 
 static const RegisteredTest<AppAssetsTests> registered;
 #include "AppAssetsTests.moc"
+
+using namespace Qt::StringLiterals;

@@ -35,7 +35,7 @@ private Q_SLOTS:
         fakes_ = std::make_unique<FakeServices>();
         windows_ = {};
         answers_.clear();
-        state_ = std::make_unique<AppState>(fakes_->services());
+        state_ = std::make_unique<AppState>(fakes_->dependencies());
         window_ = std::make_unique<UpdateWindow>(*state_, windows_);
         window_->setAnswerHandler([this](UpdateAnswer answer) { answers_.append(answer); });
     }
