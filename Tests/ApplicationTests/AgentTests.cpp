@@ -19,6 +19,8 @@
 #include <utility>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -289,5 +291,3 @@ private Q_SLOTS:
 
 static const RegisteredTest<AgentTests> registered;
 #include "AgentTests.moc"
-
-using namespace Qt::StringLiterals;

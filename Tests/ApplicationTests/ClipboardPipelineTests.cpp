@@ -24,6 +24,8 @@
 #include <memory>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -346,5 +348,3 @@ private Q_SLOTS:
 
 static const RegisteredTest<ClipboardPipelineTests> registered;
 #include "ClipboardPipelineTests.moc"
-
-using namespace Qt::StringLiterals;

@@ -329,7 +329,8 @@ TEST(AppendingCleanedText, TellsTheVisitorOfItemsAndThenOfTheirLinkInOrder)
     const std::string_view text = "a https://e.com/?utm_source=1%20&k=%2f&si#f b example.com?gclid=%FF. c";
     std::string output = "kept|";
     Protocol protocol;
-    EXPECT_TRUE(LinkCleaner(defaults()).appendCleaned(text, output, &protocol));
+    EXPECT_TRUE(
+        LinkCleaner(LinkCleanerConfiguration::withDefaultRules()).appendCleaned(text, output, &protocol));
     EXPECT_EQ(output, "kept|a https://e.com/?k=/#f b http://example.com. c");
     EXPECT_EQ(protocol.told,
               (std::vector<std::string>{"removed utm_source=1 ", "removed si", "2+41 https://e.com/?k=/#f",
@@ -339,7 +340,8 @@ TEST(AppendingCleanedText, TellsTheVisitorOfItemsAndThenOfTheirLinkInOrder)
 TEST(AppendingCleanedText, NeedsNoVisitor)
 {
     std::string output;
-    EXPECT_TRUE(LinkCleaner(defaults()).appendCleaned("https://e.com/?si=1&x https://e.com/?si#a?", output));
+    EXPECT_TRUE(LinkCleaner(LinkCleanerConfiguration::withDefaultRules())
+                    .appendCleaned("https://e.com/?si=1&x https://e.com/?si#a?", output));
     EXPECT_EQ(output, "https://e.com/?x https://e.com/#a?");
 }
 
@@ -348,7 +350,8 @@ TEST(AppendingCleanedText, AppendsATextThatHoldsNothingToRemoveAsItIs)
     for (const std::string_view text : {""sv, "a\0b"sv, "https://e.com/?x=%2f"sv, "https://a.com/?si=1"sv}) {
         std::string output = "kept|";
         Protocol protocol;
-        EXPECT_FALSE(LinkCleaner(defaults({"a.com"})).appendCleaned(text, output, &protocol));
+        EXPECT_FALSE(LinkCleaner(LinkCleanerConfiguration::withDefaultRules({"a.com"}))
+                         .appendCleaned(text, output, &protocol));
         EXPECT_EQ(output, "kept|" + std::string(text));
         EXPECT_TRUE(protocol.told.empty());
     }

@@ -10,6 +10,8 @@
 
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Components in hundredths as a designer writes them; the system's colours in bytes.
@@ -181,5 +183,3 @@ private Q_SLOTS:
 
 static const RegisteredTest<VelmoraThemePaletteTests> registered;
 #include "VelmoraThemePaletteTests.moc"
-
-using namespace Qt::StringLiterals;

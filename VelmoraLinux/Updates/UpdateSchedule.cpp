@@ -16,10 +16,10 @@ constexpr std::chrono::milliseconds kRecheckInterval = 30min;
 UpdateSchedule::UpdateSchedule(DefaultsStore &defaults, Scheduler &scheduler, const WallClock &clock,
                                Settings settings, Actions actions)
     : defaults_(defaults)
-    , steps_(scheduler)
     , clock_(clock)
     , settings_(settings)
     , actions_(std::move(actions))
+    , steps_(scheduler)
 {
     settings_.interval = std::max<std::chrono::seconds>(settings_.interval, 1h);
 }

@@ -188,7 +188,7 @@ private Q_SLOTS:
         QCOMPARE(readFile(program()), newProgram("2"));
         updater_.reset();
         QCOMPARE(readFile(hidden() + u"/other/bin/velmora"_s), kOld); // Kept until the new one has settled.
-        Replacement(installation()).tidyUp();
+        Replacement(installation()).cleanUp();
         QVERIFY(!QFile::exists(hidden()));
     }
 

@@ -7,6 +7,8 @@
 #include <Rehearsal/Stage.h>
 #include <Runner/RegisteredTest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 class AnimationClockTests : public QObject {
@@ -148,5 +150,3 @@ private Q_SLOTS:
 
 static const RegisteredGuiTest<AnimationClockTests> registered;
 #include "AnimationClockTests.moc"
-
-using namespace Qt::StringLiterals;

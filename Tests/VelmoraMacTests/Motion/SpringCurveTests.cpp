@@ -4,6 +4,8 @@
 
 #include <Runner/RegisteredTest.h>
 
+using namespace Qt::StringLiterals;
+
 // From rest at 0 to 1.
 class SpringCurveTests : public QObject {
     Q_OBJECT
@@ -119,5 +121,3 @@ private Q_SLOTS:
 
 static const RegisteredTest<SpringCurveTests> registered;
 #include "SpringCurveTests.moc"
-
-using namespace Qt::StringLiterals;

@@ -7,6 +7,8 @@
 
 #include <Runner/RegisteredTest.h>
 
+using namespace Qt::StringLiterals;
+
 class AppAssetsTests : public QObject {
     Q_OBJECT
 
@@ -126,5 +128,3 @@ private Q_SLOTS:
 
 static const RegisteredTest<AppAssetsTests> registered;
 #include "AppAssetsTests.moc"
-
-using namespace Qt::StringLiterals;
