@@ -174,6 +174,14 @@ class CleaningInPlace(unittest.TestCase):
             left = [name for name in os.listdir(self.folder) if name != "file.txt"]
             self.assertEqual(len(left), 1 if number == signal.SIGKILL else 0)
 
+    def test_writes_no_message_into_a_file_when_standard_descriptors_are_closed(self):
+        text = tracked_lines(20000)
+        self.write(text)
+        done = subprocess.run(["sh", "-c", 'exec "$0" --in-place --report "$1" >&- 2>&-', PROGRAM, self.path],
+                              timeout=20)
+        self.assertEqual(done.returncode, 1)  # Nobody can read the report.
+        self.assertTrue(self.read() == cleaned_lines(20000))
+
     def test_leaves_a_file_alone_that_changes_meanwhile(self):
         self.write(tracked_lines(40000))
         process = subprocess.Popen([PROGRAM, "--in-place", "--report", self.path], stderr=subprocess.PIPE)

@@ -265,6 +265,13 @@ class Failing(unittest.TestCase):
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stderr, b"velmora-clean: cannot write: No space left on device\n")
 
+    def test_says_that_standard_input_or_output_is_closed(self):
+        for redirection, message in (("<&-", b"(standard input): Bad file descriptor"),
+                                     (">&-", b"cannot write: Bad file descriptor")):
+            done = subprocess.run(["sh", "-c", f'exec "$0" {redirection}', PROGRAM], input=b"text\n",
+                                  capture_output=True, timeout=20)
+            self.assertEqual((done.stderr, done.returncode), (b"velmora-clean: " + message + b"\n", 1))
+
     def test_ends_quietly_when_its_reader_goes_away(self):
         process = subprocess.Popen([PROGRAM], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         process.stdout.close()

@@ -2,6 +2,7 @@
 #include "Options.h"
 #include "Output.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -16,6 +17,16 @@ namespace {
 
 constexpr int somethingFailed = 1;
 constexpr int notUnderstood = 2;
+
+// A file that is opened must not come to stand where standard output or error was closed, or messages would
+// be written into it. In their place stands what can be neither read nor written, as before.
+void fillStandardDescriptors()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(descriptor, F_GETFD) < 0) // The lowest free one is the one that is given.
+            static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
+}
 
 int say(int descriptor, std::string_view text, int status)
 {
@@ -41,6 +52,7 @@ int run(std::span<const char *const> arguments)
 
 int main(int count, char *arguments[])
 {
+    fillStandardDescriptors();
     // A reader that goes away, and a file that may not grow, are met where they are written to.
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
