@@ -5,15 +5,10 @@
 #include <VelmoraCore/LinkCleaner.h>
 #include <VelmoraCore/LinkCleanerConfiguration.h>
 
+#include <memory>
 #include <utility>
 
 namespace {
-
-velmora::LinkCleaningResult clean(const std::string &text, const AppState &state)
-{
-    using velmora::LinkCleanerConfiguration;
-    return velmora::LinkCleaner(LinkCleanerConfiguration::withDefaultRules(state.ignoredHosts())).clean(text);
-}
 
 CleaningResult cleaningResult(velmora::LinkCleaningResult result)
 {
@@ -97,7 +92,7 @@ void ClipboardMonitor::inspectClipboard()
 
 void ClipboardMonitor::inspect(const std::string &text)
 {
-    velmora::LinkCleaningResult result = clean(text, *state_);
+    velmora::LinkCleaningResult result = cleaner().clean(text);
     if (!result.didChange())
         return;
     const CleaningResult cleaning = cleaningResult(std::move(result));
@@ -109,6 +104,16 @@ void ClipboardMonitor::inspect(const std::string &text)
         if (state_)
             writeCleanedResult(cleaning);
     }));
+}
+
+const velmora::LinkCleaner &ClipboardMonitor::cleaner()
+{
+    if (!cleaner_ || cleanerDomains_ != state_->ignoredDomainsText()) {
+        cleanerDomains_ = state_->ignoredDomainsText();
+        cleaner_ = std::make_unique<const velmora::LinkCleaner>(
+            velmora::LinkCleanerConfiguration::withDefaultRules(state_->ignoredHosts()));
+    }
+    return *cleaner_;
 }
 
 void ClipboardMonitor::writeCleanedResult(const CleaningResult &result)

@@ -7,13 +7,19 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QString>
 #include <qqmlintegration.h>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 
 class AppState;
+
+namespace velmora {
+class LinkCleaner;
+}
 
 // Notices every copy and has its links cleaned. Main thread only.
 //
@@ -50,6 +56,7 @@ private:
     void inspectClipboard();
     void inspect(const std::string &text);
     void writeCleanedResult(const CleaningResult &result);
+    const velmora::LinkCleaner &cleaner();
 
     Pasteboard &pasteboard_;
     Scheduler &scheduler_;
@@ -60,4 +67,7 @@ private:
     qint64 lastChangeCount_;
     bool isRunning_ = false;
     bool isWaiting_ = false;
+    // Prepared when first needed, and again when the ignored domains are no longer these.
+    std::unique_ptr<const velmora::LinkCleaner> cleaner_;
+    QString cleanerDomains_;
 };

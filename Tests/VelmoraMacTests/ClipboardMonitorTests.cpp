@@ -212,6 +212,11 @@ private Q_SLOTS:
         fakes->pasteboard.copy(tracked);
         fakes->time.pass(220ms);
         QCOMPARE(contents(), cleaned);
+
+        state->setIgnoredDomainsText(u"other.example\nA.example"_s);
+        fakes->pasteboard.copy(tracked);
+        fakes->time.pass(220ms);
+        QCOMPARE(contents(), tracked);
     }
 
     // Slow and hanging owners
