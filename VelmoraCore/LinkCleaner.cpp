@@ -34,7 +34,7 @@ public:
     {
         while (true) {
             while (scanner_.next(link_)) {
-                if (!isWeb() || link_.query == link_.fragment)
+                if (!isWeb() || link_.keptAsWritten || link_.query == link_.fragment)
                     continue;
                 query_.emplace(rules_, text_.substr(link_.query + 1, link_.fragment - link_.query - 1),
                                text_.substr(link_.hostBegin, link_.hostEnd - link_.hostBegin));

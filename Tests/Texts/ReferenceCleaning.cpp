@@ -10,7 +10,7 @@ std::vector<velmora::LinkEdit> referenceEdits(const velmora::LinkCleaner &cleane
     std::vector<velmora::LinkEdit> edits;
     velmora::LinkScanner scanner(text);
     for (velmora::FoundLink link; scanner.next(link);) {
-        if (link.kind != Kind::web && link.kind != Kind::bareWeb)
+        if ((link.kind != Kind::web && link.kind != Kind::bareWeb) || link.keptAsWritten)
             continue;
         std::string url = link.kind == Kind::bareWeb ? "http://" : "";
         url += text.substr(link.begin, link.end - link.begin);

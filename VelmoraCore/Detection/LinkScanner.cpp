@@ -2,7 +2,7 @@
 #include <VelmoraCore/Detection/LinkScanner.h>
 #include <VelmoraCore/Detection/LinkTail.h>
 #include <VelmoraCore/Hosts/HostLabels.h>
-#include <VelmoraCore/Hosts/TopLevelDomains.h>
+#include <VelmoraCore/Text/ByteSearch.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
 #include <VelmoraCore/Text/Utf8.h>
 
@@ -13,20 +13,52 @@ namespace velmora {
 
 namespace {
 
-// Schemes without slashes that swallow what follows them.
-constexpr std::array<std::string_view, 10> labels = {"mailto", "tel",  "sms",        "news", "sip",
-                                                     "sips",   "xmpp", "javascript", "data", "urn"};
+// Schemes without slashes. What follows them is an address of their own kind or a whole link, which they take
+// up with all inside: changing it would change what the program behind the scheme is told.
+constexpr auto labels = std::to_array<std::string_view>({
+    // People and calls.
+    "mailto", "tel", "sms", "smsto", "mms", "callto", "facetime", "facetime-audio", "sip", "sips", "skype", "xmpp", "acct",
+    // Readers and calendars get the link behind the scheme.
+    "news", "feed", "pcast", "webcal",
+    // Payments, places, names.
+    "bitcoin", "bitcoincash", "ethereum", "litecoin", "lightning", "monero", "geo", "magnet", "urn", "otpauth",
+    // Browsers and programs.
+    "about", "blob", "data", "filesystem", "intent", "itms-services", "jar", "javascript", "vbscript", "view-source",
+});
+
+bool isLabel(std::string_view word)
+{
+    return std::any_of(labels.begin(), labels.end(), [word](std::string_view label) {
+        return characters::equalsIgnoringCase(word, label);
+    });
+}
 
 bool isHttp(std::string_view scheme)
 {
     return characters::equalsIgnoringCase(scheme, "http") || characters::equalsIgnoringCase(scheme, "https");
 }
 
-Quoting quotingBefore(std::string_view text, std::size_t begin)
+// The length of the "http" or "https" at the end of the text; all of it if there is none.
+std::size_t httpSuffix(std::string_view text)
 {
-    if (begin == 0 || text[begin - 1] != '"')
-        return Quoting::none;
-    return begin >= 2 && text[begin - 2] == '\\' ? Quoting::escapedQuoted : Quoting::quoted;
+    for (const std::string_view scheme : {std::string_view("https"), std::string_view("http")}) {
+        if (text.size() >= scheme.size() &&
+            characters::equalsIgnoringCase(text.substr(text.size() - scheme.size()), scheme))
+            return scheme.size();
+    }
+    return text.size();
+}
+
+// A question mark behind a host without anything like a parameter behind it may be an operator of a programming
+// language: "row.id?pk:0".
+bool mayBeCode(std::string_view query)
+{
+    return query.find('=') == std::string_view::npos;
+}
+
+bool isQuote(char c)
+{
+    return c == '"' || c == '\'' || c == '`';
 }
 
 } // namespace
@@ -69,9 +101,19 @@ bool LinkScanner::next(FoundLink &link)
 
 bool LinkScanner::finish(FoundLink &link)
 {
-    position_ = link.end;
-    floor_ = link.end;
+    position_ = std::max(link.end, skipped_);
+    floor_ = position_;
     return true;
+}
+
+// The rest of the word from `from` on, or of the quotes that begin before `begin`, holds no links.
+void LinkScanner::skipWord(std::size_t begin, std::size_t from)
+{
+    skipped_ = findBlank(text_, from);
+    if (begin > 0 && isQuote(text_[begin - 1]))
+        skipped_ = std::min(skipped_, text_.substr(0, skipped_).find(text_[begin - 1], from));
+    position_ = skipped_;
+    floor_ = skipped_;
 }
 
 bool LinkScanner::linkAt(const Run &run, FoundLink &link)
@@ -126,6 +168,9 @@ bool LinkScanner::schemeLink(const Run &run, FoundLink &link)
     std::size_t begin = run.end;
     while (begin > floor_ && characters::is(text_[begin - 1], characters::scheme))
         --begin;
+    // Behind a backslash the scheme begins after the letters of an escape, as in "\nhttps://".
+    if (begin > floor_ && text_[begin - 1] == '\\')
+        begin = std::max(begin, run.end - httpSuffix(text_.substr(begin, run.end - begin)));
     while (begin < run.end && !characters::is(text_[begin], characters::letter))
         ++begin;
     const std::size_t behind = run.end + 3;
@@ -143,6 +188,7 @@ bool LinkScanner::webLink(std::size_t authorityBegin, FoundLink &link)
     link.kind = FoundLink::Kind::web;
     link.hostBegin = authority.hostBegin;
     link.hostEnd = authority.hostEnd;
+    link.keptAsWritten = false;
     if (!authority.valid) {
         // Nothing in the rest of a broken link is a link either.
         scanTail(authority.end, link);
@@ -174,33 +220,43 @@ void LinkScanner::scanTailOfWebLink(std::size_t begin, FoundLink &link) const
 bool LinkScanner::otherLink(std::size_t tailBegin, FoundLink &link)
 {
     link.kind = FoundLink::Kind::other;
-    scanTail(tailBegin, link);
-    position_ = tailBegin;
-    return link.end > tailBegin;
+    link.end = otherTail(text_, tailBegin, surroundingsBefore(text_, link.begin)).end;
+    link.query = link.fragment = link.end;
+    if (link.end == tailBegin) {
+        position_ = tailBegin;
+        return false;
+    }
+    skipWord(link.begin, link.end);
+    return true;
 }
 
-// "mailto:" and its like. Before a scheme with slashes the word is a label of the text ("news:https://...").
+// "mailto:" and its like. Before a quote the word is a key of source text.
 bool LinkScanner::labelledLink(const Run &run, FoundLink &link)
 {
     std::size_t begin = run.end;
     while (begin > floor_ && characters::is(text_[begin - 1], characters::scheme))
         --begin;
     const std::string_view word = text_.substr(begin, run.end - begin);
-    const auto isWord = [word](std::string_view label) {
-        return characters::equalsIgnoringCase(word, label);
-    };
-    if (std::none_of(labels.begin(), labels.end(), isWord))
-        return false;
     const std::size_t tailBegin = run.end + 1;
-    if (isWord("mailto") && at(tailBegin) != '?')
-        return false; // The "@" will find it.
-    std::size_t next = tailBegin;
-    while (characters::is(at(next), characters::scheme))
-        ++next;
-    if (at(next) == ':' && at(next + 1) == '/' && at(next + 2) == '/')
+    if (!isLabel(word) || isQuote(at(tailBegin)))
         return false;
     link.begin = begin;
+    if (characters::equalsIgnoringCase(word, "mailto") && at(tailBegin) != '?')
+        return mailtoLink(tailBegin, link);
     return otherLink(tailBegin, link);
+}
+
+// The link ends behind its first address, as the standard has it, or behind that one's query.
+bool LinkScanner::mailtoLink(std::size_t addressBegin, FoundLink &link)
+{
+    const std::size_t begin = link.begin;
+    const std::size_t floor = floor_;
+    const std::size_t wordEnd = findBlank(text_, addressBegin);
+    const std::size_t mark = std::min(text_.substr(0, wordEnd).find('@', addressBegin), wordEnd);
+    const bool found = mark < wordEnd && mailLink(mark, link) && link.begin == begin;
+    floor_ = floor;
+    skipWord(begin, found ? link.end : addressBegin);
+    return found;
 }
 
 bool LinkScanner::startsTail(std::size_t position) const
@@ -211,10 +267,11 @@ bool LinkScanner::startsTail(std::size_t position) const
 
 void LinkScanner::scanTail(std::size_t begin, FoundLink &link) const
 {
-    const LinkTail tail = linkTail(text_, begin, quotingBefore(text_, link.begin));
+    const LinkTail tail = webTail(text_, begin, surroundingsBefore(text_, link.begin));
     link.end = tail.end;
     link.query = tail.query;
     link.fragment = tail.fragment;
+    link.keptAsWritten = tail.goesOn;
 }
 
 LinkScanner::Authority LinkScanner::authorityFrom(std::size_t begin) const
@@ -329,6 +386,7 @@ bool LinkScanner::bareLink(const Run &run, FoundLink &link)
     if (!host.valid)
         return false;
     link.kind = FoundLink::Kind::bareWeb;
+    link.keptAsWritten = false;
     link.begin = run.begin + host.begin;
     link.hostBegin = link.begin;
     link.hostEnd = run.begin + host.end;
@@ -346,6 +404,8 @@ bool LinkScanner::bareLink(const Run &run, FoundLink &link)
             authority.end = link.hostEnd;
     }
     scanTailOfWebLink(authority.end, link);
+    if (link.query == authority.end && mayBeCode(text_.substr(link.query, link.fragment - link.query)))
+        link.keptAsWritten = true;
     return !host.looksLikeFile || (link.end > authority.end && text_[authority.end] == '/');
 }
 
@@ -385,7 +445,8 @@ bool LinkScanner::mailLink(std::size_t mark, FoundLink &link)
         link.kind = FoundLink::Kind::other;
         link.begin = begin - scheme.size();
         if (at(link.end) == '?')
-            scanTail(link.end, link);
+            link.end = otherTail(text_, link.end, surroundingsBefore(text_, link.begin)).end;
+        link.query = link.fragment = link.end;
     }
     return true;
 }

@@ -25,17 +25,22 @@ struct FoundLink {
     // links.
     std::size_t query = 0;
     std::size_t fragment = 0;
+    // Never to be changed: what looks like its query may be code, or more of it follows behind its end in the
+    // spelling of the language around it.
+    bool keptAsWritten = false;
 };
 
 // Finds links in running text, from left to right, in time linear to the text.
 //
 // The rules are those of Unicode's link detection standard, with these decisions of our own, in order of
 // precedence:
-// - "<" and ">" end every link, as white space and controls do; a double quote ends the link that it stands
-//   directly before, and so does its escaped form \".
-// - Links with a scheme may have a user, a port, a name that is no known domain, an IP address.
-// - Without a scheme a host needs a known top-level domain, or has to begin with "www.".
-// - Links of other schemes are found so that nothing inside them is mistaken for a link.
+// - "<" and ">" end every link, as white space and controls do.
+// - A web link that ends early costs at most a tracker, one that ends late costs the user's text: webTail says
+//   what else ends one.
+// - Links with a scheme may have a user, a port, a name that is no known domain or holds symbols, an IP address.
+// - Without a scheme a host needs a known top-level domain, or has to begin with "www.". In prose of a script
+//   without blanks it begins where its first label changes to ASCII.
+// - Links of other schemes are found, and nothing in the rest of their word is a link.
 class LinkScanner {
 public:
     explicit LinkScanner(std::string_view text)
@@ -70,8 +75,10 @@ private:
     Run hostRunFrom(std::size_t begin) const;
     Authority authorityFrom(std::size_t begin) const;
     bool hostAt(std::size_t begin, Authority &authority) const;
+    bool mailtoLink(std::size_t addressBegin, FoundLink &link);
     void scanTail(std::size_t begin, FoundLink &link) const;
     void scanTailOfWebLink(std::size_t begin, FoundLink &link) const;
+    void skipWord(std::size_t begin, std::size_t from);
     void scanPort(Authority &authority) const;
     bool startsTail(std::size_t position) const;
     bool isPartOfMailbox(std::size_t position);
@@ -84,6 +91,8 @@ private:
     std::size_t position_;
     // Nothing before this belongs to a further link.
     std::size_t floor_;
+    // Nothing before this is looked at: the rest of a word that a link of another scheme takes up.
+    std::size_t skipped_ = 0;
     // What the last look ahead for an "@" found, so that no stretch of text is looked at twice.
     std::size_t mailboxEnd_ = 0;
 };

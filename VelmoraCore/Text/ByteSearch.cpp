@@ -94,13 +94,13 @@ public:
 
     unsigned delimiters() const
     {
-        const __m128i round = _mm_cmpeq_epi8(_mm_and_si128(bytes_, all('\xFE')), all('('));
-        const __m128i folded = _mm_or_si128(bytes_, all(0x20));
-        const __m128i others =
-            _mm_or_si128(_mm_cmpeq_epi8(folded, all('{')), _mm_cmpeq_epi8(folded, all('}')));
+        // "'" to ")", and with the bit of small letters set "[" to "]" and "{" to "}" in one range.
+        const __m128i round = isWithin(bytes_, '\'', ')');
+        const __m128i others = isWithin(_mm_or_si128(bytes_, all(0x20)), '{', '}');
+        const __m128i marks = _mm_or_si128(isWithin(bytes_, ':', '<'), _mm_or_si128(equals('>'), equals('`')));
         const __m128i single = _mm_or_si128(equals('"'), equals(0x7F));
-        return mask(_mm_or_si128(
-            _mm_or_si128(_mm_or_si128(outsideOrBlank(), angles()), _mm_or_si128(round, others)), single));
+        return mask(_mm_or_si128(_mm_or_si128(outsideOrBlank(), marks),
+                                 _mm_or_si128(_mm_or_si128(round, others), single)));
     }
 
 private:
@@ -109,6 +109,12 @@ private:
     static unsigned mask(__m128i lanesSet) { return static_cast<unsigned>(_mm_movemask_epi8(lanesSet)); }
 
     __m128i equals(char value) const { return _mm_cmpeq_epi8(bytes_, all(value)); }
+
+    static __m128i isWithin(__m128i bytes, char first, char last)
+    {
+        const __m128i offset = _mm_sub_epi8(bytes, all(first));
+        return _mm_cmpeq_epi8(_mm_min_epu8(offset, all(static_cast<char>(last - first))), offset);
+    }
 
     __m128i angles() const { return _mm_cmpeq_epi8(_mm_and_si128(bytes_, all('\xFD')), all('<')); }
 

@@ -22,10 +22,11 @@ enum Class : std::uint32_t {
     queryText = 1U << 10, // Stands in a query item as itself.
     literal = 1U << 11,   // May stand in the brackets of a literal host.
     nonAscii = 1U << 12,
-    delimiter = 1U << 13, // The end of a link needs more thought: blanks, brackets, double quotes, non-ASCII.
+    delimiter = 1U << 13, // The end of a link needs more thought: blanks, brackets, quotes, ":", ";", "|", non-ASCII.
     soft = 1U << 14,      // Belongs to a link only when more of it follows.
     coded = 1U << 15,     // Not to be taken as it stands in a name or value: "%", blanks, non-ASCII.
     separator = 1U << 16, // Between the names and values of a query.
+    slash = 1U << 17,     // "/"
 };
 
 constexpr std::array<std::uint32_t, 256> makeClasses()
@@ -48,10 +49,11 @@ constexpr std::array<std::uint32_t, 256> makeClasses()
     add("!$", user | mailbox | queryText);
     add("&*=%", user | mailbox);
     add("#'/?^`{|}", mailbox);
-    add("$*%@^`|\\", plain);
+    add("$*%@^", plain);
     add("'()*,;@/?", queryText);
     add("<>\x7F", blank | delimiter | coded);
-    add("\"()[]{}", delimiter);
+    add("\"'`\\|:;()[]{}", delimiter);
+    add("/", slash);
     add("!\"',.:;?", soft);
     add("%", coded);
     add("&=", separator);

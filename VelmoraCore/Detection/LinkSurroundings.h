@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace velmora {
+
+// What stands before a link and has its counterpart behind it: that counterpart is the text's.
+struct LinkSurroundings {
+    // "'", ",", ";" or "|": ends the link where it stands again; zero for none.
+    char separator = '\0';
+    // A run of one mark, as in "**link**"; its like behind the link belongs to the text.
+    char mark = '\0';
+    std::size_t markLength = 0;
+    // A double quote, and whether it is itself escaped, as in text within text.
+    bool isQuoted = false;
+    bool isEscapedQuoted = false;
+
+    bool areEmpty() const { return separator == '\0' && mark == '\0' && !isQuoted; }
+
+    // The marks of emphasis close where no word goes on: "_" stands in many names of parameters.
+    bool closesAt(std::string_view text, std::size_t at) const;
+};
+
+// Reads backwards from the link that begins at `begin`, over marks and over a key as in "url=link", to what
+// separates it from the text before; a fixed number of bytes at most.
+LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin);
+
+} // namespace velmora

@@ -1,0 +1,53 @@
+#include <VelmoraCore/Detection/QueryCharacters.h>
+#include <VelmoraCore/Detection/WrittenCharacter.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
+
+#include <unicode/uchar.h>
+#include <unicode/uscript.h>
+
+namespace velmora {
+
+namespace {
+
+// Letters of no script of their own are signs beside letters: apostrophes, superscripts. The mark that
+// lengthens a vowel of Kana is the exception.
+bool isSign(UScriptCode script, char32_t point)
+{
+    constexpr char32_t longVowel = 0x30FC;
+    constexpr char32_t narrowLongVowel = 0xFF70;
+    return script == USCRIPT_COMMON && point != longVowel && point != narrowLongVowel;
+}
+
+} // namespace
+
+bool endsQuery(char32_t point, bool beganInAscii)
+{
+    if (point > 0x10FFFF)
+        return true;
+    const auto character = static_cast<UChar32>(point);
+    const uint32_t category = U_GET_GC_MASK(character);
+    if ((category & (U_GC_ND_MASK | U_GC_NL_MASK)) != 0)
+        return false;
+    if ((category & (U_GC_L_MASK | U_GC_M_MASK)) == 0)
+        return true;
+    UErrorCode error = U_ZERO_ERROR;
+    const UScriptCode script = uscript_getScript(character, &error);
+    if (U_FAILURE(error))
+        return true;
+    if ((category & U_GC_L_MASK) != 0 && isSign(script, point))
+        return true;
+    return beganInAscii && script != USCRIPT_LATIN && script != USCRIPT_INHERITED;
+}
+
+bool continuesQuery(char32_t point, bool beganInAscii)
+{
+    constexpr std::string_view signs = "&=%/?#+-_.~@$";
+    if (point == unknownCharacter)
+        return true;
+    if (point >= 0x80)
+        return !endsQuery(point, beganInAscii);
+    const char c = static_cast<char>(point);
+    return characters::is(c, characters::letter | characters::digit) || signs.find(c) != std::string_view::npos;
+}
+
+} // namespace velmora
