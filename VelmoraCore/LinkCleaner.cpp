@@ -1,5 +1,6 @@
 #include <VelmoraCore/Detection/LinkScanner.h>
 #include <VelmoraCore/LinkCleaner.h>
+#include <VelmoraCore/Query/LinkQuery.h>
 #include <VelmoraCore/Query/QueryCleaner.h>
 #include <VelmoraCore/Rules/TrackingRules.h>
 #include <VelmoraCore/Text/ByteSearch.h>
@@ -36,8 +37,7 @@ public:
             while (scanner_.next(link_)) {
                 if (!isWeb() || link_.keptAsWritten || link_.query == link_.fragment)
                     continue;
-                query_.emplace(rules_, text_.substr(link_.query + 1, link_.fragment - link_.query - 1),
-                               text_.substr(link_.hostBegin, link_.hostEnd - link_.hostBegin));
+                query_.emplace(rules_, text_, link_);
                 if (query_->isTracked())
                     return true;
             }
@@ -84,7 +84,7 @@ private:
     const TrackingRules &rules_;
     LinkScanner scanner_;
     FoundLink link_;
-    std::optional<QueryCleaner> query_;
+    std::optional<LinkQuery> query_;
     std::size_t wordEnd_ = 0;
 };
 
@@ -218,7 +218,7 @@ CleanedUrl LinkCleaner::cleanUrl(std::string_view url) const
     const auto queryBegin = static_cast<std::size_t>(components->query->data() - url.data());
     result.url = url.substr(0, queryBegin - 1);
     ItemList list(url.size());
-    query.rewrite(result.url, &list);
+    query.rewrite(result.url, {!components->fragment, {}}, &list);
     result.removedItems = std::move(list.items);
     result.url += url.substr(queryBegin + components->query->size());
     return result;

@@ -77,10 +77,38 @@ Sequence readSequence(std::string_view text, std::size_t at)
     return sequence;
 }
 
-// A plus sign means a blank to many servers when it stands there bare.
-bool isWrittenPlainly(char decoded)
+bool isWrittenPlainly(WrittenByte byte)
 {
-    return characters::is(decoded, characters::queryText) && decoded != '+';
+    return characters::is(byte.value, byte.length == 1 ? characters::queryText : characters::undone);
+}
+
+// The length of a placeholder that begins with the brace at `at`: "{name}", "{{name}}", "${any.thing}"; 0 if
+// none does.
+std::size_t placeholderAt(std::string_view text, std::size_t at)
+{
+    if (at > 0 && text[at - 1] == '$') {
+        const std::size_t close = text.find_first_of("{}", at + 1);
+        return close != std::string_view::npos && text[close] == '}' ? close + 1 - at : 0;
+    }
+    const std::size_t braces = text.substr(at).starts_with("{{") ? 2 : 1;
+    std::size_t end = at + braces;
+    while (end < text.size() && characters::is(text[end], characters::host | characters::dot))
+        ++end;
+    const bool isName = end > at + braces && !characters::is(text[at + braces], characters::digit);
+    const bool isClosed = text.substr(end).starts_with(braces == 2 ? "}}" : "}");
+    return isName && isClosed ? end + braces - at : 0;
+}
+
+// A scheme that an escape hid within a value would begin a link of its own.
+void escapeInnerSchemes(std::string &query, std::size_t begin)
+{
+    for (std::size_t at = query.find("://", begin); at != std::string::npos; at = query.find("://", at + 1)) {
+        const std::string_view before = std::string_view(query).substr(begin, at - begin);
+        const std::size_t length = before.empty() || characters::lower(before.back()) != 's' ? 4 : 5;
+        if (before.size() > length && characters::equalsIgnoringCase(before.substr(before.size() - length),
+                                                                     length == 4 ? "http" : "https"))
+            query.replace(at, 1, "%3A");
+    }
 }
 
 // Appends the character outside ASCII at `at`, or the byte that is none as it stands. Gives how much it took.
@@ -152,8 +180,10 @@ std::optional<std::string> percentDecoded(std::string_view text)
 
 void appendQueryText(std::string &query, std::string_view text)
 {
+    const std::size_t begin = query.size();
     // Behind a "%" that begins no escape two hexadecimal digits would make it one.
     std::size_t looseEnd = 0;
+    bool undone = false;
     for (std::size_t at = 0; at < text.size();) {
         std::size_t plain = at;
         while (plain < text.size() && characters::is(text[plain], characters::queryText))
@@ -161,7 +191,7 @@ void appendQueryText(std::string &query, std::string_view text)
         query.append(text, at, plain - at);
         at = plain;
         if (at == text.size())
-            return;
+            break;
         const WrittenByte byte = readByte(text, at);
         std::size_t length = byte.length;
         if (characters::is(byte.value, characters::nonAscii)) {
@@ -169,13 +199,69 @@ void appendQueryText(std::string &query, std::string_view text)
         } else if (byte.length == 1 && byte.value == '%') {
             query.push_back('%');
             looseEnd = query.size() + 2;
-        } else if (isWrittenPlainly(byte.value) &&
+        } else if (const std::size_t placeholder =
+                       byte.value == '{' && length == 1 ? placeholderAt(text, at) : 0;
+                   placeholder != 0) {
+            query.append(text, at, placeholder);
+            length = placeholder;
+        } else if (isWrittenPlainly(byte) &&
                    (query.size() >= looseEnd || !characters::is(byte.value, characters::hex))) {
             query.push_back(byte.value);
+            undone = true;
         } else {
             appendEscaped(query, {&byte.value, 1});
         }
         at += length;
+    }
+    if (undone)
+        escapeInnerSchemes(query, begin);
+}
+
+void escapeLast(std::string &query)
+{
+    const char last = query.back();
+    query.pop_back();
+    appendEscaped(query, {&last, 1});
+}
+
+void escapeOpenBrackets(std::string &query, std::size_t begin)
+{
+    std::size_t open = 0;
+    bool balanced = true;
+    for (std::size_t at = begin; at < query.size(); ++at) {
+        if (query[at] == '(')
+            ++open;
+        else if (query[at] == ')')
+            balanced = balanced && open-- > 0;
+    }
+    if (balanced && open == 0)
+        return;
+    const std::string text = query.substr(begin);
+    query.resize(begin);
+    for (const char c : text) {
+        if (c == '(' || c == ')')
+            appendEscaped(query, {&c, 1});
+        else
+            query.push_back(c);
+    }
+}
+
+void keepEscaped(std::string &query, std::size_t begin, std::string_view text, char mark)
+{
+    const auto value = static_cast<unsigned char>(mark);
+    const std::array<char, 3> escape = {'%', hexDigits[value >> 4], hexDigits[value & 0x0FU]};
+    const auto isSame = [](char left, char right) {
+        return characters::lower(left) == characters::lower(right);
+    };
+    if (std::search(text.begin(), text.end(), escape.begin(), escape.end(), isSame) == text.end())
+        return;
+    const std::string written = query.substr(begin);
+    query.resize(begin);
+    for (const char c : written) {
+        if (c == mark)
+            query.append(escape.data(), escape.size());
+        else
+            query.push_back(c);
     }
 }
 

@@ -37,8 +37,19 @@ private:
 std::optional<std::string> percentDecoded(std::string_view text);
 
 // Appends a name or a value as it is written into a query: what may stand there unescaped is written as
-// itself, everything else as "%XX". An escaped plus sign stays escaped, because a bare one means a blank to
-// many servers. Malformed escapes and escaped bytes that are not UTF-8 are written as they stood.
+// itself, everything else as "%XX". An escape is undone only where the plain character means the same to
+// every server and nothing in the languages that links stand in: letters, digits and "-._~/:@?,". Malformed
+// escapes, escaped bytes that are not UTF-8 and the placeholders of templates, "{name}", are written as they
+// stood.
 void appendQueryText(std::string &query, std::string_view text);
+
+// Escapes the last character of a query. It is one of ASCII.
+void escapeLast(std::string &query);
+
+// Escapes the round brackets from `begin` on if some have no counterpart there.
+void escapeOpenBrackets(std::string &query, std::size_t begin);
+
+// Escapes `mark` from `begin` on, where `text` was written, if `text` holds its escape.
+void keepEscaped(std::string &query, std::size_t begin, std::string_view text, char mark);
 
 } // namespace velmora

@@ -17,13 +17,46 @@ namespace {
 // up with all inside: changing it would change what the program behind the scheme is told.
 constexpr auto labels = std::to_array<std::string_view>({
     // People and calls.
-    "mailto", "tel", "sms", "smsto", "mms", "callto", "facetime", "facetime-audio", "sip", "sips", "skype", "xmpp", "acct",
+    "mailto",
+    "tel",
+    "sms",
+    "smsto",
+    "mms",
+    "callto",
+    "facetime",
+    "facetime-audio",
+    "sip",
+    "sips",
+    "skype",
+    "xmpp",
+    "acct",
     // Readers and calendars get the link behind the scheme.
-    "news", "feed", "pcast", "webcal",
+    "news",
+    "feed",
+    "pcast",
+    "webcal",
     // Payments, places, names.
-    "bitcoin", "bitcoincash", "ethereum", "litecoin", "lightning", "monero", "geo", "magnet", "urn", "otpauth",
+    "bitcoin",
+    "bitcoincash",
+    "ethereum",
+    "litecoin",
+    "lightning",
+    "monero",
+    "geo",
+    "magnet",
+    "urn",
+    "otpauth",
     // Browsers and programs.
-    "about", "blob", "data", "filesystem", "intent", "itms-services", "jar", "javascript", "vbscript", "view-source",
+    "about",
+    "blob",
+    "data",
+    "filesystem",
+    "intent",
+    "itms-services",
+    "jar",
+    "javascript",
+    "vbscript",
+    "view-source",
 });
 
 bool isLabel(std::string_view word)
@@ -49,8 +82,8 @@ std::size_t httpSuffix(std::string_view text)
     return text.size();
 }
 
-// A question mark behind a host without anything like a parameter behind it may be an operator of a programming
-// language: "row.id?pk:0".
+// A question mark behind a host without anything like a parameter behind it may be an operator of a
+// programming language: "row.id?pk:0".
 bool mayBeCode(std::string_view query)
 {
     return query.find('=') == std::string_view::npos;

@@ -60,10 +60,7 @@ private:
         return characters::is(text_[at_], characters::nonAscii) ? takeNonAscii() : takeAscii(text_[at_]);
     }
 
-    bool closesMark() const
-    {
-        return isWeb_ && text_[at_] == around_.mark && around_.closesAt(text_, at_);
-    }
+    bool closesMark() const { return isWeb_ && text_[at_] == around_.mark && around_.closesAt(text_, at_); }
 
     bool takeAscii(char c)
     {
@@ -73,7 +70,8 @@ private:
         case '/':
             return separate(part_ == Part::path);
         case '&':
-            return isInWebQuery() ? takeAmpersand() : separate(part_ == Part::query || part_ == Part::directive);
+            return isInWebQuery() ? takeAmpersand()
+                                  : separate(part_ == Part::query || part_ == Part::directive);
         case '=':
             return separate(part_ == Part::query || part_ == Part::directive);
         case '?':
@@ -226,7 +224,7 @@ private:
         return at_ + length >= text_.size() || characters::is(text_[at_ + length], characters::blank);
     }
 
-    // "&&" behind the only parameter and before a single word is the shell's.
+    // "&&" behind the only parameter and before a single word of letters is the shell's.
     bool isCommandSeparator() const
     {
         if (!text_.substr(at_).starts_with("&&"))
@@ -235,9 +233,10 @@ private:
         if (first.find('&') != nowhere || first.find('=') == nowhere)
             return false;
         std::size_t end = at_ + 2;
-        while (end < text_.size() && characters::is(text_[end], characters::host | characters::dot | characters::slash))
+        while (end < text_.size() &&
+               characters::is(text_[end], characters::host | characters::dot | characters::slash))
             ++end;
-        return end > at_ + 2 && (end == text_.size() || characters::is(text_[end], characters::blank));
+        return end > at_ + 3 && (end == text_.size() || characters::is(text_[end], characters::blank));
     }
 
     bool beginItem(std::size_t length)
@@ -332,8 +331,8 @@ private:
 
     static bool isPunctuation(char c)
     {
-        return !isWordCharacter(c) && !characters::is(c, characters::blank) && c != '"' && c != '\'' && c != '`' &&
-               c != '\\';
+        return !isWordCharacter(c) && !characters::is(c, characters::blank) && c != '"' && c != '\'' &&
+               c != '`' && c != '\\';
     }
 
     // Deeper nesting than this is no link that anybody wrote.
@@ -347,9 +346,9 @@ private:
     std::size_t fragment_ = nowhere;
     std::size_t itemBegin_ = 0; // Of the name or value that is being read.
     std::size_t wordBegin_ = 0; // Its first letter, digit or escape.
-    std::size_t runBegin_ = 0; // Of the last stretch of plain characters.
+    std::size_t runBegin_ = 0;  // Of the last stretch of plain characters.
     std::size_t safeBeforeRun_ = 0;
-    std::size_t safeAtPipe_ = nowhere;  // Before the first vertical bar of the item.
+    std::size_t safeAtPipe_ = nowhere;    // Before the first vertical bar of the item.
     std::size_t safeAtBracket_ = nowhere; // Before the outermost open bracket.
     std::size_t depth_ = 0;
     const LinkSurroundings &around_;
@@ -360,7 +359,8 @@ private:
     std::array<char32_t, deepest> open_; // Only the first `depth_` have a value.
 };
 
-// Most links hold nothing that needs thought. Their end is the end of the word, without the punctuation there.
+// Most links hold nothing that needs thought. Their end is the end of the word, without the punctuation
+// there.
 std::optional<LinkTail> plainTail(std::string_view text, std::size_t begin)
 {
     std::size_t end = findLinkDelimiter(text, begin);

@@ -47,7 +47,8 @@ bool continuesQuery(char32_t point, bool beganInAscii)
     if (point >= 0x80)
         return !endsQuery(point, beganInAscii);
     const char c = static_cast<char>(point);
-    return characters::is(c, characters::letter | characters::digit) || signs.find(c) != std::string_view::npos;
+    return characters::is(c, characters::letter | characters::digit) ||
+           signs.find(c) != std::string_view::npos;
 }
 
 } // namespace velmora

@@ -4,6 +4,7 @@
 #include <VelmoraCore/Text/Utf8.h>
 
 #include <unicode/uchar.h>
+#include <unicode/uscript.h>
 
 #include <algorithm>
 #include <array>
@@ -122,6 +123,62 @@ std::optional<HostExtent> asciiHostExtent(std::string_view text, std::size_t beg
     return HostExtent{end, end > begin && broken >= end && text[end - 1] != '-'};
 }
 
+// Symbols and emoji. Some hosts begin with them, but no top-level domain holds one.
+bool isSymbol(char32_t point)
+{
+    if (point > 0x10FFFF)
+        return false;
+    const auto character = static_cast<UChar32>(point);
+    return (U_GET_GC_MASK(character) & (U_GC_SO_MASK | U_GC_SM_MASK)) != 0 ||
+           u_hasBinaryProperty(character, UCHAR_EXTENDED_PICTOGRAPHIC) != 0;
+}
+
+// Where the first symbol of the last label stands; the end of the host without one.
+std::size_t symbolOfLastLabel(std::string_view host)
+{
+    const std::size_t dot = host.rfind('.');
+    for (std::size_t at = dot == std::string_view::npos ? 0 : dot + 1; at < host.size();) {
+        const utf8::CodePoint point = utf8::decode(host, at);
+        if (point.length > 1 && isSymbol(point.value))
+            return at;
+        at += point.length;
+    }
+    return host.size();
+}
+
+// Scripts that are written without blanks, and Hangul, whose particles follow a word without one.
+bool isOfScriptWithoutBlanks(char32_t point)
+{
+    UErrorCode error = U_ZERO_ERROR;
+    switch (uscript_getScript(static_cast<UChar32>(point), &error)) {
+    case USCRIPT_HAN:
+    case USCRIPT_HIRAGANA:
+    case USCRIPT_KATAKANA:
+    case USCRIPT_BOPOMOFO:
+    case USCRIPT_HANGUL:
+    case USCRIPT_THAI:
+    case USCRIPT_LAO:
+    case USCRIPT_KHMER:
+    case USCRIPT_MYANMAR:
+    case USCRIPT_TIBETAN:
+        return true;
+    default:
+        return point == 0x30FC || isSymbol(point);
+    }
+}
+
+// Where the ASCII part begins in which the first label ends, if prose without blanks or a symbol stands
+// before it; otherwise where the label begins.
+std::size_t behindProse(std::string_view label)
+{
+    std::size_t begin = label.size();
+    while (begin > 0 && !characters::is(label[begin - 1], characters::nonAscii))
+        --begin;
+    if (begin == 0 || begin == label.size() || label[begin] == '-')
+        return 0;
+    return isOfScriptWithoutBlanks(utf8::decodeBefore(label, begin, 0).value) ? begin : 0;
+}
+
 // Walks over the characters of a host, escapes and full stops of East Asian scripts included; those are dots
 // only where the host has no other.
 struct HostWalk {
@@ -149,7 +206,7 @@ private:
     {
         const utf8::CodePoint point = utf8::decode(text, end);
         const bool isDot = isIdeographicDot(point.value);
-        if (isDot ? asciiDot : !isHostCodePoint(point.value))
+        if (isDot ? asciiDot : !isHostCodePoint(point.value) && !isSymbol(point.value))
             return false;
         if (isDot && fullStop == 0)
             fullStop = end;
@@ -190,6 +247,7 @@ HostExtent hostExtent(std::string_view text, std::size_t begin)
     if (walk.fullStop != 0 &&
         (walk.asciiDot || !isTopLevelDomain(labelsOf(text.substr(begin, end - begin)).last)))
         end = walk.fullStop;
+    end = begin + symbolOfLastLabel(text.substr(begin, end - begin));
     while (end > begin && text[end - 1] == '.')
         --end;
     return {end, end > begin && labelsOf(text.substr(begin, end - begin)).valid};
@@ -200,9 +258,12 @@ BareHost bareHost(std::string_view run)
     BareHost host{0, trimmedEnd(run), false, false};
     while (host.begin < host.end && (run[host.begin] == '-' || run[host.begin] == '_'))
         ++host.begin;
-    const Labels labels = labelsOf(run.substr(host.begin, host.end - host.begin));
+    Labels labels = labelsOf(run.substr(host.begin, host.end - host.begin));
     if (!labels.valid || labels.count < 2)
         return host;
+    const std::size_t prose = behindProse(labels.first);
+    host.begin += prose;
+    labels.first.remove_prefix(prose);
     const bool isWww = labels.count > 2 && characters::equalsIgnoringCase(labels.first, "www");
     host.valid = (isWww && isAlphabetic(labels.last)) || isTopLevelDomain(labels.last);
     const auto isEnding = [&labels](std::string_view ending) {

@@ -19,7 +19,8 @@ struct HostExtent {
 // The host of a link with a scheme, beginning at `begin`; without the dot of the root.
 HostExtent hostExtent(std::string_view text, std::size_t begin);
 
-// The host in a stretch of host characters and dots that has no scheme before it.
+// The host in a stretch of host characters and dots that has no scheme before it. Prose of a script without
+// blanks, and symbols, are no part of it where its first label changes to ASCII behind them.
 struct BareHost {
     std::size_t begin;
     std::size_t end;

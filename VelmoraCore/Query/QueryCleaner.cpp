@@ -20,39 +20,82 @@ void report(const QueryItem &item, CleaningVisitor &visitor)
                              value ? std::optional<std::string_view>(*value) : std::nullopt);
 }
 
+// In HTML a separator is written "&amp;"; it goes with the parameter before it.
+std::string_view withoutSeparator(std::string_view name)
+{
+    constexpr std::string_view rest = "amp;";
+    while (name.starts_with(rest))
+        name.remove_prefix(rest.size());
+    return name;
+}
+
 // Takes items one by one, writes those that stay and reports the others.
 class Rewriting {
 public:
-    Rewriting(std::string &link, CleaningVisitor *visitor)
+    Rewriting(std::string &link, QueryCleaner::Place place, CleaningVisitor *visitor)
         : link_(link)
+        , place_(place)
         , visitor_(visitor)
+        , last_(link.size())
     {
     }
 
     void take(const QueryItem &item, bool removed)
     {
+        wasLast_ = false;
         if (!removed && kept_.isNew(item))
             write(item);
         else if (removed && visitor_ != nullptr)
             report(item, *visitor_);
     }
 
+    // A link finder leaves out what ends like a sentence or a bracket. Where another parameter stood behind
+    // such an end its last character is escaped, so that the link that is found next time is the same.
+    void finish()
+    {
+        if (wasLast_ || !place_.endsLink || last_ == link_.size())
+            return;
+        escapeOpenBrackets(link_, last_);
+        const char end = link_.back();
+        if (characters::is(end, characters::soft) || isEndMark(end))
+            escapeLast(link_);
+    }
+
 private:
     void write(const QueryItem &item)
     {
         link_.push_back(separator_);
-        separator_ = '&';
-        appendQueryText(link_, item.name);
+        appendEscaping(separator_ == '?' ? withoutSeparator(item.name) : item.name);
         if (item.value) {
             link_.push_back('=');
-            appendQueryText(link_, *item.value);
+            appendEscaping(*item.value);
+        }
+        separator_ = '&';
+        wasLast_ = true;
+    }
+
+    void appendEscaping(std::string_view text)
+    {
+        last_ = link_.size();
+        appendQueryText(link_, text);
+        for (const char mark : place_.endMarks) {
+            if (mark != '\0')
+                keepEscaped(link_, last_, text, mark);
         }
     }
 
+    bool isEndMark(char c) const
+    {
+        return std::find(place_.endMarks.begin(), place_.endMarks.end(), c) != place_.endMarks.end();
+    }
+
     std::string &link_;
+    QueryCleaner::Place place_;
     CleaningVisitor *visitor_;
     KeptItems kept_;
     char separator_ = '?';
+    std::size_t last_;     // Where the last name or value begins that was written.
+    bool wasLast_ = false; // Nothing was left out behind it.
 };
 
 } // namespace
@@ -62,28 +105,29 @@ bool QueryCleaner::isTracked()
     bool tracked = readFirstItems();
     QueryItemReader reader = rest_;
     for (QueryItem item; !tracked && reader.next(item);)
-        tracked = rules_.removes(item, host_);
-    return tracked && !rules_.ignores(host_);
+        tracked = rules_->removes(item, host_);
+    return tracked && !rules_->ignores(host_);
 }
 
 bool QueryCleaner::readFirstItems()
 {
     bool tracked = false;
     for (; count_ < remembered && rest_.next(items_[count_]); ++count_) {
-        removed_[count_] = rules_.removes(items_[count_], host_);
+        removed_[count_] = rules_->removes(items_[count_], host_);
         tracked = tracked || removed_[count_];
     }
     return tracked;
 }
 
-void QueryCleaner::rewrite(std::string &link, CleaningVisitor *visitor) const
+void QueryCleaner::rewrite(std::string &link, Place place, CleaningVisitor *visitor) const
 {
-    Rewriting rewriting(link, visitor);
+    Rewriting rewriting(link, place, visitor);
     for (std::size_t i = 0; i < count_; ++i)
         rewriting.take(items_[i], removed_[i]);
     QueryItemReader reader = rest_;
     for (QueryItem item; reader.next(item);)
-        rewriting.take(item, rules_.removes(item, host_));
+        rewriting.take(item, rules_->removes(item, host_));
+    rewriting.finish();
 }
 
 } // namespace velmora

@@ -15,18 +15,27 @@ namespace velmora {
 class QueryCleaner {
 public:
     QueryCleaner(const TrackingRules &rules, std::string_view query, std::string_view host)
-        : rules_(rules)
+        : rules_(&rules)
         , host_(host)
         , rest_(query)
     {
     }
+
+    // What stands around the query in its text.
+    struct Place {
+        bool endsLink = true; // No fragment follows.
+        // Characters that end the link where they stand bare; zero for none.
+        std::array<char, 2> endMarks{};
+    };
 
     // Whether anything is to be removed. Allocates nothing when the parameters are plain ASCII.
     bool isTracked();
 
     // For a tracked query: appends the new query with its "?", or nothing if no parameter is left, and shows
     // the removed parameters to the visitor, if there is one.
-    void rewrite(std::string &link, CleaningVisitor *visitor) const;
+    void rewrite(std::string &link, Place place, CleaningVisitor *visitor) const;
+
+    const LinkHost &host() const { return host_; }
 
 private:
     // What was read and decided of the first items; those behind are read when the query is rewritten.
@@ -34,7 +43,7 @@ private:
 
     bool readFirstItems();
 
-    const TrackingRules &rules_;
+    const TrackingRules *rules_;
     LinkHost host_;
     QueryItemReader rest_;
     std::array<QueryItem, remembered> items_;

@@ -17,6 +17,9 @@ std::string ruleSpelling(std::string_view text)
     return canonicalForm(lowercased(trimmedWhitespaceAndNewlines(text)));
 }
 
+// What splitting a query at "&" leaves of HTML's "&amp;" before a name.
+constexpr std::string_view separatorRest = "amp;";
+
 bool hasCapitals(std::string_view text)
 {
     return std::any_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
@@ -76,6 +79,19 @@ bool TrackingRules::ignores(const LinkHost &host) const
 }
 
 bool TrackingRules::removes(const QueryItem &item, const LinkHost &host) const
+{
+    return removesNamed(item, host) ||
+           (item.name.starts_with(separatorRest) && removesBehindSeparator(item, host));
+}
+
+bool TrackingRules::removesBehindSeparator(QueryItem item, const LinkHost &host) const
+{
+    while (item.name.starts_with(separatorRest))
+        item.name.remove_prefix(separatorRest.size());
+    return removesNamed(item, host);
+}
+
+bool TrackingRules::removesNamed(const QueryItem &item, const LinkHost &host) const
 {
     if (item.plain || findCoded(item.name, 0) == item.name.size())
         return removesKey(item.name, item, host);

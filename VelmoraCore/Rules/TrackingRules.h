@@ -35,6 +35,7 @@ public:
     // Whether `host` is one of the ignored hosts or lies within one.
     bool ignores(const LinkHost &host) const;
 
+    // A name behind "&amp;", the separator as HTML writes it, is known with and without the rest of that.
     bool removes(const QueryItem &item, const LinkHost &host) const;
 
 private:
@@ -58,6 +59,8 @@ private:
 
     static const std::vector<HostScopedRule> &hostScopedRules();
 
+    bool removesNamed(const QueryItem &item, const LinkHost &host) const;
+    bool removesBehindSeparator(QueryItem item, const LinkHost &host) const;
     bool removesKey(std::string_view key, const QueryItem &item, const LinkHost &host) const;
     bool removesValue(std::string_view key, const QueryItem &item) const;
     static bool removesOnHost(std::string_view key, const LinkHost &host);

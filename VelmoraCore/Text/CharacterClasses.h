@@ -22,11 +22,13 @@ enum Class : std::uint32_t {
     queryText = 1U << 10, // Stands in a query item as itself.
     literal = 1U << 11,   // May stand in the brackets of a literal host.
     nonAscii = 1U << 12,
-    delimiter = 1U << 13, // The end of a link needs more thought: blanks, brackets, quotes, ":", ";", "|", non-ASCII.
+    delimiter =
+        1U << 13, // The end of a link needs more thought: blanks, brackets, quotes, ":", ";", "|", non-ASCII.
     soft = 1U << 14,      // Belongs to a link only when more of it follows.
     coded = 1U << 15,     // Not to be taken as it stands in a name or value: "%", blanks, non-ASCII.
     separator = 1U << 16, // Between the names and values of a query.
     slash = 1U << 17,     // "/"
+    undone = 1U << 18, // Means the same in a query whether it is escaped or not, and nothing around the link.
 };
 
 constexpr std::array<std::uint32_t, 256> makeClasses()
@@ -37,8 +39,8 @@ constexpr std::array<std::uint32_t, 256> makeClasses()
             classes[static_cast<unsigned char>(c)] |= value;
     };
     add("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ",
-        host | scheme | letter | user | mailbox | plain | queryText | literal);
-    add("0123456789", host | scheme | digit | hex | user | mailbox | plain | queryText | literal);
+        host | scheme | letter | user | mailbox | plain | queryText | literal | undone);
+    add("0123456789", host | scheme | digit | hex | user | mailbox | plain | queryText | literal | undone);
     add("abcdefABCDEF", hex);
     add("-", host | scheme | user | mailbox | plain | queryText | literal);
     add("_", host | user | mailbox | plain | queryText | literal);
@@ -54,6 +56,7 @@ constexpr std::array<std::uint32_t, 256> makeClasses()
     add("<>\x7F", blank | delimiter | coded);
     add("\"'`\\|:;()[]{}", delimiter);
     add("/", slash);
+    add("-._~/:@?,", undone);
     add("!\"',.:;?", soft);
     add("%", coded);
     add("&=", separator);

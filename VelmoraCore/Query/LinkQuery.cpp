@@ -1,0 +1,123 @@
+#include <VelmoraCore/Detection/LinkSurroundings.h>
+#include <VelmoraCore/Query/LinkQuery.h>
+#include <VelmoraCore/Query/ValueEnd.h>
+#include <VelmoraCore/Text/ByteSearch.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
+
+#include <algorithm>
+
+namespace velmora {
+
+namespace {
+
+// What stands at most before a link and says something about its end, and how much behind it is looked at.
+constexpr std::size_t window = 64;
+constexpr std::size_t wideWindow = 1024;
+
+bool isWordCharacter(char c)
+{
+    return characters::is(c, characters::letter | characters::digit | characters::nonAscii);
+}
+
+} // namespace
+
+LinkQuery::LinkQuery(const TrackingRules &rules, std::string_view text, FoundLink &link)
+    : rules_(rules)
+    , text_(text)
+    , link_(link)
+    , query_(cleaner())
+    , isTracked_(decide())
+{
+}
+
+QueryCleaner LinkQuery::cleaner() const
+{
+    return {rules_, text_.substr(link_.query + 1, link_.fragment - link_.query - 1),
+            text_.substr(link_.hostBegin, link_.hostEnd - link_.hostBegin)};
+}
+
+bool LinkQuery::decide()
+{
+    if (!query_.isTracked())
+        return false;
+    if (!leaveToText())
+        return false;
+    return !wouldJoin();
+}
+
+// Shortens the link. False when the link has to stay whole.
+bool LinkQuery::leaveToText()
+{
+    const std::size_t separator = text_.substr(0, link_.fragment).rfind('&');
+    const std::size_t begin =
+        separator == std::string_view::npos ? link_.query + 1 : std::max(separator, link_.query) + 1;
+    QueryItemReader reader(text_.substr(begin, link_.fragment - begin));
+    QueryItem item;
+    if (!reader.next(item) || !item.value)
+        return true;
+    const std::size_t value = link_.fragment - item.value->size();
+    const std::size_t end = certainValueEnd(text_, link_.begin, value, link_.fragment);
+    const bool isUsed = value == link_.end && isConcatenated(text_, link_.end);
+    if ((end == link_.fragment && !isUsed) || !rules_.removes(item, query_.host()))
+        return true;
+    if (isUsed)
+        return false;
+    link_.end = link_.fragment = end;
+    query_ = cleaner();
+    return query_.isTracked();
+}
+
+// Whether the text behind the link would become part of it, and a parameter with it that is no link's now.
+bool LinkQuery::wouldJoin() const
+{
+    if (link_.fragment != link_.end || link_.end == text_.size())
+        return false;
+    const char next = text_[link_.end];
+    if (characters::is(next, characters::blank))
+        return false;
+    if (next == '"' && (link_.end + 1 == text_.size() || !isWordCharacter(text_[link_.end + 1])))
+        return false;
+    const std::size_t wordEnd =
+        findBlank(text_.substr(0, std::min(text_.size(), link_.end + wideWindow)), link_.end);
+    const std::string_view tail = text_.substr(link_.end, wordEnd - link_.end);
+    if (tail.find_first_of("?&") == std::string_view::npos)
+        return false;
+
+    const std::size_t before = std::min(link_.begin, window);
+    std::string joined(text_.substr(link_.begin - before, before));
+    if (link_.kind == FoundLink::Kind::bareWeb)
+        joined += "http://";
+    joined.append(text_, link_.begin, link_.query - link_.begin);
+    rewrite(joined, nullptr);
+    const std::size_t end = joined.size();
+    joined += tail;
+    LinkScanner scanner(joined, before, joined.size());
+    FoundLink link;
+    if (!scanner.next(link) || link.end <= end || link.query == link.fragment || link.keptAsWritten)
+        return false;
+    if (link.query >= end && isCleanedByItself(link_.end + link.query - end))
+        return false;
+    const std::string_view all = joined;
+    return QueryCleaner(rules_, all.substr(link.query + 1, link.fragment - link.query - 1),
+                        all.substr(link.hostBegin, link.hostEnd - link.hostBegin))
+        .isTracked();
+}
+
+// Whether the query that begins at this place behind the link is that of the next link.
+bool LinkQuery::isCleanedByItself(std::size_t query) const
+{
+    const std::size_t wordEnd = findBlank(text_, query);
+    LinkScanner scanner(text_, link_.end, wordEnd);
+    FoundLink next;
+    return scanner.next(next) && next.query == query && next.query < next.fragment && !next.keptAsWritten &&
+           (next.kind == FoundLink::Kind::web || next.kind == FoundLink::Kind::bareWeb) &&
+           !rules_.ignores(LinkHost(text_.substr(next.hostBegin, next.hostEnd - next.hostBegin)));
+}
+
+void LinkQuery::rewrite(std::string &output, CleaningVisitor *visitor) const
+{
+    const LinkSurroundings around = surroundingsBefore(text_, link_.begin);
+    query_.rewrite(output, {endsLink(), {around.separator, around.mark}}, visitor);
+}
+
+} // namespace velmora

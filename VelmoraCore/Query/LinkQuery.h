@@ -1,0 +1,48 @@
+#pragma once
+
+#include <VelmoraCore/CleaningVisitor.h>
+#include <VelmoraCore/Detection/LinkScanner.h>
+#include <VelmoraCore/Query/QueryCleaner.h>
+#include <VelmoraCore/Rules/TrackingRules.h>
+
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+// The query of a web link that stands in a text.
+//
+// More careful than detection, because what it takes away is lost: of the parameter that ends the link only
+// what is certain to be its value goes, and a link stays as it is where the text that follows it depends on
+// what would go or would become part of the link.
+class LinkQuery {
+public:
+    // The link, which has a query, may lose its end: what stands there is the text's. Text and rules have to
+    // outlive this object.
+    LinkQuery(const TrackingRules &rules, std::string_view text, FoundLink &link);
+
+    // Whether anything is to be removed.
+    bool isTracked() const { return isTracked_; }
+
+    // For a tracked query: appends the new query with its "?", or nothing if no parameter is left, and shows
+    // the removed parameters to the visitor, if there is one.
+    void rewrite(std::string &output, CleaningVisitor *visitor) const;
+
+private:
+    bool decide();
+
+    bool endsLink() const { return link_.fragment == link_.end; }
+
+    bool leaveToText();
+    bool wouldJoin() const;
+    bool isCleanedByItself(std::size_t query) const;
+    QueryCleaner cleaner() const;
+
+    const TrackingRules &rules_;
+    std::string_view text_;
+    FoundLink &link_;
+    QueryCleaner query_;
+    bool isTracked_;
+};
+
+} // namespace velmora
