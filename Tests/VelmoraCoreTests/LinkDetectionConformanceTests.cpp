@@ -10,8 +10,8 @@
 namespace velmora {
 namespace {
 
-constexpr std::string_view openMark = "⸠";
-constexpr std::string_view closeMark = "⸡";
+constexpr std::string_view openMark = "⟦";
+constexpr std::string_view closeMark = "⟧";
 
 std::vector<std::string> linesOf(const std::string &file)
 {
@@ -56,7 +56,7 @@ TEST(LinkDetectionConformance, FindsTheLinksOfEveryLineOfThePublishedTest)
 {
     int web = 0;
     int passed = 0;
-    for (const std::string &line : linesOf("LinkDetectionTest.txt")) {
+    for (const std::string &line : linesOf("UnicodeLinks.txt")) {
         if (isDecidedOtherwise(line))
             continue;
         EXPECT_EQ(withMarks(withoutMarks(line)), line);

@@ -53,7 +53,11 @@ bool endsReference(std::string_view textToSemicolon)
 
 bool LinkSurroundings::closesAt(std::string_view text, std::size_t at) const
 {
-    if (text[at] != mark || text[at - 1] == mark)
+    if (text[at] != mark)
+        return false;
+    if (isOneOf(mark, "*~^"))
+        return true; // Runs open together and close one by one.
+    if (text[at - 1] == mark)
         return false;
     std::size_t behind = at;
     while (behind < text.size() && text[behind] == mark)

@@ -18,7 +18,7 @@ struct LinkSurroundings {
 
     bool areEmpty() const { return separator == '\0' && mark == '\0' && !isQuoted; }
 
-    // The marks of emphasis close where no word goes on: "_" stands in many names of parameters.
+    // Whether the mark closes here. One that stands in many queries does where no word goes on.
     bool closesAt(std::string_view text, std::size_t at) const;
 };
 

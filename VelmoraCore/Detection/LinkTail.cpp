@@ -213,7 +213,7 @@ private:
                 return false;
             return beginItem(1);
         }
-        if (written.value == '&')
+        if (text_.substr(at_, written.length).ends_with("amp;"))
             return beginItem(written.length);
         goesOn_ = continuesQuery(written.value, beganInAscii());
         return false;

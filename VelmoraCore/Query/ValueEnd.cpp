@@ -1,6 +1,8 @@
 #include <VelmoraCore/Query/ValueEnd.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
 
+#include <algorithm>
+
 namespace velmora {
 
 namespace {
@@ -24,6 +26,15 @@ bool isNote(std::string_view rest)
 {
     return rest.size() > 2 && rest.back() == ']' &&
            rest.find_first_not_of("0123456789", 1) == rest.size() - 1;
+}
+
+// Where the last run of the mark begins that stands before the link, as in "_link_s".
+std::size_t beforeLastMark(std::string_view value)
+{
+    std::size_t end = value.rfind('_');
+    while (end != std::string_view::npos && end > 0 && value[end - 1] == '_')
+        --end;
+    return std::min(end, value.size());
 }
 
 bool endsValue(std::string_view rest, bool isKeyed)
@@ -52,6 +63,8 @@ std::size_t certainValueEnd(std::string_view text, std::size_t link, std::size_t
     std::size_t length = 0;
     while (length < all.size() && !endsValue(all.substr(length), before == '='))
         ++length;
+    if (before == '_' && (end == text.size() || text[end] != '_'))
+        length = std::min(length, beforeLastMark(all));
     const bool isCut = length < all.size();
     const bool closesTag = !isCut && end < text.size() && text[end] == '>' && before != '<';
     const std::string_view signs = closesTag ? "*~^$@%-=/" : "*~^$@%";

@@ -1,0 +1,215 @@
+#include "ReferenceCleaning.h"
+
+#include <VelmoraCore/LinkCleaner.h>
+#include <VelmoraCore/LinkDetector.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+namespace {
+
+using namespace std::string_view_literals;
+
+const LinkCleaner &cleaner()
+{
+    static const LinkCleaner instance(LinkCleanerConfiguration::withDefaultRules());
+    return instance;
+}
+
+// What stands around a link on both sides: the same, or an opening and a closing one.
+struct Delimiters {
+    std::string_view before;
+    std::string_view behind;
+};
+
+constexpr auto delimiters = std::to_array<Delimiters>({
+    {"\"", "\""},
+    {"'", "'"},
+    {"`", "`"},
+    {"\\\"", "\\\""},
+    {"\\\\\\\"", "\\\\\\\""},
+    {"\\'", "\\'"},
+    {"\"\"", "\"\""},
+    {"''", "''"},
+    {"```", "```"},
+    {"\"'", "'\""},
+    {",", ","},
+    {";", ";"},
+    {"|", "|"},
+    {"||", "||"},
+    {"\t", "\t"},
+    {" ", " "},
+    {"\n", "\n"},
+    {"\r\n", "\r\n"},
+    {"\\n", "\\n"},
+    {"\\t", "\\t"},
+    {"\\r\\n", "\\r\\n"},
+    {"(", ")"},
+    {"[", "]"},
+    {"{", "}"},
+    {"<", ">"},
+    {"((", "))"},
+    {"[[", "]]"},
+    {"{{", "}}"},
+    {"<<", ">>"},
+    {"](", ")"},
+    {"<", "|"},
+    {"[", "|"},
+    {"[[", "|"},
+    {"[[", "]["},
+    {"{", "}{"},
+    {"*", "*"},
+    {"**", "**"},
+    {"***", "***"},
+    {"_", "_"},
+    {"__", "__"},
+    {"~", "~"},
+    {"~~", "~~"},
+    {"==", "=="},
+    {"^", "^"},
+    {"_**", "**_"},
+    {"[url]", "[/url]"},
+    {"[b]", "[/b]"},
+    {"<p>", "</p>"},
+    {"<!--", "-->"},
+    {"/*", "*/"},
+    {"&quot;", "&quot;"},
+    {"&lt;", "&gt;"},
+    {"&#34;", "&#34;"},
+    {"&#x27;", "&#x27;"},
+    {"&apos;", "&apos;"},
+    {"&nbsp;", "&nbsp;"},
+    {"&laquo;", "&raquo;"},
+    {"&amp;lt;", "&amp;gt;"},
+    {"\\u0022", "\\u0022"},
+    {"\\u003c", "\\u003e"},
+    {"\\u201c", "\\u201d"},
+    {"“", "”"},
+    {"„", "“"},
+    {"‘", "’"},
+    {"‚", "‘"},
+    {"«", "»"},
+    {"»", "«"},
+    {"‹", "›"},
+    {"「", "」"},
+    {"『", "』"},
+    {"《", "》"},
+    {"〈", "〉"},
+    {"【", "】"},
+    {"（", "）"},
+    {"［", "］"},
+    {"｛", "｝"},
+    {"〔", "〕"},
+    {"，", "，"},
+    {"。", "。"},
+    {"、", "、"},
+    {"；", "；"},
+    {"：", "："},
+    {"！", "！"},
+    {"？", "？"},
+    {"｜", "｜"},
+    {"…", "…"},
+    {"—", "—"},
+    {"–", "–"},
+    {"·", "·"},
+    {"•", "•"},
+    {"→", "→"},
+    {"😂", "😂"},
+    {"❤️", "❤️"},
+    {"، ", "،"},
+    {"؟", "؟"},
+    {"؛", "؛"},
+    {"।", "।"},
+    {"־", "־"},
+    {"\u2068", "\u2069"},
+    {"\u2066", "\u2069"},
+    {"\u202B", "\u202C"},
+    {"\u200B", "\u200B"},
+    {"\u200E", "\u200E"},
+    {"\u200F", "\u200F"},
+    {"\uFEFF", "\uFEFF"},
+    {"\u00A0", "\u00A0"},
+    {"\u3000", "\u3000"},
+    {"\u2028", "\u2028"},
+    {"\u00AD", "\u00AD"},
+    {"\u0085", "\u0085"},
+    {"\xFF"sv, "\xFF"sv},
+    {"\x1B"sv, "\x1B"sv},
+    {"\0"sv, "\0"sv},
+    {"看", "，"},
+    {"は", "です"},
+    {"ดู", "ครับ"},
+    {"는", "를"},
+    {"انظر ", "،"},
+    {"", "’s"},
+    {"", "'s"},
+    {"", ", "},
+    {"", ". "},
+    {"", "..."},
+    {"", "?!"},
+});
+
+// What stands around both, and what may stand behind without a blank.
+constexpr auto fronts = std::to_array<std::string_view>(
+    {"", " ", "see ", "看", "{\"a\":1,\"u\":", "x=", "a,b,", "[1]: ", "<li>", "- ", "> ", "\xC3", "(", "**"});
+constexpr auto tails = std::to_array<std::string_view>(
+    {"",     " b", "b",        "Bob",        ",\"b\":2}", ",Bob,[Berlin]", ")",  "]}",
+     "</a>", ".",  "\nThanks", "真的很便宜", "=1",        "|x|",           "\"", "'",
+     ";",    "é",  "😂",        "#top",       "/x",        "%41%zz"});
+constexpr auto links = std::to_array<std::string_view>({
+    "https://a.com/?utm_source=x",
+    "https://a.com/p?id=5&utm_source=x",
+    "https://a.com/p?utm_source=x&id=5",
+    "http://a.com?fbclid=Iw-A_1.2~3&utm_x=%2C%7C",
+});
+
+TEST(CleaningProperties, KeepsTheDelimiterBehindALinkAndTheTextBehindThat)
+{
+    for (const Delimiters &pair : delimiters) {
+        for (const std::string_view front : fronts) {
+            for (const std::string_view tail : tails) {
+                for (const std::string_view link : links) {
+                    const std::string before = std::string(front).append(pair.before);
+                    const std::string behind = std::string(pair.behind).append(tail);
+                    const std::string text = std::string(before).append(link).append(behind);
+                    const std::string cleaned = cleaner().clean(text).cleanedText;
+                    ASSERT_TRUE(cleaned.starts_with(before)) << text << '\n' << cleaned;
+                    ASSERT_TRUE(cleaned.ends_with(behind)) << text << '\n' << cleaned;
+                    ASSERT_GE(cleaned.size(), before.size() + behind.size());
+                    ASSERT_EQ(cleaner().clean(cleaned).cleanedText, cleaned) << text;
+                    ASSERT_EQ(cleaner().edits(text), referenceEdits(cleaner(), text)) << text;
+                }
+            }
+        }
+    }
+}
+
+TEST(CleaningProperties, TakesTheTrackerBetweenDelimiters)
+{
+    for (const Delimiters &pair : delimiters) {
+        const std::string before = std::string("see ").append(pair.before);
+        const std::string behind = std::string(pair.behind).append(" b");
+        EXPECT_EQ(cleaner().clean(before + "https://a.com/p?id=5&utm_source=x" + behind).cleanedText,
+                  before + "https://a.com/p?id=5" + behind);
+    }
+}
+
+TEST(CleaningProperties, CleansALinkAsWhatTheDetectorShows)
+{
+    for (const Delimiters &pair : delimiters) {
+        const std::string text =
+            std::string(pair.before).append("https://a.com/p?id=5&utm_source=x").append(pair.behind);
+        if (pair.behind == "-->")
+            continue; // Hyphens end many links; the cleaner alone knows that nothing kept ends there.
+        const std::vector<LinkMatch> matches = LinkDetector().matches(text);
+        ASSERT_EQ(matches.size(), 1U) << text;
+        EXPECT_EQ(matches[0].url, "https://a.com/p?id=5&utm_source=x") << text;
+    }
+}
+
+} // namespace
+} // namespace velmora
