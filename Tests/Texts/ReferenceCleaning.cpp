@@ -4,7 +4,32 @@
 #include <VelmoraCore/Query/LinkQuery.h>
 #include <VelmoraCore/Rules/TrackingRules.h>
 
+#include <optional>
 #include <string>
+
+namespace {
+
+// Adds the removed items to an edit.
+class Items final : public velmora::CleaningVisitor {
+public:
+    explicit Items(velmora::LinkEdit &edit)
+        : edit_(edit)
+    {
+    }
+
+    void visitRemovedItem(std::string_view name, std::optional<std::string_view> value) override
+    {
+        edit_.removedItems.push_back(
+            {std::string(name), value ? std::optional<std::string>(*value) : std::nullopt});
+    }
+
+    void visitCleanedLink(std::size_t, std::size_t, std::string_view) override {}
+
+private:
+    velmora::LinkEdit &edit_;
+};
+
+} // namespace
 
 std::vector<velmora::LinkEdit> referenceEdits(const velmora::LinkCleaner &cleaner, std::string_view text)
 {
@@ -22,7 +47,8 @@ std::vector<velmora::LinkEdit> referenceEdits(const velmora::LinkCleaner &cleane
         velmora::LinkEdit edit{
             link.begin, link.end - link.begin, link.kind == Kind::bareWeb ? "http://" : "", {}};
         edit.replacement += text.substr(link.begin, link.query - link.begin);
-        query.rewrite(edit.replacement, edit.removedItems);
+        Items items(edit);
+        query.rewrite(edit.replacement, &items);
         edit.replacement += text.substr(link.fragment, link.end - link.fragment);
         edits.push_back(edit);
     }

@@ -8,11 +8,8 @@ using Cleaner = std::shared_ptr<const velmora::LinkCleaner>;
 
 Cleaner makeCleaner(const CleanerCache::Hosts &hosts)
 {
-    using Configuration = velmora::LinkCleanerConfiguration;
     return std::make_shared<const velmora::LinkCleaner>(
-        Configuration(hosts, Configuration::defaultTrackedParameterNames(),
-                      Configuration::defaultTrackedParameterPrefixes(),
-                      Configuration::defaultValueSensitiveTrackedParameters()));
+        velmora::LinkCleanerConfiguration::withDefaultRules(hosts));
 }
 
 } // namespace

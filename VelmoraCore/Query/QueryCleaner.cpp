@@ -2,6 +2,7 @@
 #include <VelmoraCore/Query/QueryCleaner.h>
 #include <VelmoraCore/QueryItem.h>
 
+#include <algorithm>
 #include <optional>
 
 namespace velmora {
