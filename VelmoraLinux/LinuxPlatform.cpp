@@ -10,15 +10,17 @@
 #include <QDesktopServices>
 #include <QProcessEnvironment>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-const QString identifier = QStringLiteral("app.velmora.Velmora");
-const QString title = QStringLiteral("Velmora");
+const QString identifier = u"app.velmora.Velmora"_s;
+const QString title = u"Velmora"_s;
 } // namespace
 
 LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &token)
     : instance_(instance)
     , bundle_(QCoreApplication::applicationDirPath())
-    , defaults_(XdgFolders::dataHome() + QStringLiteral("/velmora"))
+    , defaults_(XdgFolders::dataHome() + u"/velmora"_s)
     , pasteboard_(makePasteboard(scheduler_))
     , loginItem_(makeLoginItem(identifier, QCoreApplication::applicationFilePath(),
                                QProcessEnvironment::systemEnvironment()))
@@ -36,7 +38,7 @@ Platform LinuxPlatform::platform()
 {
     const UpdaterFactory makeUpdater = [this](const UpdateConfiguration &configuration,
                                               UpdateUserDriver &driver) {
-        return std::make_unique<StandardUpdater>(updaterEnvironment(driver), configuration);
+        return std::make_unique<StandardUpdater>(updaterDependencies(driver), configuration);
     };
     return {.bundle = bundle_,
             .defaults = defaults_,
@@ -56,7 +58,7 @@ Platform LinuxPlatform::platform()
             .releaseMemory = trimWorkingSet};
 }
 
-StandardUpdater::Environment LinuxPlatform::updaterEnvironment(UpdateUserDriver &driver)
+StandardUpdater::Dependencies LinuxPlatform::updaterDependencies(UpdateUserDriver &driver)
 {
     return {.defaults = defaults_,
             .scheduler = scheduler_,
@@ -65,8 +67,8 @@ StandardUpdater::Environment LinuxPlatform::updaterEnvironment(UpdateUserDriver 
             .driver = driver,
             .installation = Installation::detect(QCoreApplication::applicationFilePath(),
                                                  QProcessEnvironment::systemEnvironment()),
-            .downloadFolder = XdgFolders::cacheHome() + QStringLiteral("/velmora/updates"),
-            .network = {.userAgent = title + QLatin1Char('/') + QCoreApplication::applicationVersion()},
+            .downloadFolder = XdgFolders::cacheHome() + u"/velmora/updates"_s,
+            .network = {.userAgent = title + u'/' + QCoreApplication::applicationVersion()},
             .openPage = [](const QUrl &page) { QDesktopServices::openUrl(page); },
             .quit = [] { QCoreApplication::quit(); }};
 }

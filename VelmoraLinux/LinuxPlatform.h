@@ -27,7 +27,7 @@ public:
     [[nodiscard]] Platform platform();
 
 private:
-    [[nodiscard]] StandardUpdater::Environment updaterEnvironment(UpdateUserDriver &driver);
+    [[nodiscard]] StandardUpdater::Dependencies updaterDependencies(UpdateUserDriver &driver);
 
     ApplicationInstance &instance_;
     BundleInfoFile bundle_;

@@ -11,6 +11,8 @@
 #include <QGuiApplication>
 #include <QtQml/qqmlextensionplugin.h>
 
+using namespace Qt::StringLiterals;
+
 Q_IMPORT_QML_PLUGIN(VelmoraMacPlugin)
 
 namespace {
@@ -36,16 +38,15 @@ int main(int argc, char **argv)
     StartConditions::ignoreWriteSignals();
 
     const QGuiApplication application(argc, argv);
-    QGuiApplication::setApplicationName(QStringLiteral("velmora"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
-    QGuiApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("app.velmora.Velmora"));
+    QGuiApplication::setApplicationName(u"velmora"_s);
+    QGuiApplication::setApplicationDisplayName(u"Velmora"_s);
+    QGuiApplication::setApplicationVersion(u"" VELMORA_VERSION ""_s);
+    QGuiApplication::setDesktopFileName(u"app.velmora.Velmora"_s);
     const QuitSignals quitSignals;
     const bool follows = takeOver(argc, argv);
 
     ActivationToken token;
-    LinuxApplicationInstance instance(QDBusConnection::sessionBus(), QStringLiteral("app.velmora.Velmora"),
-                                      token);
+    LinuxApplicationInstance instance(QDBusConnection::sessionBus(), u"app.velmora.Velmora"_s, token);
     const ApplicationInstance::Role role = follows ? instance.claimWhenReleased() : instance.claim();
     if (role == ApplicationInstance::Role::second)
         return 0;

@@ -4,6 +4,7 @@
 #include <QUrl>
 
 #include <functional>
+#include <optional>
 
 // The steps of an update that a user can see.
 enum class UpdateStep {
@@ -20,7 +21,6 @@ enum class UpdateStep {
 };
 
 enum class UpdateProblem {
-    none,
     insecure,     // The address, or one it leads to, is not HTTPS.
     unreachable,  // No answer, an untrusted certificate, or an error from the server.
     feedDamaged,  // The feed cannot be read.
@@ -33,6 +33,8 @@ enum class UpdateProblem {
     badKey,       // This copy's own key is unusable.
 };
 
+using UpdateOutcome = std::optional<UpdateProblem>; // Nothing: no problem.
+
 // Everything a window needs to show one step. Fields that the step does not use are empty.
 struct UpdateReport {
     UpdateStep step = UpdateStep::checking;
@@ -42,7 +44,7 @@ struct UpdateReport {
     QUrl page;          // What to read instead of installing; empty for an ordinary update.
     qint64 received = 0;
     qint64 total = 0; // 0: not known.
-    UpdateProblem problem = UpdateProblem::none;
+    UpdateOutcome problem;
     QString manager;              // What updates this copy.
     bool mayBePutOff = true;      // False for a critical update.
     bool otherSystemOnly = false; // There is a newer version, but not for this system.

@@ -20,7 +20,6 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
-
 using namespace std::chrono_literals;
 
 namespace {
@@ -76,7 +75,7 @@ class AgentTests : public QObject {
     {
         agent_ = std::make_unique<QProcess>();
         agent_->setProcessEnvironment(environment_);
-        agent_->start(QStringLiteral(VELMORA_PROGRAM), QStringList());
+        agent_->start(u"" VELMORA_PROGRAM ""_s, QStringList());
         agent_->waitForStarted();
     }
 
@@ -110,7 +109,7 @@ class AgentTests : public QObject {
         QProcessEnvironment environment = environment_;
         environment.insert(u"DISPLAY"_qs, QString::fromLatin1(display));
         program.setProcessEnvironment(environment);
-        program.start(QStringLiteral(VELMORA_PROGRAM), arguments);
+        program.start(u"" VELMORA_PROGRAM ""_s, arguments);
         program.waitForFinished();
         output = program.readAllStandardOutput();
         errors = program.readAllStandardError();

@@ -25,14 +25,13 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
-
 using namespace std::chrono_literals;
 
 namespace {
 
 // Longer than any cleaning takes, to see that there is none.
-constexpr auto kThreeGridPoints = 660ms;
-constexpr auto kPatience = 20s;
+constexpr auto threeGridPoints = 660ms;
+constexpr auto patience = 20s;
 
 QByteArray tracked(int number)
 {
@@ -110,7 +109,7 @@ class ClipboardPipelineTests : public QObject {
     // What a paste gives after this copy was cleaned; nothing when it was not cleaned.
     std::optional<QByteArray> copyAndPaste(const QByteArray &text)
     {
-        if (!other_->copy(text) || !other_->waitUntilLost(kPatience))
+        if (!other_->copy(text) || !other_->waitUntilLost(patience))
             return std::nullopt;
         return paste(server_->environment());
     }
@@ -118,7 +117,7 @@ class ClipboardPipelineTests : public QObject {
     // Whether the clipboard stays with the program that has just copied this.
     bool staysUntouched(const QByteArray &text, const QByteArray &mode = "text")
     {
-        return other_->copy(text, mode) && !other_->waitUntilLost(kThreeGridPoints);
+        return other_->copy(text, mode) && !other_->waitUntilLost(threeGridPoints);
     }
 
     [[nodiscard]] bool isOnDisk(const QByteArray &bytes) const
@@ -158,7 +157,7 @@ private Q_SLOTS:
         for (int i = 0; i < 50; ++i) {
             const auto copied = other_->copy(tracked(i));
             QVERIFY(copied.has_value());
-            const auto cleaned = other_->waitUntilLost(kPatience);
+            const auto cleaned = other_->waitUntilLost(patience);
             QVERIFY(cleaned.has_value());
             latencies.push_back(double((*cleaned - *copied).count()) / 1e6);
             QCOMPARE(paste(server_->environment()), std::optional(clean(i)));
@@ -195,7 +194,7 @@ private Q_SLOTS:
         app_->state.setAutoCleanEnabled(false);
         QVERIFY(staysUntouched(tracked(1)));
         app_->state.setAutoCleanEnabled(true);
-        QVERIFY(!other_->waitUntilLost(kThreeGridPoints));
+        QVERIFY(!other_->waitUntilLost(threeGridPoints));
         QCOMPARE(copyAndPaste(tracked(2)), std::optional(clean(2)));
         QCOMPARE(app_->state.totalCleaned(), 1);
     }
@@ -205,7 +204,7 @@ private Q_SLOTS:
         app_.reset();
         QVERIFY(other_->copy(tracked(1)));
         restart();
-        QVERIFY(!other_->waitUntilLost(kThreeGridPoints));
+        QVERIFY(!other_->waitUntilLost(threeGridPoints));
         QCOMPARE(copyAndPaste(tracked(2)), std::optional(clean(2)));
     }
 
@@ -218,7 +217,7 @@ private Q_SLOTS:
         QCOMPARE(paste(server_->environment()), std::optional(tracked(1)));
 
         app_->notices.warnings.first().cleanAction();
-        QVERIFY(other_->waitUntilLost(kPatience));
+        QVERIFY(other_->waitUntilLost(patience));
         QCOMPARE(paste(server_->environment()), std::optional(clean(1)));
         QCOMPARE(app_->state.totalCleaned(), 1);
         QCOMPARE(app_->state.historyEntries().size(), 1);
@@ -294,7 +293,7 @@ private Q_SLOTS:
         hung.hang();
         QTest::qWait(1000);
         const auto copied = other_->copy(tracked(2));
-        const auto cleaned = other_->waitUntilLost(kPatience);
+        const auto cleaned = other_->waitUntilLost(patience);
         QVERIFY(copied && cleaned);
         qInfo("longest delay of the event loop %.1f ms; the next copy was clean after %.1f ms",
               heartbeat.longestDelayMs(), double((*cleaned - *copied).count()) / 1e6);

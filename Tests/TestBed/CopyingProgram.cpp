@@ -5,6 +5,7 @@
 #include <csignal>
 #include <functional>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
@@ -24,7 +25,7 @@ CopyingProgram::CopyingProgram(const QProcessEnvironment &environment)
     process_.setProcessEnvironment(environment);
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     QObject::connect(&process_, &QProcess::readyReadStandardOutput, &process_, [this] { readLines(); });
-    process_.start(QStringLiteral(VELMORA_SELECTION_OWNER), QStringList());
+    process_.start(u"" VELMORA_SELECTION_OWNER ""_s, QStringList());
     process_.waitForStarted();
 }
 
@@ -111,8 +112,7 @@ std::optional<QByteArray> paste(const QProcessEnvironment &environment, const QS
 {
     QProcess xclip;
     xclip.setProcessEnvironment(environment);
-    xclip.start(QStringLiteral("xclip"), {QStringLiteral("-o"), QStringLiteral("-selection"),
-                                          QStringLiteral("clipboard"), QStringLiteral("-t"), form});
+    xclip.start(u"xclip"_s, {u"-o"_s, u"-selection"_s, u"clipboard"_s, u"-t"_s, form});
     xclip.waitForStarted();
     if (!wait(
             xclip, [&xclip] { return xclip.state() == QProcess::NotRunning; }, 30s) ||

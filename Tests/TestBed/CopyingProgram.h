@@ -6,6 +6,8 @@
 #include <chrono>
 #include <optional>
 
+using namespace Qt::StringLiterals;
+
 // Another program that owns the clipboard: drives selection-owner, whose first comment lists the modes.
 class CopyingProgram {
 public:
@@ -44,4 +46,4 @@ private:
 // What another program gets when it pastes: the clipboard converted to the given target, as xclip reads it.
 // Nothing when the owner refuses that target.
 [[nodiscard]] std::optional<QByteArray> paste(const QProcessEnvironment &environment,
-                                              const QString &form = QStringLiteral("UTF8_STRING"));
+                                              const QString &form = u"UTF8_STRING"_s);

@@ -9,6 +9,8 @@
 #include <deque>
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 // A self-signed certificate for one test run.
 class TestCertificate {
 public:
@@ -20,13 +22,10 @@ public:
     [[nodiscard]] QSslConfiguration trustingIt() const;
     [[nodiscard]] QSslConfiguration forServer() const;
 
-    [[nodiscard]] QString certificateFile() const
-    {
-        return folder_.filePath(QStringLiteral("certificate.pem"));
-    }
+    [[nodiscard]] QString certificateFile() const { return folder_.filePath(u"certificate.pem"_s); }
 
 private:
-    [[nodiscard]] QString keyFile() const { return folder_.filePath(QStringLiteral("key.pem")); }
+    [[nodiscard]] QString keyFile() const { return folder_.filePath(u"key.pem"_s); }
 
     QTemporaryDir folder_;
 };

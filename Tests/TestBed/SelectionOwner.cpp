@@ -42,8 +42,8 @@
 
 namespace {
 
-constexpr std::size_t kLargestWhole = 200000;
-constexpr std::size_t kSmallPiece = 1000;
+constexpr std::size_t largestWhole = 200000;
+constexpr std::size_t smallPiece = 1000;
 
 class SelectionOwner {
 public:
@@ -248,7 +248,7 @@ bool SelectionOwner::convertText(const xcb_selection_request_event_t &request)
         write(request, XCB_ATOM_INTEGER, 8, text_);
     else if (mode_ == "wrong-format")
         write(request, request.target, 32, std::string(8, '\xff'));
-    else if (mode_.starts_with("pieces") || text_.size() > kLargestWhole)
+    else if (mode_.starts_with("pieces") || text_.size() > largestWhole)
         beginPieces(request);
     else
         write(request, request.target, 8, text_);
@@ -273,7 +273,7 @@ void SelectionOwner::sendPiece()
         return;
     if (mode_ == "pieces-endless")
         sent_ = 0;
-    const std::size_t size = mode_.starts_with("pieces") ? kSmallPiece : kLargestWhole;
+    const std::size_t size = mode_.starts_with("pieces") ? smallPiece : largestWhole;
     const auto piece = std::string_view(text_).substr(sent_, size);
     write(pieces_, pieces_.target, 8, piece);
     sent_ += piece.size();

@@ -12,26 +12,26 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kUpdate = u"http://www.andymatuschak.org/xml-namespaces/sparkle"_s;
-const QString kOwn = u"https://velmora.app/xml-namespaces/updates"_s;
+const QString updatePrefix = u"http://www.andymatuschak.org/xml-namespaces/sparkle"_s;
+const QString ownPrefix = u"https://velmora.app/xml-namespaces/updates"_s;
 
-const QByteArray kEmptyFeed = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                              "<rss version=\"2.0\""
-                              " xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\""
-                              " xmlns:velmora=\"https://velmora.app/xml-namespaces/updates\">\n"
-                              "  <channel>\n    <title>Velmora</title>\n  </channel>\n</rss>\n";
+const QByteArray emptyFeed = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                             "<rss version=\"2.0\""
+                             " xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\""
+                             " xmlns:velmora=\"https://velmora.app/xml-namespaces/updates\">\n"
+                             "  <channel>\n    <title>Velmora</title>\n  </channel>\n</rss>\n";
 
 // Nothing when the file exists but cannot be used.
 std::optional<QByteArray> presentFeed(const QString &path, const AppcastItem &item, QString &problem)
 {
     QFile file(path);
     if (!file.exists())
-        return kEmptyFeed;
+        return emptyFeed;
     if (!file.open(QIODevice::ReadOnly)) {
         problem = u"%1: %2"_s.arg(path, file.errorString());
         return std::nullopt;
     }
-    const QByteArray feed = file.read(AppcastReader::kMaximumBytes + 1);
+    const QByteArray feed = file.read(AppcastReader::maximumBytes + 1);
     QString reason;
     const auto items = AppcastReader::read(feed, &reason);
     if (!items) {
@@ -64,9 +64,9 @@ void writeEnclosure(QXmlStreamWriter &xml, const AppcastEnclosure &enclosure)
     xml.writeAttribute(u"url"_s, QString::fromLatin1(enclosure.url.toEncoded()));
     xml.writeAttribute(u"length"_s, QString::number(enclosure.length));
     xml.writeAttribute(u"type"_s, enclosure.type);
-    xml.writeAttribute(kUpdate, u"os"_s, enclosure.system);
-    xml.writeAttribute(kOwn, u"architecture"_s, enclosure.architecture);
-    xml.writeAttribute(kUpdate, u"edSignature"_s, enclosure.signature);
+    xml.writeAttribute(updatePrefix, u"os"_s, enclosure.system);
+    xml.writeAttribute(ownPrefix, u"architecture"_s, enclosure.architecture);
+    xml.writeAttribute(updatePrefix, u"edSignature"_s, enclosure.signature);
 }
 
 void writeItem(QXmlStreamWriter &xml, const AppcastItem &item)
@@ -74,17 +74,17 @@ void writeItem(QXmlStreamWriter &xml, const AppcastItem &item)
     xml.writeStartElement(u"item"_s);
     writeText(xml, {}, u"title"_s, item.shownVersion);
     writeText(xml, {}, u"pubDate"_s, item.published.toString(Qt::RFC2822Date));
-    writeText(xml, kUpdate, u"version"_s, item.version);
-    writeText(xml, kUpdate, u"shortVersionString"_s, item.shownVersion);
-    writeText(xml, kUpdate, u"minimumSystemVersion"_s, item.minimumSystem);
+    writeText(xml, updatePrefix, u"version"_s, item.version);
+    writeText(xml, updatePrefix, u"shortVersionString"_s, item.shownVersion);
+    writeText(xml, updatePrefix, u"minimumSystemVersion"_s, item.minimumSystem);
     if (item.critical) {
         xml.writeCharacters(u"\n      "_s);
-        xml.writeEmptyElement(kUpdate, u"criticalUpdate"_s);
+        xml.writeEmptyElement(updatePrefix, u"criticalUpdate"_s);
     }
     if (!item.notes.isEmpty()) {
         xml.writeCharacters(u"\n      "_s);
         xml.writeStartElement(u"description"_s);
-        xml.writeAttribute(kUpdate, u"format"_s, u"plain-text"_s);
+        xml.writeAttribute(updatePrefix, u"format"_s, u"plain-text"_s);
         xml.writeCharacters(item.notes);
         xml.writeEndElement();
     }

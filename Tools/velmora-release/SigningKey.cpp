@@ -13,7 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::string_view kHead = "# Velmora's update signing key. Secret: it allows publishing updates.\n";
+constexpr std::string_view keyHead =
+    "# Velmora's update signing key. Secret: it allows publishing updates.\n";
 
 unsigned char *bytes(QByteArray &array)
 {
@@ -50,7 +51,7 @@ std::optional<SigningKey> SigningKey::create(const QString &path, QString &probl
 {
     QByteArray seed(crypto_sign_SEEDBYTES, '\0');
     randombytes_buf(seed.data(), static_cast<size_t>(seed.size()));
-    if (!writeNew(path, QByteArray(kHead.data(), kHead.size()) + seed.toBase64() + '\n')) {
+    if (!writeNew(path, QByteArray(keyHead.data(), keyHead.size()) + seed.toBase64() + '\n')) {
         problem = u"%1: %2"_s.arg(path, qt_error_string());
         return std::nullopt;
     }

@@ -19,13 +19,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kFailed = 1;
-constexpr int kMisused = 2;
+constexpr int failed = 1;
+constexpr int misused = 2;
 
 int fail(const QString &problem)
 {
     std::fprintf(stderr, "velmora-release: %s\n", qPrintable(problem));
-    return kFailed;
+    return failed;
 }
 
 void print(const QString &text)
@@ -150,7 +150,7 @@ struct Command {
     int (*run)(const QStringList &arguments, const QCommandLineParser &options) = nullptr;
 };
 
-constexpr auto kCommands = std::to_array<Command>({
+constexpr auto commands = std::to_array<Command>({
     {u"keys", 1, [](const QStringList &a, const QCommandLineParser &) { return makeKeys(a); }},
     {u"public-key", 1, [](const QStringList &a, const QCommandLineParser &) { return showPublicKey(a); }},
     {u"sign", 2, [](const QStringList &a, const QCommandLineParser &) { return signArchive(a); }},
@@ -187,7 +187,7 @@ int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"velmora-release"_s);
-    QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
+    QCoreApplication::setApplicationVersion(u"" VELMORA_VERSION ""_s);
     QCommandLineParser parser;
     describe(parser);
     parser.process(application);
@@ -195,10 +195,10 @@ int main(int argc, char **argv)
     const QString name = arguments.isEmpty() ? QString() : arguments.takeFirst();
     if (sodium_init() < 0)
         return fail(u"libsodium does not work here"_s);
-    for (const Command &command : kCommands) {
+    for (const Command &command : commands) {
         if (command.name == name && command.arguments == arguments.size())
             return command.run(arguments, parser);
     }
     std::fprintf(stderr, "velmora-release: unknown command or wrong number of arguments; see --help\n");
-    return kMisused;
+    return misused;
 }

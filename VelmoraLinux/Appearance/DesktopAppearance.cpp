@@ -7,18 +7,20 @@
 #include <QGuiApplication>
 #include <QPalette>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
-const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
+const QString portalService = u"org.freedesktop.portal.Desktop"_s;
+const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
+const QString settingsInterface = u"org.freedesktop.portal.Settings"_s;
+const QString appearanceGroup = u"org.freedesktop.appearance"_s;
 } // namespace
 
 DesktopAppearance::DesktopAppearance(QDBusConnection bus)
     : bus_(std::move(bus))
 {
     // Without a service name: with one, Qt would block until the bus has resolved it.
-    bus_.connect({}, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
+    bus_.connect({}, portalPath, settingsInterface, u"SettingChanged"_s, this,
                  SLOT(settingChanged(QString, QString, QDBusVariant)));
     qGuiApp->installEventFilter(this);
     readPortal();
@@ -40,8 +42,7 @@ void DesktopAppearance::addChangeHandler(ChangeHandler handler)
 
 void DesktopAppearance::readPortal()
 {
-    auto call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
-                                               QStringLiteral("ReadAll"));
+    auto call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, u"ReadAll"_s);
     call << QStringList{appearanceGroup};
     auto *pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
@@ -67,7 +68,7 @@ void DesktopAppearance::settingChanged(const QString &group, const QString &key,
 
 bool DesktopAppearance::applySetting(const QString &key, const QVariant &value)
 {
-    if (key == QLatin1String("color-scheme")) { // 0: no preference, 1: dark, 2: light.
+    if (key == "color-scheme"_L1) { // 0: no preference, 1: dark, 2: light.
         const uint scheme = value.toUInt();
         portalScheme_.reset();
         if (scheme == 1)
@@ -76,7 +77,7 @@ bool DesktopAppearance::applySetting(const QString &key, const QVariant &value)
             portalScheme_ = ColorScheme::light;
         return true;
     }
-    if (key == QLatin1String("reduced-motion")) {
+    if (key == "reduced-motion"_L1) {
         reducesMotion_ = value.toUInt() == 1;
         return true;
     }

@@ -35,13 +35,13 @@ std::unique_ptr<Pasteboard> x11Pasteboard(Scheduler &scheduler)
 }
 
 // The one that sees most first.
-constexpr std::array<Candidate, 1> kCandidates = {x11Pasteboard};
+constexpr std::array<Candidate, 1> candidates = {x11Pasteboard};
 
 } // namespace
 
 std::unique_ptr<Pasteboard> makePasteboard(Scheduler &scheduler)
 {
-    for (const Candidate make : kCandidates) {
+    for (const Candidate make : candidates) {
         if (auto pasteboard = make(scheduler))
             return pasteboard;
     }

@@ -10,7 +10,7 @@
 namespace {
 
 // Words asked for at once: a reply is read in one go, so it must not be large.
-constexpr std::uint32_t kWordsAtOnce = 64 * 1024;
+constexpr std::uint32_t wordsAtOnce = 64 * 1024;
 
 std::string utf8FromLatin1(std::string_view latin1)
 {
@@ -107,7 +107,7 @@ void SelectionReader::fetch()
 void SelectionReader::fetchRest()
 {
     connection_.readProperty(requestor_, connection_.atom(XcbAtom::transfer), true,
-                             static_cast<std::uint32_t>(received_ / 4), kWordsAtOnce,
+                             static_cast<std::uint32_t>(received_ / 4), wordsAtOnce,
                              steps_.guarded([this](const auto *reply) { receive(reply); }));
 }
 

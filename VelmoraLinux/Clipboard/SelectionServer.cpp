@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr auto kLongestSilence = std::chrono::seconds(10);
-constexpr std::size_t kMostTargetsAtOnce = 64;
-constexpr std::size_t kLongestForOldPrograms = std::size_t(1024) * 1024;
+constexpr auto longestSilence = std::chrono::seconds(10);
+constexpr std::size_t mostTargetsAtOnce = 64;
+constexpr std::size_t longestForOldPrograms = std::size_t(1024) * 1024;
 
 // Nothing when the text has letters beyond Latin-1, or bytes that are no UTF-8.
 std::optional<std::string> latin1FromUtf8(std::string_view utf8)
@@ -54,7 +54,7 @@ void SelectionServer::offer(std::optional<std::string> text)
     latin1_.reset();
     if (!text)
         return;
-    if (text->size() <= kLongestForOldPrograms) {
+    if (text->size() <= longestForOldPrograms) {
         if (auto latin1 = latin1FromUtf8(*text))
             latin1_ = std::make_shared<const std::string>(*std::move(latin1));
     }
@@ -94,7 +94,7 @@ void SelectionServer::handleRequest(const xcb_selection_request_event_t &request
         return notify(asked, isDone ? asked.property : xcb_atom_t(XCB_NONE));
     }
     connection_.readProperty(
-        asked.requestor, asked.property, false, 0, kMostTargetsAtOnce * 2,
+        asked.requestor, asked.property, false, 0, mostTargetsAtOnce * 2,
         steps_.guarded([this, asked](const auto *list) { answerMultiple(asked, list); }));
 }
 
@@ -239,10 +239,10 @@ void SelectionServer::watchTransfers()
 {
     if (std::exchange(isWatching_, true))
         return;
-    steps_.after(kLongestSilence, [this] {
+    steps_.after(longestSilence, [this] {
         isWatching_ = false;
         endTransfers([now = scheduler_.now()](const Transfer &transfer) {
-            return transfer.lastProgress + kLongestSilence <= now;
+            return transfer.lastProgress + longestSilence <= now;
         });
         if (!transfers_.empty())
             watchTransfers();

@@ -10,8 +10,8 @@
 namespace {
 
 // Some managers never answer: the user, who waits for the program to end, should not notice.
-constexpr auto kLongestHandOver = std::chrono::milliseconds(200);
-constexpr std::size_t kMostPendingRequestors = 8;
+constexpr auto longestHandOver = std::chrono::milliseconds(200);
+constexpr std::size_t mostPendingRequestors = 8;
 
 template<typename Event>
 const Event &as(const xcb_generic_event_t &event)
@@ -234,7 +234,7 @@ void X11Pasteboard::abortReading()
         if (const auto window = aborted->releasePendingRequestor())
             pendingRequestors_.push_back(*window);
     }
-    for (; pendingRequestors_.size() > kMostPendingRequestors; pendingRequestors_.pop_front())
+    for (; pendingRequestors_.size() > mostPendingRequestors; pendingRequestors_.pop_front())
         connection_->destroyWindow(pendingRequestors_.front());
     for (TextHandler &done : std::exchange(waiting_, {}))
         connection_->later([done = std::move(done)] { done(std::nullopt); });
@@ -269,7 +269,7 @@ void X11Pasteboard::handOver()
                           XCB_CURRENT_TIME);
     xcb_flush(server);
     // Real time, not the scheduler's: the event loop has ended.
-    const QDeadlineTimer deadline(kLongestHandOver);
+    const QDeadlineTimer deadline(longestHandOver);
     while (!isHandedOver_ && !connection_->isLost() && !deadline.hasExpired())
         connection_->wait(std::chrono::milliseconds(deadline.remainingTime()));
 }

@@ -7,22 +7,24 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr mode_t kGroupAndOthers = S_IRWXG | S_IRWXO;
+constexpr mode_t groupAndOthers = S_IRWXG | S_IRWXO;
 
 void restrictTo(const QString &path, mode_t rights)
 {
     const QByteArray name = QFile::encodeName(path);
     struct stat status = {};
-    if (stat(name.constData(), &status) == 0 && (status.st_mode & kGroupAndOthers) != 0)
+    if (stat(name.constData(), &status) == 0 && (status.st_mode & groupAndOthers) != 0)
         (void)chmod(name.constData(),
                     rights); // Fails for another user's file and on a read-only disk: nothing to do then.
 }
 
 bool makeFolder(const QString &folder)
 {
-    const QString above = QDir::cleanPath(folder + QStringLiteral("/.."));
+    const QString above = QDir::cleanPath(folder + u"/.."_s);
     if (!QDir(above).exists() && above != folder && !makeFolder(above))
         return false;
     return mkdir(QFile::encodeName(folder).constData(), S_IRWXU) == 0 || QDir(folder).exists();

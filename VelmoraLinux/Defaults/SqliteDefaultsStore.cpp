@@ -4,11 +4,13 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 using Outcome = SqliteFile::Outcome;
 
 SqliteDefaultsStore::SqliteDefaultsStore(const QString &folder)
     : folder_(folder)
-    , path_(folder + QStringLiteral("/defaults.sqlite"))
+    , path_(folder + u"/defaults.sqlite"_s)
 {
     Outcome outcome = openFile();
     if (outcome == Outcome::damaged) {

@@ -12,24 +12,26 @@
 #include <array>
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Outcome = SqliteFile::Outcome;
 
-constexpr int kBusyTimeoutMs = 5;
-constexpr int kApplicationId = 0x564C4D52; // "VLMR"
-constexpr int kSchemaVersion = 1;
-constexpr std::array kSuffixes = {"-wal", "-shm",
-                                  ""}; // The database is renamed last: without it the others are meaningless.
+constexpr int busyTimeoutMs = 5;
+constexpr int applicationId = 0x564C4D52; // "VLMR"
+constexpr int schemaVersion = 1;
+constexpr std::array suffixes = {"-wal", "-shm",
+                                 ""}; // The database is renamed last: without it the others are meaningless.
 
-constexpr auto kSchema = "BEGIN IMMEDIATE;"
-                         "CREATE TABLE IF NOT EXISTS defaults("
-                         " key TEXT PRIMARY KEY NOT NULL,"
-                         " type TEXT NOT NULL CHECK(type IN ('bool', 'integer', 'string', 'data')),"
-                         " value ANY NOT NULL) STRICT;"
-                         "PRAGMA application_id=0x564C4D52;"
-                         "PRAGMA user_version=1;"
-                         "COMMIT";
+constexpr auto schema = "BEGIN IMMEDIATE;"
+                        "CREATE TABLE IF NOT EXISTS defaults("
+                        " key TEXT PRIMARY KEY NOT NULL,"
+                        " type TEXT NOT NULL CHECK(type IN ('bool', 'integer', 'string', 'data')),"
+                        " value ANY NOT NULL) STRICT;"
+                        "PRAGMA application_id=0x564C4D52;"
+                        "PRAGMA user_version=1;"
+                        "COMMIT";
 
 Outcome outcomeOf(int code)
 {
@@ -153,7 +155,7 @@ Outcome SqliteFile::open(const QString &path, DefaultsValues &values)
     database_.reset(database); // SQLite returns a handle to release after a failure, too.
     Outcome outcome = outcomeOf(code);
     if (outcome == Outcome::done) {
-        sqlite3_busy_timeout(database, kBusyTimeoutMs);
+        sqlite3_busy_timeout(database, busyTimeoutMs);
         keepLogOnClose(true); // Until the file is known to be ours and intact.
         outcome = checkSchema();
     }
@@ -167,7 +169,7 @@ Outcome SqliteFile::open(const QString &path, DefaultsValues &values)
         return outcome;
     }
     keepLogOnClose(false);
-    for (const char *suffix : kSuffixes)
+    for (const char *suffix : suffixes)
         PrivateFiles::restrictFile(path + QLatin1StringView(suffix));
     struct stat status = {};
     if (stat(QFile::encodeName(path).constData(), &status) == 0) {
@@ -190,9 +192,9 @@ Outcome SqliteFile::checkSchema()
     if (outcome != Outcome::done)
         return outcome;
     const bool isEmpty = application == 0 && version == 0 && tables == 0;
-    if (!isEmpty && application != kApplicationId)
+    if (!isEmpty && application != applicationId)
         return Outcome::damaged;
-    if (version > kSchemaVersion)
+    if (version > schemaVersion)
         return Outcome::newer;
     return createSchema();
 }
@@ -201,7 +203,7 @@ Outcome SqliteFile::checkSchema()
 Outcome SqliteFile::createSchema()
 {
     for (const char *step :
-         {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA secure_delete=ON", kSchema}) {
+         {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA secure_delete=ON", schema}) {
         const Outcome outcome = run(database_.get(), step);
         if (outcome != Outcome::done)
             return outcome;
@@ -286,11 +288,11 @@ void SqliteFile::readCopy(const QString &path, DefaultsValues &values)
     const QTemporaryDir folder; // 0700.
     if (!folder.isValid() || !QFile::exists(path))
         return;
-    const QString copy = folder.filePath(QStringLiteral("copy"));
-    QFile::copy(path + QStringLiteral("-wal"), copy + QStringLiteral("-wal"));
+    const QString copy = folder.filePath(u"copy"_s);
+    QFile::copy(path + u"-wal"_s, copy + u"-wal"_s);
     if (!QFile::copy(path, copy))
         return;
-    for (const char *suffix : kSuffixes) // A copy of a read-only file is read-only, too.
+    for (const char *suffix : suffixes) // A copy of a read-only file is read-only, too.
         QFile::setPermissions(copy + QLatin1StringView(suffix), QFile::ReadOwner | QFile::WriteOwner);
     DefaultsValues read;
     SqliteFile file;
@@ -303,11 +305,11 @@ QString SqliteFile::setAside(const QString &path)
 {
     const QFileInfo file(path);
     const auto nameFor = [&file](int number) {
-        return QStringLiteral("%1/%2.damaged-%3.%4")
-            .arg(file.path(), file.completeBaseName(), QString::number(number), file.suffix());
+        return u"%1/%2.damaged-%3.%4"_s.arg(file.path(), file.completeBaseName(), QString::number(number),
+                                            file.suffix());
     };
     const auto isTaken = [](const QString &name) {
-        return std::any_of(kSuffixes.begin(), kSuffixes.end(), [&name](const char *suffix) {
+        return std::any_of(suffixes.begin(), suffixes.end(), [&name](const char *suffix) {
             return QFile::exists(name + QLatin1StringView(suffix));
         });
     };
@@ -315,7 +317,7 @@ QString SqliteFile::setAside(const QString &path)
     while (isTaken(nameFor(number)))
         ++number;
     const QString name = nameFor(number);
-    for (const char *suffix : kSuffixes)
+    for (const char *suffix : suffixes)
         QFile::rename(path + QLatin1StringView(suffix), name + QLatin1StringView(suffix));
     return QFile::exists(path) ? QString() : name;
 }

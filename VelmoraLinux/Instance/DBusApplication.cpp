@@ -1,9 +1,11 @@
 #include "DBusApplication.h"
 
+using namespace Qt::StringLiterals;
+
 void DBusApplication::reopen(const QVariantMap &platformData)
 {
-    QString token = platformData.value(QStringLiteral("activation-token")).toString();
+    QString token = platformData.value(u"activation-token"_s).toString();
     if (token.isEmpty())
-        token = platformData.value(QStringLiteral("desktop-startup-id")).toString();
+        token = platformData.value(u"desktop-startup-id"_s).toString();
     Q_EMIT reopened(token.toUtf8());
 }

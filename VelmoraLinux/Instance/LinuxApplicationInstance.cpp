@@ -7,8 +7,10 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-constexpr int kTimeoutMs = 3000; // For a first instance that is busy.
+constexpr int timeoutMs = 3000; // For a first instance that is busy.
 
 QByteArray startToken()
 {
@@ -19,8 +21,7 @@ QByteArray startToken()
 // The Desktop Entry Specification's rule: dots become slashes, hyphens underscores.
 QString objectPath(QString identifier)
 {
-    return QLatin1Char('/') +
-           identifier.replace(QLatin1Char('.'), QLatin1Char('/')).replace(QLatin1Char('-'), QLatin1Char('_'));
+    return u'/' + identifier.replace(u'.', u'/').replace(u'-', u'_');
 }
 } // namespace
 
@@ -82,16 +83,15 @@ LinuxApplicationInstance::claimOnBus(QDBusConnectionInterface::ServiceQueueOptio
 void LinuxApplicationInstance::activateFirst()
 {
     auto call = QDBusMessage::createMethodCall(identifier_, objectPath(identifier_),
-                                               QStringLiteral("org.freedesktop.Application"),
-                                               QStringLiteral("Activate"));
+                                               u"org.freedesktop.Application"_s, u"Activate"_s);
     QVariantMap platformData;
     const QByteArray token = startToken();
     if (!token.isEmpty()) {
-        platformData[QStringLiteral("activation-token")] = QString::fromUtf8(token);
-        platformData[QStringLiteral("desktop-startup-id")] = QString::fromUtf8(token);
+        platformData[u"activation-token"_s] = QString::fromUtf8(token);
+        platformData[u"desktop-startup-id"_s] = QString::fromUtf8(token);
     }
     call << platformData;
-    bus_.call(call, QDBus::Block, kTimeoutMs); // May block: this process ends afterwards.
+    bus_.call(call, QDBus::Block, timeoutMs); // May block: this process ends afterwards.
 }
 
 void LinuxApplicationInstance::setReopenHandler(ReopenHandler handler)

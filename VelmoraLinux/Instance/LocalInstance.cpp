@@ -10,17 +10,19 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-constexpr int kTimeoutMs = 3000; // For a first instance that is busy.
-constexpr qint64 kMaximumTokenBytes = 4096;
+constexpr int timeoutMs = 3000; // For a first instance that is busy.
+constexpr qint64 maximumTokenBytes = 4096;
 } // namespace
 
 LocalInstance::LocalInstance(const QString &identifier)
 {
     // Qt checks owner and permissions of this folder, and uses another one when the session has none.
     const QDir folder(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
-    lockPath_ = folder.filePath(identifier + QStringLiteral(".lock"));
-    socketPath_ = folder.filePath(identifier + QStringLiteral(".socket"));
+    lockPath_ = folder.filePath(identifier + u".lock"_s);
+    socketPath_ = folder.filePath(identifier + u".socket"_s);
 }
 
 LocalInstance::~LocalInstance()
@@ -55,7 +57,7 @@ void LocalInstance::listen()
         QLocalSocket *caller = server->nextPendingConnection();
         connect(caller, &QLocalSocket::disconnected, this, [this, caller] {
             caller->deleteLater();
-            Q_EMIT reopened(caller->read(kMaximumTokenBytes));
+            Q_EMIT reopened(caller->read(maximumTokenBytes));
         });
     });
     server->listen(socketPath_);
@@ -65,10 +67,10 @@ void LocalInstance::callFirst(const QByteArray &token) const
 {
     QLocalSocket socket;
     socket.connectToServer(socketPath_);
-    if (!socket.waitForConnected(kTimeoutMs))
+    if (!socket.waitForConnected(timeoutMs))
         return;
     socket.write(token);
     socket.disconnectFromServer();
     if (socket.state() != QLocalSocket::UnconnectedState)
-        socket.waitForDisconnected(kTimeoutMs);
+        socket.waitForDisconnected(timeoutMs);
 }

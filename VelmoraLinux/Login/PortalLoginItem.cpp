@@ -9,8 +9,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kPortal = u"org.freedesktop.portal.Desktop"_s;
-const QString kRequestInterface = u"org.freedesktop.portal.Request"_s;
+const QString portalService = u"org.freedesktop.portal.Desktop"_s;
+const QString requestInterface = u"org.freedesktop.portal.Request"_s;
 
 } // namespace
 
@@ -46,11 +46,11 @@ bool PortalLoginItem::requestAutostart(bool autostart)
     const QString sender = bus_.baseService().mid(1).replace(u'.', u'_');
     request_ = u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(sender, token);
     // Connected before the call: the response may arrive before the call's reply.
-    bus_.connect(kPortal, request_, kRequestInterface, u"Response"_s, this,
+    bus_.connect(portalService, request_, requestInterface, u"Response"_s, this,
                  SLOT(responseReceived(uint, QVariantMap)));
 
     QDBusMessage call =
-        QDBusMessage::createMethodCall(kPortal, u"/org/freedesktop/portal/desktop"_s,
+        QDBusMessage::createMethodCall(portalService, u"/org/freedesktop/portal/desktop"_s,
                                        u"org.freedesktop.portal.Background"_s, u"RequestBackground"_s);
     const QVariantMap options{{u"handle_token"_s, token},
                               {u"reason"_s, reason_},
@@ -79,7 +79,7 @@ void PortalLoginItem::closeRequest()
 {
     if (request_.isEmpty())
         return;
-    bus_.disconnect(kPortal, request_, kRequestInterface, u"Response"_s, this,
+    bus_.disconnect(portalService, request_, requestInterface, u"Response"_s, this,
                     SLOT(responseReceived(uint, QVariantMap)));
     request_.clear();
 }

@@ -7,10 +7,12 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // The body of an answer is not used. A longer one is cut off here.
-constexpr qint64 kMaximumAnswerBytes = qint64(64) * 1024;
+constexpr qint64 maximumAnswerBytes = qint64(64) * 1024;
 
 QNetworkRequest requestTo(const QUrl &url)
 {
@@ -84,7 +86,7 @@ QNetworkReply *QtHttpsClient::send(const QUrl &url, const QByteArray &json)
 void QtHttpsClient::postJson(const QUrl &url, const QByteArray &json, std::chrono::milliseconds timeLimit,
                              Completion done)
 {
-    if (url.scheme() != QLatin1String("https")) {
+    if (url.scheme() != "https"_L1) {
         QTimer *refusal = startedTimer(std::chrono::milliseconds(0), this);
         connect(refusal, &QTimer::timeout, this, [refusal, done = std::move(done)] {
             refusal->deleteLater();
@@ -95,11 +97,11 @@ void QtHttpsClient::postJson(const QUrl &url, const QByteArray &json, std::chron
     ++pendingRequests_;
     const auto exchange = std::make_shared<Exchange>(Exchange{send(url, json), std::move(done)});
     QNetworkReply *reply = exchange->reply;
-    reply->setReadBufferSize(kMaximumAnswerBytes);
+    reply->setReadBufferSize(maximumAnswerBytes);
     connect(reply, &QNetworkReply::finished, this, [this, exchange] { finish(exchange); });
     connect(reply, &QNetworkReply::readyRead, this, [exchange] {
         exchange->received += exchange->reply->readAll().size();
-        if (exchange->received > kMaximumAnswerBytes && !exchange->isTruncated) {
+        if (exchange->received > maximumAnswerBytes && !exchange->isTruncated) {
             exchange->isTruncated = true;
             exchange->reply->abort();
         }

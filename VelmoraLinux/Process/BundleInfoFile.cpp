@@ -4,10 +4,12 @@
 #include <QFile>
 #include <QJsonDocument>
 
+using namespace Qt::StringLiterals;
+
 BundleInfoFile::BundleInfoFile(const QString &programFolder)
 {
-    const QString folder = QDir::cleanPath(programFolder + QStringLiteral("/../share/velmora"));
-    QFile file(folder + QStringLiteral("/Info.json"));
+    const QString folder = QDir::cleanPath(programFolder + u"/../share/velmora"_s);
+    QFile file(folder + u"/Info.json"_s);
     if (!file.open(QIODevice::ReadOnly))
         return;
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll());

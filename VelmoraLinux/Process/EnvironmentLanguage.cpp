@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // The language of "de_AT.UTF-8@euro", and the first of "de:en"; none of "C" and "POSIX".
@@ -10,7 +12,7 @@ QString languageOf(const QString &locale)
     const auto endsLanguage = [](QChar c) { return c == u'_' || c == u'.' || c == u'@' || c == u':'; };
     const auto end = std::find_if(locale.cbegin(), locale.cend(), endsLanguage);
     const QString language = locale.left(end - locale.cbegin());
-    const bool isNone = language == QLatin1String("C") || language == QLatin1String("POSIX");
+    const bool isNone = language == "C"_L1 || language == "POSIX"_L1;
     return isNone ? QString() : language.toLower();
 }
 

@@ -9,15 +9,15 @@
 
 namespace {
 
-constexpr int kWrongUse = 2;
+constexpr int wrongUse = 2;
 
-constexpr auto kHelp = "Usage: velmora [OPTION]\n"
-                       "Takes tracking parameters out of copied links, from the system tray.\n"
-                       "\n"
-                       "Started while it is running already, it shows its settings.\n"
-                       "\n"
-                       "  --help       shows this text\n"
-                       "  --version    shows the version\n";
+constexpr auto helpText = "Usage: velmora [OPTION]\n"
+                          "Takes tracking parameters out of copied links, from the system tray.\n"
+                          "\n"
+                          "Started while it is running already, it shows its settings.\n"
+                          "\n"
+                          "  --help       shows this text\n"
+                          "  --version    shows the version\n";
 
 bool isSet(const char *variable)
 {
@@ -49,7 +49,7 @@ std::optional<int> StartConditions::check(int argc, char **argv, const char *ver
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
         if (argument == "--help" || argument == "-h") {
-            std::fputs(kHelp, stdout);
+            std::fputs(helpText, stdout);
             return EXIT_SUCCESS;
         }
         if (argument == "--version") {
@@ -60,7 +60,7 @@ std::optional<int> StartConditions::check(int argc, char **argv, const char *ver
         const bool isHandover = argument.starts_with("--handover=");
         if (argument.starts_with("--") && !isHandover) {
             std::fprintf(stderr, "velmora: unknown option %s; see velmora --help\n", argv[i]);
-            return kWrongUse;
+            return wrongUse;
         }
     }
     if (!hasDesktop())

@@ -3,17 +3,19 @@
 #include <QDBusError>
 #include <QDBusMetaType>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 QVariantMap entryProperties(const StatusMenuEntry &entry)
 {
     if (entry.isSeparator())
-        return {{QStringLiteral("type"), QStringLiteral("separator")}};
+        return {{u"type"_s, u"separator"_s}};
     QString label = entry.title;
-    label.replace(QLatin1Char('_'), QLatin1String("__")); // A single underscore marks an access key.
-    QVariantMap properties{{QStringLiteral("label"), label}};
+    label.replace(u'_', "__"_L1); // A single underscore marks an access key.
+    QVariantMap properties{{u"label"_s, label}};
     if (entry.check != StatusMenuEntry::Check::none) {
-        properties[QStringLiteral("toggle-type")] = QStringLiteral("checkmark");
-        properties[QStringLiteral("toggle-state")] = entry.check == StatusMenuEntry::Check::on ? 1 : 0;
+        properties[u"toggle-type"_s] = u"checkmark"_s;
+        properties[u"toggle-state"_s] = entry.check == StatusMenuEntry::Check::on ? 1 : 0;
     }
     return properties;
 }
@@ -57,7 +59,7 @@ bool DBusMenu::exportMenu()
 
 QString DBusMenu::path()
 {
-    return QStringLiteral("/StatusMenu");
+    return u"/StatusMenu"_s;
 }
 
 void DBusMenu::setMenu(StatusMenu menu)
@@ -74,7 +76,7 @@ bool DBusMenu::knows(int id) const
 QVariantMap DBusMenu::properties(int id) const
 {
     if (id == 0)
-        return {{QStringLiteral("children-display"), QStringLiteral("submenu")}};
+        return {{u"children-display"_s, u"submenu"_s}};
     return entryProperties(menu_.at(static_cast<size_t>(id) - 1));
 }
 
@@ -82,7 +84,7 @@ uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &pr
                          DBusMenuLayout &layout)
 {
     if (!knows(parentId)) {
-        sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("No such menu item"));
+        sendErrorReply(QDBusError::InvalidArgs, u"No such menu item"_s);
         return 0;
     }
     layout = {parentId, chosen(properties(parentId), propertyNames), {}};
@@ -111,7 +113,7 @@ QDBusVariant DBusMenu::GetProperty(int id, const QString &name)
 {
     const QVariant value = knows(id) ? properties(id).value(name) : QVariant();
     if (!value.isValid()) {
-        sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("No such menu item or property"));
+        sendErrorReply(QDBusError::InvalidArgs, u"No such menu item or property"_s);
         return QDBusVariant(QString());
     }
     return QDBusVariant(value);
@@ -119,9 +121,9 @@ QDBusVariant DBusMenu::GetProperty(int id, const QString &name)
 
 void DBusMenu::Event(int id, const QString &eventId, const QDBusVariant & /*data*/, uint /*timestamp*/)
 {
-    if (eventId == QLatin1String("clicked"))
+    if (eventId == "clicked"_L1)
         run(id);
-    else if (id == 0 && eventId == QLatin1String("opened"))
+    else if (id == 0 && eventId == "opened"_L1)
         Q_EMIT opening();
 }
 

@@ -28,9 +28,9 @@ public:
 
     [[nodiscard]] static uint version() { return 3; }
 
-    [[nodiscard]] static QString textDirection() { return QStringLiteral("ltr"); }
+    [[nodiscard]] static QString textDirection() { return QString::fromUtf16(u"ltr"); }
 
-    [[nodiscard]] static QString status() { return QStringLiteral("normal"); }
+    [[nodiscard]] static QString status() { return QString::fromUtf16(u"normal"); }
 
     [[nodiscard]] static QStringList iconThemePath() { return {}; }
 

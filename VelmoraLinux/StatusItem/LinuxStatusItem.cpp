@@ -15,7 +15,7 @@ constexpr std::array iconSizes{16, 22, 24, 32, 48};
 constexpr int fadeSteps = 4;
 constexpr int clickTolerance = 20; // Points around a click on the icon that count as the icon.
 // Some hosts call AboutToShow after the registration, without the user having opened the menu.
-constexpr qint64 kHostProbeMs = 2000;
+constexpr qint64 hostProbeMs = 2000;
 
 std::optional<ScreenFrame> screenFrame(const QScreen *screen)
 {
@@ -30,17 +30,17 @@ bool isWaylandSession()
 }
 } // namespace
 
-LinuxStatusItem::LinuxStatusItem(const Desktop &desktop, const QString &id, const QString &title)
-    : desktop_(desktop)
-    , item_(desktop.bus, id, title, DBusMenu::path())
-    , menu_(desktop.bus)
-    , registration_(desktop.bus)
-    , embedded_(desktop.xcb, title, [this](int pixels) { return paint(pixels); })
-    , tip_(desktop.appearance, [this] { return embeddedGeometry(); })
+LinuxStatusItem::LinuxStatusItem(const Dependencies &dependencies, const QString &id, const QString &title)
+    : dependencies_(dependencies)
+    , item_(dependencies.bus, id, title, DBusMenu::path())
+    , menu_(dependencies.bus)
+    , registration_(dependencies.bus)
+    , embedded_(dependencies.xcb, title, [this](int pixels) { return paint(pixels); })
+    , tip_(dependencies.appearance, [this] { return embeddedGeometry(); })
 {
     connectHosts();
     fade_.callOnTimeout(this, &LinuxStatusItem::fadeStep);
-    desktop_.appearance.addChangeHandler([this] { showIcon(); });
+    dependencies_.appearance.addChangeHandler([this] { showIcon(); });
     if (item_.exportItem() && menu_.exportMenu())
         registration_.start();
     else
@@ -57,7 +57,7 @@ void LinuxStatusItem::connectHosts()
         chooseHost();
     });
     connect(&item_, &StatusNotifierItem::activationTokenProvided, this,
-            [this](const QByteArray &token) { desktop_.activationToken.keep(token); });
+            [this](const QByteArray &token) { dependencies_.activationToken.keep(token); });
     connect(&item_, &StatusNotifierItem::activated, this, [this](QPoint nativeHint) {
         sinceRegistration_.invalidate(); // From now on AboutToShow means that the user opens the menu.
         clickAnchor_ = anchorOfClick(nativeHint);
@@ -80,7 +80,7 @@ void LinuxStatusItem::connectHosts()
     connect(&embedded_, &XEmbedIcon::pointerEntered, &tip_, &StatusItemTip::pointerEntered);
     connect(&embedded_, &XEmbedIcon::pointerLeft, &tip_, &StatusItemTip::hide);
     connect(&menu_, &DBusMenu::opening, this, [this] {
-        const bool isHostProbe = sinceRegistration_.isValid() && !sinceRegistration_.hasExpired(kHostProbeMs);
+        const bool isHostProbe = sinceRegistration_.isValid() && !sinceRegistration_.hasExpired(hostProbeMs);
         if (!isHostProbe && events_.menuAboutToShow)
             events_.menuAboutToShow();
     });
@@ -159,7 +159,7 @@ void LinuxStatusItem::showIcon()
 
 QImage LinuxStatusItem::paint(int pixels) const
 {
-    const bool isDark = desktop_.appearance.colorScheme() == Appearance::ColorScheme::dark;
+    const bool isDark = dependencies_.appearance.colorScheme() == Appearance::ColorScheme::dark;
     return paintStatusIcon(template_, pixels, isDark ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x30, 0x30, 0x33),
                            opacity_);
 }
@@ -167,11 +167,11 @@ QImage LinuxStatusItem::paint(int pixels) const
 std::optional<QPoint> LinuxStatusItem::pointer() const
 {
     // Under Wayland the X server's pointer position is that where the pointer last left an X window.
-    if (desktop_.xcb == nullptr || isWaylandSession())
+    if (dependencies_.xcb == nullptr || isWaylandSession())
         return {};
-    const auto cookie = xcb_query_pointer(desktop_.xcb->xcb(), desktop_.xcb->root());
+    const auto cookie = xcb_query_pointer(dependencies_.xcb->xcb(), dependencies_.xcb->root());
     const XcbReply<xcb_query_pointer_reply_t> reply(
-        xcb_query_pointer_reply(desktop_.xcb->xcb(), cookie, nullptr));
+        xcb_query_pointer_reply(dependencies_.xcb->xcb(), cookie, nullptr));
     if (!reply)
         return {};
     return toPoints(QPoint(reply->root_x, reply->root_y));

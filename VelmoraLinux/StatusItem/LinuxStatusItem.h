@@ -19,7 +19,7 @@ class LinuxStatusItem : public QObject, public StatusItem {
     Q_OBJECT
 
 public:
-    struct Desktop {
+    struct Dependencies {
         QDBusConnection bus;
         X11Display *xcb; // May be null.
         Appearance &appearance;
@@ -27,7 +27,7 @@ public:
     };
 
     // `id` is the item's Id property, `title` the name that users read.
-    LinuxStatusItem(const Desktop &desktop, const QString &id, const QString &title);
+    LinuxStatusItem(const Dependencies &dependencies, const QString &id, const QString &title);
 
     void setEvents(Events events) override;
     void setTemplateImage(const QImage &image, QSize size) override;
@@ -52,7 +52,7 @@ private:
     [[nodiscard]] std::optional<QRect> embeddedGeometry() const;
     [[nodiscard]] QRect anchorOfClick(QPoint nativeHint) const;
 
-    Desktop desktop_;
+    Dependencies dependencies_;
     StatusNotifierItem item_;
     DBusMenu menu_;
     StatusNotifierRegistration registration_;

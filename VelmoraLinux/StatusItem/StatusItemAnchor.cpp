@@ -4,7 +4,7 @@
 
 namespace {
 constexpr int largestIcon = 48;
-constexpr int kTipGap = 4;
+constexpr int tipGap = 4;
 
 // The thickness of the desktop's panels at each edge.
 struct Struts {
@@ -51,14 +51,14 @@ QRect fallbackAnchor(const ScreenFrame &screen)
 
 QRect tipFrame(const QRect &icon, const QRect &workArea, QSize size)
 {
-    const QRect inside = workArea.adjusted(kTipGap, kTipGap, -kTipGap, -kTipGap);
+    const QRect inside = workArea.adjusted(tipGap, tipGap, -tipGap, -tipGap);
     QRect frame(QPoint(), size);
     frame.moveCenter(icon.center());
     const bool isBesideArea = icon.right() < workArea.left() || icon.left() > workArea.right();
     if (!isBesideArea && icon.center().y() < workArea.center().y())
-        frame.moveTop(icon.bottom() + kTipGap);
+        frame.moveTop(icon.bottom() + tipGap);
     else if (!isBesideArea)
-        frame.moveBottom(icon.top() - kTipGap);
+        frame.moveBottom(icon.top() - tipGap);
     frame.moveLeft(std::max(std::min(frame.left(), inside.right() - size.width() + 1), inside.left()));
     frame.moveTop(std::max(std::min(frame.top(), inside.bottom() - size.height() + 1), inside.top()));
     return frame;

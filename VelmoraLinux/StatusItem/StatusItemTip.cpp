@@ -11,8 +11,8 @@
 using namespace std::chrono_literals;
 
 namespace {
-constexpr auto kHoverDelay = 500ms;
-constexpr QMargins kTextMargins(8, 5, 8, 5);
+constexpr auto hoverDelay = 500ms;
+constexpr QMargins textMargins(8, 5, 8, 5);
 } // namespace
 
 class TipWindow final : public QRasterWindow {
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] static QSize sizeFor(const QString &text)
     {
         const QFontMetrics metrics(QGuiApplication::font());
-        return QSize(metrics.horizontalAdvance(text), metrics.height()).grownBy(kTextMargins);
+        return QSize(metrics.horizontalAdvance(text), metrics.height()).grownBy(textMargins);
     }
 
 protected:
@@ -51,7 +51,7 @@ StatusItemTip::StatusItemTip(const Appearance &appearance, Place place)
     , place_(std::move(place))
 {
     hoverTimer_.setSingleShot(true);
-    hoverTimer_.setInterval(kHoverDelay);
+    hoverTimer_.setInterval(hoverDelay);
     hoverTimer_.callOnTimeout(this, &StatusItemTip::show);
 }
 

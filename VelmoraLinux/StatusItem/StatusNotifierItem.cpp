@@ -2,6 +2,8 @@
 
 #include <QDBusMetaType>
 
+using namespace Qt::StringLiterals;
+
 StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, QString id, QString title, QString menu)
     : bus_(std::move(bus))
     , id_(std::move(id))
@@ -23,7 +25,7 @@ bool StatusNotifierItem::exportItem()
 
 QString StatusNotifierItem::path()
 {
-    return QStringLiteral("/StatusNotifierItem"); // The default path when only a bus name was registered.
+    return u"/StatusNotifierItem"_s; // The default path when only a bus name was registered.
 }
 
 void StatusNotifierItem::setIcon(const StatusNotifierPixmaps &icon)
@@ -50,12 +52,12 @@ void StatusNotifierItem::setActive(bool active)
 
 QString StatusNotifierItem::category()
 {
-    return QStringLiteral("ApplicationStatus");
+    return u"ApplicationStatus"_s;
 }
 
 QString StatusNotifierItem::status() const
 {
-    return active_ ? QStringLiteral("Active") : QStringLiteral("Passive");
+    return active_ ? u"Active"_s : u"Passive"_s;
 }
 
 void StatusNotifierItem::Activate(int x, int y)

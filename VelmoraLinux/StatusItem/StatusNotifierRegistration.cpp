@@ -6,9 +6,11 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
-const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+const QString watcherName = u"org.kde.StatusNotifierWatcher"_s;
+const QString watcherPath = u"/StatusNotifierWatcher"_s;
 } // namespace
 
 StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection bus)
@@ -36,7 +38,7 @@ void StatusNotifierRegistration::start()
 void StatusNotifierRegistration::registerItem()
 {
     auto call = QDBusMessage::createMethodCall(watcherName, watcherPath, watcherName,
-                                               QStringLiteral("RegisterStatusNotifierItem"));
+                                               u"RegisterStatusNotifierItem"_s);
     call << bus_.baseService();
     auto *pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
@@ -52,9 +54,9 @@ void StatusNotifierRegistration::registerItem()
 
 void StatusNotifierRegistration::askForHost()
 {
-    auto call = QDBusMessage::createMethodCall(
-        watcherName, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-    call << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
+    auto call = QDBusMessage::createMethodCall(watcherName, watcherPath, u"org.freedesktop.DBus.Properties"_s,
+                                               u"Get"_s);
+    call << watcherName << u"IsStatusNotifierHostRegistered"_s;
     auto *pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
         pending->deleteLater();

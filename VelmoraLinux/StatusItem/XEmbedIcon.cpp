@@ -8,7 +8,7 @@ namespace {
 constexpr quint32 requestDock = 0;
 constexpr quint32 mappedFlag = 1;
 constexpr quint16 preferredSize = 22;
-constexpr quint32 kMinimumSizeFlag = 1U << 4U;
+constexpr quint32 minimumSizeFlag = 1U << 4U;
 } // namespace
 
 XEmbedIcon::XEmbedIcon(X11Display *connection, QString title, Painter painter)
@@ -129,7 +129,7 @@ void XEmbedIcon::describeWindow()
                         info.data());
     // Some trays give an icon exactly its minimum size.
     std::array<quint32, 18> sizeHints{};
-    sizeHints[0] = kMinimumSizeFlag;
+    sizeHints[0] = minimumSizeFlag;
     sizeHints[5] = sizeHints[6] = preferredSize;
     xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS,
                         32, sizeHints.size(), sizeHints.data());

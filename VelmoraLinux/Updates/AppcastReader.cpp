@@ -10,11 +10,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QStringView kUpdateNamespace = u"http://www.andymatuschak.org/xml-namespaces/sparkle";
-constexpr QStringView kOwnNamespace = u"https://velmora.app/xml-namespaces/updates";
-constexpr int kMaximumDepth = 16;
-constexpr qsizetype kMaximumItems = 1000;
-constexpr qsizetype kMaximumText = qsizetype{128} * 1024; // Characters of one element.
+constexpr QStringView updateNamespace = u"http://www.andymatuschak.org/xml-namespaces/sparkle";
+constexpr QStringView ownNamespace = u"https://velmora.app/xml-namespaces/updates";
+constexpr int maximumDepth = 16;
+constexpr qsizetype maximumItems = 1000;
+constexpr qsizetype maximumText = qsizetype{128} * 1024; // Characters of one element.
 
 bool isWebAddress(const QUrl &url)
 {
@@ -44,7 +44,7 @@ struct TextField {
     QString AppcastItem::*field;
 };
 
-constexpr auto kTextFields = std::to_array<TextField>({
+constexpr auto textFields = std::to_array<TextField>({
     {u"version", &AppcastItem::version},
     {u"shortVersionString", &AppcastItem::shownVersion},
     {u"minimumSystemVersion", &AppcastItem::minimumSystem},
@@ -63,9 +63,9 @@ AppcastReader::AppcastReader(const QByteArray &feed)
 
 std::optional<Appcast> AppcastReader::read(const QByteArray &feed, QString *problem)
 {
-    if (feed.size() > kMaximumBytes) {
+    if (feed.size() > maximumBytes) {
         if (problem != nullptr)
-            *problem = u"larger than %1 bytes"_s.arg(kMaximumBytes);
+            *problem = u"larger than %1 bytes"_s.arg(maximumBytes);
         return std::nullopt;
     }
     AppcastReader reader(feed);
@@ -87,7 +87,7 @@ void AppcastReader::next()
         xml_.raiseError(u"an entity that XML does not define"_s);
         break;
     case QXmlStreamReader::StartElement:
-        if (++depth_ > kMaximumDepth)
+        if (++depth_ > maximumDepth)
             xml_.raiseError(u"elements are nested too deeply"_s);
         break;
     case QXmlStreamReader::EndElement:
@@ -128,7 +128,7 @@ QString AppcastReader::readText()
         next();
         if (xml_.isCharacters())
             text += xml_.text();
-        if (text.size() > kMaximumText)
+        if (text.size() > maximumText)
             xml_.raiseError(u"a text is too long"_s);
     }
     return text.trimmed();
@@ -154,7 +154,7 @@ void AppcastReader::readDocument()
 
 void AppcastReader::readItem()
 {
-    if (items_.size() >= kMaximumItems) {
+    if (items_.size() >= maximumItems) {
         xml_.raiseError(u"too many items"_s);
         return;
     }
@@ -191,7 +191,7 @@ void AppcastReader::readItemElement(AppcastItem &item)
 
 void AppcastReader::readUpdateElement(AppcastItem &item)
 {
-    for (const auto &[name, field] : kTextFields) {
+    for (const auto &[name, field] : textFields) {
         if (xml_.name() == name) {
             item.*field = readText();
             return;
@@ -231,16 +231,16 @@ AppcastEnclosure AppcastReader::readEnclosure(AppcastItem &item)
         .type = attributes.value(u"type"_s).toString(),
         .signature = updateAttribute(u"edSignature"),
         .system = updateAttribute(u"os"),
-        .architecture = attributes.value(kOwnNamespace.toString(), u"architecture"_s).toString(),
+        .architecture = attributes.value(ownNamespace.toString(), u"architecture"_s).toString(),
     };
 }
 
 bool AppcastReader::isUpdateElement() const
 {
-    return xml_.namespaceUri() == kUpdateNamespace;
+    return xml_.namespaceUri() == updateNamespace;
 }
 
 QString AppcastReader::updateAttribute(QStringView name) const
 {
-    return xml_.attributes().value(kUpdateNamespace.toString(), name.toString()).toString().trimmed();
+    return xml_.attributes().value(updateNamespace.toString(), name.toString()).toString().trimmed();
 }

@@ -14,7 +14,7 @@
 // elements are skipped.
 class AppcastReader {
 public:
-    static constexpr qsizetype kMaximumBytes = qsizetype{2} * 1024 * 1024;
+    static constexpr qsizetype maximumBytes = qsizetype{2} * 1024 * 1024;
 
     // Nothing when the feed is refused; `problem` then says why and in which line.
     [[nodiscard]] static std::optional<Appcast> read(const QByteArray &feed, QString *problem = nullptr);

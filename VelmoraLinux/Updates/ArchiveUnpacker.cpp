@@ -15,16 +15,16 @@
 
 namespace {
 
-constexpr qsizetype kBlock = 512;
-constexpr qsizetype kMaximumNameLength = 512;
-constexpr qsizetype kMaximumDepth = 24;
+constexpr qsizetype blockSize = 512;
+constexpr qsizetype maximumNameLength = 512;
+constexpr qsizetype maximumDepth = 24;
 
 struct CloseGzip {
     void operator()(gzFile file) const { gzclose(file); }
 };
 
 using Gzip = std::unique_ptr<gzFile_s, CloseGzip>;
-using Block = std::array<char, kBlock>;
+using Block = std::array<char, blockSize>;
 
 struct Entry {
     QByteArray name; // Without the archive's top folder; empty for that folder itself.
@@ -52,7 +52,7 @@ bool hasRightChecksum(const Block &header)
     constexpr qsizetype at = 148;
     constexpr qsizetype size = 8;
     qint64 sum = size * ' ';
-    for (qsizetype i = 0; i < kBlock; ++i)
+    for (qsizetype i = 0; i < blockSize; ++i)
         sum += i >= at && i < at + size ? 0 : static_cast<unsigned char>(header[static_cast<size_t>(i)]);
     return octal(header, at, size) == sum;
 }
@@ -77,12 +77,12 @@ std::optional<Entry> parseEntry(const Block &header, QByteArray &top)
     const bool isFolder = type == '5';
     const bool isFile = type == '0' || type == '\0';
     if (!hasRightChecksum(header) || field(header, 257, 5) != "ustar" || !size || !mode ||
-        isFolder == isFile || name.size() > kMaximumNameLength)
+        isFolder == isFile || name.size() > maximumNameLength)
         return std::nullopt;
     if (isFolder && name.endsWith('/'))
         name.chop(1);
     QByteArrayList parts = name.split('/');
-    if (parts.size() > kMaximumDepth || !std::all_of(parts.begin(), parts.end(), isPlainName))
+    if (parts.size() > maximumDepth || !std::all_of(parts.begin(), parts.end(), isPlainName))
         return std::nullopt;
     const QByteArray first = parts.takeFirst();
     if (top.isEmpty())
@@ -100,7 +100,7 @@ UpdateProblem problemOfErrno()
 
 bool readBlock(gzFile archive, Block &block)
 {
-    return gzread(archive, block.data(), kBlock) == kBlock;
+    return gzread(archive, block.data(), blockSize) == blockSize;
 }
 
 // A full disk may accept a part of the bytes before it refuses the rest.
@@ -117,11 +117,11 @@ bool writeAll(int file, const char *bytes, size_t size)
 }
 
 // Copies the `size` bytes that follow in `archive`, and skips the padding behind them.
-UpdateProblem copyContent(gzFile archive, int file, qint64 size)
+UpdateOutcome copyContent(gzFile archive, int file, qint64 size)
 {
-    std::array<char, 64 * kBlock> buffer{};
+    std::array<char, 64 * blockSize> buffer{};
     while (size > 0) {
-        const qint64 padded = (size + kBlock - 1) / kBlock * kBlock;
+        const qint64 padded = (size + blockSize - 1) / blockSize * blockSize;
         const auto wanted = static_cast<unsigned>(std::min<qint64>(padded, buffer.size()));
         if (gzread(archive, buffer.data(), wanted) != static_cast<int>(wanted))
             return UpdateProblem::contents;
@@ -130,67 +130,67 @@ UpdateProblem copyContent(gzFile archive, int file, qint64 size)
             return problemOfErrno();
         size -= static_cast<qint64>(useful);
     }
-    return UpdateProblem::none;
+    return {};
 }
 
-UpdateProblem makeFolder(const QByteArray &path)
+UpdateOutcome makeFolder(const QByteArray &path)
 {
     constexpr mode_t mode = 0755;
     if (mkdir(path.constData(), mode) == 0 || errno == EEXIST)
-        return UpdateProblem::none;
+        return {};
     return problemOfErrno();
 }
 
-UpdateProblem makeFolders(const QByteArray &root, const QByteArray &name)
+UpdateOutcome makeFolders(const QByteArray &root, const QByteArray &name)
 {
     for (qsizetype slash = name.indexOf('/'); slash >= 0; slash = name.indexOf('/', slash + 1)) {
-        if (const auto problem = makeFolder(root + '/' + name.first(slash)); problem != UpdateProblem::none)
+        if (const auto problem = makeFolder(root + '/' + name.first(slash)))
             return problem;
     }
-    return UpdateProblem::none;
+    return {};
 }
 
-UpdateProblem writeEntry(gzFile archive, const QByteArray &root, const Entry &entry)
+UpdateOutcome writeEntry(gzFile archive, const QByteArray &root, const Entry &entry)
 {
-    if (const auto problem = makeFolders(root, entry.name); problem != UpdateProblem::none)
+    if (const auto problem = makeFolders(root, entry.name))
         return problem;
     const QByteArray path = root + '/' + entry.name;
     if (entry.isFolder)
-        return entry.name.isEmpty() ? UpdateProblem::none : makeFolder(path);
+        return entry.name.isEmpty() ? UpdateOutcome() : makeFolder(path);
     const mode_t mode = entry.isProgram ? 0755 : 0644;
     const int file = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
     if (file < 0)
         return errno == EEXIST || errno == ENOTDIR || errno == EISDIR ? UpdateProblem::contents
                                                                       : problemOfErrno();
-    UpdateProblem problem = copyContent(archive, file, entry.size);
-    if (close(file) != 0 && problem == UpdateProblem::none)
+    UpdateOutcome problem = copyContent(archive, file, entry.size);
+    if (close(file) != 0 && !problem)
         problem = problemOfErrno();
     return problem;
 }
 
-UpdateProblem writeEntries(gzFile archive, const QByteArray &root, ArchiveUnpacker::Limits limits)
+UpdateOutcome writeEntries(gzFile archive, const QByteArray &root, ArchiveUnpacker::Limits limits)
 {
     QByteArray top;
     for (Block header{}; readBlock(archive, header);) {
         if (std::all_of(header.begin(), header.end(), [](char c) { return c == '\0'; }))
-            return top.isEmpty() ? UpdateProblem::contents : UpdateProblem::none;
+            return top.isEmpty() ? UpdateOutcome(UpdateProblem::contents) : UpdateOutcome();
         const auto entry = parseEntry(header, top);
         if (!entry)
             return UpdateProblem::contents;
         limits.bytes -= entry->size;
         if (--limits.entries < 0 || limits.bytes < 0)
             return UpdateProblem::tooLarge;
-        if (const auto problem = writeEntry(archive, root, *entry); problem != UpdateProblem::none)
+        if (const auto problem = writeEntry(archive, root, *entry))
             return problem;
     }
     return UpdateProblem::contents; // The end mark is missing.
 }
 
-UpdateProblem sync(const QByteArray &root)
+UpdateOutcome sync(const QByteArray &root)
 {
     const int folder = open(root.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const bool written = folder >= 0 && syncfs(folder) == 0;
-    const UpdateProblem problem = written ? UpdateProblem::none : problemOfErrno();
+    const UpdateOutcome problem = written ? UpdateOutcome() : problemOfErrno();
     if (folder >= 0)
         close(folder);
     return problem;
@@ -198,7 +198,7 @@ UpdateProblem sync(const QByteArray &root)
 
 } // namespace
 
-UpdateProblem ArchiveUnpacker::unpack(VerifiedArchive &archive, const QString &folder) const
+UpdateOutcome ArchiveUnpacker::unpack(VerifiedArchive &archive, const QString &folder) const
 {
     const QByteArray root = QFile::encodeName(folder);
     constexpr mode_t mode = 0755;
@@ -210,6 +210,6 @@ UpdateProblem ArchiveUnpacker::unpack(VerifiedArchive &archive, const QString &f
     const Gzip gzip(gzdopen(descriptor, "rb"));
     if (!gzip)
         return UpdateProblem::notReplaced;
-    const UpdateProblem problem = writeEntries(gzip.get(), root, limits_);
-    return problem == UpdateProblem::none ? sync(root) : problem;
+    const UpdateOutcome problem = writeEntries(gzip.get(), root, limits_);
+    return problem ? problem : sync(root);
 }

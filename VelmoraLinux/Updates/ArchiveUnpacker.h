@@ -25,7 +25,7 @@ public:
 
     // Puts the contents of the archive's top folder into `folder`, which must not exist yet. After a failure
     // the files written so far are left in `folder`.
-    [[nodiscard]] UpdateProblem unpack(VerifiedArchive &archive, const QString &folder) const;
+    [[nodiscard]] UpdateOutcome unpack(VerifiedArchive &archive, const QString &folder) const;
 
 private:
     Limits limits_;

@@ -14,8 +14,8 @@
 // `limit` bytes is aborted.
 class Downloader {
 public:
-    using BytesDone = std::function<void(UpdateProblem problem, const QByteArray &bytes)>;
-    using FileDone = std::function<void(UpdateProblem problem)>;
+    using BytesDone = std::function<void(UpdateOutcome problem, const QByteArray &bytes)>;
+    using FileDone = std::function<void(UpdateOutcome problem)>;
     using Progress = std::function<void(qint64 received)>;
 
     virtual ~Downloader() = default;

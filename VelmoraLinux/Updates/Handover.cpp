@@ -19,12 +19,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::string_view kArgument = "--handover=";
-constexpr int kReceiverSocket = 3; // Any descriptor that a new process does not use.
-constexpr auto kStartTimeout = 20s;
-constexpr auto kOldProcessTimeout = 30s;
-constexpr auto kReapDelay = 2s; // After SIGKILL, before the child's exit status is collected.
-constexpr size_t kMaximumMessageBytes = 256;
+constexpr std::string_view handoverArgument = "--handover=";
+constexpr int receiverSocket = 3; // Any descriptor that a new process does not use.
+constexpr auto startTimeout = 20s;
+constexpr auto oldProcessTimeout = 30s;
+constexpr auto reapDelay = 2s; // After SIGKILL, before the child's exit status is collected.
+constexpr size_t maximumMessageBytes = 256;
 
 // Variables that the running AppImage has set for itself: the new one sets its own.
 bool belongsToRunningImage(std::string_view variable)
@@ -37,7 +37,7 @@ pid_t spawn(const QString &program, int socket)
 {
     QByteArray path = QFile::encodeName(program);
     QByteArray argument =
-        QByteArray(kArgument.data(), kArgument.size()) + QByteArray::number(kReceiverSocket);
+        QByteArray(handoverArgument.data(), handoverArgument.size()) + QByteArray::number(receiverSocket);
     const std::array<char *, 3> arguments{path.data(), argument.data(), nullptr};
     std::vector<char *> environment;
     for (char **variable = environ; *variable != nullptr; ++variable) {
@@ -49,7 +49,7 @@ pid_t spawn(const QString &program, int socket)
     posix_spawn_file_actions_t files{};
     posix_spawnattr_t attributes{};
     posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, socket, kReceiverSocket);
+    posix_spawn_file_actions_adddup2(&files, socket, receiverSocket);
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
     pid_t child = 0;
@@ -86,7 +86,7 @@ void Handover::start(const QString &program, const QString &version, Done done)
         close(ends[1]);
     }
     limit_.startOver();
-    limit_.after(child_ == 0 ? 0s : kStartTimeout, [this] { finish(UpdateProblem::notStarted); });
+    limit_.after(child_ == 0 ? 0s : startTimeout, [this] { finish(UpdateProblem::notStarted); });
     if (child_ == 0)
         return;
     notifier_ = std::make_unique<QSocketNotifier>(socket_, QSocketNotifier::Read);
@@ -96,17 +96,17 @@ void Handover::start(const QString &program, const QString &version, Done done)
 
 void Handover::readMessage()
 {
-    std::array<char, kMaximumMessageBytes> buffer{};
+    std::array<char, maximumMessageBytes> buffer{};
     const ssize_t size = read(socket_, buffer.data(), buffer.size());
     if (size > 0)
         received_.append(buffer.data(), size);
     if (received_ == expected_)
-        finish(UpdateProblem::none);
+        finish({});
     else if (size == 0 || (size > 0 && !expected_.startsWith(received_)))
         finish(UpdateProblem::notStarted);
 }
 
-void Handover::finish(UpdateProblem problem)
+void Handover::finish(UpdateOutcome problem)
 {
     limit_.startOver();
     if (notifier_) {
@@ -114,12 +114,12 @@ void Handover::finish(UpdateProblem problem)
         notifier_.release()->deleteLater(); // This may be called by its signal.
     }
     const int socket = std::exchange(socket_, -1); // After success it is closed by the end of this process.
-    if (problem != UpdateProblem::none) {
+    if (problem) {
         if (socket >= 0)
             close(socket);
         if (child_ > 0) {
             kill(child_, SIGKILL);
-            scheduler_.after(kReapDelay, [child = child_] { waitpid(child, nullptr, WNOHANG); });
+            scheduler_.after(reapDelay, [child = child_] { waitpid(child, nullptr, WNOHANG); });
         }
         child_ = 0;
     }
@@ -130,9 +130,9 @@ std::unique_ptr<HandoverReceiver> HandoverReceiver::fromArguments(int count, con
 {
     for (int i = 1; i < count; ++i) {
         const std::string_view argument(arguments[i]);
-        if (!argument.starts_with(kArgument))
+        if (!argument.starts_with(handoverArgument))
             continue;
-        const std::string_view digits = argument.substr(kArgument.size());
+        const std::string_view digits = argument.substr(handoverArgument.size());
         int socket = -1;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), socket);
         if (error != std::errc() || end != digits.data() + digits.size() || socket <= STDERR_FILENO ||
@@ -155,5 +155,5 @@ void HandoverReceiver::takeOver(const QString &version)
         message.size())
         return;
     pollfd end{socket_, POLLIN, 0};
-    poll(&end, 1, static_cast<int>(std::chrono::milliseconds(kOldProcessTimeout).count()));
+    poll(&end, 1, static_cast<int>(std::chrono::milliseconds(oldProcessTimeout).count()));
 }

@@ -17,19 +17,19 @@
 // runs.
 class Handover {
 public:
-    using Done = std::function<void(UpdateProblem problem)>;
+    using Done = std::function<void(UpdateOutcome problem)>;
 
     explicit Handover(Scheduler &scheduler);
     ~Handover();
 
-    // Starts `program`. `done` runs once, later: with none when the new process has reported `version`; that
+    // Starts `program`. `done` runs once, later: without a problem when the new process has reported `version`; that
     // process then waits for the end of this one, also after this object was destroyed. With notStarted when
     // it ended, reported something else or nothing in time; it is then killed.
     void start(const QString &program, const QString &version, Done done);
 
 private:
     void readMessage();
-    void finish(UpdateProblem problem);
+    void finish(UpdateOutcome problem);
 
     Scheduler &scheduler_;
     DelayedSteps limit_; // Of the new process's start.

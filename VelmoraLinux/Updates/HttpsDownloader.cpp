@@ -6,14 +6,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kMaximumRedirects = 5;
-constexpr qint64 kReadBufferBytes = qint64{256} * 1024; // The most that is buffered in memory.
+constexpr int maximumRedirects = 5;
+constexpr qint64 readBufferBytes = qint64{256} * 1024; // The most that is buffered in memory.
 
-UpdateProblem problemOf(QNetworkReply::NetworkError error)
+UpdateOutcome problemOf(QNetworkReply::NetworkError error)
 {
     switch (error) {
     case QNetworkReply::NoError:
-        return UpdateProblem::none;
+        return {};
     case QNetworkReply::InsecureRedirectError:
         return UpdateProblem::insecure;
     default:
@@ -58,7 +58,7 @@ void HttpsDownloader::fetchToFile(const QUrl &url, qint64 limit, const QString &
     auto transfer = std::make_unique<Transfer>();
     transfer->limit = limit;
     transfer->progress = std::move(progress);
-    transfer->done = [done = std::move(done)](UpdateProblem problem, const QByteArray &) { done(problem); };
+    transfer->done = [done = std::move(done)](UpdateOutcome problem, const QByteArray &) { done(problem); };
     transfer->file = std::make_unique<QFile>(path);
     if (!transfer->file->open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
                               QFile::ReadOwner | QFile::WriteOwner)) {
@@ -84,13 +84,13 @@ void HttpsDownloader::begin(const QUrl &url, std::unique_ptr<Transfer> transfer)
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    request.setMaximumRedirectsAllowed(kMaximumRedirects);
+    request.setMaximumRedirectsAllowed(maximumRedirects);
     request.setHeader(QNetworkRequest::UserAgentHeader, settings_.userAgent);
     // The bytes are counted and verified as received, so they must not be decompressed by Qt.
     request.setRawHeader("Accept-Encoding", "identity");
     QNetworkReply *reply = network_.get(request);
     transfer_->reply = reply;
-    reply->setReadBufferSize(kReadBufferBytes);
+    reply->setReadBufferSize(readBufferBytes);
     QObject::connect(reply, &QNetworkReply::readyRead, reply, [this] { readAvailable(); });
     QObject::connect(reply, &QNetworkReply::finished, reply, [this] { finish(); });
 }
@@ -129,7 +129,7 @@ void HttpsDownloader::finish()
         end(problemOf(reply->error()));
 }
 
-void HttpsDownloader::end(UpdateProblem problem)
+void HttpsDownloader::end(UpdateOutcome problem)
 {
     const std::unique_ptr<Transfer> ended = std::move(transfer_);
     if (ended->reply != nullptr) {
@@ -138,7 +138,7 @@ void HttpsDownloader::end(UpdateProblem problem)
     }
     if (ended->file) {
         ended->file->close();
-        if (problem != UpdateProblem::none)
+        if (problem)
             ended->file->remove();
     }
     ended->done(problem, ended->bytes);
@@ -148,6 +148,6 @@ void HttpsDownloader::cancel()
 {
     if (!transfer_)
         return;
-    transfer_->done = [](UpdateProblem, const QByteArray &) {};
+    transfer_->done = [](UpdateOutcome, const QByteArray &) {};
     end(UpdateProblem::unreachable);
 }

@@ -33,7 +33,7 @@ private:
     void begin(const QUrl &url, std::unique_ptr<Transfer> transfer);
     void readAvailable();
     void finish();
-    void end(UpdateProblem problem);
+    void end(UpdateOutcome problem);
 
     Settings settings_;
     QNetworkAccessManager network_;

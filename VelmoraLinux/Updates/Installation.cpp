@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QStringView kManifest = u"share/velmora/manifest";
+constexpr QStringView manifestPath = u"share/velmora/manifest";
 
 bool isWritable(const QString &path)
 {
@@ -89,7 +89,7 @@ QString Installation::archiveType() const
 
 QStringList InstalledFiles::listed() const
 {
-    QFile manifest(root_ + u'/' + kManifest.toString());
+    QFile manifest(root_ + u'/' + manifestPath.toString());
     if (!manifest.open(QIODevice::ReadOnly))
         return {};
     QStringList result = QString::fromUtf8(manifest.readAll()).split(u'\n', Qt::SkipEmptyParts);
@@ -119,8 +119,8 @@ bool InstalledFiles::areComplete() const
 bool InstalledFiles::remove() const
 {
     QStringList names = listed();
-    if (names.removeOne(kManifest.toString()))
-        names.append(kManifest.toString()); // Last, so that an interrupted removal can be taken up again.
+    if (names.removeOne(manifestPath.toString()))
+        names.append(manifestPath.toString()); // Last, so that an interrupted removal can be taken up again.
     for (const QString &name : std::as_const(names))
         QFile::remove(root_ + u'/' + name);
     removeEmptyFolders(root_);

@@ -19,8 +19,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // In the hidden place: what is still being written, and what is complete.
-constexpr QStringView kUnfinished = u"unfinished";
-constexpr QStringView kOther = u"other";
+constexpr QStringView unfinishedFolder = u"unfinished";
+constexpr QStringView otherFolder = u"other";
 
 UpdateProblem problemOfErrno()
 {
@@ -63,29 +63,27 @@ QString Replacement::place(QStringView name) const
     return hidden_ + u'/' + name.toString();
 }
 
-UpdateProblem Replacement::prepare(VerifiedArchive &archive, const QString &version) const
+UpdateOutcome Replacement::prepare(VerifiedArchive &archive, const QString &version) const
 {
     cleanUp();
     if (mkdir(QFile::encodeName(hidden_).constData(), S_IRWXU) != 0)
         return problemOfErrno();
-    UpdateProblem problem = installation_.kind == Installation::Kind::folder ? prepareFolder(archive, version)
+    UpdateOutcome problem = installation_.kind == Installation::Kind::folder ? prepareFolder(archive, version)
                                                                              : prepareImage(archive);
-    if (problem == UpdateProblem::none &&
-        (!renameAtomically(place(kUnfinished), place(kOther), 0) || !sync(hidden_)))
+    if (!problem && (!renameAtomically(place(unfinishedFolder), place(otherFolder), 0) || !sync(hidden_)))
         problem = problemOfErrno();
-    if (problem != UpdateProblem::none)
+    if (problem)
         cleanUp();
     return problem;
 }
 
-UpdateProblem Replacement::prepareFolder(VerifiedArchive &archive, const QString &version) const
+UpdateOutcome Replacement::prepareFolder(VerifiedArchive &archive, const QString &version) const
 {
     // Files that came after the start: what is moved aside with the old version must be ours to remove.
     if (!InstalledFiles(installation_.target).areComplete())
         return UpdateProblem::notReplaced;
-    const QString unpacked = place(kUnfinished);
-    const UpdateProblem problem = ArchiveUnpacker({}).unpack(archive, unpacked);
-    if (problem != UpdateProblem::none)
+    const QString unpacked = place(unfinishedFolder);
+    if (const auto problem = ArchiveUnpacker({}).unpack(archive, unpacked))
         return problem;
     // A signature says that an archive is ours, not that it is the one that was announced.
     const QJsonObject now = information(installation_.target);
@@ -95,17 +93,17 @@ UpdateProblem Replacement::prepareFolder(VerifiedArchive &archive, const QString
     const QString launcher = unpacked + installation_.launcher.mid(installation_.target.size());
     if (!isAnnounced || !QFileInfo(launcher).isExecutable() || !InstalledFiles(unpacked).areComplete())
         return UpdateProblem::contents;
-    return UpdateProblem::none;
+    return {};
 }
 
 // An image has no readable inside: which version it is, it says itself when it has started.
-UpdateProblem Replacement::prepareImage(VerifiedArchive &archive) const
+UpdateOutcome Replacement::prepareImage(VerifiedArchive &archive) const
 {
     constexpr qint64 piece = 1 << 20;
     constexpr QFile::Permissions mode = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
                                         QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther |
                                         QFile::ExeOther;
-    QFile image(place(kUnfinished));
+    QFile image(place(unfinishedFolder));
     QFile &source = archive.file();
     errno = 0;
     if (!source.seek(0) ||
@@ -118,29 +116,29 @@ UpdateProblem Replacement::prepareImage(VerifiedArchive &archive) const
     }
     if (image.size() != source.size() || !image.setPermissions(mode) || fsync(image.handle()) != 0)
         return problemOfErrno();
-    return UpdateProblem::none;
+    return {};
 }
 
-UpdateProblem Replacement::exchange() const
+UpdateOutcome Replacement::exchange() const
 {
     // Not every file system can: then the installed version stays and the user is told.
-    if (!renameAtomically(place(kOther), installation_.target, RENAME_EXCHANGE))
+    if (!renameAtomically(place(otherFolder), installation_.target, RENAME_EXCHANGE))
         return problemOfErrno();
     sync(QFileInfo(installation_.target).absolutePath());
-    return UpdateProblem::none;
+    return {};
 }
 
 void Replacement::cleanUp() const
 {
     if (!QFileInfo::exists(hidden_))
         return;
-    const QFileInfo other(place(kOther));
+    const QFileInfo other(place(otherFolder));
     if (other.isDir())
         InstalledFiles(other.filePath()).remove();
     else
         QFile::remove(other.filePath());
     // Everything in the unfinished one was written by us, into a folder that only we can enter.
-    QDir(place(kUnfinished)).removeRecursively();
-    QFile::remove(place(kUnfinished));
+    QDir(place(unfinishedFolder)).removeRecursively();
+    QFile::remove(place(unfinishedFolder));
     QDir().rmdir(hidden_);
 }

@@ -20,16 +20,16 @@ public:
 
     // Unpacks `archive` beside the installed version and makes sure that it is version `version` of this
     // program.
-    [[nodiscard]] UpdateProblem prepare(VerifiedArchive &archive, const QString &version) const;
+    [[nodiscard]] UpdateOutcome prepare(VerifiedArchive &archive, const QString &version) const;
     // The prepared version takes the installed one's place, and the other way round when called again.
-    [[nodiscard]] UpdateProblem exchange() const;
+    [[nodiscard]] UpdateOutcome exchange() const;
     // Removes what an earlier update left: a half-made new version, or the old one once the new has started.
     // Files that are not ours stay.
     void cleanUp() const;
 
 private:
-    [[nodiscard]] UpdateProblem prepareFolder(VerifiedArchive &archive, const QString &version) const;
-    [[nodiscard]] UpdateProblem prepareImage(VerifiedArchive &archive) const;
+    [[nodiscard]] UpdateOutcome prepareFolder(VerifiedArchive &archive, const QString &version) const;
+    [[nodiscard]] UpdateOutcome prepareImage(VerifiedArchive &archive) const;
     [[nodiscard]] QString place(QStringView name) const;
 
     Installation installation_;

@@ -28,7 +28,7 @@ void removeDownloads(const QString &folder)
         downloads.remove(name);
 }
 
-UpdateProblem verifyAndPrepare(const DownloadedUpdate &update, const UpdateKey &key,
+UpdateOutcome verifyAndPrepare(const DownloadedUpdate &update, const UpdateKey &key,
                                const Replacement &replacement)
 {
     auto archive = VerifiedArchive::open(update.path, update.length, update.signature, key);
@@ -67,8 +67,8 @@ void ReplacingInstaller::prepare(const DownloadedUpdate &update, Done done)
 void ReplacingInstaller::install(Done done)
 {
     inBackground([replacement = replacement_] { return replacement.exchange(); },
-                 [this, done = std::move(done)](UpdateProblem problem) {
-                     if (problem == UpdateProblem::none)
+                 [this, done = std::move(done)](UpdateOutcome problem) {
+                     if (!problem)
                          handOver(done);
                      else
                          done(problem);
@@ -77,15 +77,14 @@ void ReplacingInstaller::install(Done done)
 
 void ReplacingInstaller::handOver(const Done &done)
 {
-    handover_.start(installation_.launcher, version_, [this, done](UpdateProblem problem) {
-        if (problem == UpdateProblem::none) {
+    handover_.start(installation_.launcher, version_, [this, done](UpdateOutcome problem) {
+        if (!problem) {
             done(problem);
             return;
         }
         inBackground(
             [replacement = replacement_] {
-                return replacement.exchange() == UpdateProblem::none ? UpdateProblem::notStarted
-                                                                     : UpdateProblem::notReplaced;
+                return replacement.exchange() ? UpdateProblem::notReplaced : UpdateProblem::notStarted;
             },
             done);
     });
@@ -97,12 +96,12 @@ void ReplacingInstaller::discard()
         [folder = folder_, replacement = replacement_] {
             removeDownloads(folder);
             replacement.cleanUp();
-            return UpdateProblem::none;
+            return UpdateOutcome();
         },
-        [](UpdateProblem) {});
+        [](UpdateOutcome) {});
 }
 
-void ReplacingInstaller::inBackground(std::function<UpdateProblem()> work, Done done)
+void ReplacingInstaller::inBackground(std::function<UpdateOutcome()> work, Done done)
 {
     worker_.start([this, work = std::move(work), done = std::move(done)] {
         const std::function<void()> tell = [done, problem = work()] { done(problem); };

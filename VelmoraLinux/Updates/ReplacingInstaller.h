@@ -23,7 +23,7 @@ public:
 
 private:
     // Runs `work` in the second thread, in the order of the calls, and then `done` in the main thread.
-    void inBackground(std::function<UpdateProblem()> work, Done done);
+    void inBackground(std::function<UpdateOutcome()> work, Done done);
     void handOver(const Done &done);
 
     Installation installation_;

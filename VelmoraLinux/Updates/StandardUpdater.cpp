@@ -11,10 +11,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr QStringView kRolloutGroup = u"SUUpdateGroupIdentifier";
-constexpr QStringView kSkippedVersion = u"SUSkippedVersion";
-constexpr int kRolloutGroups = 7;
-constexpr auto kCleanUpDelay =
+constexpr QStringView rolloutGroupKey = u"SUUpdateGroupIdentifier";
+constexpr QStringView skippedVersionKey = u"SUSkippedVersion";
+constexpr int rolloutGroups = 7;
+constexpr auto cleanUpDelay =
     10s; // From then on a new version counts as started, and the old one is removed.
 
 QString machine()
@@ -25,49 +25,47 @@ QString machine()
 
 int rolloutGroup(DefaultsStore &defaults)
 {
-    if (const auto group = defaults.integer(kRolloutGroup))
-        return static_cast<int>(*group % kRolloutGroups);
-    const int group = QRandomGenerator::global()->bounded(kRolloutGroups);
-    defaults.setInteger(kRolloutGroup, group);
+    if (const auto group = defaults.integer(rolloutGroupKey))
+        return static_cast<int>(*group % rolloutGroups);
+    const int group = QRandomGenerator::global()->bounded(rolloutGroups);
+    defaults.setInteger(rolloutGroupKey, group);
     return group;
 }
 
 } // namespace
 
-StandardUpdater::StandardUpdater(Environment environment, const UpdateConfiguration &configuration)
-    : environment_(std::move(environment))
+StandardUpdater::StandardUpdater(Dependencies dependencies, const UpdateConfiguration &configuration)
+    : dependencies_(std::move(dependencies))
     , key_(UpdateKey::fromBase64(configuration.publicKey))
-    , schedule_(environment_.defaults, environment_.scheduler, environment_.clock, scheduleSettings(),
-                {.askPermission =
-                     [this] {
-                         show(UpdateStep::permission, UpdateProblem::none,
-                              UpdateUserDriver::Attention::quiet);
-                     },
-                 .check = [this] { session_->check(CheckKind::scheduled); }})
-    , steps_(environment_.scheduler)
+    , schedule_(
+          dependencies_.defaults, dependencies_.scheduler, dependencies_.clock, scheduleSettings(),
+          {.askPermission = [this] { show(UpdateStep::permission, {}, UpdateUserDriver::Attention::quiet); },
+           .check = [this] { session_->check(CheckKind::scheduled); }})
+    , steps_(dependencies_.scheduler)
 {
-    environment_.driver.setAnswerHandler([this](UpdateAnswer given) { answer(given); });
-    if (environment_.installation.kind == Installation::Kind::managed || !key_)
+    dependencies_.driver.setAnswerHandler([this](UpdateAnswer given) { answer(given); });
+    if (dependencies_.installation.kind == Installation::Kind::managed || !key_)
         return;
-    downloader_ = std::make_unique<HttpsDownloader>(environment_.network);
-    installer_ = std::make_unique<ReplacingInstaller>(environment_.installation, *key_,
-                                                      environment_.downloadFolder, environment_.scheduler);
-    session_ = std::make_unique<UpdateSession>(UpdateSession::Parts{.downloader = *downloader_,
+    downloader_ = std::make_unique<HttpsDownloader>(dependencies_.network);
+    installer_ = std::make_unique<ReplacingInstaller>(dependencies_.installation, *key_,
+                                                      dependencies_.downloadFolder, dependencies_.scheduler);
+    session_ =
+        std::make_unique<UpdateSession>(UpdateSession::Dependencies{.downloader = *downloader_,
                                                                     .installer = *installer_,
-                                                                    .driver = environment_.driver,
-                                                                    .defaults = environment_.defaults,
+                                                                    .driver = dependencies_.driver,
+                                                                    .defaults = dependencies_.defaults,
                                                                     .host = [this] { return host(); },
-                                                                    .openPage = environment_.openPage,
-                                                                    .quit = environment_.quit,
+                                                                    .openPage = dependencies_.openPage,
+                                                                    .quit = dependencies_.quit,
                                                                     .changed = [this] { noteChange(); }},
-                                               configuration.feed, shownVersion());
+                                        configuration.feed, shownVersion());
     start();
 }
 
 void StandardUpdater::start()
 {
     schedule_.start();
-    steps_.after(kCleanUpDelay, [this] {
+    steps_.after(cleanUpDelay, [this] {
         if (!session_->isRunning())
             installer_->discard();
     });
@@ -76,11 +74,11 @@ void StandardUpdater::start()
 void StandardUpdater::checkForUpdates()
 {
     if (ownStep_ || (session_ && session_->isVisible())) {
-        environment_.driver.bringToFront();
+        dependencies_.driver.bringToFront();
     } else if (!key_) {
         show(UpdateStep::failed, UpdateProblem::badKey, UpdateUserDriver::Attention::front);
     } else if (!session_) {
-        show(UpdateStep::managed, UpdateProblem::none, UpdateUserDriver::Attention::front);
+        show(UpdateStep::managed, {}, UpdateUserDriver::Attention::front);
     } else if (!session_->isRunning()) {
         schedule_.noteCheck();
         session_->check(CheckKind::byUser);
@@ -105,15 +103,15 @@ void StandardUpdater::noteChange()
     changed_();
 }
 
-void StandardUpdater::show(UpdateStep step, UpdateProblem problem, UpdateUserDriver::Attention attention)
+void StandardUpdater::show(UpdateStep step, UpdateOutcome problem, UpdateUserDriver::Attention attention)
 {
     ownStep_ = step;
     UpdateReport report;
     report.step = step;
     report.ownVersion = shownVersion();
     report.problem = problem;
-    report.manager = environment_.installation.manager;
-    environment_.driver.show(report, attention);
+    report.manager = dependencies_.installation.manager;
+    dependencies_.driver.show(report, attention);
 }
 
 void StandardUpdater::answer(UpdateAnswer answer)
@@ -125,30 +123,30 @@ void StandardUpdater::answer(UpdateAnswer answer)
     }
     const UpdateStep answered = *ownStep_;
     ownStep_.reset();
-    environment_.driver.dismiss();
+    dependencies_.driver.dismiss();
     if (answered == UpdateStep::permission)
         schedule_.setPermission(answer == UpdateAnswer::accept);
 }
 
 QString StandardUpdater::ownVersion() const
 {
-    return environment_.bundle.value(u"CFBundleVersion").toString();
+    return dependencies_.bundle.value(u"CFBundleVersion").toString();
 }
 
 QString StandardUpdater::shownVersion() const
 {
-    return environment_.bundle.value(u"CFBundleShortVersionString").toString(ownVersion());
+    return dependencies_.bundle.value(u"CFBundleShortVersionString").toString(ownVersion());
 }
 
 UpdateSchedule::Settings StandardUpdater::scheduleSettings() const
 {
     UpdateSchedule::Settings settings;
     constexpr QStringView interval = u"SUScheduledCheckInterval";
-    const auto chosen = environment_.defaults.integer(interval);
-    const qint64 seconds = chosen.value_or(environment_.bundle.value(interval).toInteger());
+    const auto chosen = dependencies_.defaults.integer(interval);
+    const qint64 seconds = chosen.value_or(dependencies_.bundle.value(interval).toInteger());
     if (seconds > 0)
         settings.interval = std::chrono::seconds(std::min<qint64>(seconds, 366LL * 24 * 3600));
-    const QJsonValue answer = environment_.bundle.value(u"SUEnableAutomaticChecks");
+    const QJsonValue answer = dependencies_.bundle.value(u"SUEnableAutomaticChecks");
     if (answer.isBool())
         settings.fixedAnswer = answer.toBool();
     return settings;
@@ -160,8 +158,8 @@ UpdateHost StandardUpdater::host() const
             .systemVersion = QString::fromLatin1(gnu_get_libc_version()),
             .system = u"linux"_s,
             .architecture = machine(),
-            .archiveType = environment_.installation.archiveType(),
-            .skippedVersion = environment_.defaults.string(kSkippedVersion).value_or(QString()),
-            .rolloutGroup = rolloutGroup(environment_.defaults),
-            .now = environment_.clock.now()};
+            .archiveType = dependencies_.installation.archiveType(),
+            .skippedVersion = dependencies_.defaults.string(skippedVersionKey).value_or(QString()),
+            .rolloutGroup = rolloutGroup(dependencies_.defaults),
+            .now = dependencies_.clock.now()};
 }

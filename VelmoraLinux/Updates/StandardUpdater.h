@@ -15,7 +15,7 @@
 // A managed copy is never checked by schedule; when the user asks, the answer is what updates it.
 class StandardUpdater : public Updater {
 public:
-    struct Environment {
+    struct Dependencies {
         DefaultsStore &defaults;
         Scheduler &scheduler;
         const WallClock &clock;
@@ -29,7 +29,7 @@ public:
     };
 
     // Starts at once.
-    StandardUpdater(Environment environment, const UpdateConfiguration &configuration);
+    StandardUpdater(Dependencies dependencies, const UpdateConfiguration &configuration);
 
     void checkForUpdates() override;
     [[nodiscard]] bool canCheckForUpdates() const override;
@@ -38,14 +38,14 @@ public:
 private:
     void start();
     void answer(UpdateAnswer answer);
-    void show(UpdateStep step, UpdateProblem problem, UpdateUserDriver::Attention attention);
+    void show(UpdateStep step, UpdateOutcome problem, UpdateUserDriver::Attention attention);
     void noteChange();
     [[nodiscard]] UpdateHost host() const;
     [[nodiscard]] UpdateSchedule::Settings scheduleSettings() const;
     [[nodiscard]] QString ownVersion() const;   // What is compared.
     [[nodiscard]] QString shownVersion() const; // What users read.
 
-    Environment environment_;
+    Dependencies dependencies_;
     std::optional<UpdateKey> key_;
     std::unique_ptr<HttpsDownloader> downloader_;
     std::unique_ptr<ReplacingInstaller> installer_; // Null when managed or without a usable key.

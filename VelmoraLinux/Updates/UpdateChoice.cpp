@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr int kRolloutGroups = 7;
+constexpr int rolloutGroups = 7;
 
 bool isBelow(QStringView version, QStringView limit)
 {
@@ -53,7 +53,7 @@ bool hasReachedGroup(const AppcastItem &item, const UpdateHost &host)
     if (item.phasedInterval == 0 || !item.published.isValid() || isCriticalFor(item, host))
         return true;
     const qint64 interval = std::min<qint64>(item.phasedInterval, 366LL * 24 * 3600);
-    return item.published.addSecs(interval * (host.rolloutGroup % kRolloutGroups)) <= host.now;
+    return item.published.addSecs(interval * (host.rolloutGroup % rolloutGroups)) <= host.now;
 }
 
 // The item reduced to its first enclosure that fits; nothing when none fits.

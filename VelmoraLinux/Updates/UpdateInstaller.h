@@ -17,14 +17,14 @@ struct DownloadedUpdate {
 // Installs a downloaded archive. No call blocks: results are reported on the main thread.
 class UpdateInstaller {
 public:
-    using Done = std::function<void(UpdateProblem problem)>;
+    using Done = std::function<void(UpdateOutcome problem)>;
 
     virtual ~UpdateInstaller() = default;
     // A path for the next download, in a folder that only the user can enter; empty on failure.
     [[nodiscard]] virtual QString downloadPath() = 0;
     // Verifies `update` and unpacks it beside the installed version.
     virtual void prepare(const DownloadedUpdate &update, Done done) = 0;
-    // Exchanges the versions and starts the new one. `done` with none: this process has to end now. With a
+    // Exchanges the versions and starts the new one. Without a problem this process has to end now. With a
     // problem: the old version is installed again.
     virtual void install(Done done) = 0;
     // Removes what was downloaded or prepared.

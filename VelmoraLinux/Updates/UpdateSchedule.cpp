@@ -4,12 +4,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr QStringView kHasLaunchedBefore = u"SUHasLaunchedBefore";
-constexpr QStringView kAutomaticChecks = u"SUEnableAutomaticChecks";
-constexpr QStringView kLastCheckTime = u"SULastCheckTime"; // Milliseconds since 1970, UTC.
+constexpr QStringView launchedBeforeKey = u"SUHasLaunchedBefore";
+constexpr QStringView automaticChecksKey = u"SUEnableAutomaticChecks";
+constexpr QStringView lastCheckTimeKey = u"SULastCheckTime"; // Milliseconds since 1970, UTC.
 
 // The steady clock stops during suspend, so the wall clock is read at this interval.
-constexpr std::chrono::milliseconds kRecheckInterval = 30min;
+constexpr std::chrono::milliseconds recheckInterval = 30min;
 
 } // namespace
 
@@ -26,9 +26,9 @@ UpdateSchedule::UpdateSchedule(DefaultsStore &defaults, Scheduler &scheduler, co
 
 void UpdateSchedule::start()
 {
-    const bool launchedBefore = defaults_.boolean(kHasLaunchedBefore).value_or(false);
+    const bool launchedBefore = defaults_.boolean(launchedBeforeKey).value_or(false);
     if (!launchedBefore)
-        defaults_.setBoolean(kHasLaunchedBefore, true);
+        defaults_.setBoolean(launchedBeforeKey, true);
     if (permission().value_or(false))
         arm();
     else if (!permission().has_value() && launchedBefore)
@@ -37,24 +37,24 @@ void UpdateSchedule::start()
 
 void UpdateSchedule::setPermission(bool granted)
 {
-    defaults_.setBoolean(kAutomaticChecks, granted);
+    defaults_.setBoolean(automaticChecksKey, granted);
     arm();
 }
 
 void UpdateSchedule::noteCheck()
 {
-    defaults_.setInteger(kLastCheckTime, clock_.now().toMSecsSinceEpoch());
+    defaults_.setInteger(lastCheckTimeKey, clock_.now().toMSecsSinceEpoch());
     arm();
 }
 
 std::optional<bool> UpdateSchedule::permission() const
 {
-    return settings_.fixedAnswer ? settings_.fixedAnswer : defaults_.boolean(kAutomaticChecks);
+    return settings_.fixedAnswer ? settings_.fixedAnswer : defaults_.boolean(automaticChecksKey);
 }
 
 std::chrono::milliseconds UpdateSchedule::untilDue() const
 {
-    const auto last = defaults_.integer(kLastCheckTime);
+    const auto last = defaults_.integer(lastCheckTimeKey);
     if (!last)
         return 0ms;
     const std::chrono::milliseconds interval = settings_.interval;
@@ -69,7 +69,7 @@ void UpdateSchedule::arm()
     steps_.startOver();
     if (!permission().value_or(false))
         return;
-    steps_.after(std::min(untilDue(), kRecheckInterval), [this] {
+    steps_.after(std::min(untilDue(), recheckInterval), [this] {
         if (untilDue() > 0ms) {
             arm();
             return;

@@ -2,13 +2,13 @@
 
 namespace {
 
-constexpr QStringView kSkippedVersion = u"SUSkippedVersion";
-constexpr qint64 kMaximumArchiveBytes = 512LL * 1024 * 1024;
+constexpr QStringView skippedVersionKey = u"SUSkippedVersion";
+constexpr qint64 maximumArchiveBytes = 512LL * 1024 * 1024;
 
 } // namespace
 
-UpdateSession::UpdateSession(Parts parts, QUrl feed, QString ownVersion)
-    : parts_(std::move(parts))
+UpdateSession::UpdateSession(Dependencies dependencies, QUrl feed, QString ownVersion)
+    : dependencies_(std::move(dependencies))
     , feed_(std::move(feed))
     , ownVersion_(std::move(ownVersion))
 {
@@ -24,20 +24,18 @@ void UpdateSession::check(CheckKind kind)
         show(report(UpdateStep::checking));
     else
         enter(UpdateStep::checking);
-    parts_.downloader.fetch(
-        feed_, AppcastReader::kMaximumBytes,
-        [this](UpdateProblem problem, const QByteArray &bytes) { readFeed(problem, bytes); });
+    dependencies_.downloader.fetch(
+        feed_, AppcastReader::maximumBytes,
+        [this](UpdateOutcome problem, const QByteArray &bytes) { readFeed(problem, bytes); });
 }
 
-void UpdateSession::readFeed(UpdateProblem problem, const QByteArray &bytes)
+void UpdateSession::readFeed(UpdateOutcome problem, const QByteArray &bytes)
 {
-    const auto appcast = problem == UpdateProblem::none ? AppcastReader::read(bytes) : std::nullopt;
-    if (problem == UpdateProblem::none && !appcast)
-        problem = UpdateProblem::feedDamaged;
-    if (problem != UpdateProblem::none)
-        fail(problem);
+    const auto appcast = problem ? std::nullopt : AppcastReader::read(bytes);
+    if (!appcast)
+        fail(problem.value_or(UpdateProblem::feedDamaged));
     else
-        offer(chooseUpdate(*appcast, parts_.host(), kind_));
+        offer(chooseUpdate(*appcast, dependencies_.host(), kind_));
 }
 
 void UpdateSession::offer(const UpdateChoice &choice)
@@ -59,7 +57,7 @@ void UpdateSession::answer(UpdateAnswer answer)
     switch (*step_) {
     case UpdateStep::checking:
     case UpdateStep::downloading:
-        parts_.downloader.cancel();
+        dependencies_.downloader.cancel();
         finish();
         break;
     case UpdateStep::found:
@@ -84,62 +82,63 @@ void UpdateSession::answerOffer(UpdateAnswer answer)
 {
     if (answer != UpdateAnswer::accept) {
         if (answer == UpdateAnswer::skip && !choice_.critical)
-            parts_.defaults.setString(kSkippedVersion, choice_.item->version);
+            dependencies_.defaults.setString(skippedVersionKey, choice_.item->version);
         finish();
         return;
     }
-    parts_.defaults.remove(kSkippedVersion);
+    dependencies_.defaults.remove(skippedVersionKey);
     if (!choice_.informational) {
         download();
         return;
     }
-    parts_.openPage(choice_.item->page);
+    dependencies_.openPage(choice_.item->page);
     finish();
 }
 
 void UpdateSession::download()
 {
     const AppcastEnclosure &archive = choice_.item->enclosures.first();
-    update_ = {parts_.installer.downloadPath(), archive.length, archive.signature, choice_.item->version};
-    if (archive.length > kMaximumArchiveBytes || update_.path.isEmpty()) {
+    update_ = {dependencies_.installer.downloadPath(), archive.length, archive.signature,
+               choice_.item->version};
+    if (archive.length > maximumArchiveBytes || update_.path.isEmpty()) {
         fail(update_.path.isEmpty() ? UpdateProblem::noSpace : UpdateProblem::tooLarge);
         return;
     }
     show(report(UpdateStep::downloading));
-    parts_.downloader.fetchToFile(
+    dependencies_.downloader.fetchToFile(
         archive.url, archive.length, update_.path,
         [this](qint64 received) {
             UpdateReport progress = report(UpdateStep::downloading);
             progress.received = received;
             show(progress);
         },
-        [this](UpdateProblem problem) {
-            if (problem == UpdateProblem::none)
-                prepare();
+        [this](UpdateOutcome problem) {
+            if (problem)
+                fail(*problem);
             else
-                fail(problem);
+                prepare();
         });
 }
 
 void UpdateSession::prepare()
 {
     show(report(UpdateStep::verifying));
-    parts_.installer.prepare(update_, [this](UpdateProblem problem) {
-        if (problem == UpdateProblem::none)
-            show(report(UpdateStep::ready));
+    dependencies_.installer.prepare(update_, [this](UpdateOutcome problem) {
+        if (problem)
+            fail(*problem);
         else
-            fail(problem);
+            show(report(UpdateStep::ready));
     });
 }
 
 void UpdateSession::install()
 {
     show(report(UpdateStep::installing));
-    parts_.installer.install([this](UpdateProblem problem) {
-        if (problem == UpdateProblem::none)
-            parts_.quit();
+    dependencies_.installer.install([this](UpdateOutcome problem) {
+        if (problem)
+            fail(*problem);
         else
-            fail(problem);
+            dependencies_.quit();
     });
 }
 
@@ -167,8 +166,8 @@ void UpdateSession::show(const UpdateReport &report)
     const bool takesFocus = kind_ == CheckKind::byUser;
     visible_ = true;
     enter(report.step);
-    parts_.driver.show(report,
-                       takesFocus ? UpdateUserDriver::Attention::front : UpdateUserDriver::Attention::quiet);
+    dependencies_.driver.show(report, takesFocus ? UpdateUserDriver::Attention::front
+                                                 : UpdateUserDriver::Attention::quiet);
 }
 
 void UpdateSession::enter(UpdateStep step)
@@ -176,13 +175,13 @@ void UpdateSession::enter(UpdateStep step)
     const bool isNew = step_ != step;
     step_ = step;
     if (isNew)
-        parts_.changed();
+        dependencies_.changed();
 }
 
 // A scheduled check fails silently; once the user has seen something, the failure is shown.
 void UpdateSession::fail(UpdateProblem problem)
 {
-    parts_.installer.discard();
+    dependencies_.installer.discard();
     if (!visible_) {
         finish();
         return;
@@ -194,10 +193,10 @@ void UpdateSession::fail(UpdateProblem problem)
 
 void UpdateSession::finish()
 {
-    parts_.installer.discard();
+    dependencies_.installer.discard();
     if (visible_)
-        parts_.driver.dismiss();
+        dependencies_.driver.dismiss();
     visible_ = false;
     step_.reset();
-    parts_.changed();
+    dependencies_.changed();
 }

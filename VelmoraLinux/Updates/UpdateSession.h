@@ -13,7 +13,7 @@
 // One check for updates and the steps that follow, up to the relaunch. At most one runs at a time.
 class UpdateSession {
 public:
-    struct Parts {
+    struct Dependencies {
         Downloader &downloader;
         UpdateInstaller &installer;
         UpdateUserDriver &driver;
@@ -24,7 +24,7 @@ public:
         std::function<void()> changed; // `isVisible` or `isRunning` may have changed.
     };
 
-    UpdateSession(Parts parts, QUrl feed, QString ownVersion);
+    UpdateSession(Dependencies dependencies, QUrl feed, QString ownVersion);
 
     // Begins a check; no effect while one is running.
     void check(CheckKind kind);
@@ -37,7 +37,7 @@ public:
     [[nodiscard]] bool isVisible() const { return visible_; }
 
 private:
-    void readFeed(UpdateProblem problem, const QByteArray &bytes);
+    void readFeed(UpdateOutcome problem, const QByteArray &bytes);
     void offer(const UpdateChoice &choice);
     void answerOffer(UpdateAnswer answer);
     void download();
@@ -49,7 +49,7 @@ private:
     void finish();
     [[nodiscard]] UpdateReport report(UpdateStep step) const;
 
-    Parts parts_;
+    Dependencies dependencies_;
     QUrl feed_;
     QString ownVersion_;
     CheckKind kind_ = CheckKind::byUser;

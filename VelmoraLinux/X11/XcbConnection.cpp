@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::array<std::string_view, static_cast<std::size_t>(XcbAtom::count_)> kAtomNames = {
+constexpr std::array<std::string_view, static_cast<std::size_t>(XcbAtom::count_)> atomNames = {
     "CLIPBOARD",
     "CLIPBOARD_MANAGER",
     "TARGETS",
@@ -28,8 +28,8 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(XcbAtom::count_)
     "VELMORA_TRANSFER"};
 
 // Large chunks save round trips, small ones keep every single write and read short.
-constexpr std::size_t kPreferredChunk = std::size_t(256) * 1024;
-constexpr std::size_t kRequestHead = 64;
+constexpr std::size_t preferredChunk = std::size_t(256) * 1024;
+constexpr std::size_t requestHead = 64;
 
 } // namespace
 
@@ -62,8 +62,8 @@ bool XcbConnection::prepare()
     firstXfixesEvent_ = xfixes->first_event;
     const auto version = xcb_xfixes_query_version(raw(), 1, 0);
 
-    std::array<xcb_intern_atom_cookie_t, kAtomNames.size()> cookies = {};
-    std::transform(kAtomNames.begin(), kAtomNames.end(), cookies.begin(), [this](std::string_view name) {
+    std::array<xcb_intern_atom_cookie_t, atomNames.size()> cookies = {};
+    std::transform(atomNames.begin(), atomNames.end(), cookies.begin(), [this](std::string_view name) {
         return xcb_intern_atom(raw(), 0, static_cast<std::uint16_t>(name.size()), name.data());
     });
     for (std::size_t i = 0; i < cookies.size(); ++i) {
@@ -76,7 +76,7 @@ bool XcbConnection::prepare()
         xcb_xfixes_query_version_reply(raw(), version, nullptr));
     root_ = xcb_setup_roots_iterator(xcb_get_setup(raw())).data->root;
     const std::size_t largestRequest = std::size_t(xcb_get_maximum_request_length(raw())) * 4;
-    largestChunk_ = std::min(kPreferredChunk, largestRequest - kRequestHead);
+    largestChunk_ = std::min(preferredChunk, largestRequest - requestHead);
 
     notifier_ = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(raw()), QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] { deliver(); });

@@ -158,7 +158,9 @@ private:
 
     [[nodiscard]] QString problem() const
     {
-        switch (report_.problem) {
+        if (!report_.problem)
+            return {};
+        switch (*report_.problem) {
         case UpdateProblem::insecure:
             return t(u"The update is not offered over a secure connection."_s,
                      u"Das Update wird nicht über eine sichere Verbindung angeboten."_s);
@@ -189,8 +191,6 @@ private:
             return t(
                 u"This copy cannot verify updates: its key is damaged. Please contact the developer."_s,
                 u"Diese Installation kann Updates nicht prüfen: Ihr Schlüssel ist beschädigt. Bitte wende dich an den Entwickler."_s);
-        case UpdateProblem::none:
-            break;
         }
         return {};
     }

@@ -17,7 +17,7 @@ namespace {
 
 using Text = std::optional<std::string>;
 
-constexpr qsizetype kMiB = qsizetype(1024) * 1024;
+constexpr qsizetype mebibyte = qsizetype(1024) * 1024;
 
 // What came of a reading: nothing as long as there is no answer.
 using Answer = std::optional<Text>;
@@ -292,14 +292,14 @@ private Q_SLOTS:
 
     void upToSixtyFourMebibytesAreRead()
     {
-        QVERIFY(other_->copyFilled(64 * kMiB));
+        QVERIFY(other_->copyFilled(64 * mebibyte));
         settle(1);
         const Text text = readNow();
         QVERIFY(text.has_value());
-        QCOMPARE(qsizetype(text->size()), 64 * kMiB);
+        QCOMPARE(qsizetype(text->size()), 64 * mebibyte);
         QVERIFY(text->find_first_not_of('x') == std::string::npos);
 
-        QVERIFY(other_->copyFilled(64 * kMiB + 1));
+        QVERIFY(other_->copyFilled(64 * mebibyte + 1));
         settle(2);
         QCOMPARE(readNow(), Text());
     }

@@ -17,11 +17,13 @@
 #include <csignal>
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 using Problem = DefaultsStore::Problem;
 
 namespace {
 
-constexpr uid_t kNobody = 65534;
+constexpr uid_t nobody = 65534;
 
 QByteArray contentsOf(const QString &path)
 {
@@ -57,7 +59,7 @@ public:
     OrdinaryEyes()
     {
         if (geteuid() == 0)
-            setfsuid(kNobody);
+            setfsuid(nobody);
     }
 
     ~OrdinaryEyes()
@@ -111,9 +113,9 @@ class SqliteDefaultsStoreTests : public QObject {
 
     std::optional<QTemporaryDir> home_;
 
-    [[nodiscard]] QString folder() const { return home_->filePath(QStringLiteral("velmora")); }
+    [[nodiscard]] QString folder() const { return home_->filePath(u"velmora"_s); }
 
-    [[nodiscard]] QString path() const { return folder() + QStringLiteral("/defaults.sqlite"); }
+    [[nodiscard]] QString path() const { return folder() + u"/defaults.sqlite"_s; }
 
     void store(qint64 number) const { SqliteDefaultsStore(folder()).setInteger(u"number", number); }
 
@@ -128,7 +130,7 @@ private Q_SLOTS:
 
     void valuesComeBackWithTheirTypes()
     {
-        const QString text = QStringLiteral("gr\u00fc\u00dfe\u0000 \U0001F517\nzwei");
+        const QString text = u"gr\u00fc\u00dfe\u0000 \U0001F517\nzwei"_s;
         const QByteArray bytes("\0\xff\x80 bytes", 9);
         {
             SqliteDefaultsStore store(folder());
@@ -167,11 +169,11 @@ private Q_SLOTS:
     void aKeyCanChangeItsTypeAndItsValue()
     {
         store(1);
-        SqliteDefaultsStore(folder()).setString(u"number", QStringLiteral("two"));
+        SqliteDefaultsStore(folder()).setString(u"number", u"two"_s);
 
         const SqliteDefaultsStore store(folder());
         QCOMPARE(store.integer(u"number"), std::nullopt);
-        QCOMPARE(store.string(u"number"), std::optional(QStringLiteral("two")));
+        QCOMPARE(store.string(u"number"), std::optional(u"two"_s));
     }
 
     void aRemovedValueLeavesNoTraceOnDisk()
@@ -255,8 +257,8 @@ private Q_SLOTS:
         const QByteArray file = QFile::encodeName(path());
         if (geteuid() == 0) {
             QCOMPARE(chmod(QFile::encodeName(home_->path()).constData(), 0755), 0);
-            QCOMPARE(chown(place.constData(), kNobody, kNobody), 0);
-            QCOMPARE(chown(file.constData(), kNobody, kNobody), 0);
+            QCOMPARE(chown(place.constData(), nobody, nobody), 0);
+            QCOMPARE(chown(file.constData(), nobody, nobody), 0);
         }
         QCOMPARE(chmod(file.constData(), 0400), 0);
         QCOMPARE(chmod(place.constData(), 0500), 0);

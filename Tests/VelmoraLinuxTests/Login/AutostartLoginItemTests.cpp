@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kIdentifier = u"app.velmora.Velmora"_s;
+const QString identifier = u"app.velmora.Velmora"_s;
 
 QString valueOf(const QByteArray &entry, const QString &key)
 {
@@ -69,16 +69,16 @@ private Q_SLOTS:
     void programsAreQuoted()
     {
         QFETCH(QString, program);
-        const QByteArray entry = autostartEntry(program, kIdentifier).value_or(QByteArray());
+        const QByteArray entry = autostartEntry(program, identifier).value_or(QByteArray());
         QTEST(valueOf(entry, u"Exec"_s), "exec");
         QTEST(valueOf(entry, u"TryExec"_s), "tryExec");
     }
 
     void pathsThatNoEntryCanCarryAreRefused()
     {
-        QVERIFY(!autostartEntry(u"velmora"_s, kIdentifier).has_value());
-        QVERIFY(!autostartEntry(u"/opt/a=b/velmora"_s, kIdentifier).has_value());
-        QVERIFY(!autostartEntry(QString(), kIdentifier).has_value());
+        QVERIFY(!autostartEntry(u"velmora"_s, identifier).has_value());
+        QVERIFY(!autostartEntry(u"/opt/a=b/velmora"_s, identifier).has_value());
+        QVERIFY(!autostartEntry(QString(), identifier).has_value());
         QVERIFY(!item(u"/opt/a=b/velmora"_s)->registerItem());
         QVERIFY(!QFile::exists(entry_));
     }
@@ -89,7 +89,7 @@ private Q_SLOTS:
         const QByteArray entry = contents(entry_);
         QVERIFY(entry.startsWith("[Desktop Entry]\nType=Application\n"));
         QCOMPARE(valueOf(entry, u"Exec"_s), u"\"/usr/bin/velmora\""_s);
-        QCOMPARE(valueOf(entry, u"Icon"_s), kIdentifier);
+        QCOMPARE(valueOf(entry, u"Icon"_s), identifier);
         QCOMPARE(valueOf(entry, u"Hidden"_s), u"false"_s);
         QCOMPARE(valueOf(entry, u"X-GNOME-Autostart-enabled"_s), u"true"_s);
     }
@@ -170,7 +170,7 @@ private Q_SLOTS:
 private:
     std::unique_ptr<LoginItem> item(const QString &program)
     {
-        return makeLoginItem(kIdentifier, program, environment_);
+        return makeLoginItem(identifier, program, environment_);
     }
 
     QString file(const QString &name)

@@ -82,7 +82,8 @@ class LinuxStatusItemTests : public QObject {
         const auto ours = QDBusConnection::connectToBus(daemon_->address(), u"ours"_s);
         service_ = ours.baseService();
         item_ = std::make_unique<LinuxStatusItem>(
-            LinuxStatusItem::Desktop{ours, nullptr, appearance_, token_}, u"app.example"_s, u"Example"_s);
+            LinuxStatusItem::Dependencies{ours, nullptr, appearance_, token_}, u"app.example"_s,
+            u"Example"_s);
         item_->setTemplateImage(blackSquare(), QSize(17, 17));
     }
 

@@ -17,8 +17,9 @@ QByteArray feedOf(const QByteArray &items)
            items + "</channel></rss>";
 }
 
-const QByteArray kEnclosure = "<enclosure url='https://e.example/v.tar.gz' length='7' type='application/gzip'"
-                              " sparkle:edSignature='c2ln'/>";
+const QByteArray enclosureElement =
+    "<enclosure url='https://e.example/v.tar.gz' length='7' type='application/gzip'"
+    " sparkle:edSignature='c2ln'/>";
 
 AppcastItem onlyItem(const QByteArray &content)
 {
@@ -107,7 +108,7 @@ private Q_SLOTS:
         const QByteArray attribute = "<enclosure url='https://e.example/V_9.tar.gz' length='1'"
                                      " sparkle:version='5' sparkle:shortVersionString='0.5'/>";
         QTest::newRow("in an element")
-            << "<sparkle:version> 4 </sparkle:version>" + kEnclosure << u"4"_s << u"4"_s;
+            << "<sparkle:version> 4 </sparkle:version>" + enclosureElement << u"4"_s << u"4"_s;
         QTest::newRow("on the enclosure") << attribute << u"5"_s << u"0.5"_s;
         QTest::newRow("an element wins, before")
             << "<sparkle:version>4</sparkle:version>" + attribute << u"4"_s << u"0.5"_s;
@@ -116,9 +117,9 @@ private Q_SLOTS:
         QTest::newRow("in the file's name")
             << QByteArray("<enclosure url='https://e.example/Velmora_1.2.tar.gz' length='1'/>") << u"1.2"_s
             << u"1.2"_s;
-        QTest::newRow("nowhere: no item") << kEnclosure << QString() << QString();
+        QTest::newRow("nowhere: no item") << enclosureElement << QString() << QString();
         QTest::newRow("in a foreign namespace: no item")
-            << "<v:version xmlns:v='https://other.example/'>4</v:version>" + kEnclosure << QString()
+            << "<v:version xmlns:v='https://other.example/'>4</v:version>" + enclosureElement << QString()
             << QString();
     }
 
@@ -136,7 +137,7 @@ private Q_SLOTS:
                                           "<enclosure url='file:///etc/passwd' length='1'/>"
                                           "<enclosure url='/v.tar.gz' length='1'/>"
                                           "<enclosure length='1'/>" +
-                                          kEnclosure);
+                                          enclosureElement);
         QCOMPARE(item.enclosures.size(), 1);
         QCOMPARE(item.enclosures.first().url, QUrl(u"https://e.example/v.tar.gz"_s));
     }
@@ -154,7 +155,7 @@ private Q_SLOTS:
         QCOMPARE(onlyItem("<sparkle:deltas><enclosure url='https://e.example/d' length='1'/></sparkle:deltas>"
                           "<media><deep><deeper>x</deeper></deep></media>"
                           "<sparkle:version>4</sparkle:version>" +
-                          kEnclosure)
+                          enclosureElement)
                      .enclosures.size(),
                  1);
     }
@@ -171,7 +172,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("feed");
         QTest::addColumn<QString>("problem"); // Part of it.
 
-        const QByteArray item = "<item><sparkle:version>4</sparkle:version>" + kEnclosure + "</item>";
+        const QByteArray item = "<item><sparkle:version>4</sparkle:version>" + enclosureElement + "</item>";
         QTest::newRow("nothing") << QByteArray() << u"line 1"_s;
         QTest::newRow("no XML") << QByteArray("Not found") << u"line 1"_s;
         QTest::newRow("cut short") << feedOf(item).chopped(9) << u"line 2"_s;
@@ -194,7 +195,7 @@ private Q_SLOTS:
             << u"too long"_s;
         QTest::newRow("items without end") << feedOf(QByteArray(item).repeated(1001)) << u"too many items"_s;
         QTest::newRow("bytes without end")
-            << feedOf(QByteArray(AppcastReader::kMaximumBytes, ' ')) << u"larger than"_s;
+            << feedOf(QByteArray(AppcastReader::maximumBytes, ' ')) << u"larger than"_s;
     }
 
     void dangerousAndBrokenFeedsAreRefused()

@@ -77,7 +77,7 @@ private Q_SLOTS:
                             .add(file("v/bin/run", "#!", 0755))
                             .add(file("v/large", large))
                             .gzip()),
-                 UpdateProblem::none);
+                 UpdateOutcome());
         QCOMPARE(readFile(target() + u"/a"_s), "A");
         QCOMPARE(readFile(target() + u"/large"_s), large);
         QVERIFY(QFileInfo(target() + u"/bin/run"_s).isExecutable());
@@ -184,7 +184,7 @@ private:
         return VerifiedArchive::open(path, archive.size(), keys_.sign(archive), keys_.publicKey());
     }
 
-    UpdateProblem unpack(const QByteArray &archive)
+    UpdateOutcome unpack(const QByteArray &archive)
     {
         auto verifiedArchive = verified(archive);
         if (!verifiedArchive)

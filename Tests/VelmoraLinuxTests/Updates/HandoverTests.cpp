@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int kPatience = 20'000; // Milliseconds; for a loaded machine.
+constexpr int patience = 20'000; // Milliseconds; for a loaded machine.
 
 } // namespace
 
@@ -50,12 +50,12 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, words);
         begin(words + "; cat <&3; echo on >\"$0.alone\"; echo $1 >>\"$0.alone\"\n");
-        QTRY_COMPARE_WITH_TIMEOUT(outcome_, UpdateProblem::none, kPatience);
+        QTRY_COMPARE_WITH_TIMEOUT(outcome_, UpdateOutcome(), patience);
         handover_.reset();
         QTest::qWait(100);
         QVERIFY(!QFile::exists(program() + u".alone"_s)); // It waits for this process to go.
         close(socket_);                                   // As the end of the process does.
-        QTRY_COMPARE_WITH_TIMEOUT(readFile(program() + u".alone"_s), "on\n--handover=3\n", kPatience);
+        QTRY_COMPARE_WITH_TIMEOUT(readFile(program() + u".alone"_s), "on\n--handover=3\n", patience);
     }
 
     void aVersionThatFailsIsNoticed_data()
@@ -73,7 +73,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, program);
         begin(program);
-        QTRY_COMPARE_WITH_TIMEOUT(outcome_, UpdateProblem::notStarted, kPatience);
+        QTRY_COMPARE_WITH_TIMEOUT(outcome_, UpdateOutcome(UpdateProblem::notStarted), patience);
     }
 
     void aProgramThatCannotBeStartedIsNoticed()
@@ -81,21 +81,21 @@ private Q_SLOTS:
         handover_->start(folder_->filePath(u"none"_s), u"2"_s, [this](auto problem) { outcome_ = problem; });
         QVERIFY(!outcome_); // Reported later, like every result.
         time_->pass(1s);
-        QCOMPARE(outcome_, UpdateProblem::notStarted);
+        QCOMPARE(outcome_, UpdateOutcome(UpdateProblem::notStarted));
     }
 
     void aVersionThatSaysNothingIsGivenUpAndEnded()
     {
         begin("echo $$ >\"$0.pid\"\nexec sleep 1000\n");
-        QTRY_VERIFY_WITH_TIMEOUT(readFile(program() + u".pid"_s).endsWith('\n'), kPatience);
+        QTRY_VERIFY_WITH_TIMEOUT(readFile(program() + u".pid"_s).endsWith('\n'), patience);
         const pid_t pid = readFile(program() + u".pid"_s).trimmed().toInt();
         time_->pass(19s);
         QTest::qWait(0);
         QVERIFY(!outcome_);
         QCOMPARE(kill(pid, 0), 0);
         time_->pass(1s);
-        QCOMPARE(outcome_, UpdateProblem::notStarted);
-        QTRY_VERIFY_WITH_TIMEOUT(hasEnded(pid), kPatience);
+        QCOMPARE(outcome_, UpdateOutcome(UpdateProblem::notStarted));
+        QTRY_VERIFY_WITH_TIMEOUT(hasEnded(pid), patience);
         time_->pass(2s);
         QVERIFY(kill(pid, 0) != 0); // Not even its exit status is left.
     }
@@ -174,7 +174,7 @@ private:
     std::unique_ptr<QTemporaryDir> folder_;
     std::optional<VirtualTime> time_;
     std::optional<Handover> handover_;
-    std::optional<UpdateProblem> outcome_;
+    std::optional<UpdateOutcome> outcome_;
     int socket_ = -1;
 };
 

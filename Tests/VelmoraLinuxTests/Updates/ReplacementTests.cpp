@@ -18,8 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QByteArray kOld = "#!/bin/sh\necho old\n";
-const QByteArray kNew = "#!/bin/sh\necho new\n";
+const QByteArray oldProgram = "#!/bin/sh\necho old\n";
+const QByteArray newProgram = "#!/bin/sh\necho new\n";
 
 // Runs `work` in a process of its own and kills that before its `count`th system call. False when it ended by
 // itself.
@@ -59,8 +59,8 @@ private Q_SLOTS:
     {
         folder_ = std::make_unique<QTemporaryDir>();
         QVERIFY(folder_->isValid());
-        installProgram(root(), "1", kOld);
-        writeFile(image(), kOld, true);
+        installProgram(root(), "1", oldProgram);
+        writeFile(image(), oldProgram, true);
     }
 
     void aFolderOfOursIsRecognised()
@@ -127,10 +127,10 @@ private Q_SLOTS:
     void theNewVersionTakesTheOldOnesPlace()
     {
         const Replacement replacement(detected());
-        QCOMPARE(prepare(replacement, programArchive("2", kNew), u"2"_s), UpdateProblem::none);
-        QCOMPARE(readFile(program()), kOld); // Nothing has happened yet.
-        QCOMPARE(replacement.exchange(), UpdateProblem::none);
-        QCOMPARE(readFile(program()), kNew);
+        QCOMPARE(prepare(replacement, programArchive("2", newProgram), u"2"_s), UpdateOutcome());
+        QCOMPARE(readFile(program()), oldProgram); // Nothing has happened yet.
+        QCOMPARE(replacement.exchange(), UpdateOutcome());
+        QCOMPARE(readFile(program()), newProgram);
         QCOMPARE(detected().kind, Installation::Kind::folder);
         replacement.cleanUp();
         QCOMPARE(neighbours(), clean());
@@ -139,10 +139,10 @@ private Q_SLOTS:
     void theOldVersionComesBack()
     {
         const Replacement replacement(detected());
-        QCOMPARE(prepare(replacement, programArchive("2", kNew), u"2"_s), UpdateProblem::none);
-        QCOMPARE(replacement.exchange(), UpdateProblem::none);
-        QCOMPARE(replacement.exchange(), UpdateProblem::none);
-        QCOMPARE(readFile(program()), kOld);
+        QCOMPARE(prepare(replacement, programArchive("2", newProgram), u"2"_s), UpdateOutcome());
+        QCOMPARE(replacement.exchange(), UpdateOutcome());
+        QCOMPARE(replacement.exchange(), UpdateOutcome());
+        QCOMPARE(readFile(program()), oldProgram);
         replacement.cleanUp();
         QCOMPARE(neighbours(), clean());
     }
@@ -150,9 +150,9 @@ private Q_SLOTS:
     void anImageIsReplacedAsAFile()
     {
         const Replacement replacement(imageInstallation());
-        QCOMPARE(prepare(replacement, kNew, u"2"_s), UpdateProblem::none);
-        QCOMPARE(replacement.exchange(), UpdateProblem::none);
-        QCOMPARE(readFile(image()), kNew);
+        QCOMPARE(prepare(replacement, newProgram, u"2"_s), UpdateOutcome());
+        QCOMPARE(replacement.exchange(), UpdateOutcome());
+        QCOMPARE(readFile(image()), newProgram);
         QVERIFY(QFileInfo(image()).isExecutable());
         replacement.cleanUp();
         QCOMPARE(neighbours(), clean());
@@ -163,7 +163,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("archive");
         const auto with = [](const QByteArray &information, const QByteArray &manifest, int mode) {
             return TestArchive()
-                .add({"v/bin/velmora", kNew, '0', mode, {}})
+                .add({"v/bin/velmora", newProgram, '0', mode, {}})
                 .add({"v/share/velmora/Info.json", information, '0', 0644, {}})
                 .add({"v/share/velmora/manifest", manifest, '0', 0644, {}})
                 .gzip();
@@ -171,7 +171,7 @@ private Q_SLOTS:
         const QByteArray information =
             R"({"CFBundleIdentifier": "app.velmora.Velmora", "CFBundleVersion": "2"})";
         const QByteArray manifest = "bin/velmora\nshare/velmora/Info.json\nshare/velmora/manifest\n";
-        QTest::newRow("an older version, properly signed") << programArchive("1", kNew);
+        QTest::newRow("an older version, properly signed") << programArchive("1", newProgram);
         QTest::newRow("another program")
             << with(R"({"CFBundleIdentifier": "x", "CFBundleVersion": "2"})", manifest, 0755);
         QTest::newRow("no information") << with("", manifest, 0755);
@@ -183,7 +183,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, archive);
         QCOMPARE(prepare(Replacement(detected()), archive, u"2"_s), UpdateProblem::contents);
-        QCOMPARE(readFile(program()), kOld);
+        QCOMPARE(readFile(program()), oldProgram);
         QCOMPARE(neighbours(), clean());
     }
 
@@ -191,7 +191,7 @@ private Q_SLOTS:
     {
         const Replacement replacement(detected());
         writeFile(root() + u"/bin/mine"_s, "x");
-        QCOMPARE(prepare(replacement, programArchive("2", kNew), u"2"_s), UpdateProblem::notReplaced);
+        QCOMPARE(prepare(replacement, programArchive("2", newProgram), u"2"_s), UpdateProblem::notReplaced);
         QCOMPARE(readFile(root() + u"/bin/mine"_s), "x");
         QCOMPARE(neighbours(), clean());
     }
@@ -199,26 +199,26 @@ private Q_SLOTS:
     void filesThatCameDuringTheUpdateAreKept()
     {
         const Replacement replacement(detected());
-        QCOMPARE(prepare(replacement, programArchive("2", kNew), u"2"_s), UpdateProblem::none);
+        QCOMPARE(prepare(replacement, programArchive("2", newProgram), u"2"_s), UpdateOutcome());
         writeFile(root() + u"/bin/mine"_s, "x");
-        QCOMPARE(replacement.exchange(), UpdateProblem::none);
+        QCOMPARE(replacement.exchange(), UpdateOutcome());
         replacement.cleanUp();
         QCOMPARE(readFile(hidden() + u"/other/bin/mine"_s), "x");
     }
 
     void aFullDiskLeavesTheOldVersion()
     {
-        const QByteArray large = programArchive("2", kNew + QByteArray(500'000, '#'));
+        const QByteArray large = programArchive("2", newProgram + QByteArray(500'000, '#'));
         rlimit before{};
         getrlimit(RLIMIT_FSIZE, &before);
         std::signal(SIGXFSZ, SIG_IGN);
         const rlimit small{100'000, before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &small);
-        const UpdateProblem folder = prepare(Replacement(detected()), large, u"2"_s);
+        const UpdateOutcome folder = prepare(Replacement(detected()), large, u"2"_s);
         setrlimit(RLIMIT_FSIZE, &before);
 
         QCOMPARE(folder, UpdateProblem::noSpace);
-        QCOMPARE(readFile(program()), kOld);
+        QCOMPARE(readFile(program()), oldProgram);
         QCOMPARE(neighbours(), clean());
     }
 
@@ -233,20 +233,19 @@ private Q_SLOTS:
     {
         QFETCH(bool, isImage);
         const Installation installation = isImage ? imageInstallation() : detected();
-        const QByteArray archive = isImage ? kNew : programArchive("2", kNew);
+        const QByteArray archive = isImage ? newProgram : programArchive("2", newProgram);
         const QString started = isImage ? image() : program();
         int kills = 0;
         int newVersions = 0;
         for (bool killed = true; killed; ++kills) {
             killed = killedAtSystemCall(kills, [&] {
                 const Replacement replacement(installation);
-                if (prepare(replacement, archive, u"2"_s) != UpdateProblem::none ||
-                    replacement.exchange() != UpdateProblem::none)
+                if (prepare(replacement, archive, u"2"_s) || replacement.exchange())
                     _exit(1);
                 replacement.cleanUp();
             });
-            const bool isNew = readFile(started) == kNew;
-            QVERIFY2(isNew || readFile(started) == kOld,
+            const bool isNew = readFile(started) == newProgram;
+            QVERIFY2(isNew || readFile(started) == oldProgram,
                      qPrintable(u"killed at system call %1"_s.arg(kills)));
             QVERIFY(isImage || detected().kind == Installation::Kind::folder);
             Replacement(installation).cleanUp(); // What the next start does.
@@ -289,14 +288,14 @@ private:
     void installAgain(bool isImage)
     {
         if (isImage) {
-            writeFile(image(), kOld, true);
+            writeFile(image(), oldProgram, true);
         } else {
             QDir(root()).removeRecursively();
-            installProgram(root(), "1", kOld);
+            installProgram(root(), "1", oldProgram);
         }
     }
 
-    [[nodiscard]] UpdateProblem prepare(const Replacement &replacement, const QByteArray &archive,
+    [[nodiscard]] UpdateOutcome prepare(const Replacement &replacement, const QByteArray &archive,
                                         const QString &version) const
     {
         const QString path = folder_->filePath(u"archive"_s);

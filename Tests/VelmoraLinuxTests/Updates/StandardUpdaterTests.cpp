@@ -24,9 +24,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int kPatience = 20'000; // Milliseconds; for a loaded machine.
+constexpr int patience = 20'000; // Milliseconds; for a loaded machine.
 
-const QByteArray kOld = "#!/bin/sh\necho old\n";
+const QByteArray oldProgram = "#!/bin/sh\necho old\n";
 
 // A program that records its start and takes over as a new version has to.
 QByteArray newProgram(const QByteArray &claimedVersion)
@@ -91,7 +91,7 @@ private Q_SLOTS:
     void init()
     {
         folder_ = std::make_unique<QTemporaryDir>();
-        installProgram(root(), "1", kOld);
+        installProgram(root(), "1", oldProgram);
         qputenv("VELMORA_TEST_LOG", QFile::encodeName(log()));
         bundle_.values = {{u"CFBundleVersion"_s, u"1"_s}, {u"CFBundleShortVersionString"_s, u"1.0"_s}};
         defaults_ = std::make_unique<MemoryDefaultsStore>();
@@ -154,8 +154,8 @@ private Q_SLOTS:
         defaults_->remove(u"SULastCheckTime");
         const qsizetype before = server_->requests.size();
         makeUpdater(); // Due at once: a scheduled check.
-        QTRY_COMPARE_WITH_TIMEOUT(server_->requests.size(), before + 1, kPatience);
-        QTRY_VERIFY_WITH_TIMEOUT(updater_->canCheckForUpdates(), kPatience);
+        QTRY_COMPARE_WITH_TIMEOUT(server_->requests.size(), before + 1, patience);
+        QTRY_VERIFY_WITH_TIMEOUT(updater_->canCheckForUpdates(), patience);
         QVERIFY(driver_.reports.isEmpty());
     }
 
@@ -166,7 +166,7 @@ private Q_SLOTS:
         begin();
         QVERIFY(arrivesAt(UpdateStep::found));
         driver_.answer(UpdateAnswer::accept);
-        QTRY_COMPARE_WITH_TIMEOUT(driver_.reports.last().received, release_.sentBeforeSilence, kPatience);
+        QTRY_COMPARE_WITH_TIMEOUT(driver_.reports.last().received, release_.sentBeforeSilence, patience);
         QCOMPARE(QDir(downloads()).entryList(QDir::Files).size(), 1);
         QCOMPARE(QFile(downloads()).permissions() &
                      (QFile::ReadGroup | QFile::ReadOther | QFile::ExeGroup | QFile::ExeOther),
@@ -175,7 +175,7 @@ private Q_SLOTS:
         driver_.answer(UpdateAnswer::dismiss);
 
         QVERIFY(!driver_.onShow);
-        QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), kPatience);
+        QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), patience);
         theOldVersionIsInstalled();
     }
 
@@ -183,11 +183,12 @@ private Q_SLOTS:
     {
         begin();
         install();
-        QTRY_COMPARE_WITH_TIMEOUT(quits_, 1, kPatience);
+        QTRY_COMPARE_WITH_TIMEOUT(quits_, 1, patience);
         QCOMPARE(readFile(log()), "version 2 starts as " + QFile::encodeName(program()) + " --handover=3\n");
         QCOMPARE(readFile(program()), newProgram("2"));
         updater_.reset();
-        QCOMPARE(readFile(hidden() + u"/other/bin/velmora"_s), kOld); // Kept until the new one has settled.
+        QCOMPARE(readFile(hidden() + u"/other/bin/velmora"_s),
+                 oldProgram); // Kept until the new one has settled.
         Replacement(installation()).cleanUp();
         QVERIFY(!QFile::exists(hidden()));
     }
@@ -247,7 +248,7 @@ private Q_SLOTS:
         row("an announced length beyond the limit", UpdateProblem::tooLarge,
             [](Release &r) { r.length = 1LL << 40; });
         row("an older archive, properly signed, as a newer one", UpdateProblem::contents,
-            [](Release &r) { r.archive = programArchive("1", kOld); });
+            [](Release &r) { r.archive = programArchive("1", oldProgram); });
         row("an archive that climbs out", UpdateProblem::contents, [](Release &r) {
             r.archive = TestArchive().add({"v/../../../escaped", "x", '0', 0644, {}}).gzip();
         });
@@ -276,7 +277,7 @@ private Q_SLOTS:
         driver_.answer(UpdateAnswer::accept);
         QVERIFY(arrivesAt(UpdateStep::failed));
         QTEST(driver_.reports.last().problem, "problem");
-        QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), kPatience);
+        QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), patience);
         QVERIFY(!QFile::exists(folder_->filePath(u"escaped"_s)));
         theOldVersionIsInstalled();
     }
@@ -307,7 +308,7 @@ private Q_SLOTS:
 
         QVERIFY(failed);
         QCOMPARE(driver_.reports.last().problem, UpdateProblem::noSpace);
-        QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), kPatience);
+        QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), patience);
         theOldVersionIsInstalled();
     }
 
@@ -490,18 +491,19 @@ private:
     {
         updater_.reset();
         updater_ = std::make_unique<StandardUpdater>(
-            StandardUpdater::Environment{.defaults = *defaults_,
-                                         .scheduler = scheduler_,
-                                         .clock = clock_,
-                                         .bundle = bundle_,
-                                         .driver = driver_,
-                                         .installation = installation(),
-                                         .downloadFolder = downloads(),
-                                         .network = {.ssl = (trusted ? trusted : &certificate_)->trustingIt(),
-                                                     .idleTimeout = 15s,
-                                                     .userAgent = u"Velmora/1.0"_s},
-                                         .openPage = [](const QUrl &) {},
-                                         .quit = [this] { ++quits_; }},
+            StandardUpdater::Dependencies{
+                .defaults = *defaults_,
+                .scheduler = scheduler_,
+                .clock = clock_,
+                .bundle = bundle_,
+                .driver = driver_,
+                .installation = installation(),
+                .downloadFolder = downloads(),
+                .network = {.ssl = (trusted ? trusted : &certificate_)->trustingIt(),
+                            .idleTimeout = 15s,
+                            .userAgent = u"Velmora/1.0"_s},
+                .openPage = [](const QUrl &) {},
+                .quit = [this] { ++quits_; }},
             UpdateConfiguration{feed_.value_or(feedUrl()), key_.value_or(keys_.publicBase64())});
     }
 
@@ -518,14 +520,14 @@ private:
         QVERIFY(arrivesAt(UpdateStep::found));
         driver_.answer(UpdateAnswer::accept);
         QVERIFY(arrivesAt(UpdateStep::ready));
-        QCOMPARE(readFile(program()), kOld);
+        QCOMPARE(readFile(program()), oldProgram);
         driver_.answer(UpdateAnswer::accept);
     }
 
     bool arrivesAt(UpdateStep step)
     {
         const bool arrived = QTest::qWaitFor(
-            [&] { return !driver_.reports.isEmpty() && driver_.reports.last().step == step; }, kPatience);
+            [&] { return !driver_.reports.isEmpty() && driver_.reports.last().step == step; }, patience);
         if (!arrived && !driver_.reports.isEmpty())
             qInfo("stands at step %d, problem %d", static_cast<int>(driver_.reports.last().step),
                   static_cast<int>(driver_.reports.last().problem));
@@ -534,8 +536,8 @@ private:
 
     void theOldVersionIsInstalled()
     {
-        QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(hidden()), kPatience);
-        QCOMPARE(readFile(program()), kOld);
+        QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(hidden()), patience);
+        QCOMPARE(readFile(program()), oldProgram);
         QCOMPARE(installation().kind, Installation::Kind::folder);
     }
 

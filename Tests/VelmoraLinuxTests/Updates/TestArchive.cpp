@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype kBlock = 512;
+constexpr qsizetype blockSize = 512;
 
 QByteArray octal(qint64 value, int size)
 {
@@ -44,7 +44,7 @@ std::vector<File> programFiles(const QByteArray &version, const QByteArray &prog
 TestArchive &TestArchive::add(const Entry &entry)
 {
     const qint64 size = entry.announcedSize < 0 ? entry.content.size() : entry.announcedSize;
-    QByteArray header(kBlock, '\0');
+    QByteArray header(blockSize, '\0');
     const auto put = [&header](qsizetype at, const QByteArray &field) {
         header.replace(at, field.size(), field);
     };
@@ -65,13 +65,13 @@ TestArchive &TestArchive::add(const Entry &entry)
         sum += static_cast<unsigned char>(byte);
     put(148, octal(sum, 7) + ' ');
     blocks_ += header + entry.content;
-    blocks_.resize((blocks_.size() + kBlock - 1) / kBlock * kBlock, '\0');
+    blocks_.resize((blocks_.size() + blockSize - 1) / blockSize * blockSize, '\0');
     return *this;
 }
 
 QByteArray TestArchive::tar() const
 {
-    return blocks_ + QByteArray(2 * kBlock, '\0');
+    return blocks_ + QByteArray(2 * blockSize, '\0');
 }
 
 QByteArray TestArchive::gzip() const

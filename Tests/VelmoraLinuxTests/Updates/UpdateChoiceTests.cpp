@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QDateTime kReleased({2026, 11, 20}, {12, 0}, Qt::UTC);
+const QDateTime released({2026, 11, 20}, {12, 0}, Qt::UTC);
 
 UpdateHost host()
 {
@@ -19,7 +19,7 @@ UpdateHost host()
             .archiveType = u"application/gzip"_s,
             .skippedVersion = {},
             .rolloutGroup = 0,
-            .now = kReleased};
+            .now = released};
 }
 
 AppcastItem item(const QString &version)
@@ -27,7 +27,7 @@ AppcastItem item(const QString &version)
     AppcastItem result;
     result.version = version;
     result.shownVersion = version;
-    result.published = kReleased;
+    result.published = released;
     result.enclosures = {{.url = QUrl(u"https://e.example/v.tar.gz"_s),
                           .length = 7,
                           .type = u"application/gzip"_s,
@@ -67,12 +67,12 @@ class UpdateChoiceTests : public QObject {
         row("the turn of this group has come", true, true, [](AppcastItem &i, UpdateHost &h) {
             i.phasedInterval = 3600;
             h.rolloutGroup = 2;
-            h.now = kReleased.addSecs(7200);
+            h.now = released.addSecs(7200);
         });
         row("the turn of this group comes later", true, false, [](AppcastItem &i, UpdateHost &h) {
             i.phasedInterval = 3600;
             h.rolloutGroup = 2;
-            h.now = kReleased.addSecs(7199);
+            h.now = released.addSecs(7199);
         });
         row("critical ones wait for no turn", true, true, [](AppcastItem &i, UpdateHost &h) {
             i.phasedInterval = 3600;

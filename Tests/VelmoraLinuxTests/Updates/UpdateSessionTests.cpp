@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QUrl kFeed(u"https://e.example/appcast.xml"_s);
+const QUrl feedAddress(u"https://e.example/appcast.xml"_s);
 
 class FakeDownloader final : public Downloader {
 public:
@@ -91,28 +91,28 @@ private Q_SLOTS:
         defaults_.emplace();
         opened_.clear();
         quits_ = 0;
-        session_.emplace(UpdateSession::Parts{.downloader = downloader_,
-                                              .installer = installer_,
-                                              .driver = driver_,
-                                              .defaults = *defaults_,
-                                              .host = [this] { return host(); },
-                                              .openPage = [this](const QUrl &page) { opened_ = page; },
-                                              .quit = [this] { ++quits_; },
-                                              .changed = [] {}},
-                         kFeed, u"1.0"_s);
+        session_.emplace(UpdateSession::Dependencies{.downloader = downloader_,
+                                                     .installer = installer_,
+                                                     .driver = driver_,
+                                                     .defaults = *defaults_,
+                                                     .host = [this] { return host(); },
+                                                     .openPage = [this](const QUrl &page) { opened_ = page; },
+                                                     .quit = [this] { ++quits_; },
+                                                     .changed = [] {}},
+                         feedAddress, u"1.0"_s);
     }
 
     void everyStepUpToTheNewVersion()
     {
         session_->check(CheckKind::byUser);
-        downloader_.feedDone(UpdateProblem::none, feedOf("20"));
+        downloader_.feedDone({}, feedOf("20"));
         session_->answer(UpdateAnswer::accept);
         downloader_.fileProgress(500);
-        downloader_.fileDone(UpdateProblem::none);
-        installer_.prepared(UpdateProblem::none);
+        downloader_.fileDone({});
+        installer_.prepared({});
         QCOMPARE(installer_.log.size(), 1); // Not installed before the user says so.
         session_->answer(UpdateAnswer::accept);
-        installer_.installed(UpdateProblem::none);
+        installer_.installed({});
 
         QCOMPARE(driver_.steps(), Steps({UpdateStep::checking, UpdateStep::found, UpdateStep::downloading,
                                          UpdateStep::verifying, UpdateStep::ready, UpdateStep::installing}));
@@ -148,7 +148,7 @@ private Q_SLOTS:
         session_->check(CheckKind::scheduled);
         QVERIFY(session_->isRunning());
         QVERIFY(!session_->isVisible());
-        downloader_.feedDone(UpdateProblem::none, feedOf("10"));
+        downloader_.feedDone({}, feedOf("10"));
         QVERIFY(driver_.reports.isEmpty());
         QVERIFY(!session_->isRunning());
     }
@@ -185,7 +185,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, version);
         session_->check(CheckKind::byUser);
-        downloader_.feedDone(UpdateProblem::none, feedOf(version));
+        downloader_.feedDone({}, feedOf(version));
         QCOMPARE(driver_.steps(), Steps({UpdateStep::checking, UpdateStep::upToDate}));
         session_->answer(UpdateAnswer::accept);
         QVERIFY(!driver_.onShow);
@@ -195,19 +195,19 @@ private Q_SLOTS:
     void failuresAreShownToTheUser_data()
     {
         QTest::addColumn<QByteArray>("feed");
-        QTest::addColumn<UpdateProblem>("problem");
+        QTest::addColumn<UpdateOutcome>("problem");
         QTest::addColumn<UpdateProblem>("shown");
-        QTest::newRow("no answer") << QByteArray() << UpdateProblem::unreachable
+        QTest::newRow("no answer") << QByteArray() << UpdateOutcome(UpdateProblem::unreachable)
                                    << UpdateProblem::unreachable;
-        QTest::newRow("insecure") << QByteArray() << UpdateProblem::insecure << UpdateProblem::insecure;
-        QTest::newRow("no feed") << QByteArray("<html/>") << UpdateProblem::none
-                                 << UpdateProblem::feedDamaged;
+        QTest::newRow("insecure") << QByteArray() << UpdateOutcome(UpdateProblem::insecure)
+                                  << UpdateProblem::insecure;
+        QTest::newRow("no feed") << QByteArray("<html/>") << UpdateOutcome() << UpdateProblem::feedDamaged;
     }
 
     void failuresAreShownToTheUser()
     {
         QFETCH(QByteArray, feed);
-        QFETCH(UpdateProblem, problem);
+        QFETCH(UpdateOutcome, problem);
         session_->check(CheckKind::byUser);
         downloader_.feedDone(problem, feed);
         QCOMPARE(driver_.steps(), Steps({UpdateStep::checking, UpdateStep::failed}));
@@ -268,7 +268,7 @@ private Q_SLOTS:
     void aCriticalUpdateCannotBePutOff()
     {
         session_->check(CheckKind::byUser);
-        downloader_.feedDone(UpdateProblem::none, feedOf("20", "<sparkle:criticalUpdate/>"));
+        downloader_.feedDone({}, feedOf("20", "<sparkle:criticalUpdate/>"));
         QVERIFY(!driver_.reports.last().mayBePutOff);
         session_->answer(UpdateAnswer::skip);
         QVERIFY(defaults_->keys().isEmpty());
@@ -277,7 +277,7 @@ private Q_SLOTS:
     void anInformationalUpdateOpensItsPage()
     {
         session_->check(CheckKind::byUser);
-        downloader_.feedDone(UpdateProblem::none, feedOf("20", "<sparkle:informationalUpdate/>"));
+        downloader_.feedDone({}, feedOf("20", "<sparkle:informationalUpdate/>"));
         QCOMPARE(driver_.reports.last().page, QUrl(u"https://e.example/news"_s));
         session_->answer(UpdateAnswer::accept);
         QCOMPARE(opened_, QUrl(u"https://e.example/news"_s));
@@ -297,7 +297,7 @@ private Q_SLOTS:
     {
         QFETCH(int, step);
         const auto outcome = [step](int at) {
-            return at == step ? UpdateProblem::noSpace : UpdateProblem::none;
+            return at == step ? UpdateOutcome(UpdateProblem::noSpace) : UpdateOutcome();
         };
         found(CheckKind::scheduled);
         session_->answer(UpdateAnswer::accept);
@@ -334,7 +334,7 @@ private:
     void found(CheckKind kind)
     {
         session_->check(kind);
-        downloader_.feedDone(UpdateProblem::none, feedOf("20"));
+        downloader_.feedDone({}, feedOf("20"));
     }
 
     UpdateHost host()

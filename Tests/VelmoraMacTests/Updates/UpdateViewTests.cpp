@@ -11,9 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize kSize(500, 320);      // As the window opens.
-constexpr QSize kSmallest(500, 220);  // As small as the user can make it.
-constexpr int kLongestNotes = 20'000; // Characters.
+constexpr QSize usualSize(500, 320);    // As the window opens.
+constexpr QSize smallestSize(500, 220); // As small as the user can make it.
+constexpr int longestNotes = 20'000;    // Characters.
 
 UpdateReport reportOf(UpdateStep step)
 {
@@ -65,8 +65,8 @@ private Q_SLOTS:
         Shown shown(reportOf(step), language);
         QVERIFY2(shown.view != nullptr, qPrintable(shown.stage.warnings.join(u'\n')));
         QCOMPARE(shown.stage.warnings, QStringList());
-        QCOMPARE(shown.windows.options.contentSize, kSize);
-        QCOMPARE(shown.windows.options.minimumSize, kSmallest);
+        QCOMPARE(shown.windows.options.contentSize, usualSize);
+        QCOMPARE(shown.windows.options.minimumSize, smallestSize);
 
         QStringList expected{shown.window.headline(),     shown.window.message(),
                              shown.window.notes(),        shown.window.skipTitle(),
@@ -81,7 +81,7 @@ private Q_SLOTS:
     {
         QFETCH(UpdateStep, step);
         QFETCH(AppLanguage, language);
-        for (const QSize size : {kSize, kSmallest}) {
+        for (const QSize size : {usualSize, smallestSize}) {
             Shown shown(reportOf(step), language, size);
             QVERIFY(shown.view != nullptr);
             QList<QRectF> places;
@@ -156,7 +156,7 @@ private Q_SLOTS:
     void longNotesAreScrolledWithTheKeyboard()
     {
         UpdateReport report = reportOf(UpdateStep::found);
-        report.notes = u"word "_s.repeated(kLongestNotes / 5);
+        report.notes = u"word "_s.repeated(longestNotes / 5);
         Shown shown(report);
         QVERIFY(shown.view != nullptr);
         const QRectF before = shown.placeOfText(report.notes);
@@ -169,7 +169,7 @@ private Q_SLOTS:
 private:
     struct Shown {
         explicit Shown(const UpdateReport &report, AppLanguage language = AppLanguage::english,
-                       QSize size = kSize)
+                       QSize size = usualSize)
             : stage({.language = language})
             , window(*stage.state, windows)
         {

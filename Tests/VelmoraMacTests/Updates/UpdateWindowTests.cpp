@@ -20,8 +20,8 @@ UpdateReport reportOf(UpdateStep step)
     return report;
 }
 
-constexpr auto kFront = UpdateUserDriver::Attention::front;
-constexpr auto kQuiet = UpdateUserDriver::Attention::quiet;
+constexpr auto inFront = UpdateUserDriver::Attention::front;
+constexpr auto quietly = UpdateUserDriver::Attention::quiet;
 
 } // namespace
 
@@ -74,7 +74,7 @@ private Q_SLOTS:
     void everyStepHasItsButtons()
     {
         QFETCH(UpdateStep, step);
-        window_->show(reportOf(step), kFront);
+        window_->show(reportOf(step), inFront);
         QTEST(window_->acceptTitle(), "accept");
         QTEST(window_->dismissTitle(), "dismiss");
         QTEST(window_->skipTitle(), "skip");
@@ -87,7 +87,7 @@ private Q_SLOTS:
     {
         UpdateReport report = reportOf(UpdateStep::found);
         report.mayBePutOff = false;
-        window_->show(report, kFront);
+        window_->show(report, inFront);
         QCOMPARE(window_->acceptTitle(), u"Install Update"_s);
         QCOMPARE(window_->dismissTitle() + window_->skipTitle(), QString());
         window_->skip();
@@ -97,13 +97,13 @@ private Q_SLOTS:
     void everyProblemHasItsWords()
     {
         QSet<QString> messages;
-        for (int problem = 1; problem <= static_cast<int>(UpdateProblem::badKey); ++problem) {
+        for (int problem = 0; problem <= static_cast<int>(UpdateProblem::badKey); ++problem) {
             UpdateReport report = reportOf(UpdateStep::failed);
             report.problem = static_cast<UpdateProblem>(problem);
             messages.insert(updateTexts(report, AppLanguage::english).message);
             messages.insert(updateTexts(report, AppLanguage::german).message);
         }
-        QCOMPARE(messages.size(), 2 * static_cast<int>(UpdateProblem::badKey));
+        QCOMPARE(messages.size(), 2 * (static_cast<int>(UpdateProblem::badKey) + 1));
     }
 
     void bytesAreWrittenInTheLanguage()
@@ -111,7 +111,7 @@ private Q_SLOTS:
         UpdateReport report = reportOf(UpdateStep::downloading);
         report.received = 1'500'000;
         report.total = 3'000'000;
-        window_->show(report, kFront);
+        window_->show(report, inFront);
         QCOMPARE(window_->message(), u"1.5 MB of 3.0 MB"_s);
         QCOMPARE(window_->progress(), 0.5);
         QSignalSpy changes(window_.get(), &UpdateWindow::changed);
@@ -122,21 +122,21 @@ private Q_SLOTS:
 
     void anUnknownLengthHasNoProgress()
     {
-        window_->show(reportOf(UpdateStep::downloading), kFront);
+        window_->show(reportOf(UpdateStep::downloading), inFront);
         QVERIFY(window_->progress() < 0);
     }
 
     void oneWindowShowsAllSteps()
     {
-        window_->show(reportOf(UpdateStep::checking), kFront);
-        window_->show(reportOf(UpdateStep::found), kFront);
+        window_->show(reportOf(UpdateStep::checking), inFront);
+        window_->show(reportOf(UpdateStep::found), inFront);
         QCOMPARE(windows_.log, QStringList({u"made"_s, u"centred"_s, u"to the front"_s}));
         QCOMPARE(windows_.view.source, QUrl(u"qrc:/qt/qml/VelmoraMac/Updates/UpdateView.qml"_s));
     }
 
     void whatNobodyAskedForTakesNoFocus()
     {
-        window_->show(reportOf(UpdateStep::found), kQuiet);
+        window_->show(reportOf(UpdateStep::found), quietly);
         QCOMPARE(windows_.log.last(), u"shown quietly"_s);
         window_->bringToFront();
         QCOMPARE(windows_.log.last(), u"to the front"_s);
@@ -144,7 +144,7 @@ private Q_SLOTS:
 
     void theWindowsCloseButtonIsADismissal()
     {
-        window_->show(reportOf(UpdateStep::found), kFront);
+        window_->show(reportOf(UpdateStep::found), inFront);
         windows_.options.closed();
         QCOMPARE(answers_, QList({UpdateAnswer::dismiss}));
     }
@@ -152,18 +152,18 @@ private Q_SLOTS:
     // There is nothing to answer while an update is being verified, but the window can be closed.
     void aQuestionBringsAClosedWindowBackQuietly()
     {
-        window_->show(reportOf(UpdateStep::verifying), kFront);
+        window_->show(reportOf(UpdateStep::verifying), inFront);
         windows_.visible = false;
         windows_.options.closed();
-        window_->show(reportOf(UpdateStep::installing), kFront);
+        window_->show(reportOf(UpdateStep::installing), inFront);
         QVERIFY(!windows_.visible);
-        window_->show(reportOf(UpdateStep::ready), kFront);
+        window_->show(reportOf(UpdateStep::ready), inFront);
         QCOMPARE(windows_.log.mid(3), QStringList({u"shown quietly"_s}));
     }
 
     void answersAreHandedOn()
     {
-        window_->show(reportOf(UpdateStep::found), kFront);
+        window_->show(reportOf(UpdateStep::found), inFront);
         window_->accept();
         window_->skip();
         QCOMPARE(answers_, QList({UpdateAnswer::accept, UpdateAnswer::skip}));
@@ -171,7 +171,7 @@ private Q_SLOTS:
 
     void whatHasNoButtonIsNoAnswer()
     {
-        window_->show(reportOf(UpdateStep::downloading), kFront);
+        window_->show(reportOf(UpdateStep::downloading), inFront);
         window_->accept();
         window_->skip();
         QVERIFY(answers_.isEmpty());
@@ -179,11 +179,11 @@ private Q_SLOTS:
 
     void afterADismissalNothingIsOnShow()
     {
-        window_->show(reportOf(UpdateStep::found), kFront);
+        window_->show(reportOf(UpdateStep::found), inFront);
         window_->dismiss();
         window_->accept();
         QVERIFY(answers_.isEmpty());
-        window_->show(reportOf(UpdateStep::found), kFront);
+        window_->show(reportOf(UpdateStep::found), inFront);
         QCOMPARE(windows_.log.count(u"made"_s), 2);
     }
 
