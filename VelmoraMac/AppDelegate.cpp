@@ -39,7 +39,7 @@ void AppDelegate::applicationShouldHandleReopen()
 void AppDelegate::applicationShouldTerminate()
 {
     dependencies_.telemetry.track(TelemetryEventName::appQuit, services_.appState());
-    // The end does not wait for it: what is left in the queue is sent after the next start.
+    // The process does not wait for it: what stays in the queue is sent after the next start.
     dependencies_.telemetry.scheduleFlush(200ms);
 }
 
@@ -48,8 +48,7 @@ void AppDelegate::showAppWindow(AppTab tab)
     services_.appState().setActiveAppTab(tab);
     dependencies_.telemetry.track(TelemetryEventName::settingsOpened, services_.appState());
     if (!appWindowController_)
-        appWindowController_ =
-            std::make_unique<AppWindowController>(services_.appState(), services_.updateController(),
-                                                  dependencies_.windows, dependencies_.notifications);
+        appWindowController_ = std::make_unique<AppWindowController>(
+            services_.updateController(), dependencies_.windows, dependencies_.notifications);
     appWindowController_->show();
 }

@@ -14,12 +14,12 @@
 #include <functional>
 #include <memory>
 
-// What happens when the application starts, is opened again and ends; opens its window.
+// The application's life cycle: launch, re-opening, end; and its settings window.
 //
-// Belongs to a shared pointer: those who ask it for windows hold it weakly.
+// Owned by a shared pointer: objects that ask it for windows hold a weak one.
 class AppDelegate final : public AppWindowPresenting, public std::enable_shared_from_this<AppDelegate> {
 public:
-    // What the delegate works with; all outlive it.
+    // All outlive the delegate.
     struct Dependencies {
         TelemetryService &telemetry;
         NotificationCenter &notifications;
@@ -27,7 +27,7 @@ public:
         AppWindowFactory &windows;
         MenuPresenter &menus;
         QImage statusItemImage;
-        std::function<void()> terminate; // Ends the application in its own time.
+        std::function<void()> terminate; // Ends the application when the event loop gets to it.
     };
 
     // Makes the services: state, clipboard monitor, updates.
@@ -37,10 +37,12 @@ public:
     void applicationDidFinishLaunching();
     // The user started the running application again.
     void applicationShouldHandleReopen();
-    // The last moment: the process ends when this returns.
+    // The process ends after this call.
     void applicationShouldTerminate();
 
     void showAppWindow(AppTab tab) override;
+
+    [[nodiscard]] AppState &appState() { return services_.appState(); }
 
 private:
     Platform platform_;

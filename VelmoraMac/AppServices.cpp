@@ -8,7 +8,7 @@ AppServices::AppServices(const Platform &platform, TelemetrySink &telemetry, Pan
                  .bundle = platform.bundle,
                  .clock = platform.clock,
                  .telemetry = telemetry})
-    , notices_(appState_, panels, platform.screens, platform.scheduler)
+    , notices_(panels, platform.screens, platform.scheduler)
     , clipboardMonitor_(platform.pasteboard, platform.scheduler, notices_)
     , updateWindow_(appState_, windows)
     , updateController_(platform.bundle, [this, &platform](const UpdateConfiguration &configuration) {

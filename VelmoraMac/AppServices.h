@@ -9,7 +9,7 @@
 #include <VelmoraMac/Updates/UpdateWindow.h>
 #include <VelmoraPlatform/Platform.h>
 
-// The objects that live as long as the process, made in this order.
+// The objects that exist as long as the process, made in this order.
 class AppServices {
 public:
     AppServices(const Platform &platform, TelemetrySink &telemetry, PanelFactory &panels,

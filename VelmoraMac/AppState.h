@@ -58,7 +58,7 @@ public:                                                                         
 private:                                                                                                     \
     Type name##_ = StoredValue::read<Type>(dependencies_.defaults, u"" #name, initial);
 
-// A counter. QML knows it as a double, which is exact up to 2^53.
+// A counter. In QML it is a double, which is exact up to 2^53.
 #define VELMORA_COUNTER(name)                                                                                \
     Q_PROPERTY(double name READ name NOTIFY name##Changed)                                                   \
 public:                                                                                                      \
@@ -83,7 +83,7 @@ class AppState : public QObject {
     QML_UNCREATABLE("There is one state, made when the application starts")
 
 public:
-    // What the state is kept in and acts through; all outlive it.
+    // All outlive the state.
     struct Dependencies {
         DefaultsStore &defaults;
         Pasteboard &pasteboard;
@@ -114,7 +114,7 @@ private:
     // The latest cleaning since the start; all its texts are empty while there was none (see hasLastResult).
     VELMORA_OBSERVABLE(CleaningResult, lastResult, {})
     VELMORA_OBSERVABLE(QDateTime, lastCleanedAt, {}) // Invalid while there was no cleaning.
-    VELMORA_OBSERVABLE(QString, lastError, {})       // For the user's eyes; empty when all is well.
+    VELMORA_OBSERVABLE(QString, lastError, {})       // A sentence for the user; empty without a problem.
     VELMORA_OBSERVABLE(QList<CleanHistoryEntry>, historyEntries, {}) // Newest first, at most 30.
 
 public:
@@ -138,8 +138,7 @@ public:
     // Counts a cleaning that was written to the clipboard, enters it into the history and reports it.
     void record(const CleaningResult &result);
 
-    // Both put a text back on the clipboard, where it counts as a new copy: a restored original is cleaned
-    // again.
+    // Both write a text to the clipboard, where it counts as a new copy: a restored original is cleaned again.
     Q_INVOKABLE void copyCleanedLink(const CleanHistoryEntry &entry);
     Q_INVOKABLE void restoreOriginalLink(const CleanHistoryEntry &entry);
     // Exempts the host of the first link of the last result from cleaning.

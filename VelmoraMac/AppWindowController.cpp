@@ -2,10 +2,9 @@
 
 using namespace Qt::StringLiterals;
 
-AppWindowController::AppWindowController(AppState &appState, UpdateController &updateController,
-                                         AppWindowFactory &windows, NotificationCenter &notifications)
-    : appState_(appState)
-    , updateController_(updateController)
+AppWindowController::AppWindowController(UpdateController &updateController, AppWindowFactory &windows,
+                                         NotificationCenter &notifications)
+    : updateController_(updateController)
     , windows_(windows)
     , notifications_(notifications)
 {
@@ -23,9 +22,9 @@ void AppWindowController::show()
 std::unique_ptr<AppWindow> AppWindowController::makeWindow()
 {
     const View view{QUrl(u"qrc:/qt/qml/VelmoraMac/SettingsView.qml"_s),
-                    {{u"appState"_s, QVariant::fromValue(&appState_)},
-                     {u"updateController"_s, QVariant::fromValue(&updateController_)},
+                    {{u"updateController"_s, QVariant::fromValue(&updateController_)},
                      {u"notifications"_s, QVariant::fromValue(&notifications_)}},
                     {}};
-    return windows_.makeWindow(view, {u"Velmora"_s, QSize(660, 640), QSize(640, 610)});
+    return windows_.makeWindow(
+        view, {.title = u"Velmora"_s, .contentSize = QSize(660, 640), .minimumSize = QSize(640, 610)});
 }

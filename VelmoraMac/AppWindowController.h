@@ -1,6 +1,5 @@
 #pragma once
 
-#include "AppState.h"
 #include "UpdateController.h"
 
 #include <VelmoraMac/Shell/AppWindow.h>
@@ -8,19 +7,18 @@
 
 #include <memory>
 
-// The settings window: made when it is first wanted, then kept with its place and state.
+// The settings window: made on the first show, then kept with its position and state.
 class AppWindowController {
 public:
-    AppWindowController(AppState &appState, UpdateController &updateController, AppWindowFactory &windows,
+    AppWindowController(UpdateController &updateController, AppWindowFactory &windows,
                         NotificationCenter &notifications);
 
-    // Brings the window to the front, above the application in use.
+    // Brings the window to the front, above other applications.
     void show();
 
 private:
     [[nodiscard]] std::unique_ptr<AppWindow> makeWindow();
 
-    AppState &appState_;
     UpdateController &updateController_;
     AppWindowFactory &windows_;
     NotificationCenter &notifications_;

@@ -9,29 +9,30 @@ namespace {
 constexpr int rightMargin = 18;
 constexpr int topMargin = 10;
 constexpr int cornerRadius = 24;
+
+View toastView(const CleaningResult &result, bool offersCleaning)
+{
+    return {QUrl(u"qrc:/qt/qml/VelmoraMac/Toast/CleanToastView.qml"_s),
+            {{u"result"_s, QVariant::fromValue(result)}, {u"offersCleaning"_s, offersCleaning}},
+            {}};
+}
+
+PanelOptions toastOptions(QSize size, bool acceptsMouse)
+{
+    return {.size = size, .acceptsMouse = acceptsMouse, .cornerRadius = cornerRadius, .cancelled = {}};
+}
 } // namespace
 
-CleanToastPresenter::CleanToastPresenter(AppState &appState, PanelFactory &panels, const Screens &screens,
-                                         Scheduler &scheduler)
-    : appState_(appState)
-    , panels_(panels)
+CleanToastPresenter::CleanToastPresenter(PanelFactory &panels, const Screens &screens, Scheduler &scheduler)
+    : panels_(panels)
     , screens_(screens)
     , expiry_(scheduler)
 {
 }
 
-View CleanToastPresenter::toastView(const CleaningResult &result, bool offersCleaning) const
-{
-    return {QUrl(u"qrc:/qt/qml/VelmoraMac/Toast/CleanToastView.qml"_s),
-            {{u"appState"_s, QVariant::fromValue(&appState_)},
-             {u"result"_s, QVariant::fromValue(result)},
-             {u"offersCleaning"_s, offersCleaning}},
-            {}};
-}
-
 void CleanToastPresenter::show(const CleaningResult &result)
 {
-    present(toastView(result, false), {QSize(342, 86), false, cornerRadius, {}}, 2250ms);
+    present(toastView(result, false), toastOptions(QSize(342, 86), false), 2250ms);
 }
 
 void CleanToastPresenter::showTrackerWarning(const CleaningResult &result, std::function<void()> cleanAction)
@@ -41,7 +42,7 @@ void CleanToastPresenter::showTrackerWarning(const CleaningResult &result, std::
                                  action();
                                  dismiss();
                              }});
-    present(view, {QSize(342, 118), true, cornerRadius, {}}, 6s);
+    present(view, toastOptions(QSize(342, 118), true), 6s);
 }
 
 void CleanToastPresenter::present(const View &content, const PanelOptions &options,

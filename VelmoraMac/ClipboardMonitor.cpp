@@ -50,26 +50,26 @@ void ClipboardMonitor::start(AppState &state)
     isRunning_ = true;
     Q_EMIT isRunningChanged();
     if (pasteboard_.notifiesChanges())
-        pasteboard_.setChangeHandler([this] { waitForNextGridPoint(); });
+        pasteboard_.setChangeHandler([this] { waitForNextTick(); });
     else
-        waitForNextGridPoint();
+        waitForNextTick();
 }
 
-void ClipboardMonitor::waitForNextGridPoint()
+void ClipboardMonitor::waitForNextTick()
 {
     if (isWaiting_)
         return;
     isWaiting_ = true;
     const std::chrono::nanoseconds step = interval;
     const std::chrono::nanoseconds sinceLast = (scheduler_.now() - gridStart_) % step;
-    steps_.after(step - sinceLast, [this] { reachGridPoint(); });
+    steps_.after(step - sinceLast, [this] { tick(); });
 }
 
-void ClipboardMonitor::reachGridPoint()
+void ClipboardMonitor::tick()
 {
     isWaiting_ = false;
     if (!pasteboard_.notifiesChanges())
-        waitForNextGridPoint();
+        waitForNextTick();
     if (state_)
         inspectClipboard();
 }
@@ -83,7 +83,7 @@ void ClipboardMonitor::inspectClipboard()
     if (!state_->autoCleanEnabled())
         return;
     pasteboard_.readString(steps_.guarded([this, count](const std::optional<std::string> &text) {
-        // A newer copy, or our own text, may have arrived since. The newer copy has a grid point of its own.
+        // A newer copy, or our own text, may have arrived since. The newer copy has a tick of its own.
         const bool isCurrent = state_ && pasteboard_.changeCount() == count;
         if (isCurrent && state_->autoCleanEnabled() && text && !text->empty())
             inspect(*text);

@@ -21,12 +21,11 @@ namespace velmora {
 class LinkCleaner;
 }
 
-// Notices every copy and has its links cleaned. Main thread only.
+// Finds every copy and has its links cleaned. Main thread only.
 //
-// It looks at the clipboard's change count on a grid of 0.22 s that begins with start(). A pasteboard that
-// reports its changes is looked at only at the grid point after a change; one that does not is looked at on
-// all of them. A change is used up when it is seen: what is copied while cleaning is paused is never cleaned
-// later.
+// It reads the clipboard's change count on a grid of 0.22 s that begins with start(). A pasteboard that reports
+// its changes is read only at the tick after a change; one that does not is polled at every tick. Each change
+// is handled once: what is copied while cleaning is paused is never cleaned later.
 class ClipboardMonitor : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -36,13 +35,13 @@ class ClipboardMonitor : public QObject {
 public:
     static constexpr std::chrono::milliseconds interval{220};
 
-    // The pasteboard, the scheduler and the notices outlive the monitor.
+    // All arguments outlive the monitor.
     ClipboardMonitor(Pasteboard &pasteboard, Scheduler &scheduler, CleaningNotices &notices,
                      QObject *parent = nullptr);
     ~ClipboardMonitor() override;
 
-    // Begins to watch, for good; a second call does nothing. What is on the clipboard now is never cleaned.
-    // Nothing happens any more once `state` is gone.
+    // Begins to watch; there is no end, and a second call does nothing. What is on the clipboard now is never
+    // cleaned. The monitor stops working when `state` is destroyed.
     void start(AppState &state);
 
     [[nodiscard]] bool isRunning() const { return isRunning_; }
@@ -51,8 +50,8 @@ Q_SIGNALS:
     void isRunningChanged();
 
 private:
-    void waitForNextGridPoint();
-    void reachGridPoint();
+    void waitForNextTick();
+    void tick();
     void inspectClipboard();
     void inspect(const std::string &text);
     void writeCleanedResult(const CleaningResult &result);

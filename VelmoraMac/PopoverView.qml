@@ -10,12 +10,10 @@ import QtQuick.Layouts
 Item {
     id: root
 
-    required property AppState appState
     required property PopoverAnimationState popoverAnimation
 
     signal openHistory
 
-    readonly property velmoraThemePalette themePalette: Surroundings.palette(appState.appTheme, Surroundings.colors)
     property bool glow: false
     property bool shellVisible: false
     property bool headerVisible: false
@@ -23,10 +21,6 @@ Item {
     property bool statsVisible: false
     property bool lastVisible: false
     property bool closing: false
-
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
 
     function resetVisibility() {
         shellVisible = headerVisible = heroVisible = statsVisible = lastVisible = false;
@@ -59,7 +53,7 @@ Item {
     }
 
     implicitWidth: 306
-    implicitHeight: appState.hasLastResult ? 536 : 386
+    implicitHeight: App.state.hasLastResult ? 536 : 386
 
     Component.onCompleted: playOpeningAnimation()
     Component.onDestruction: steps.startOver()
@@ -78,7 +72,7 @@ Item {
         }
     }
     Connections {
-        target: root.appState
+        target: App.state
 
         function onLastCleanedAtChanged() {
             root.glow = true;
@@ -92,7 +86,6 @@ Item {
 
         objectName: "panel"
         anchors.fill: parent
-        themePalette: root.themePalette
         expanded: root.shellVisible
         response: root.closing ? 0.24 : 0.28
         dampingFraction: root.closing ? 0.86 : 0.84
@@ -117,8 +110,6 @@ Item {
                 id: header
 
                 anchors.fill: parent
-                appState: root.appState
-                themePalette: root.themePalette
             }
         }
         StaggerRevealModifier {
@@ -130,8 +121,6 @@ Item {
             PopoverHero {
                 objectName: "hero"
                 anchors.fill: parent
-                appState: root.appState
-                themePalette: root.themePalette
                 glow: root.glow
             }
         }
@@ -145,8 +134,6 @@ Item {
                 id: stats
 
                 anchors.fill: parent
-                appState: root.appState
-                themePalette: root.themePalette
             }
         }
         StaggerRevealModifier {
@@ -159,8 +146,6 @@ Item {
                 id: card
 
                 anchors.fill: parent
-                appState: root.appState
-                themePalette: root.themePalette
                 onOpenHistory: root.openHistory()
             }
         }

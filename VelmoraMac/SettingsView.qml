@@ -1,20 +1,15 @@
 import QtQuick
 import VelmoraMac
 
-// The content of the settings window: three tabs, of which `appState.activeAppTab` is shown.
+// The content of the settings window: three tabs, of which `App.state.activeAppTab` is shown.
 //
-// The host shows it in an ordinary window of 660 by 640 points, at least 640 by 610. "Show Menu Bar Icon" posts
-// "VelmoraRestoreMenuBarIcon" to `notifications`; everything else goes to `appState` and `updateController`.
+// The host shows it in an ordinary window of 660 by 640 points, at least 640 by 610. "Show Menu Bar Icon" posts to
+// `notifications`; everything else goes to the state and to `updateController`.
 Rectangle {
     id: root
 
-    required property AppState appState
     required property UpdateController updateController
     required property NotificationCenter notifications
-
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
 
     implicitWidth: 660
     implicitHeight: 640
@@ -28,11 +23,12 @@ Rectangle {
         z: 1
         height: 28
         turnsPages: true
-        label: root.t("Settings", "Einstellungen")
-        titles: [root.t("General", "Allgemein"), root.t("Cleaning", "Bereinigung"), root.t("History", "Verlauf")]
+        label: App.t("Settings", "Einstellungen")
+        values: [Velmora.AppTab.general, Velmora.AppTab.cleaning, Velmora.AppTab.history]
+        titles: [App.t("General", "Allgemein"), App.t("Cleaning", "Bereinigung"), App.t("History", "Verlauf")]
         symbols: ["switch.2", "wand.and.sparkles", "clock.arrow.circlepath"]
-        currentIndex: root.appState.activeAppTab
-        onChosen: index => root.appState.activeAppTab = index
+        current: App.state.activeAppTab
+        onChosen: tab => App.state.activeAppTab = tab
     }
     Rectangle {
         anchors {
@@ -50,15 +46,14 @@ Rectangle {
                 margins: 1
                 topMargin: 18
             }
-            sourceComponent: root.appState.activeAppTab === Velmora.AppTab.general ? general
-                : (root.appState.activeAppTab === Velmora.AppTab.cleaning ? cleaning : history)
+            sourceComponent: App.state.activeAppTab === Velmora.AppTab.general ? general
+                : (App.state.activeAppTab === Velmora.AppTab.cleaning ? cleaning : history)
         }
     }
     Component {
         id: general
 
         GeneralSettings {
-            appState: root.appState
             updateController: root.updateController
             notifications: root.notifications
         }
@@ -66,15 +61,11 @@ Rectangle {
     Component {
         id: cleaning
 
-        CleaningSettings {
-            appState: root.appState
-        }
+        CleaningSettings { }
     }
     Component {
         id: history
 
-        HistorySettings {
-            appState: root.appState
-        }
+        HistorySettings { }
     }
 }

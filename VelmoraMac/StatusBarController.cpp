@@ -78,7 +78,7 @@ void StatusBarController::observeState()
     observe(&AppState::lastResultChanged, &StatusBarController::lastResultChanged);
     observe(&AppState::totalCleanedChanged, &StatusBarController::updateStatusItemTooltip);
     observe(&AppState::languageChanged, &StatusBarController::updateStatusItemTooltip);
-    // The desktop may show the exported menu at any time, so it follows what it says.
+    // The desktop may show the exported menu at any time: it is kept up to date.
     connect(&appState_, &AppState::autoCleanEnabledChanged, this, &StatusBarController::updateMenu);
     connect(&appState_, &AppState::launchAtLoginEnabledChanged, this, &StatusBarController::updateMenu);
     connect(&appState_, &AppState::languageChanged, this, &StatusBarController::updateMenu);
@@ -168,14 +168,15 @@ void StatusBarController::openPopover()
 std::shared_ptr<Panel> StatusBarController::makePopoverPanel()
 {
     const View view{QUrl(u"qrc:/qt/qml/VelmoraMac/PopoverView.qml"_s),
-                    {{u"appState"_s, QVariant::fromValue(&appState_)},
-                     {u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimationState_)}},
+                    {{u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimationState_)}},
                     {{"openHistory", [this] {
                           closePopover();
                           showAppWindow(AppTab::history);
                       }}}};
-    return dependencies_.panels.makePanel(
-        view, {popoverSize(), true, popoverCornerRadius, [this] { closePopover(); }});
+    return dependencies_.panels.makePanel(view, {.size = popoverSize(),
+                                                 .acceptsMouse = true,
+                                                 .cornerRadius = popoverCornerRadius,
+                                                 .cancelled = [this] { closePopover(); }});
 }
 
 QSize StatusBarController::popoverSize() const

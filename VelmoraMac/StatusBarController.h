@@ -20,13 +20,13 @@
 #include <chrono>
 #include <memory>
 
-// Owns the status item, the popover that a click on it opens, and its menu; keeps icon and tooltip in step
-// with the state. Lives from the end of launch to the end of the process.
+// Controls the status item, the popover that a click on it opens, and its menu; icon and tooltip follow the
+// state. Exists from the end of launch to the end of the process.
 class StatusBarController : public QObject {
     Q_OBJECT
 
 public:
-    // What the controller works with; all outlive it.
+    // All outlive the controller.
     struct Dependencies {
         StatusItem &statusItem;
         QImage templateImage;
@@ -84,7 +84,7 @@ private:
     std::shared_ptr<Panel> popoverPanel_;
     bool statusItemClicksBlocked_ = false;
     bool isClosingPopover_ = false;
-    DelayedSteps clickBlock_; // Only the latest block lifts itself.
+    DelayedSteps clickBlock_; // Only the latest block ends itself.
     DelayedSteps closing_;
     DelayedSteps pulse_;
 };

@@ -30,14 +30,14 @@ struct SystemColors {
 public:
     QColor blue, pink, orange, yellow, mint, cyan, red;
     QColor label;
-    QColor secondaryLabel; // Strong enough for small print on every surface below.
+    QColor secondaryLabel; // Legible as small print on every surface below.
     QColor separator;
     QColor windowBackground;
     QColor textBackground;
     QColor paneFill;                   // The ground of a tab.
     QColor cardFill, cardStroke;       // Sections of a form.
-    QColor controlFill, controlRaised; // A track or button, and what is raised above it.
-    QColor material;                   // Stands for translucent glass where the desktop blurs nothing.
+    QColor controlFill, controlRaised; // A track or button, and the part raised above it.
+    QColor material;                   // In place of translucent glass: the desktop does not blur.
 
     [[nodiscard]] static SystemColors of(bool darkAppearance);
     bool operator==(const SystemColors &) const = default;

@@ -18,12 +18,11 @@
 
 // Keeps usage events in a small stored queue and sends them in batches. Main thread only.
 //
-// Nothing is recorded while the user's setting is off or there is no endpoint. Failures are silent and
-// retried; events leave the queue only when a request that carried them succeeded, so a killed process loses
-// none.
+// Nothing is recorded while the user's setting is off or there is no endpoint. Failures are retried without a
+// message; events leave the queue only when a request with them succeeded, so a killed process loses none.
 class TelemetryService final : public TelemetrySink {
 public:
-    // What the service is kept in and acts through; all outlive it. `endpoint` is fixed for the process.
+    // All outlive the service. `endpoint` stays the same for the process.
     struct Dependencies {
         DefaultsStore &defaults;
         HttpsClient &https;
@@ -55,6 +54,6 @@ private:
     Dependencies dependencies_;
     QList<TelemetryEnvelope> queue_; // Oldest first.
     DelayedSteps flushTimer_;
-    DelayedSteps replies_; // Never starts over: only the end of the service silences a reply.
+    DelayedSteps replies_; // Never starts over: only the end of the service cancels a reply.
     bool isFlushing_ = false;
 };

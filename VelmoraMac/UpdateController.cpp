@@ -6,12 +6,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Nothing unless `value` is text that parses as an address. A relative one parses: what can be fetched from
-// it is the updater's affair.
+// Nothing unless `value` is text that parses as an address. A relative one parses: the updater decides
+// what can be fetched.
 std::optional<QUrl> feedAddress(const QJsonValue &value)
 {
     const QString text = value.toString();
-    // QUrl forgives blanks around an address; they make no address here.
+    // QUrl accepts white space around an address; here that is no address.
     if (!value.isString() || text.isEmpty() || text.front().isSpace() || text.back().isSpace())
         return std::nullopt;
     const QUrl url(text, QUrl::TolerantMode);

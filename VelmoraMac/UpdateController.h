@@ -9,8 +9,8 @@
 
 #include <memory>
 
-// The application's access to software updates: an updater where the bundle carries a complete update
-// configuration, and nothing elsewhere. Whoever offers a check to the user asks here first.
+// The application's access to software updates: an updater where the bundle has a complete update
+// configuration, otherwise none. Every view that offers a check asks here.
 class UpdateController : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -24,7 +24,7 @@ public:
     // Reads the configuration once; with a complete one makes the updater, which starts at once.
     UpdateController(const BundleInfo &bundle, const MakeUpdater &makeUpdater, QObject *parent = nullptr);
 
-    // Nothing without a complete update configuration, for as long as the process lives.
+    // Null without a complete update configuration, until the end of the process.
     [[nodiscard]] Updater *updaterController() const { return updaterController_.get(); }
 
     [[nodiscard]] bool hasUpdater() const { return updaterController_ != nullptr; }
@@ -33,7 +33,7 @@ public:
     [[nodiscard]] bool canCheckForUpdates() const;
     // A check on the user's behalf; does nothing without an updater.
     Q_INVOKABLE void checkForUpdates();
-    // What the settings say about updates.
+    // The sentence about updates in the settings.
     Q_INVOKABLE QString statusText(Velmora::AppLanguage language) const;
 
 Q_SIGNALS:

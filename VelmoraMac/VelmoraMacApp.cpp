@@ -11,9 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int statusImagePixels = 68;
-constexpr std::chrono::seconds startingTime(2); // What starting needed is not needed afterwards.
+constexpr std::chrono::seconds startingTime(2); // Memory that only the start needed is released then.
 
-// What must hold before the first of the lasting objects is made.
+// What has to be set before the first object is made.
 const Platform &prepared(const Platform &platform)
 {
     QGuiApplication::setQuitOnLastWindowClosed(false);
@@ -50,6 +50,7 @@ VelmoraMacApp::VelmoraMacApp(const Platform &platform)
               .statusItemImage = AppAssets::image(u"velmora-menubar-template"_s, statusImagePixels).image,
               .terminate = [] { QCoreApplication::quit(); }}))
 {
+    views_.setAppState(delegate_->appState());
 }
 
 VelmoraMacApp::~VelmoraMacApp()
@@ -66,6 +67,6 @@ int VelmoraMacApp::run()
                      [this] { delegate_->applicationShouldTerminate(); });
     platform_.scheduler.after(startingTime, platform_.releaseMemory);
     const int status = QCoreApplication::exec();
-    views_.closeAll(); // They look at the state, which goes before them.
+    views_.closeAll(); // They use the state, which is destroyed first.
     return status;
 }

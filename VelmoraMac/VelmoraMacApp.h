@@ -10,9 +10,9 @@
 
 #include <memory>
 
-// The application on a desktop: makes what lives as long as the process and runs until the user quits.
+// The application on a desktop: makes the objects that exist as long as the process and runs until the user quits.
 //
-// It has no window of its own at the start and goes on without any.
+// It starts without a window and does not end when the last one is closed.
 class VelmoraMacApp {
 public:
     // A QGuiApplication exists; `platform` outlives this object.

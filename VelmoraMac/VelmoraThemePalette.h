@@ -8,8 +8,7 @@
 #include <QList>
 #include <qqmlintegration.h>
 
-// The colours of one theme. A plain value; make another one when the theme or the desktop's appearance
-// changes.
+// The colours of one theme. A plain value; make another one when the theme or the desktop's appearance changes.
 //
 // A new theme is an enumerator of VelmoraTheme, and its name and palette in VelmoraThemePalette.cpp.
 struct VelmoraThemePalette {

@@ -34,7 +34,6 @@ public:
     // Removing a missing key is no error.
     virtual void remove(QStringView key) = 0;
 
-    // Called on the main thread for every problem; one that arose while the store was opened is reported at
-    // once.
+    // Called on the main thread for every problem; one that arose while the store was opened is reported at once.
     virtual void setProblemHandler(ProblemHandler handler) = 0;
 };

@@ -4,8 +4,7 @@
 
 #include <functional>
 
-// Observes presses of the left and right mouse button anywhere on the desktop; the pressed window gets them
-// as usual.
+// Observes presses of the left and right mouse button anywhere on the desktop; the pressed window gets them as usual.
 class PointerMonitor {
 public:
     struct Press {

@@ -13,8 +13,7 @@ namespace ItemTree {
 // The texts that can be seen in `root`, from first to last child.
 [[nodiscard]] QStringList texts(const QQuickItem &root);
 
-// The first item in `root` with this accessible name that can be pressed, chosen or edited; null when there
-// is none.
+// The first item in `root` with this accessible name that can be pressed, chosen or edited; null when there is none.
 [[nodiscard]] QQuickItem *control(QQuickItem &root, const QString &name);
 
 // The middle of `item` in its window.

@@ -1,5 +1,7 @@
 #include "Stage.h"
 
+#include <VelmoraMac/QuickViews/ViewEnvironment.h>
+
 #include <QFont>
 #include <QGuiApplication>
 #include <QQmlError>
@@ -45,6 +47,7 @@ Stage::Stage(const StageSetup &setup)
         for (const QQmlError &error : errors)
             warnings.append(error.toString());
     });
+    ViewEnvironment::provide(engine_, *state);
     clock().setVirtual();
     surroundings().setDarkAppearance(setup.darkAppearance);
     surroundings().setReducedMotion(setup.reducedMotion);
@@ -69,18 +72,14 @@ QQuickItem *Stage::show(const QString &name, const QVariantMap &properties, QSiz
 
 QQuickItem *Stage::showPopover()
 {
-    return show(u"PopoverView"_s,
-                {{u"appState"_s, QVariant::fromValue(state.get())},
-                 {u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimation)}},
+    return show(u"PopoverView"_s, {{u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimation)}},
                 {306, state->hasLastResult() ? 536 : 386});
 }
 
 QQuickItem *Stage::showToast(const CleaningResult &result, bool offersCleaning)
 {
     return show(u"Toast/CleanToastView"_s,
-                {{u"appState"_s, QVariant::fromValue(state.get())},
-                 {u"result"_s, QVariant::fromValue(result)},
-                 {u"offersCleaning"_s, offersCleaning}},
+                {{u"result"_s, QVariant::fromValue(result)}, {u"offersCleaning"_s, offersCleaning}},
                 {342, offersCleaning ? 118 : 86});
 }
 
@@ -88,17 +87,14 @@ QQuickItem *Stage::showSettings(AppTab tab, QSize size)
 {
     state->setActiveAppTab(tab);
     return show(u"SettingsView"_s,
-                {{u"appState"_s, QVariant::fromValue(state.get())},
-                 {u"updateController"_s, QVariant::fromValue(updates.get())},
+                {{u"updateController"_s, QVariant::fromValue(updates.get())},
                  {u"notifications"_s, QVariant::fromValue(&notifications)}},
                 size);
 }
 
 QQuickItem *Stage::showDetails(const CleanHistoryEntry &entry)
 {
-    return show(u"History/HistoryEntryDetailView"_s,
-                {{u"appState"_s, QVariant::fromValue(state.get())}, {u"entry"_s, QVariant::fromValue(entry)}},
-                {720, 560});
+    return show(u"History/HistoryEntryDetailView"_s, {{u"entry"_s, QVariant::fromValue(entry)}}, {720, 560});
 }
 
 QQuickItem *Stage::showUpdate(const UpdateReport &report, QSize size)

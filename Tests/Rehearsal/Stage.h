@@ -43,9 +43,8 @@ public:
     // Runs the animations in real time, for interactive use.
     void setRealTime() { clock().setReal(); }
 
-    // Shows `VelmoraMac/name.qml` in a window of its own of `size`; its animations are at their start.
-    // Objects among `properties` outlive the window. Null when the view cannot be loaded; the reason is in
-    // the warnings.
+    // Shows `VelmoraMac/name.qml` in a window of its own of `size`; its animations are at their start. Objects among
+    // `properties` outlive the window. Null when the view cannot be loaded; the reason is in the warnings.
     QQuickItem *show(const QString &name, const QVariantMap &properties, QSize size);
     QQuickItem *showPopover();
     QQuickItem *showToast(const CleaningResult &result, bool offersCleaning);

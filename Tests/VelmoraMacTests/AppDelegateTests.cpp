@@ -98,10 +98,7 @@ struct Application {
         return names;
     }
 
-    QString shownTab() const
-    {
-        return rawValue(windows.view.properties.value(u"appState"_s).value<AppState *>()->activeAppTab());
-    }
+    QString shownTab() const { return rawValue(delegate->appState().activeAppTab()); }
 };
 
 } // namespace

@@ -16,11 +16,10 @@ private Q_SLOTS:
     void theWindowIsMadeOnFirstShowAndCentredOnce()
     {
         FakeServices fakes;
-        AppState state(fakes.dependencies());
         UpdateController updates(fakes.bundle, {});
         FakeAppWindows windows;
         NotificationCenter notifications;
-        AppWindowController controller(state, updates, windows, notifications);
+        AppWindowController controller(updates, windows, notifications);
         QVERIFY(windows.log.isEmpty());
 
         controller.show();
@@ -28,7 +27,6 @@ private Q_SLOTS:
         QCOMPARE(windows.options.title, u"Velmora"_s);
         QCOMPARE(windows.options.contentSize, QSize(660, 640));
         QCOMPARE(windows.options.minimumSize, QSize(640, 610));
-        QCOMPARE(windows.view.properties.value(u"appState"_s).value<AppState *>(), &state);
 
         windows.visible = false; // The close button.
         controller.show();

@@ -27,12 +27,10 @@ private Q_SLOTS:
     void init()
     {
         toasts.reset(); // Before what they were made from.
-        appState.reset();
         fakes = std::make_unique<FakeServices>();
-        appState = std::make_unique<AppState>(fakes->dependencies());
         panels = std::make_unique<FakePanels>();
         screens = {};
-        toasts = std::make_unique<CleanToastPresenter>(*appState, *panels, screens, fakes->time);
+        toasts = std::make_unique<CleanToastPresenter>(*panels, screens, fakes->time);
     }
 
     void theResultNoticeStandsAtTheTopRightAndLetsClicksThrough()
@@ -144,7 +142,6 @@ private:
 
     FakeScreens screens;
     std::unique_ptr<FakeServices> fakes;
-    std::unique_ptr<AppState> appState;
     std::unique_ptr<FakePanels> panels;
     std::unique_ptr<CleanToastPresenter> toasts;
 };

@@ -137,8 +137,8 @@ private Q_SLOTS:
             stage.picture().scaled(expected.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         picture.setDevicePixelRatio(1);
         QImage difference;
-        // Edges are a little sharper at a larger scale; what stands elsewhere differs by far more, and in
-        // more places.
+        // Edges are a little sharper at a larger scale; what stands elsewhere differs by far more,
+        // and in more places.
         const int count = differing(picture.convertToFormat(QImage::Format_RGB32), expected, difference, 48);
         QVERIFY2(count < 0.01 * expected.width() * expected.height(), qPrintable(QString::number(count)));
     }

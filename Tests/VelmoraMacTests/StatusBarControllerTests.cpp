@@ -253,8 +253,8 @@ private Q_SLOTS:
         shell.click();
 
         QCOMPARE(shell.panels.visible().size(), size_t{1});
-        // Centred under the icon, whose middle is 912, and 8 points inside the work area, which begins at 28.
-        // from 28.
+        // Centred under the icon, whose middle is 912, and 8 points inside the work area, which
+        // begins at 28. from 28.
         QCOMPARE(shell.popover().frame, QRect(912 - 306 / 2, 36, 306, 386));
         QVERIFY(shell.popover().options.acceptsMouse);
         QCOMPARE(shell.fakes.telemetry.names(), QStringList(u"menu_popover_opened"_s));

@@ -123,6 +123,18 @@ private Q_SLOTS:
         QCOMPARE(light.infoAccent, QColor(85, 190, 240));
     }
 
+    void themesAreOfferedInTheirOrderAndNamedInTheChosenLanguage()
+    {
+        QStringList names;
+        for (const int value : Surroundings::themes()) {
+            const auto theme = static_cast<VelmoraTheme>(value);
+            names.append(Surroundings::themeName(theme, AppLanguage::english) + u' ' +
+                         Surroundings::themeName(theme, AppLanguage::german));
+        }
+        QCOMPARE(names,
+                 QStringList({u"Aurora Aurora"_s, u"Ocean Ocean"_s, u"Light Hell"_s, u"Graphite Graphit"_s}));
+    }
+
     void textsCanBeRead_data()
     {
         QTest::addColumn<Velmora::VelmoraTheme>("theme");

@@ -1,7 +1,7 @@
 import QtQuick
 import VelmoraMac
 
-// Shows where the keyboard is: a ring around its parent.
+// Shows the keyboard focus: a ring around its parent.
 Rectangle {
     required property bool shown
 

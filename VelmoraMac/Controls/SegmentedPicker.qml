@@ -1,24 +1,27 @@
 import QtQuick
 import VelmoraMac
 
-// One choice out of a few, side by side in one track. Left and right arrows choose when it has the keyboard.
+// One of a few values, side by side in one track. Left and right arrows choose when it has the keyboard.
 FocusScope {
     id: root
 
     required property string label
-    required property list<string> titles
-    required property int currentIndex
+    required property list<int> values
+    required property list<string> titles // One for each value, in their order.
+    required property int current
     // Symbols beside the titles; none for a plain picker.
     property list<string> symbols
-    // Whether the choice turns pages: told to assistive tools.
+    // Whether the choice turns pages: for assistive tools.
     property bool turnsPages: false
 
-    signal chosen(int index)
+    readonly property int currentIndex: values.indexOf(current)
+
+    signal chosen(int value)
 
     function step(by: int) {
         const next = currentIndex + by;
-        if (next >= 0 && next < titles.length)
-            chosen(next);
+        if (next >= 0 && next < values.length)
+            chosen(values[next]);
     }
 
     implicitWidth: segments.implicitWidth + 4
@@ -53,7 +56,7 @@ FocusScope {
         Repeater {
             id: repeater
 
-            model: root.titles.length
+            model: root.values.length
 
             Rectangle {
                 id: segment
@@ -70,7 +73,7 @@ FocusScope {
                 Accessible.name: root.titles[index]
                 Accessible.checkable: true
                 Accessible.checked: selected
-                Accessible.onPressAction: root.chosen(index)
+                Accessible.onPressAction: root.chosen(root.values[index])
 
                 Row {
                     id: content
@@ -95,7 +98,7 @@ FocusScope {
                     }
                 }
                 TapHandler {
-                    onTapped: root.chosen(segment.index)
+                    onTapped: root.chosen(root.values[segment.index])
                 }
             }
         }

@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 import QtQuick.Templates as T
 
-// A scroll bar that shows itself while its view moves or the pointer is near.
+// A scroll bar that is clearer while its view moves or the pointer is near.
 T.ScrollBar {
     id: root
 

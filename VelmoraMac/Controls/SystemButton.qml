@@ -1,21 +1,15 @@
 import QtQuick
 import VelmoraMac
-import QtQuick.Templates as T
 
-// A push button as the desktop's forms have it.
-T.Button {
+// A push button in the style of the desktop's forms.
+PressButton {
     id: root
 
     property bool prominent: false
 
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: 24
     horizontalPadding: 11
     opacity: enabled ? 1 : 0.5
-    Accessible.name: text
-    Accessible.onPressAction: root.clicked()
-    Keys.onReturnPressed: root.clicked()
-    Keys.onEnterPressed: root.clicked()
 
     contentItem: Text {
         text: root.text

@@ -1,21 +1,12 @@
 import QtQuick
 import VelmoraMac
-import QtQuick.Templates as T
 
-// A small switch as the desktop's forms have it.
-T.Switch {
+// A small switch in the style of the desktop's forms.
+ToggleSwitch {
     id: root
 
     implicitWidth: 32
     implicitHeight: 18
-    Accessible.name: text
-    Accessible.onPressAction: root.toggleByHand()
-    Accessible.onToggleAction: root.toggleByHand()
-
-    function toggleByHand() {
-        root.toggle();
-        root.toggled();
-    }
 
     indicator: Rectangle {
         readonly property color off: Surroundings.darkAppearance ? Qt.rgba(1, 1, 1, 0.2) : Qt.rgba(0, 0, 0, 0.2)
@@ -23,8 +14,7 @@ T.Switch {
         width: 32
         height: 18
         radius: 9
-        color: Qt.tint(off, Qt.rgba(Surroundings.colors.blue.r, Surroundings.colors.blue.g, Surroundings.colors.blue.b,
-                                    Math.min(1, Math.max(0, knobMotion.value))))
+        color: Qt.tint(off, Qt.alpha(Surroundings.colors.blue, Math.min(1, Math.max(0, knobMotion.value))))
 
         Rectangle {
             x: 2 + 14 * knobMotion.value

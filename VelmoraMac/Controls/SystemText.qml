@@ -1,6 +1,6 @@
 import QtQuick
 
-// A piece of text in the system font. Whatever the user copied is shown as it is: never as markup.
+// A text in the system font. Copied texts are shown as they are, never as markup.
 Text {
     property real pointSize: 13
 

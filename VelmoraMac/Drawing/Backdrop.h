@@ -8,30 +8,29 @@
 
 #include <array>
 
-// The coloured ground of a panel: a gradient, two soft glows that drift over it, a shade, in a rounded
-// rectangle.
+// The coloured ground of a panel: a gradient, two soft glows that drift over it, a shade, in a rounded rectangle.
 //
-// The ground and the glows are computed once for a size and its colours; a step of the drift only puts them
-// together again, and only when a glow has moved by a whole pixel.
+// Ground and glows are computed once for a size and its colours; a step of the drift only composes them again,
+// and only when a glow has moved by a whole pixel.
 class Backdrop : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(
         VelmoraThemePalette themePalette READ themePalette WRITE setThemePalette NOTIFY themePaletteChanged)
-    // Where the glows are between their two places, 0 to 1.
+    // The glows' position between their two end points, 0 to 1.
     Q_PROPERTY(double drift READ drift WRITE setDrift NOTIFY driftChanged)
     Q_PROPERTY(double cornerRadius READ cornerRadius WRITE setCornerRadius NOTIFY shapeChanged)
-    // What lies under the gradient, which covers it with the opacity `cover`. Opaque: a desktop that blurs
-    // nothing behind its windows would shine through as it is.
+    // The colour under the gradient, which covers it with the opacity `cover`. Opaque: the desktop does not blur
+    // what is behind the window.
     Q_PROPERTY(QColor material READ material WRITE setMaterial NOTIFY shapeChanged)
     Q_PROPERTY(double cover READ cover WRITE setCover NOTIFY shapeChanged)
-    // A veil over the gradient and the glows.
+    // A translucent colour over the gradient and the glows.
     Q_PROPERTY(QColor scrim READ scrim WRITE setScrim NOTIFY shapeChanged)
-    // The opacity, in the corners, of a black shade that clears towards the middle. What never goes away of
-    // it is the `restingShade`.
+    // The opacity of a vignette: a black shade in the corners, clear in the middle. `restingShade` is its part
+    // that does not change.
     Q_PROPERTY(double restingShade READ restingShade WRITE setRestingShade NOTIFY shapeChanged)
     Q_PROPERTY(double shade READ shade WRITE setShade NOTIFY shapeChanged)
-    // How far the shape is drawn in from the item's sides, top and bottom.
+    // The distance of the shape from the item's sides, top and bottom.
     Q_PROPERTY(double sideInset READ sideInset WRITE setSideInset NOTIFY shapeChanged)
     Q_PROPERTY(double topInset READ topInset WRITE setTopInset NOTIFY shapeChanged)
     Q_PROPERTY(double bottomInset READ bottomInset WRITE setBottomInset NOTIFY shapeChanged)
@@ -124,7 +123,7 @@ private:
     double sideInset_ = 0, topInset_ = 0, bottomInset_ = 0;
 
     bool stale_ = true; // The pictures below belong to other colours.
-    QImage ground_;     // All that stands still: material, gradient, scrim and the resting shade.
+    QImage ground_;     // The unchanging part: material, gradient, scrim and the resting shade.
     std::array<QImage, 2> glows_;
     QImage canvas_;
     std::array<QPoint, 2> drawnAt_;

@@ -5,11 +5,11 @@
 #include <QSGTextureProvider>
 #include <qqmlintegration.h>
 
-// Draws the picture of an item's layer blurred, brightened or more saturated, on the processor.
+// Draws the picture of an item's layer blurred, brightened or more saturated, on the CPU.
 //
-// For `layer.effect` of any item, with the software scene graph and without `layer.textureMirroring`. Room
-// for the blur to fade out has to be part of the item. Blurred pictures are kept by level until the item's
-// picture changes.
+// For `layer.effect` of any item, with the software scene graph and without `layer.textureMirroring`. The
+// item has to include the margin into which the blur spreads. Blurred pictures are cached by level until the
+// item's picture changes.
 class PictureEffect : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT

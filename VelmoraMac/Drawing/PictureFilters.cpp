@@ -33,7 +33,7 @@ void boxBlurTransposed(const QImage &from, QImage &to, int radius)
     }
 }
 
-// The widths of three box blurs that together come close to a Gaussian.
+// The radii of three box blurs that together approximate a Gaussian: see Kovesi, "Fast Almost-Gaussian Filtering".
 std::array<int, 3> boxRadii(double sigma)
 {
     constexpr int boxes = 3;

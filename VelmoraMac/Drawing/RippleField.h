@@ -5,8 +5,8 @@
 #include <QQuickPaintedItem>
 #include <qqmlintegration.h>
 
-// Fine rings that spread from a point and fade, over a soft light around it and the application's mark at the
-// far side, within a rounded rectangle.
+// Concentric rings that fade outwards, over a soft light at their centre and the application's mark at the far
+// side, within a rounded rectangle.
 class RippleField : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT

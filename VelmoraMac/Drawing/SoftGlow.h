@@ -4,7 +4,7 @@
 #include <QQuickPaintedItem>
 #include <qqmlintegration.h>
 
-// A soft round glow that fills the item: full colour in the middle, nothing at the rim.
+// A round glow that fills the item: full colour in the middle, transparent at the edge.
 class SoftGlow : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT

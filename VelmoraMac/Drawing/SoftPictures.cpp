@@ -6,10 +6,10 @@
 
 namespace {
 
-// Thresholds between 0 and 1 in an order that hides their pattern.
+// The threshold of a pixel, between 0 and 1: the 8 by 8 Bayer matrix of ordered dithering.
 double threshold(int x, int y)
 {
-    static constexpr std::array<std::array<int, 8>, 8> order = {{{0, 32, 8, 40, 2, 34, 10, 42},
+    static constexpr std::array<std::array<int, 8>, 8> bayer = {{{0, 32, 8, 40, 2, 34, 10, 42},
                                                                  {48, 16, 56, 24, 50, 18, 58, 26},
                                                                  {12, 44, 4, 36, 14, 46, 6, 38},
                                                                  {60, 28, 52, 20, 62, 30, 54, 22},
@@ -17,7 +17,7 @@ double threshold(int x, int y)
                                                                  {51, 19, 59, 27, 49, 17, 57, 25},
                                                                  {15, 47, 7, 39, 13, 45, 5, 37},
                                                                  {63, 31, 55, 23, 61, 29, 53, 21}}};
-    return (order[static_cast<size_t>(y % 8)][static_cast<size_t>(x % 8)] + 0.5) / 64;
+    return (bayer[static_cast<size_t>(y % 8)][static_cast<size_t>(x % 8)] + 0.5) / 64;
 }
 
 // `value` from 0 to 1 as a byte.

@@ -5,7 +5,8 @@
 #include <QList>
 #include <QSize>
 
-// Pictures made of nothing but smooth light. Their steps are dithered, so that no bands show on dark grounds.
+// Smooth gradients and glows. They are dithered (ordered dithering with a Bayer matrix), so that dark colours
+// show no banding.
 namespace SoftPictures {
 
 enum class Direction { down, diagonal };

@@ -6,28 +6,23 @@ Row {
     id: root
 
     required property cleanHistoryEntry entry
-    required property AppState appState
     property bool offersDetails: false
 
     signal detailsRequested
 
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
-
     spacing: 8
 
     SystemButton {
-        text: root.t("Copy Clean Link", "Clean-Link kopieren")
-        onClicked: root.appState.copyCleanedLink(root.entry)
+        text: App.t("Copy Clean Link", "Clean-Link kopieren")
+        onClicked: App.state.copyCleanedLink(root.entry)
     }
     SystemButton {
-        text: root.t("Restore Original", "Original")
-        onClicked: root.appState.restoreOriginalLink(root.entry)
+        text: App.t("Restore Original", "Original")
+        onClicked: App.state.restoreOriginalLink(root.entry)
     }
     SystemButton {
         visible: root.offersDetails
-        text: root.t("Details", "Details")
+        text: App.t("Details", "Details")
         onClicked: root.detailsRequested()
     }
 }

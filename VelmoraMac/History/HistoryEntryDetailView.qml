@@ -6,13 +6,8 @@ Rectangle {
     id: root
 
     required property cleanHistoryEntry entry
-    required property AppState appState
 
     signal dismissed
-
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
 
     implicitWidth: 720
     implicitHeight: 560
@@ -31,7 +26,7 @@ Rectangle {
             id: title
 
             anchors.verticalCenter: parent.verticalCenter
-            text: root.t("Full Link Details", "Link-Details")
+            text: App.t("Full Link Details", "Link-Details")
             pointSize: 22
             font.weight: Font.Bold
             color: Surroundings.colors.label
@@ -44,7 +39,7 @@ Rectangle {
                 right: parent.right
                 verticalCenter: parent.verticalCenter
             }
-            text: root.t("Close", "Schließen")
+            text: App.t("Close", "Schließen")
             focus: true
             onClicked: root.dismissed()
         }
@@ -67,13 +62,13 @@ Rectangle {
         DetailBlock {
             width: parent.width
             height: blocks.blockHeight
-            caption: root.t("Before", "Vorher")
+            caption: App.t("Before", "Vorher")
             value: root.entry.originalText
         }
         DetailBlock {
             width: parent.width
             height: blocks.blockHeight
-            caption: root.t("After", "Nachher")
+            caption: App.t("After", "Nachher")
             value: root.entry.cleanedText
         }
     }
@@ -86,6 +81,5 @@ Rectangle {
             bottomMargin: 22
         }
         entry: root.entry
-        appState: root.appState
     }
 }

@@ -6,12 +6,7 @@ Rectangle {
     id: root
 
     required property cleanHistoryEntry entry
-    required property AppState appState
     property bool showingDetails: false
-
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
 
     implicitHeight: column.implicitHeight + 28
     radius: 18
@@ -48,7 +43,7 @@ Rectangle {
                     left: sparkles.right
                     leftMargin: 6
                 }
-                text: LocalizedStrings.removedCount(root.entry.removedCount, root.appState.language)
+                text: LocalizedStrings.removedCount(root.entry.removedCount, App.state.language)
                 pointSize: 12
                 font.weight: Font.DemiBold
                 color: Surroundings.colors.label
@@ -58,7 +53,7 @@ Rectangle {
                     right: parent.right
                     verticalCenter: parent.verticalCenter
                 }
-                text: ViewDates.mediumDateShortTime(root.entry.cleanedAt, root.appState.language)
+                text: ViewDates.mediumDateShortTime(root.entry.cleanedAt, App.state.language)
                 pointSize: 10
                 color: Surroundings.colors.secondaryLabel
             }
@@ -69,12 +64,12 @@ Rectangle {
 
             HistoryLine {
                 width: parent.width
-                title: root.t("Before", "Vorher")
+                title: App.t("Before", "Vorher")
                 value: root.entry.originalText
             }
             HistoryLine {
                 width: parent.width
-                title: root.t("After", "Nachher")
+                title: App.t("After", "Nachher")
                 value: root.entry.cleanedText
             }
         }
@@ -88,7 +83,6 @@ Rectangle {
         }
         HistoryEntryButtons {
             entry: root.entry
-            appState: root.appState
             offersDetails: true
             onDetailsRequested: root.showingDetails = true
         }
@@ -97,7 +91,6 @@ Rectangle {
         active: root.showingDetails
         sourceComponent: HistoryEntrySheet {
             entry: root.entry
-            appState: root.appState
             onDismissed: root.showingDetails = false
         }
     }

@@ -6,7 +6,6 @@ Window {
     id: root
 
     required property cleanHistoryEntry entry
-    required property AppState appState
 
     signal dismissed
 
@@ -16,7 +15,7 @@ Window {
     maximumWidth: width
     minimumHeight: height
     maximumHeight: height
-    title: LocalizedStrings.choose("Full Link Details", "Link-Details", appState.language)
+    title: App.t("Full Link Details", "Link-Details")
     flags: Qt.Dialog
     modality: Qt.WindowModal
     color: Surroundings.colors.windowBackground
@@ -27,7 +26,6 @@ Window {
         anchors.fill: parent
         focus: true
         entry: root.entry
-        appState: root.appState
         onDismissed: root.dismissed()
     }
 }

@@ -9,7 +9,7 @@
 
 using namespace std::chrono_literals;
 
-// Qt's own animation timer beats for us, so that all of a frame's changes fall into one frame.
+// Ticks with Qt's animation timer, so that all changes of a tick are drawn in one frame.
 class AnimationClock::Driver : public QAbstractAnimation {
 public:
     explicit Driver(AnimationClock &clock)
@@ -104,7 +104,7 @@ void AnimationClock::advance(std::chrono::nanoseconds moment)
 {
     runDue(moment);
     virtualNow_ = moment;
-    Q_EMIT beat();
+    Q_EMIT ticked();
     runOrRest();
 }
 

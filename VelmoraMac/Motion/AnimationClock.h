@@ -12,11 +12,10 @@
 
 class QQmlEngine;
 
-// The time of everything that moves in the views of one QML engine.
+// The clock of all animations in the views of one QML engine.
 //
-// Beats about sixty times a second while anything is subscribed or any step waits, and rests otherwise. Tests
-// and the rehearsal take it over with setVirtual(): then only pass() moves it and every picture can be
-// repeated.
+// Ticks about sixty times a second while an animation runs or a step is pending; idle otherwise. Tests and the
+// rehearsal make it virtual with setVirtual(): then only pass() advances it, and every picture can be repeated.
 class AnimationClock : public QObject, public Scheduler {
     Q_OBJECT
     QML_ELEMENT
@@ -26,9 +25,9 @@ public:
     explicit AnimationClock(QObject *parent = nullptr);
     ~AnimationClock() override;
 
-    // The one of `engine`. Null only while the module is not linked in.
+    // The clock of `engine`. Null only when the module is not linked in.
     [[nodiscard]] static AnimationClock *in(QQmlEngine &engine);
-    // The one of the engine that made `item`. Null for an object that QML did not create.
+    // The clock of the engine that made `item`. Null for an object that QML did not create.
     [[nodiscard]] static AnimationClock *of(const QObject *item);
 
     [[nodiscard]] std::chrono::nanoseconds now() const override;
@@ -36,18 +35,18 @@ public:
     // The same moment in seconds.
     [[nodiscard]] double seconds() const;
 
-    // From now on time stands still unless pass() moves it.
+    // From now on only pass() advances the time.
     void setVirtual();
-    // Time runs by itself again.
+    // Time runs again.
     void setReal();
-    // Moves virtual time; steps run at their own moments, in order, and every beat comes after the steps due.
+    // Advances virtual time; steps run at their due times, in order, and the tick comes after the steps due.
     void pass(std::chrono::nanoseconds time);
 
-    // Whether the clock beats for `mover`; the `beat` signal is its own to connect.
+    // Whether the clock has to tick for `mover`, which connects to `ticked` itself.
     void setMoving(const QObject *mover, bool moving);
 
 Q_SIGNALS:
-    void beat();
+    void ticked();
 
 private:
     class Driver;
@@ -65,7 +64,7 @@ private:
     QElapsedTimer timer_;
     std::chrono::nanoseconds virtualNow_{0};
     bool isVirtual_ = false;
-    bool runsDue_ = false;         // While steps run, time stands at the moment they are due.
-    std::vector<Waiting> waiting_; // By moment; equal moments in the order of asking.
+    bool runsDue_ = false;         // While steps run, the time is the one at which they are due.
+    std::vector<Waiting> waiting_; // By due time; equal times in the order of the calls.
     std::vector<const QObject *> movers_;
 };

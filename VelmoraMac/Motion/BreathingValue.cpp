@@ -23,7 +23,7 @@ void BreathingValue::componentComplete()
 {
     clock_ = AnimationClock::of(this);
     if (clock_)
-        connect(clock_, &AnimationClock::beat, this, [this] {
+        connect(clock_, &AnimationClock::ticked, this, [this] {
             if (running_)
                 step();
         });

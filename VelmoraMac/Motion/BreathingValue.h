@@ -7,9 +7,9 @@
 
 class AnimationClock;
 
-// A number that goes from 0 to 1 and back for ever, easing in and out on each leg of `duration` seconds.
+// A number that goes from 0 to 1 and back without end, easing in and out on each way of `duration` seconds.
 //
-// Stands still at 0 while it is not running.
+// Stays at 0 while it is not running.
 class BreathingValue : public QObject, public QQmlParserStatus {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
@@ -32,7 +32,7 @@ public:
 
     void componentComplete() override;
 
-    // How far the whole movement has come after the part `time` of a leg, both from 0 to 1.
+    // The ease-in-out curve: the progress at `time`, both from 0 to 1.
     [[nodiscard]] static double eased(double time);
 
 Q_SIGNALS:

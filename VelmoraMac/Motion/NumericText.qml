@@ -11,7 +11,7 @@ Row {
     property color color: "black"
     readonly property string text: value.toFixed(0)
 
-    layoutDirection: Qt.RightToLeft // Places keep their digit when the number grows by one.
+    layoutDirection: Qt.RightToLeft // Digits keep their places when the number gets one more.
     Accessible.role: Accessible.StaticText
     Accessible.name: text
 

@@ -15,7 +15,7 @@ SpringCurve::State SpringCurve::at(double seconds, const State &start, double ta
     const double distance = start.value - target;
     const double decay = std::exp(-zeta * omega * seconds);
     const double damped = omega * std::sqrt(1 - zeta * zeta);
-    if (damped < 1e-9) { // Critically damped: the two solutions fall together.
+    if (damped < 1e-9) { // Critical damping: the characteristic equation has one root.
         const double slope = start.velocity + omega * distance;
         const double swing = distance + slope * seconds;
         return {target + decay * swing, decay * (slope - omega * swing)};

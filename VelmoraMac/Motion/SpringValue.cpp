@@ -8,7 +8,7 @@
 #include <cmath>
 
 namespace {
-constexpr double shortFade = 0.12; // Seconds; what is left of a spring where less motion is wanted.
+constexpr double shortFade = 0.12; // Seconds; in place of a spring where less motion is asked for.
 }
 
 SpringValue::SpringValue(QObject *parent)
@@ -28,7 +28,7 @@ void SpringValue::componentComplete()
     clock_ = AnimationClock::of(this);
     surroundings_ = Surroundings::of(this);
     if (clock_)
-        connect(clock_, &AnimationClock::beat, this, [this] {
+        connect(clock_, &AnimationClock::ticked, this, [this] {
             if (moving_)
                 step();
         });

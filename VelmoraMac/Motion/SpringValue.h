@@ -10,10 +10,10 @@
 class AnimationClock;
 class Surroundings;
 
-// A number that follows another one on a spring: `value` swings to `to` whenever `to` changes.
+// A number that follows another one on a spring: `value` moves to `to` whenever `to` changes.
 //
-// A new target keeps the present value and speed. Where the desktop asks for less motion the value goes
-// straight to its target in a short fade.
+// A new target keeps the current value and velocity. Where the user asks for less motion, the value goes to its
+// target in a short linear fade.
 class SpringValue : public QObject, public QQmlParserStatus {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
@@ -38,11 +38,11 @@ public:
 
     [[nodiscard]] bool isMoving() const { return moving_; }
 
-    // Before the object is complete: a jump. Afterwards: a swing.
+    // Before the object is complete at once, afterwards on the spring.
     void setTo(double to);
     void setResponse(double response);
     void setDampingFraction(double fraction);
-    // Stands at `to` at once.
+    // Sets `to` and `value` at once.
     Q_INVOKABLE void jump(double to);
 
     void classBegin() override {}

@@ -9,7 +9,7 @@
 
 #include <optional>
 
-// The delayed steps of a view, on the clock of its animations. Starting over silences the steps under way.
+// The delayed steps of a view, on the clock of its animations. Starting over cancels the pending steps.
 class ViewSteps : public QObject, public QQmlParserStatus {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)

@@ -5,25 +5,18 @@ import VelmoraMac
 Rectangle {
     id: root
 
-    required property AppState appState
-    required property velmoraThemePalette themePalette
-    readonly property bool comparing: appState.autoCleanEnabled && appState.hasLastResult
-    // What stands in the card while there is nothing to compare.
-    readonly property string message: appState.autoCleanEnabled ? t("Waiting for link", "Warte auf Link")
-                                                                : t("Cleaning is paused", "Bereinigung pausiert")
-
-    readonly property color quietText: Surroundings.legible(themePalette.secondaryText, themePalette)
+    readonly property bool comparing: App.state.autoCleanEnabled && App.state.hasLastResult
+    // The card's text while there is nothing to compare.
+    readonly property string message: App.state.autoCleanEnabled ? App.t("Waiting for link", "Warte auf Link")
+                                                                 : App.t("Cleaning is paused", "Bereinigung pausiert")
+    readonly property color quietText: Surroundings.legible(Surroundings.palette.secondaryText, Surroundings.palette)
 
     signal openHistory
 
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
-
     implicitHeight: column.implicitHeight + 22
     radius: 18
-    color: themePalette.cardFill
-    border.color: themePalette.cardStroke
+    color: Surroundings.palette.cardFill
+    border.color: Surroundings.palette.cardStroke
 
     Column {
         id: column
@@ -54,17 +47,16 @@ Rectangle {
                     leftMargin: 6
                     verticalCenter: parent.verticalCenter
                 }
-                text: root.t("Last", "Zuletzt")
+                text: App.t("Last", "Zuletzt")
                 pointSize: 12
                 font.weight: Font.DemiBold
-                color: root.themePalette.primaryText
+                color: Surroundings.palette.primaryText
             }
             PremiumButtonStyle {
                 id: historyButton
 
                 anchors.right: parent.right
-                text: root.t("Verlauf", "Verlauf")
-                themePalette: root.themePalette
+                text: App.t("Verlauf", "Verlauf")
                 onClicked: root.openHistory()
             }
         }
@@ -82,10 +74,8 @@ Rectangle {
             visible: active
             width: parent.width
             sourceComponent: LinkComparisonView {
-                appState: root.appState
-                originalText: root.appState.lastResult.originalText
-                cleanedText: root.appState.lastResult.cleanedText
-                themePalette: root.themePalette
+                originalText: App.state.lastResult.originalText
+                cleanedText: App.state.lastResult.cleanedText
             }
         }
     }

@@ -8,11 +8,10 @@ Rectangle {
     required property string caption
     required property string linkText
     required property color tint
-    required property velmoraThemePalette themePalette
 
     implicitHeight: column.implicitHeight + 16
     radius: 11
-    color: themePalette.linkRowFill
+    color: Surroundings.palette.linkRowFill
 
     Column {
         id: column
@@ -38,7 +37,7 @@ Rectangle {
             text: root.linkText.slice(0, 400).replace(/\s+/g, " ")
             pointSize: 9
             font.weight: Font.DemiBold
-            color: root.themePalette.primaryText
+            color: Surroundings.palette.primaryText
             elide: Text.ElideRight
             maximumLineCount: 1
         }

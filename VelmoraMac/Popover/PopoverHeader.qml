@@ -1,17 +1,8 @@
 import QtQuick
 import VelmoraMac
 
-// The popover's first row: who we are, whether we clean, and the switch for it.
+// The popover's first row: name, status, and the switch for cleaning.
 Item {
-    id: root
-
-    required property AppState appState
-    required property velmoraThemePalette themePalette
-
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
-
     implicitHeight: 34
 
     AssetImage {
@@ -29,18 +20,18 @@ Item {
         }
 
         SystemText {
-            text: root.t("Velmora", "Velmora")
+            text: App.t("Velmora", "Velmora")
             pointSize: 15
             font.weight: Font.DemiBold
-            color: root.themePalette.primaryText
+            color: Surroundings.palette.primaryText
         }
         SystemText {
-            text: root.appState.autoCleanEnabled ? root.t("Active", "Aktiv") : root.t("Paused", "Pausiert")
+            text: App.state.autoCleanEnabled ? App.t("Active", "Aktiv") : App.t("Paused", "Pausiert")
             pointSize: 10
             font.weight: Font.Medium
-            color: Surroundings.legible(root.appState.autoCleanEnabled ? root.themePalette.successAccent
-                                                                       : root.themePalette.warningText,
-                                        root.themePalette)
+            color: Surroundings.legible(App.state.autoCleanEnabled ? Surroundings.palette.successAccent
+                                                                   : Surroundings.palette.warningText,
+                                        Surroundings.palette)
         }
     }
     PremiumSwitchToggleStyle {
@@ -48,9 +39,8 @@ Item {
             right: parent.right
             verticalCenter: parent.verticalCenter
         }
-        text: root.t("Clean copied links", "Kopierte Links bereinigen")
-        themePalette: root.themePalette
-        checked: root.appState.autoCleanEnabled
-        onToggled: root.appState.autoCleanEnabled = checked
+        text: App.t("Clean copied links", "Kopierte Links bereinigen")
+        checked: App.state.autoCleanEnabled
+        onToggled: App.state.autoCleanEnabled = checked
     }
 }

@@ -1,45 +1,40 @@
 import QtQuick
 import VelmoraMac
 
-// The popover's hero: a seal, a title and one line that says how the cleaner stands.
+// The popover's main card: a seal, a title and one line with the cleaner's status.
 Rectangle {
     id: root
 
-    required property AppState appState
-    required property velmoraThemePalette themePalette
     property bool glow: false
 
-    readonly property bool paused: !appState.autoCleanEnabled
-    readonly property bool hasResult: appState.hasLastResult
-    readonly property bool cleaned: hasResult && appState.lastResult.cleanedText !== appState.lastResult.originalText
+    readonly property bool paused: !App.state.autoCleanEnabled
+    readonly property bool hasResult: App.state.hasLastResult
+    readonly property bool cleaned: hasResult && App.state.lastResult.didChange
     readonly property string symbolName: paused ? "pause.circle.fill"
                                                 : (cleaned ? "checkmark.circle.fill" : "checkmark.shield.fill")
-    readonly property string title: paused ? t("Paused", "Pausiert")
-                                           : (cleaned ? t("Cleaned", "Bereinigt") : t("Protected", "Geschützt"))
+    readonly property string title: paused ? App.t("Paused", "Pausiert")
+                                           : (cleaned ? App.t("Cleaned", "Bereinigt") : App.t("Protected", "Geschützt"))
     readonly property string microSymbolName: paused ? "pause.fill" : (cleaned ? "sparkles" : "lock.fill")
     readonly property string subtitle: {
         if (paused)
-            return t("Cleaning is paused", "Bereinigung pausiert");
+            return App.t("Cleaning is paused", "Bereinigung pausiert");
         if (hasResult)
-            return LocalizedStrings.removedCount(appState.lastResult.removedCount, appState.language);
-        return t("Local on this Mac", "Lokal auf diesem Mac");
+            return LocalizedStrings.removedCount(App.state.lastResult.removedCount, App.state.language);
+        return App.t("Local on this Mac", "Lokal auf diesem Mac");
     }
-    readonly property color tint: paused ? themePalette.warningText
-                                         : (cleaned ? themePalette.successAccent : themePalette.infoAccent)
-    readonly property color microTint: Surroundings.legible(tint, themePalette)
+    readonly property color tint: paused ? Surroundings.palette.warningText
+                                         : (cleaned ? Surroundings.palette.successAccent
+                                                    : Surroundings.palette.infoAccent)
+    readonly property color microTint: Surroundings.legible(tint, Surroundings.palette)
     // Where the pointer is, -1 to 1 from the middle; in the middle while it is elsewhere.
     readonly property point pointer: hover.hovered && width > 0 && height > 0
                                      ? Qt.point(2 * hover.point.position.x / width - 1,
                                                 2 * hover.point.position.y / height - 1)
                                      : Qt.point(0, 0)
 
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
-
     radius: 21
-    color: themePalette.cardFill
-    border.color: themePalette.cardStroke
+    color: Surroundings.palette.cardFill
+    border.color: Surroundings.palette.cardStroke
 
     HoverHandler {
         id: hover
@@ -49,7 +44,7 @@ Rectangle {
         anchors.fill: parent
         cornerRadius: root.radius
         centre: Qt.point(seal.x + seal.width / 2, seal.y + seal.height / 2)
-        color: root.themePalette.primaryText
+        color: Surroundings.palette.primaryText
         tint: root.tint
     }
     StatusSealIcon {
@@ -58,7 +53,6 @@ Rectangle {
         x: 28
         anchors.verticalCenter: parent.verticalCenter
         symbolName: root.symbolName
-        themePalette: root.themePalette
         tint: root.tint
         glow: root.glow
         pointer: root.pointer
@@ -77,7 +71,7 @@ Rectangle {
             width: parent.width
             text: root.title
             pointSize: 22
-            color: root.themePalette.primaryText
+            color: Surroundings.palette.primaryText
         }
         Row {
             opacity: 0.92

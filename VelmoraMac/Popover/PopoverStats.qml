@@ -4,15 +4,6 @@ import QtQuick.Layouts
 
 // The popover's three counters.
 RowLayout {
-    id: root
-
-    required property AppState appState
-    required property velmoraThemePalette themePalette
-
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
-
     component HoverTile: PremiumHoverModifier {
         id: lifted
 
@@ -30,26 +21,25 @@ RowLayout {
             anchors.fill: parent
             label: lifted.label
             value: lifted.value
-            tint: Surroundings.legibleLarge(lifted.tint, root.themePalette)
-            themePalette: root.themePalette
+            tint: Surroundings.legibleLarge(lifted.tint, Surroundings.palette)
         }
     }
 
     spacing: 8
 
     HoverTile {
-        label: root.t("Links", "Links")
-        value: root.appState.totalCleaned
-        tint: root.themePalette.infoAccent
+        label: App.t("Links", "Links")
+        value: App.state.totalCleaned
+        tint: Surroundings.palette.infoAccent
     }
     HoverTile {
-        label: root.t("Removed", "Entfernt")
-        value: root.appState.totalTrackersRemoved
-        tint: root.themePalette.dangerAccent
+        label: App.t("Removed", "Entfernt")
+        value: App.state.totalTrackersRemoved
+        tint: Surroundings.palette.dangerAccent
     }
     HoverTile {
-        label: root.t("Heute", "Heute")
-        value: root.appState.cleanedToday
-        tint: root.themePalette.successAccent
+        label: App.t("Heute", "Heute")
+        value: App.state.cleanedToday
+        tint: Surroundings.palette.successAccent
     }
 }

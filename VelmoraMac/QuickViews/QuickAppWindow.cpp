@@ -4,7 +4,7 @@
 
 namespace {
 
-// Tells of the close button. Belongs to the window that it watches.
+// Reports the close button. Owned by the window that it watches.
 class CloseWatcher final : public QObject {
 public:
     CloseWatcher(std::function<void()> closed, QObject *window)
@@ -55,7 +55,7 @@ void QuickAppWindow::bringToFront()
 
 void QuickAppWindow::showQuietly()
 {
-    window_->setProperty("_q_showWithoutActivating", true); // Understood by Qt's window systems.
+    window_->setProperty("_q_showWithoutActivating", true); // Read by Qt's platform plugins.
     window_->show();
     window_->setProperty("_q_showWithoutActivating", false);
 }

@@ -22,7 +22,7 @@ void QuickMenuPresenter::popUp(const StatusMenu &menu, const QRect &anchor, int 
     dismiss();
     model_ = std::make_unique<StatusMenuModel>(menu, minimumWidth);
     connect(model_.get(), &StatusMenuModel::chosen, this, [this](const std::function<void()> &action) {
-        // What was chosen runs when the menu is gone: it may open windows or end the process.
+        // The action runs after the menu is closed: it may open windows or end the process.
         QMetaObject::invokeMethod(this, action, Qt::QueuedConnection);
         dismiss();
     });
@@ -48,7 +48,7 @@ void QuickMenuPresenter::dismiss()
     window_->setMouseGrabEnabled(false);
     window_->setKeyboardGrabEnabled(false);
     window_ = nullptr;
-    model_.release()->deleteLater(); // Its view goes later than now, too.
+    model_.release()->deleteLater(); // Its view is deleted later, too.
 }
 
 bool QuickMenuPresenter::eventFilter(QObject *watched, QEvent *event)

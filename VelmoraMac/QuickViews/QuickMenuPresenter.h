@@ -7,8 +7,8 @@
 
 #include <memory>
 
-// A menu drawn by us. While it is open it has the whole mouse and keyboard, as menus do: a click elsewhere
-// closes it.
+// A menu drawn by the application. While it is open it grabs mouse and keyboard, as menus do: a click
+// elsewhere closes it.
 class QuickMenuPresenter : public QObject, public MenuPresenter {
     Q_OBJECT
 

@@ -2,6 +2,7 @@
 
 #include "QuickAppWindow.h"
 #include "QuickPanel.h"
+#include "ViewEnvironment.h"
 #include "ViewRequest.h"
 
 #include <VelmoraMac/StyleKit/Surroundings.h>
@@ -15,15 +16,15 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
-// What drawing took is given back when nothing follows at once.
-constexpr auto restBeforeRelease = 2s;
-// Long enough to open the popover again without making everything anew.
-constexpr auto engineKeptFor = 60s;
+// Memory for drawing is released when no other view follows soon.
+constexpr auto releaseDelay = 2s;
+// Long enough to open the popover again without creating the engine again.
+constexpr auto engineDelay = 60s;
 } // namespace
 
 QuickViews::QuickViews(Dependencies dependencies)
     : dependencies_(std::move(dependencies))
-    , rest_(dependencies_.scheduler)
+    , idle_(dependencies_.scheduler)
 {
     dependencies_.appearance.addChangeHandler([self = QPointer(this)] {
         if (self)
@@ -48,8 +49,8 @@ QuickWindow QuickViews::load(const View &view)
 {
     QuickWindow window(new QQuickView(&engine(), nullptr));
     liveViews_.append(window.get());
-    rest_.startOver();
-    connect(window.get(), &QObject::destroyed, this, [this, gone = window.get()] { viewGone(gone); });
+    idle_.startOver();
+    connect(window.get(), &QObject::destroyed, this, [this, gone = window.get()] { viewDestroyed(gone); });
     window->setColor(Qt::transparent);
     window->setResizeMode(QQuickView::SizeRootObjectToView);
     window->setInitialProperties(view.properties);
@@ -64,6 +65,8 @@ QQmlEngine &QuickViews::engine()
     if (!engine_) {
         engine_ = std::make_unique<QQmlEngine>();
         engine_->addImportPath(u"qrc:/qt/qml"_s);
+        if (state_ != nullptr)
+            ViewEnvironment::provide(*engine_, *state_);
         followAppearance();
     }
     return *engine_;
@@ -94,11 +97,11 @@ void QuickViews::closeAll()
     }
 }
 
-void QuickViews::viewGone(QQuickView *view)
+void QuickViews::viewDestroyed(QQuickView *view)
 {
     liveViews_.removeOne(view);
     if (!liveViews_.isEmpty())
         return;
-    rest_.after(restBeforeRelease, [this] { dependencies_.releaseMemory(); });
-    rest_.after(engineKeptFor, [this] { forgetEngine(); });
+    idle_.after(releaseDelay, [this] { dependencies_.releaseMemory(); });
+    idle_.after(engineDelay, [this] { forgetEngine(); });
 }

@@ -14,7 +14,9 @@
 
 #include <memory>
 
-// Deletes a view's window when nothing of it runs any more.
+class AppState;
+
+// Deletes a view's window later: a handler of the view may still be running.
 struct DeferredDelete {
     void operator()(QQuickView *window) const
     {
@@ -25,8 +27,8 @@ struct DeferredDelete {
 
 using QuickWindow = std::unique_ptr<QQuickView, DeferredDelete>;
 
-// Shows views with Qt Quick. Everything that Qt Quick needs is made for the first view and given back a while
-// after the last one is gone: an agent that only waits holds none of it.
+// Shows views with Qt Quick. The engine is created for the first view and destroyed a while after the last one
+// is closed, so that a waiting agent needs no memory for it.
 class QuickViews : public QObject, public PanelFactory, public AppWindowFactory {
     Q_OBJECT
 
@@ -47,7 +49,10 @@ public:
     [[nodiscard]] std::unique_ptr<AppWindow> makeWindow(const View &view,
                                                         const AppWindowOptions &options) override;
 
-    // Takes every view down at once. The last call: what the views show is about to go.
+    // What the views show. Before the first of them is made; `state` outlives the views.
+    void setAppState(AppState &state) { state_ = &state; }
+
+    // Closes every view at once. The last call: the state that the views show is destroyed next.
     void closeAll();
 
     // A window, not shown yet, whose root object is `view`.
@@ -59,10 +64,11 @@ private:
     QQmlEngine &engine();
     void followAppearance();
     void forgetEngine();
-    void viewGone(QQuickView *view);
+    void viewDestroyed(QQuickView *view);
 
     Dependencies dependencies_;
+    AppState *state_ = nullptr;
     std::unique_ptr<QQmlEngine> engine_;
     QList<QQuickView *> liveViews_;
-    DelayedSteps rest_; // What follows the last view, unless another one is loaded by then.
+    DelayedSteps idle_; // Releases memory after the last view, unless another one is loaded by then.
 };

@@ -25,6 +25,6 @@ void ViewRequest::connect(QObject *view, const View::Request &request)
 
 void ViewRequest::run()
 {
-    const auto handler = handler_; // It may take the view down, and this object with it.
+    const auto handler = handler_; // It may delete the view, and this object with it.
     handler();
 }

@@ -4,12 +4,12 @@
 
 #include <QObject>
 
-// Runs a view's request when its signal is sent. Belongs to the view's object.
+// Runs a view's request when its signal is emitted. Owned by the view's object.
 class ViewRequest : public QObject {
     Q_OBJECT
 
 public:
-    // `view` may be null; a view without such a signal is a mistake that is reported.
+    // `view` may be null. Warns when the view has no such signal.
     static void connect(QObject *view, const View::Request &request);
 
 private:

@@ -6,7 +6,6 @@ import QtQuick.Templates as T
 Item {
     id: root
 
-    required property AppState appState
     required property string label
 
     width: parent?.width ?? 0
@@ -39,7 +38,7 @@ Item {
             selectByMouse: true
             textFormat: TextEdit.PlainText
             wrapMode: TextEdit.Wrap
-            text: root.appState.ignoredDomainsText
+            text: App.state.ignoredDomainsText
             KeyNavigation.priority: KeyNavigation.BeforeItem
             KeyNavigation.tab: nextItemInFocusChain(true)
             KeyNavigation.backtab: nextItemInFocusChain(false)
@@ -47,8 +46,8 @@ Item {
             Accessible.multiLine: true
             Accessible.name: root.label
             onTextChanged: {
-                if (text !== root.appState.ignoredDomainsText)
-                    root.appState.ignoredDomainsText = text;
+                if (text !== App.state.ignoredDomainsText)
+                    App.state.ignoredDomainsText = text;
             }
 
             FocusRing {
@@ -57,12 +56,12 @@ Item {
             }
         }
         Connections {
-            target: root.appState
+            target: App.state
 
             // Typing breaks the binding of `text`; what is added from elsewhere comes in here.
             function onIgnoredDomainsTextChanged() {
-                if (editor.text !== root.appState.ignoredDomainsText)
-                    editor.text = root.appState.ignoredDomainsText;
+                if (editor.text !== App.state.ignoredDomainsText)
+                    editor.text = App.state.ignoredDomainsText;
             }
         }
     }

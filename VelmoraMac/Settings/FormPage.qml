@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 import QtQuick.Templates as T
 
-// A form that scrolls: sections one below the other.
+// A form that scrolls, made of sections.
 Flickable {
     id: root
 

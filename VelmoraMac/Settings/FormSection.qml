@@ -1,7 +1,7 @@
 import QtQuick
 import VelmoraMac
 
-// A titled card in a form; its rows stand one below the other with lines between them.
+// A titled card in a form; its rows are separated by lines.
 Column {
     id: root
 

@@ -5,126 +5,122 @@ import VelmoraMac
 FormPage {
     id: root
 
-    required property AppState appState
     required property UpdateController updateController
     required property NotificationCenter notifications
 
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
-
     FormSection {
-        title: root.t("Behavior", "Verhalten")
+        title: App.t("Behavior", "Verhalten")
 
         FormSwitch {
-            label: root.t("Auto-clean copied links", "Kopierte Links automatisch bereinigen")
-            checked: root.appState.autoCleanEnabled
-            onSwitched: on => root.appState.autoCleanEnabled = on
+            label: App.t("Auto-clean copied links", "Kopierte Links automatisch bereinigen")
+            checked: App.state.autoCleanEnabled
+            onSwitched: on => App.state.autoCleanEnabled = on
         }
         FormSwitch {
-            label: root.t("Ask before cleaning", "Vor dem Bereinigen fragen")
-            note: root.t("Show a warning first and clean only when you confirm.",
-                         "Erst warnen und nur nach Bestätigung bereinigen.")
-            checked: root.appState.askBeforeCleaningEnabled
-            onSwitched: on => root.appState.askBeforeCleaningEnabled = on
+            label: App.t("Ask before cleaning", "Vor dem Bereinigen fragen")
+            note: App.t("Show a warning first and clean only when you confirm.",
+                        "Erst warnen und nur nach Bestätigung bereinigen.")
+            checked: App.state.askBeforeCleaningEnabled
+            onSwitched: on => App.state.askBeforeCleaningEnabled = on
         }
         FormSwitch {
-            label: root.t("Start at Login", "Beim Login starten")
-            note: root.t("Available in the bundled signed app.", "Verfügbar in der signierten App.")
-            problem: root.appState.lastError
-            checked: root.appState.launchAtLoginEnabled
-            onSwitched: on => root.appState.launchAtLoginEnabled = on
+            label: App.t("Start at Login", "Beim Login starten")
+            note: App.t("Available in the bundled signed app.", "Verfügbar in der signierten App.")
+            problem: App.state.lastError
+            checked: App.state.launchAtLoginEnabled
+            onSwitched: on => App.state.launchAtLoginEnabled = on
         }
         FormRow {
-            note: root.t("Use this if the Velmora icon was hidden or removed from the menu bar.",
-                         "Nutze das, wenn das Velmora-Icon ausgeblendet oder aus der Menüleiste entfernt wurde.")
+            note: App.t("Use this if the Velmora icon was hidden or removed from the menu bar.",
+                        "Nutze das, wenn das Velmora-Icon ausgeblendet oder aus der Menüleiste entfernt wurde.")
 
             SystemButton {
-                text: root.t("Show Menu Bar Icon", "Menüleisten-Icon anzeigen")
-                onClicked: root.notifications.post("VelmoraRestoreMenuBarIcon")
+                text: App.t("Show Menu Bar Icon", "Menüleisten-Icon anzeigen")
+                onClicked: root.notifications.post(root.notifications.restoreMenuBarIcon)
             }
         }
     }
     FormSection {
-        title: root.t("Language", "Sprache")
+        title: App.t("Language", "Sprache")
 
         FormRow {
-            label: root.t("App language", "App-Sprache")
+            label: App.t("App language", "App-Sprache")
 
             SegmentedPicker {
-                label: root.t("App language", "App-Sprache")
-                titles: [root.t("System", "System"), root.t("English", "Englisch"), root.t("German", "Deutsch")]
-                currentIndex: root.appState.language
-                onChosen: index => root.appState.language = index
+                label: App.t("App language", "App-Sprache")
+                values: LocalizedStrings.languages
+                titles: values.map(named => LocalizedStrings.languageName(named, App.state.language))
+                current: App.state.language
+                onChosen: language => App.state.language = language
             }
         }
     }
     FormSection {
-        title: root.t("Design", "Design")
+        title: App.t("Design", "Design")
 
         FormRow {
-            label: root.t("Theme", "Theme")
+            label: App.t("Theme", "Theme")
 
             SegmentedPicker {
-                label: root.t("Theme", "Theme")
-                titles: [root.t("Aurora", "Aurora"), root.t("Ocean", "Ocean"), root.t("Light", "Hell"),
-                    root.t("Graphite", "Graphit")]
-                currentIndex: root.appState.appTheme
-                onChosen: index => root.appState.appTheme = index
+                label: App.t("Theme", "Theme")
+                values: Surroundings.themes
+                titles: values.map(named => Surroundings.themeName(named, App.state.language))
+                current: App.state.appTheme
+                onChosen: theme => App.state.appTheme = theme
             }
         }
     }
     FormSection {
-        title: root.t("Privacy", "Datenschutz")
+        title: App.t("Privacy", "Datenschutz")
 
         FormSwitch {
-            label: root.t("Share anonymous usage data", "Anonyme Nutzungsdaten teilen")
-            note: root.t("Sends sparse app events only. Links, domains and clipboard contents are never sent.",
-                         "Sendet nur sparsame App-Ereignisse. Links, Domains und Clipboard-Inhalte werden nie gesendet.")
-            checked: root.appState.telemetryEnabled
-            onSwitched: on => root.appState.telemetryEnabled = on
+            label: App.t("Share anonymous usage data", "Anonyme Nutzungsdaten teilen")
+            note: App.t("Sends sparse app events only. Links, domains and clipboard contents are never sent.",
+                        "Sendet nur sparsame App-Ereignisse. Links, Domains und Clipboard-Inhalte werden nie gesendet.")
+            checked: App.state.telemetryEnabled
+            onSwitched: on => App.state.telemetryEnabled = on
         }
     }
     FormSection {
-        title: root.t("Stats", "Statistiken")
+        title: App.t("Stats", "Statistiken")
 
         FormValue {
-            label: root.t("Links cleaned", "Links bereinigt")
-            value: root.appState.totalCleaned.toFixed(0)
+            label: App.t("Links cleaned", "Links bereinigt")
+            value: App.state.totalCleaned.toFixed(0)
         }
         FormValue {
-            label: root.t("Cleaned today", "Heute bereinigt")
-            value: root.appState.cleanedToday.toFixed(0)
+            label: App.t("Cleaned today", "Heute bereinigt")
+            value: App.state.cleanedToday.toFixed(0)
         }
         FormValue {
-            label: root.t("Trackers removed", "Tracker entfernt")
-            value: root.appState.totalTrackersRemoved.toFixed(0)
+            label: App.t("Trackers removed", "Tracker entfernt")
+            value: App.state.totalTrackersRemoved.toFixed(0)
         }
     }
     FormSection {
-        title: root.t("App Info", "App-Info")
+        title: App.t("App Info", "App-Info")
 
         FormValue {
-            label: root.t("Version", "Version")
-            value: root.t("0.1.9", "0.1.9")
+            label: App.t("Version", "Version")
+            value: App.t("0.1.9", "0.1.9")
         }
         FormValue {
-            label: root.t("Build", "Build")
-            value: root.t("10", "10")
+            label: App.t("Build", "Build")
+            value: App.t("10", "10")
         }
         FormValue {
-            label: root.t("Minimum macOS", "Minimum macOS")
-            value: root.t("14.0", "14.0")
+            label: App.t("Minimum macOS", "Minimum macOS")
+            value: App.t("14.0", "14.0")
         }
     }
     FormSection {
-        title: root.t("Updates", "Updates")
+        title: App.t("Updates", "Updates")
 
         FormRow {
-            note: root.updateController.statusText(root.appState.language)
+            note: root.updateController.statusText(App.state.language)
 
             SystemButton {
-                text: root.t("Check for Updates...", "Nach Updates suchen...")
+                text: App.t("Check for Updates...", "Nach Updates suchen...")
                 enabled: root.updateController.canCheckForUpdates
                 onClicked: root.updateController.checkForUpdates()
             }

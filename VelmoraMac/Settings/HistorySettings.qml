@@ -6,12 +6,7 @@ import QtQuick.Templates as T
 Item {
     id: root
 
-    required property AppState appState
-    readonly property bool isEmpty: appState.historyEntries.length === 0
-
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
+    readonly property bool isEmpty: App.state.historyEntries.length === 0
 
     Item {
         id: header
@@ -27,14 +22,14 @@ Item {
             spacing: 2
 
             SystemText {
-                text: root.t("Link History", "Link-Verlauf")
+                text: App.t("Link History", "Link-Verlauf")
                 pointSize: 24
                 font.weight: Font.Bold
                 color: Surroundings.colors.label
                 Accessible.role: Accessible.Heading
             }
             SystemText {
-                text: root.t("Local on this Mac.", "Lokal auf diesem Mac.")
+                text: App.t("Local on this Mac.", "Lokal auf diesem Mac.")
                 color: Surroundings.colors.secondaryLabel
             }
         }
@@ -43,8 +38,8 @@ Item {
                 right: parent.right
                 verticalCenter: parent.verticalCenter
             }
-            text: root.t("Clear History", "Verlauf leeren")
-            onClicked: root.appState.clearHistory()
+            text: App.t("Clear History", "Verlauf leeren")
+            onClicked: App.state.clearHistory()
         }
     }
     Column {
@@ -60,14 +55,14 @@ Item {
         }
         SystemText {
             anchors.horizontalCenter: parent.horizontalCenter
-            text: root.t("No cleaned links yet", "Noch keine Links")
+            text: App.t("No cleaned links yet", "Noch keine Links")
             pointSize: 18
             font.weight: Font.DemiBold
             color: Surroundings.colors.label
         }
         SystemText {
             anchors.horizontalCenter: parent.horizontalCenter
-            text: root.t("Cleaned links appear here.", "Bereinigte Links erscheinen hier.")
+            text: App.t("Cleaned links appear here.", "Bereinigte Links erscheinen hier.")
             color: Surroundings.colors.secondaryLabel
         }
     }
@@ -87,14 +82,13 @@ Item {
         spacing: 4
         bottomMargin: 16
         boundsBehavior: Flickable.StopAtBounds
-        model: root.appState.historyEntries
+        model: App.state.historyEntries
         delegate: HistoryEntryRow {
             required property cleanHistoryEntry modelData
 
             objectName: "historyRow"
             width: list.width
             entry: modelData
-            appState: root.appState
         }
 
         T.ScrollBar.vertical: SlimScrollBar {

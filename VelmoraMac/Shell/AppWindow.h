@@ -15,10 +15,9 @@ public:
     [[nodiscard]] virtual bool isVisible() const = 0;
     // Moves it to the middle of the main screen's work area.
     virtual void centre() = 0;
-    // Shows it above the other applications' windows, on the desktop the user is looking at, with the
-    // keyboard.
+    // Shows it above other applications' windows, on the current desktop, with the keyboard focus.
     virtual void bringToFront() = 0;
-    // Shows it where it is and leaves the keyboard to whoever has it.
+    // Shows it at its position without taking the keyboard focus.
     virtual void showQuietly() = 0;
 };
 

@@ -2,7 +2,7 @@
 
 #include <VelmoraMac/State/AppTypes.h>
 
-// Opens the settings window. Held weakly by its users.
+// Opens the settings window. Its users hold a weak pointer.
 class AppWindowPresenting {
 public:
     virtual ~AppWindowPresenting() = default;

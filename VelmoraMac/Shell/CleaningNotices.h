@@ -4,12 +4,12 @@
 
 #include <functional>
 
-// How the clipboard pipeline speaks to the user.
+// The messages of the clipboard pipeline to the user.
 class CleaningNotices {
 public:
     virtual ~CleaningNotices() = default;
-    // Says that `result` was written to the clipboard.
+    // Shows that `result` was written to the clipboard.
     virtual void show(const CleaningResult &result) = 0;
-    // Offers to write `result`; `cleanAction` does it, if and when the user agrees.
+    // Offers to write `result`; `cleanAction` is called when the user agrees.
     virtual void showTrackerWarning(const CleaningResult &result, std::function<void()> cleanAction) = 0;
 };

@@ -10,13 +10,13 @@
 
 enum class FrameChange {
     atOnce,
-    animated, // The window follows within a fraction of a second; `frame` tells the final frame at once.
+    animated, // The window follows within a fraction of a second; `frame` is the final frame at once.
 };
 
 // A borderless window above all others, on every desktop, that never takes the focus.
 //
-// Frames are in points with the origin at the top left of the desktop. Destroying a panel orders it out; a
-// handler of its view's requests may do that.
+// Frames are in points with the origin at the top left of the desktop. Destroying a panel removes it from the
+// screen; a handler of its view's requests may do that.
 class Panel {
 public:
     virtual ~Panel() = default;
@@ -25,15 +25,15 @@ public:
     [[nodiscard]] virtual bool isVisible() const = 0;
     virtual void orderFront() = 0;
     virtual void orderOut() = 0;
-    // What `PointerMonitor` calls this window.
+    // The window in PointerMonitor::Press.
     [[nodiscard]] virtual quintptr windowId() const = 0;
 };
 
 struct PanelOptions {
     QSize size;
-    // A panel that does not accept the mouse lets every click through to what lies below.
+    // A panel that does not accept the mouse passes every click to the window below.
     bool acceptsMouse = true;
-    // Of the panel's own shape, where the desktop cannot blend windows.
+    // Of the panel's shape, where the desktop does not composite windows.
     int cornerRadius = 0;
     // Called when the panel has the keyboard and the user presses Escape.
     std::function<void()> cancelled;

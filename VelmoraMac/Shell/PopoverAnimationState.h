@@ -3,7 +3,7 @@
 #include <QObject>
 #include <qqmlintegration.h>
 
-// Tells the popover view when to play its closing animation.
+// Starts the popover view's closing animation.
 class PopoverAnimationState : public QObject {
     Q_OBJECT
     QML_ELEMENT

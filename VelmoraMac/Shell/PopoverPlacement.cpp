@@ -18,11 +18,11 @@ Side sideOf(const QRect &anchor, const QRect &workArea)
         return Side::rightOf;
     if (icon.x() > workArea.right())
         return Side::leftOf;
-    // The desktop keeps no place free for this icon's panel: go where there is more room.
+    // The icon lies inside the work area: choose the side with more room.
     return icon.y() <= workArea.center().y() ? Side::below : Side::above;
 }
 
-// The later limit wins: what is too large sticks to the far margin.
+// `most` wins over `least`: what is too large is aligned to the far margin.
 int between(int value, int least, int most)
 {
     return std::min(std::max(value, least), most);
@@ -49,7 +49,7 @@ QRect popoverFrame(const QRect &anchor, const QRect &workArea, QSize size)
     }
     const QRect inside = workArea.adjusted(margin, margin, -margin, -margin);
     frame.moveLeft(between(frame.left(), inside.left(), inside.right() + 1 - size.width()));
-    // Too tall a panel keeps its top in sight.
+    // A panel that is too tall keeps its top on screen.
     frame.moveTop(std::max(std::min(frame.top(), inside.bottom() + 1 - size.height()), inside.top()));
     return frame;
 }

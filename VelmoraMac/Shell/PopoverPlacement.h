@@ -3,6 +3,6 @@
 #include <QRect>
 #include <QSize>
 
-// Where a popover of `size` stands for the icon at `anchor`: below it, centred, 8 points apart and 8 points
+// The frame of a popover of `size` for the icon at `anchor`: below it, centred, 8 points apart and 8 points
 // inside the work area; for an icon at another edge of the screen on the side that faces the work area.
 [[nodiscard]] QRect popoverFrame(const QRect &anchor, const QRect &workArea, QSize size);

@@ -6,7 +6,7 @@
 #include <QVariantList>
 #include <qqmlintegration.h>
 
-// The status item's menu as its view sees it, with the entry under the pointer or the arrow keys.
+// The status item's menu as a model for its view, with the entry selected by pointer or arrow keys.
 class StatusMenuModel : public QObject {
     Q_OBJECT
     QML_ELEMENT

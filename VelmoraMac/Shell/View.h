@@ -7,9 +7,9 @@
 #include <functional>
 #include <vector>
 
-// A screen of the application, described for whoever shows it.
+// A screen of the application, described for the factory that shows it.
 struct View {
-    // What the view asks for: the name of one of its signals without arguments, and what to do about it.
+    // A signal of the view without arguments, and its handler.
     struct Request {
         QByteArray signal;
         std::function<void()> handler;

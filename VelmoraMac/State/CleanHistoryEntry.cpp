@@ -45,8 +45,7 @@ bool read(const QJsonValue &value, QUuid &id)
 
 bool read(const QJsonValue &value, qint64 &number)
 {
-    // Of two different defaults at most one can be the stored number itself: both answers agree only for
-    // integers.
+    // Of two different defaults at most one can be the stored number itself: both answers agree only for integers.
     number = value.toInteger(0);
     return value.isDouble() && value.toInteger(1) == number;
 }

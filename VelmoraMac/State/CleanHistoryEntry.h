@@ -37,6 +37,5 @@ public:
 
 // The stored form of a history: a JSON array with one object per entry.
 [[nodiscard]] QByteArray historyToJson(const QList<CleanHistoryEntry> &entries);
-// Nothing when the text is no such array, or when a single field of a single entry is missing or of the wrong
-// type.
+// Nothing when the text is no such array, or when a single field of a single entry is missing or of the wrong type.
 [[nodiscard]] std::optional<QList<CleanHistoryEntry>> historyFromJson(const QByteArray &json);

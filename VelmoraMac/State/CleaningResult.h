@@ -9,7 +9,7 @@
 
 // What a cleaning did to a copied text, in the application's text form. A plain value.
 //
-// The values of removed parameters stay in the engine: nothing here shows, counts or keeps them.
+// The values of removed parameters are not part of it: nothing shows, counts or stores them.
 struct CleaningResult {
     Q_GADGET
     QML_VALUE_TYPE(cleaningResult)

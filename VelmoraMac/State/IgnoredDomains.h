@@ -5,8 +5,8 @@
 #include <set>
 #include <string>
 
-// The user's list of domains that are never cleaned, as typed: one entry a line. Nothing but line breaks
-// separates entries, and nothing is repaired: a scheme, a path or a comma stays part of the entry.
+// The user's list of domains that are never cleaned, as typed: one entry per line. Only line breaks separate
+// entries, and entries are not corrected: a scheme, a path or a comma stays part of the entry.
 namespace IgnoredDomains {
 
 // The entries, trimmed and in lower case, as UTF-8.

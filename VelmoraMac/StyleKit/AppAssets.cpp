@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int emptySide = 32;
-constexpr int symbolSide = 64; // Of a symbol that stands in for a picture of no given size.
+constexpr int symbolSide = 64; // Of a symbol in place of a picture without a size.
 
 QString &resourceFolder()
 {

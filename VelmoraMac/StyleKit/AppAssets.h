@@ -12,11 +12,10 @@ namespace AppAssets {
 
 struct Picture {
     QImage image;
-    QString accessibilityDescription; // Only where the symbol stands in for a missing picture.
+    QString accessibilityDescription; // Only for a symbol in place of a missing picture.
 };
 
-// Where the first two places are; empty when there is no bundle. Set by the composition root before any view
-// is made.
+// Where the first two places are; empty when there is no bundle. Set by the composition root before any view is made.
 void setResourceFolder(const QString &folder);
 
 // The picture `name`, fitted into a square of `pixels` by `pixels`. Zero: as large as it was drawn.

@@ -3,17 +3,17 @@
 #include <QColor>
 #include <QList>
 
-// How well a text can be told from its ground, as the Web Content Accessibility Guidelines reckon it.
+// The contrast of a text and its background, as the Web Content Accessibility Guidelines (WCAG 2) define it.
 namespace Contrast {
 
-// The colour that is seen where a translucent `upper` lies over an opaque `ground`.
+// A translucent `upper` blended over an opaque `ground` (source over).
 [[nodiscard]] QColor over(const QColor &upper, const QColor &ground);
 
 // From 1 (the same) to 21 (black on white). `text` may be translucent, `ground` is opaque.
 [[nodiscard]] double ratio(const QColor &text, const QColor &ground);
 
-// `text` itself, or the nearest shade of it, darker or lighter and denser, whose ratio reaches `wanted` on
-// each of `grounds`; black or white where none does.
+// `text`, or the nearest darker or lighter and more opaque shade of it whose ratio reaches `wanted` on each of
+// `grounds`; black or white where none does.
 [[nodiscard]] QColor legible(const QColor &text, const QList<QColor> &grounds, double wanted);
 
 } // namespace Contrast

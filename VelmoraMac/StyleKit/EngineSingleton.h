@@ -3,8 +3,7 @@
 #include <QQmlComponent>
 #include <QQmlEngine>
 
-// The one object of the QML singleton `name` of this module in `engine`. Null only while the module is not
-// linked in.
+// The QML singleton `name` of this module in `engine`. Null only when the module is not linked in.
 template<typename Singleton>
 [[nodiscard]] Singleton *engineSingleton(QQmlEngine &engine, const char *name)
 {

@@ -1,17 +1,18 @@
 import QtQuick
 import VelmoraMac
 
-// The popover's panel: a rounded backdrop over the theme's material that grows from a small form to the whole item.
+// The popover's panel: a rounded backdrop over the theme's material that grows from a smaller shape to the whole item.
 PremiumBackground {
     id: root
 
     property bool expanded: false
     property real response: 0.28
     property real dampingFraction: 0.84
-    // 0 in the small form, 1 when expanded; a little more on the way.
+    // 0 in the small shape, 1 when expanded; a little more while the spring overshoots.
     readonly property real progress: morph.value
     readonly property real small: Surroundings.reducedMotion ? 0 : 1 - progress
 
+    themePalette: Surroundings.palette
     cornerRadius: 30
     material: Surroundings.material(themePalette)
     cover: themePalette.materialOpacity

@@ -1,7 +1,7 @@
 import QtQuick
 import VelmoraMac
 
-// The gradient of a theme under two glows that never stop moving slowly.
+// The gradient of a theme under two slowly moving glows.
 Backdrop {
     id: root
 

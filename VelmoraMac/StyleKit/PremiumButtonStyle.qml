@@ -1,9 +1,8 @@
 import QtQuick
 import VelmoraMac
-import QtQuick.Templates as T
 
 // A button on a themed panel.
-T.Button {
+PressButton {
     id: root
 
     enum Kind {
@@ -12,7 +11,6 @@ T.Button {
         Ghost
     }
 
-    required property velmoraThemePalette themePalette
     property int kind: PremiumButtonStyle.Secondary
     readonly property real fillOpacity: {
         if (kind === PremiumButtonStyle.Primary)
@@ -21,18 +19,12 @@ T.Button {
             return down ? 0.16 : 0.11;
         return down ? 0.1 : 0.06;
     }
-    readonly property color fill: kind === PremiumButtonStyle.Primary ? themePalette.successAccent
-                                                                      : themePalette.primaryText
+    readonly property color fill: kind === PremiumButtonStyle.Primary ? Surroundings.palette.successAccent
+                                                                      : Surroundings.palette.primaryText
 
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
-    implicitHeight: implicitContentHeight + topPadding + bottomPadding
     horizontalPadding: 12
     verticalPadding: 8
     scale: 1 - 0.03 * press.value
-    Accessible.name: text
-    Accessible.onPressAction: root.clicked()
-    Keys.onReturnPressed: root.clicked()
-    Keys.onEnterPressed: root.clicked()
 
     contentItem: Text {
         text: root.text
@@ -42,11 +34,12 @@ T.Button {
         lineHeight: 15
         lineHeightMode: Text.FixedHeight
         horizontalAlignment: Text.AlignHCenter
-        color: root.kind === PremiumButtonStyle.Primary ? root.themePalette.badgeText : root.themePalette.primaryText
+        color: root.kind === PremiumButtonStyle.Primary ? Surroundings.palette.badgeText
+                                                        : Surroundings.palette.primaryText
     }
     background: Rectangle {
         radius: 13
-        color: Qt.rgba(root.fill.r, root.fill.g, root.fill.b, root.fillOpacity)
+        color: Qt.alpha(root.fill, root.fillOpacity)
         border.color: Qt.rgba(1, 1, 1, 0.1)
 
         FocusRing {

@@ -1,7 +1,7 @@
 import QtQuick
 import VelmoraMac
 
-// Lifts what it holds while the pointer is over it: a little lighter, more colourful and larger.
+// Makes its content a little lighter, more saturated and larger while the pointer is over it.
 Item {
     id: root
 

@@ -1,26 +1,16 @@
 import QtQuick
 import VelmoraMac
-import QtQuick.Templates as T
 
 // A switch on a themed panel: a capsule whose colours are the theme's when it is on.
-T.Switch {
+ToggleSwitch {
     id: root
 
-    required property velmoraThemePalette themePalette
-    // How far the switch is on, 0 to 1 and a little beyond while it swings.
+    // From 0, off, to 1, on; a little beyond while the spring overshoots.
     readonly property real progress: knobMotion.value
-    readonly property color ground: themePalette.primaryText
+    readonly property color ground: Surroundings.palette.primaryText
 
     implicitWidth: 50
     implicitHeight: 28
-    Accessible.name: text
-    Accessible.onPressAction: root.toggleByHand()
-    Accessible.onToggleAction: root.toggleByHand()
-
-    function toggleByHand() {
-        root.toggle();
-        root.toggled();
-    }
 
     indicator: Item {
         width: 50
@@ -29,8 +19,8 @@ T.Switch {
         Rectangle {
             anchors.fill: parent
             radius: 14
-            color: Qt.rgba(root.ground.r, root.ground.g, root.ground.b, root.hovered ? 0.26 : 0.18)
-            border.color: Qt.rgba(root.ground.r, root.ground.g, root.ground.b, 0.18)
+            color: Qt.alpha(root.ground, root.hovered ? 0.26 : 0.18)
+            border.color: Qt.alpha(root.ground, 0.18)
         }
         Rectangle {
             anchors.fill: parent
@@ -41,11 +31,11 @@ T.Switch {
 
                 GradientStop {
                     position: 0
-                    color: root.themePalette.switchColors[0]
+                    color: Surroundings.palette.switchColors[0]
                 }
                 GradientStop {
                     position: 1
-                    color: root.themePalette.switchColors[1]
+                    color: Surroundings.palette.switchColors[1]
                 }
             }
         }

@@ -1,7 +1,7 @@
 import QtQuick
 import VelmoraMac
 
-// Lets what it holds come into view or leave it: from transparent, smaller, shifted and blurred to as it is.
+// Reveals or hides its content: from transparent, smaller, shifted and blurred to its normal look.
 Item {
     id: root
 

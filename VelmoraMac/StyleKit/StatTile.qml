@@ -8,12 +8,11 @@ Rectangle {
     required property string label
     required property double value
     required property color tint
-    required property velmoraThemePalette themePalette
 
     implicitHeight: column.implicitHeight + 18
     radius: 15
-    color: themePalette.cardFill
-    border.color: themePalette.cardStroke
+    color: Surroundings.palette.cardFill
+    border.color: Surroundings.palette.cardStroke
 
     Column {
         id: column
@@ -32,7 +31,7 @@ Rectangle {
             pointSize: 8
             font.weight: Font.DemiBold
             font.letterSpacing: 0.3
-            color: Surroundings.legible(root.themePalette.secondaryText, root.themePalette)
+            color: Surroundings.legible(Surroundings.palette.secondaryText, Surroundings.palette)
             elide: Text.ElideRight
         }
         NumericText {

@@ -1,19 +1,18 @@
 import QtQuick
 import VelmoraMac
 
-// The round seal that says how things stand. It follows the pointer and lights up while `glow` is set.
+// The round status seal. It follows the pointer and lights up while `glow` is set.
 Item {
     id: root
 
     required property string symbolName
-    required property velmoraThemePalette themePalette
-    property color tint: themePalette.successAccent
+    property color tint: Surroundings.palette.successAccent
     property bool glow: false
     property bool compact: false
     // Where the pointer is over the surroundings, -1 to 1 on both axes from their middle.
     property point pointer: Qt.point(0, 0)
     readonly property real side: compact ? 31 : 40
-    readonly property color ringColor: themePalette.primaryText
+    readonly property color ringColor: Surroundings.palette.primaryText
     readonly property real light: Math.max(0, glowMotion.value)
 
     implicitWidth: side
@@ -38,14 +37,14 @@ Item {
         height: width
         radius: width / 2
         color: "transparent"
-        border.color: Qt.rgba(root.ringColor.r, root.ringColor.g, root.ringColor.b, 0.1)
+        border.color: Qt.alpha(root.ringColor, 0.1)
         scale: 1 + 0.025 * root.light
     }
     Rectangle {
         anchors.fill: parent
         radius: width / 2
-        color: Qt.rgba(root.tint.r, root.tint.g, root.tint.b, 0.13 + 0.11 * root.light)
-        border.color: Qt.rgba(root.ringColor.r, root.ringColor.g, root.ringColor.b, 0.22)
+        color: Qt.alpha(root.tint, 0.13 + 0.11 * root.light)
+        border.color: Qt.alpha(root.ringColor, 0.22)
         scale: 1 + 0.035 * root.light
     }
     SymbolImage {

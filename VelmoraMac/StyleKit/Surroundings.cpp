@@ -34,6 +34,7 @@ void Surroundings::setDarkAppearance(bool dark)
         return;
     darkAppearance_ = dark;
     Q_EMIT darkAppearanceChanged();
+    Q_EMIT paletteChanged();
 }
 
 void Surroundings::setReducedMotion(bool reduced)
@@ -44,9 +45,17 @@ void Surroundings::setReducedMotion(bool reduced)
     Q_EMIT reducedMotionChanged();
 }
 
-VelmoraThemePalette Surroundings::palette(Velmora::VelmoraTheme theme, const SystemColors &colors)
+void Surroundings::setTheme(VelmoraTheme theme)
 {
-    return VelmoraThemePalette::of(theme, colors);
+    if (theme == theme_)
+        return;
+    theme_ = theme;
+    Q_EMIT paletteChanged();
+}
+
+QString Surroundings::themeName(VelmoraTheme theme, AppLanguage language)
+{
+    return VelmoraThemePalette::themeName(theme, language);
 }
 
 QColor Surroundings::legible(const QColor &tint, const VelmoraThemePalette &palette)

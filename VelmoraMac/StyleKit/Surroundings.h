@@ -9,9 +9,10 @@
 
 class QQmlEngine;
 
-// What the desktop asks of the views: its appearance and how much may move. One for each QML engine.
+// How the views shall look: the desktop's appearance, how much may move, and the user's theme. One
+// for each QML engine.
 //
-// The composition root sets both and keeps them up to date; the views follow at once.
+// The owner of the engine keeps all three up to date; the views follow at once.
 class Surroundings : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -19,13 +20,17 @@ class Surroundings : public QObject {
     Q_PROPERTY(bool darkAppearance READ darkAppearance WRITE setDarkAppearance NOTIFY darkAppearanceChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
     Q_PROPERTY(SystemColors colors READ colors NOTIFY darkAppearanceChanged)
+    // The colours of the theme under this appearance.
+    Q_PROPERTY(VelmoraThemePalette palette READ palette NOTIFY paletteChanged)
+    // Every VelmoraTheme, in the order in which they are offered.
+    Q_PROPERTY(QList<int> themes READ themes CONSTANT)
 
 public:
     explicit Surroundings(QObject *parent = nullptr);
 
-    // The one of `engine`. Null only while the module is not linked in.
+    // The object of `engine`. Null only when the module is not linked in.
     [[nodiscard]] static Surroundings *in(QQmlEngine &engine);
-    // The one of the engine that made `item`. Null for an object that QML did not create.
+    // The object of the engine that made `item`. Null for an object that QML did not create.
     [[nodiscard]] static Surroundings *of(const QObject *item);
 
     [[nodiscard]] bool darkAppearance() const { return darkAppearance_; }
@@ -39,8 +44,13 @@ public:
 
     [[nodiscard]] SystemColors colors() const { return SystemColors::of(darkAppearance_); }
 
-    // The palette of `theme` on a desktop with these `colors`.
-    Q_INVOKABLE static VelmoraThemePalette palette(Velmora::VelmoraTheme theme, const SystemColors &colors);
+    [[nodiscard]] VelmoraThemePalette palette() const { return VelmoraThemePalette::of(theme_, colors()); }
+
+    void setTheme(Velmora::VelmoraTheme theme);
+
+    [[nodiscard]] static QList<int> themes() { return allValues<Velmora::VelmoraTheme>(); }
+
+    Q_INVOKABLE static QString themeName(Velmora::VelmoraTheme theme, Velmora::AppLanguage language);
     // The opaque material under the theme's backdrop.
     Q_INVOKABLE static QColor material(const VelmoraThemePalette &palette);
     // `tint`, made darker or lighter as far as small text of that colour needs it on the theme's panel.
@@ -53,8 +63,10 @@ public:
 Q_SIGNALS:
     void darkAppearanceChanged();
     void reducedMotionChanged();
+    void paletteChanged();
 
 private:
     bool darkAppearance_ = false;
     bool reducedMotion_ = false;
+    VelmoraTheme theme_ = VelmoraTheme::graphite;
 };

@@ -10,7 +10,7 @@
 
 // One recorded event. A plain value.
 struct TelemetryEnvelope {
-    QString id; // A lower-case UUID of its own: a receiver tells a repeat by it.
+    QString id; // A lower-case UUID: receivers recognise repeated events by it.
     QString name;
     QString installID;
     QDateTime createdAt; // To the second, in UTC.
@@ -29,5 +29,5 @@ struct TelemetryBatch {
 
 // A queue's stored form: a JSON array of envelopes.
 [[nodiscard]] QByteArray queueToJson(const QList<TelemetryEnvelope> &queue);
-// Nothing when the text is no such array or a single envelope in it is not whole.
+// Nothing when the text is no such array or an envelope in it is incomplete.
 [[nodiscard]] std::optional<QList<TelemetryEnvelope>> queueFromJson(const QByteArray &json);

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-// Everything the application may report. What is sent is the wire name, see wireName().
+// The events that the application reports. See wireName() for the names that are sent.
 enum class TelemetryEventName {
     appFirstLaunch,
     appOpened,

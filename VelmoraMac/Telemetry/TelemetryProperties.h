@@ -10,6 +10,5 @@
 // AppState::telemetryProperties().
 [[nodiscard]] TelemetrySink::Properties programProperties(const BundleInfo &bundle);
 
-// The leading number of the operating system's version, else of the kernel's ("12" for "12.5"); "0" without
-// either.
+// The leading number of the operating system's version, else of the kernel's ("12" for "12.5"); "0" without either.
 [[nodiscard]] QString majorVersion(const QString &systemVersion, const QString &kernelVersion);

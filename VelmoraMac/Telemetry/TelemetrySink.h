@@ -7,13 +7,13 @@
 
 class AppState;
 
-// Where events go. State and controllers know nothing of queues and networks.
+// Takes events. State and controllers need to know neither queue nor network.
 class TelemetrySink {
 public:
     using Properties = QMap<QString, QString>;
 
     virtual ~TelemetrySink() = default;
-    // Reports `event` with `state` as it is now. `extraProperties` replace others of the same name.
+    // Reports `event` with the current `state`. `extraProperties` replace others of the same name.
     virtual void track(TelemetryEventName event, const AppState &state,
                        const Properties &extraProperties = {}) = 0;
 };

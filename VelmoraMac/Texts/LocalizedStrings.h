@@ -7,7 +7,7 @@
 #include <QString>
 #include <qqmlintegration.h>
 
-// Chooses between the two languages of every visible text. Texts stand as pairs where they are used.
+// Chooses between the two languages of every visible text. Texts are written as pairs where they are used.
 class LocalizedStrings : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -16,8 +16,8 @@ class LocalizedStrings : public QObject {
     Q_PROPERTY(QList<int> languages READ languages CONSTANT)
 
 public:
-    // Whose language `AppLanguage::system` follows; English while there is none. Set by the composition root,
-    // which keeps `source` alive.
+    // The language that `AppLanguage::system` follows; English while there is none. Set by the composition root;
+    // `source` outlives all use.
     static void setSystemLanguage(const SystemLanguage *source);
 
     // German for the code "de" exactly, English for every other and for none. Never `system`.

@@ -5,7 +5,7 @@
 
 #include <QString>
 
-// The words of the update window for one step. A button without a title is not there.
+// The texts of the update window for one step. A button without a title is hidden.
 struct UpdateTexts {
     QString headline;
     QString message;

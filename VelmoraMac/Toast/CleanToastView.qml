@@ -1,28 +1,24 @@
 import QtQuick
 import VelmoraMac
 
-// The notice that a copied link was cleaned, or with a clean button the warning that it holds trackers.
+// The toast that says that a copied link was cleaned, or with a button warns that it has trackers.
 //
 // The host shows it in a borderless translucent window of 342 by 86 points, 342 by 118 with the button. It plays its
-// entrance when it is created. `cleanRequested()` is sent for every press of the button.
+// entrance when it is created. `cleanRequested()` is emitted for every press of the button.
 Item {
     id: root
 
-    required property AppState appState
     required property cleaningResult result
     // Whether there is something to decide: shows the button.
     required property bool offersCleaning
 
     signal cleanRequested
 
-    readonly property string title: offersCleaning ? t("Trackers found", "Tracker gefunden") : t("Cleaned", "Bereinigt")
-    readonly property string subtitle: LocalizedStrings.removedCount(result.removedCount, appState.language)
+    readonly property string title: offersCleaning ? App.t("Trackers found", "Tracker gefunden")
+                                                   : App.t("Cleaned", "Bereinigt")
+    readonly property string subtitle: LocalizedStrings.removedCount(result.removedCount, App.state.language)
     property bool entered: false
     property bool shine: false
-
-    function t(english: string, german: string): string {
-        return LocalizedStrings.choose(english, german, appState.language);
-    }
 
     implicitWidth: 342
     implicitHeight: offersCleaning ? 118 : 86
@@ -85,7 +81,7 @@ Item {
                     active: root.offersCleaning
                     visible: active
                     sourceComponent: ToastButton {
-                        text: root.t("Clean Link", "Link bereinigen")
+                        text: App.t("Clean Link", "Link bereinigen")
                         onClicked: root.cleanRequested()
                     }
                 }

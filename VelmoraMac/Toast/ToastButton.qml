@@ -1,22 +1,15 @@
 import QtQuick
 import VelmoraMac
-import QtQuick.Templates as T
 
 // The warning's prominent button.
-T.Button {
+PressButton {
     id: root
 
     readonly property color labelColor: Qt.rgba(1, 1, 1, 0.66)
 
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
-    implicitHeight: implicitContentHeight + topPadding + bottomPadding
     horizontalPadding: 9
     verticalPadding: 4
     topInset: 3
-    Accessible.name: text
-    Accessible.onPressAction: root.clicked()
-    Keys.onReturnPressed: root.clicked()
-    Keys.onEnterPressed: root.clicked()
 
     contentItem: Row {
         topPadding: 3

@@ -1,7 +1,7 @@
 import QtQuick
 import VelmoraMac
 
-// The application's icon over a mint glow that breathes.
+// The application's icon over a pulsing mint glow.
 Item {
     id: root
 

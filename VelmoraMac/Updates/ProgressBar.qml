@@ -1,7 +1,7 @@
 import QtQuick
 import VelmoraMac
 
-// A thin bar: filled as far as `progress` says, or with a piece that wanders while that is negative.
+// A progress bar: filled up to `progress`, or indeterminate with a moving piece while that is negative.
 Rectangle {
     id: root
 
@@ -18,15 +18,15 @@ Rectangle {
     Rectangle {
         id: fill
 
-        property real wander
+        property real position
 
         height: parent.height
         radius: parent.radius
         color: Surroundings.colors.blue
         width: root.progress < 0 ? root.width / 4 : root.width * Math.min(1, root.progress)
-        x: root.progress < 0 ? (root.width - width) * wander : 0
+        x: root.progress < 0 ? (root.width - width) * position : 0
 
-        SequentialAnimation on wander {
+        SequentialAnimation on position {
             running: root.visible && root.progress < 0
             loops: Animation.Infinite
 

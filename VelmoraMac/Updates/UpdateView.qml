@@ -8,7 +8,7 @@ Rectangle {
 
     required property UpdateWindow updateWindow
 
-    // Too narrow for all buttons in one row: the one that skips stands above the others.
+    // Too narrow for all buttons in one row: the skip button is above the others.
     readonly property bool stacksButtons: skip.visible && skip.width + buttons.width + 60 > width
 
     implicitWidth: 500

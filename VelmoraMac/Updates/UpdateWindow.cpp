@@ -16,7 +16,7 @@ void UpdateWindow::show(const UpdateReport &report, Attention attention)
     report_ = report;
     Q_EMIT changed();
     if (window_) {
-        // Closed while there was nothing to answer: now there is.
+        // The user closed it during a step without an answer; this step asks for one.
         if (!window_->isVisible() && !isWorking())
             window_->showQuietly();
         return;

@@ -8,8 +8,7 @@
 #include <QObject>
 #include <qqmlintegration.h>
 
-// The one window of the updater: what it shows, and the answers given in it. The window exists while
-// something is on show.
+// The window of the updater: the current report and the user's answers. The window exists while a report is on show.
 class UpdateWindow : public QObject, public UpdateUserDriver {
     Q_OBJECT
     QML_ELEMENT
@@ -43,12 +42,12 @@ public:
 
     [[nodiscard]] QString skipTitle() const { return texts().skip; }
 
-    // Whether something goes on that shows a bar.
+    // Whether the step shows a progress bar.
     [[nodiscard]] bool isWorking() const;
-    // From 0 to 1; negative while nobody knows how far it is.
+    // From 0 to 1; negative while it is not known.
     [[nodiscard]] double progress() const;
 
-    // The user's answers; those that have no button for the present step are no answers.
+    // The user's answers; those without a button in the current step are ignored.
     Q_INVOKABLE void accept();
     Q_INVOKABLE void close(); // Also the window's own close button.
     Q_INVOKABLE void skip();

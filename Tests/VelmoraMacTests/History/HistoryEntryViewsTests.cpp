@@ -20,9 +20,7 @@ class HistoryEntryViewsTests : public QObject {
 
     static QQuickItem *showRow(Stage &stage, const CleanHistoryEntry &entry)
     {
-        return stage.show(u"History/HistoryEntryRow"_s,
-                          {{u"appState"_s, QVariant::fromValue(stage.state.get())},
-                           {u"entry"_s, QVariant::fromValue(entry)}},
+        return stage.show(u"History/HistoryEntryRow"_s, {{u"entry"_s, QVariant::fromValue(entry)}},
                           {590, 210});
     }
 

@@ -8,7 +8,6 @@
 #include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
-
 using namespace std::chrono_literals;
 
 class AnimationClockTests : public QObject {
@@ -134,17 +133,17 @@ private Q_SLOTS:
         QQmlEngine engine;
         engine.addImportPath(u"qrc:/qt/qml"_s);
         AnimationClock &real = *AnimationClock::in(engine);
-        int beats = 0;
-        connect(&real, &AnimationClock::beat, this, [&beats] { ++beats; });
+        int ticks = 0;
+        connect(&real, &AnimationClock::ticked, this, [&ticks] { ++ticks; });
 
         bool ran = false;
         real.after(1ms, [&ran] { ran = true; });
         QTRY_VERIFY(ran);
         QCoreApplication::processEvents();
-        const int before = beats;
+        const int before = ticks;
         QTest::qWait(60); // Some frames long: nothing to await is the point.
 
-        QCOMPARE(beats, before);
+        QCOMPARE(ticks, before);
     }
 };
 

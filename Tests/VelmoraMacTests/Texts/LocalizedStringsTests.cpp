@@ -59,8 +59,10 @@ private Q_SLOTS:
         QCOMPARE(LocalizedStrings::removedCount(1234567, AppLanguage::german), u"1234567 entfernt"_s);
     }
 
-    void languagesAndThemesAreNamedInTheChosenLanguage()
+    void languagesAreOfferedInTheirOrderAndNamedInTheChosenLanguage()
     {
+        QCOMPARE(LocalizedStrings::languages(),
+                 QList<int>({int(AppLanguage::system), int(AppLanguage::english), int(AppLanguage::german)}));
         const auto english = AppLanguage::english;
         const auto german = AppLanguage::german;
         QCOMPARE(LocalizedStrings::languageName(AppLanguage::system, german), u"System"_s);

@@ -1,0 +1,12 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// What every button does: it is pressed by keys and assistive tools too, and is as large as what it shows.
+T.Button {
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    Accessible.name: text
+    Accessible.onPressAction: clicked()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+}

@@ -1,0 +1,14 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// What every switch does: assistive tools toggle it as its user does.
+T.Switch {
+    Accessible.name: text
+    Accessible.onPressAction: toggleByUser()
+    Accessible.onToggleAction: toggleByUser()
+
+    function toggleByUser() {
+        toggle();
+        toggled();
+    }
+}
