@@ -104,7 +104,7 @@ class Arrows(unittest.TestCase):
 
 class TestsListed(unittest.TestCase):
     def test_a_test_that_nothing_builds_is_reported(self):
-        result = run("check-tests-listed", {"Tests/A/CMakeLists.txt": "velmora_qt_test(OneTests unit)\n",
+        result = run("check-tests-listed", {"Tests/A/CMakeLists.txt": "velmora_tests(Tests unit\n  OneTests\n)\n",
                                             "Tests/A/OneTests.cpp": "", "Tests/A/TwoTests.cpp": ""})
         self.assertEqual(result.returncode, 1)
         self.assertIn("Tests/A/TwoTests.cpp", result.stderr)

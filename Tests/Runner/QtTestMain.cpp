@@ -1,5 +1,4 @@
-// The entry of every program of Qt tests. Usage: PROGRAM CLASS [an option or a function's name, as Qt Test
-// takes them]...
+// The entry of every program of tests with Qt. Usage: PROGRAM CLASS [FUNCTION or option of Qt Test]...
 
 #include "RegisteredTest.h"
 
