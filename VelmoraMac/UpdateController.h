@@ -24,9 +24,7 @@ public:
     // Reads the configuration once; with a complete one makes the updater, which starts at once.
     UpdateController(const BundleInfo &bundle, const MakeUpdater &makeUpdater, QObject *parent = nullptr);
 
-    // Null without a complete update configuration, until the end of the process.
-    [[nodiscard]] Updater *updaterController() const { return updaterController_.get(); }
-
+    // False without a complete update configuration, until the end of the process.
     [[nodiscard]] bool hasUpdater() const { return updaterController_ != nullptr; }
 
     // False without an updater.

@@ -88,7 +88,6 @@ private Q_SLOTS:
         const UpdateController controller(bundle_, factory());
 
         QCOMPARE(controller.hasUpdater(), exists);
-        QCOMPARE(controller.updaterController() != nullptr, exists);
         QCOMPARE(controller.canCheckForUpdates(), exists);
         QCOMPARE(made_.size(), exists ? 1 : 0);
     }
