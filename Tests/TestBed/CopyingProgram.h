@@ -21,8 +21,7 @@ public:
     // `size` times the same letter.
     std::optional<std::chrono::nanoseconds> copyFilled(qsizetype size);
     void release();
-    // Waits until another program has taken the clipboard: the time, or nothing when it takes longer than
-    // `limit`.
+    // Waits until another program has taken the clipboard: the time, or nothing when it takes longer than `limit`.
     std::optional<std::chrono::nanoseconds> waitUntilLost(std::chrono::milliseconds limit);
     // The targets (ICCCM) that others have requested of the current copy so far.
     [[nodiscard]] QList<QByteArray> asked();

@@ -8,8 +8,7 @@
 // The secret half of the update key, kept in a file of its own that only its owner can read.
 class SigningKey {
 public:
-    // Generates a new key pair and writes it to `path`, which must not exist. Nothing, and no file, on
-    // failure.
+    // Generates a new key pair and writes it to `path`, which must not exist. Nothing, and no file, on failure.
     [[nodiscard]] static std::optional<SigningKey> create(const QString &path, QString &problem);
     // `problem` names file and line of what is wrong.
     [[nodiscard]] static std::optional<SigningKey> read(const QString &path, QString &problem);

@@ -11,9 +11,8 @@
 
 class LocalInstance;
 
-// One instance per session. With a session bus, the first process owns the application's bus name and a
-// second start activates it; without a bus, a lock file and a local socket that only the user can open do the
-// same.
+// One instance per session. With a session bus, the first process owns the application's bus name and a second start
+// activates it; without a bus, a lock file and a local socket that only the user can open do the same.
 class LinuxApplicationInstance : public QObject, public ApplicationInstance {
     Q_OBJECT
 
@@ -23,8 +22,8 @@ public:
     ~LinuxApplicationInstance() override;
 
     [[nodiscard]] Role claim() override;
-    // As `claim`, when the first instance is known to be ending: queues for its bus name, and does not ask it
-    // to re-open.
+    // As `claim`, when the first instance is known to be ending: queues for its bus name, and does not
+    // ask it to re-open.
     [[nodiscard]] Role claimWhenReleased();
     void setReopenHandler(ReopenHandler handler) override;
 

@@ -7,8 +7,7 @@
 // Start at login by a desktop entry in $XDG_CONFIG_HOME/autostart.
 class AutostartLoginItem final : public LoginItem {
 public:
-    // The entry is `folder`/`identifier`.desktop and starts `program`; `folder` is created when it is
-    // missing.
+    // The entry is `folder`/`identifier`.desktop and starts `program`; `folder` is created when it is missing.
     AutostartLoginItem(QString folder, QString identifier, QString program);
 
     // An existing entry is replaced atomically, when the new one is completely written.

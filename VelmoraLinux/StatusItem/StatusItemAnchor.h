@@ -16,8 +16,7 @@ struct ScreenFrame {
 // corner or send zeros.
 [[nodiscard]] bool isClickPosition(QPoint hint, const std::optional<ScreenFrame> &screenOfHint);
 
-// The area to place a popover at: the panel's whole thickness when the click is in a panel, otherwise the
-// point.
+// The area to place a popover at: the panel's whole thickness when the click is in a panel, otherwise the point.
 [[nodiscard]] QRect anchorAround(QPoint click, const ScreenFrame &screen);
 
 // The frame of a tooltip of `size` for `icon`: beside the icon, inside the work area.

@@ -12,8 +12,7 @@
 
 class TipWindow;
 
-// The tooltip of an icon whose panel shows none: one line of text beside the icon while the pointer hovers
-// over it.
+// The tooltip of an icon whose panel shows none: one line of text beside the icon while the pointer hovers over it.
 class StatusItemTip : public QObject {
     Q_OBJECT
 

@@ -21,8 +21,7 @@ public:
     virtual ~Downloader() = default;
     // `done` runs once, unless cancelled.
     virtual void fetch(const QUrl &url, qint64 limit, BytesDone done) = 0;
-    // Writes to `path`, a new file that only the user can read. A failed or cancelled transfer leaves no
-    // file.
+    // Writes to `path`, a new file that only the user can read. A failed or cancelled transfer leaves no file.
     virtual void fetchToFile(const QUrl &url, qint64 limit, const QString &path, Progress progress,
                              FileDone done) = 0;
     // Aborts the current transfer; neither its `progress` nor its `done` is called any more.

@@ -11,10 +11,9 @@
 
 // Replaces the running process by one of a newly installed version.
 //
-// The new process is started with one end of a socket pair. Once it is able to run it sends its version over
-// the socket, then waits until the other end is closed, which happens when this process ends; only then it
-// claims what only one process can own. So a version that cannot start is noticed while the old one still
-// runs.
+// The new process is started with one end of a socket pair. Once it is able to run it sends its version over the
+// socket, then waits until the other end is closed, which happens when this process ends; only then it claims what
+// only one process can own. So a version that cannot start is noticed while the old one still runs.
 class Handover {
 public:
     using Done = std::function<void(UpdateOutcome problem)>;
@@ -49,9 +48,8 @@ public:
                                                                          const char *const *arguments);
     ~HandoverReceiver();
 
-    // Reports that this process can run and is `version`, and waits until the old one has ended; at most half
-    // a minute. To be called before anything is claimed that only one process can own, and before any window
-    // is shown.
+    // Reports that this process can run and is `version`, and waits until the old one has ended; at most half a
+    // minute. To be called before anything is claimed that only one process can own, and before any window is shown.
     void takeOver(const QString &version);
 
 private:

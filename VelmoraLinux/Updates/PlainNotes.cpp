@@ -13,8 +13,7 @@ QRegularExpression anyCase(const QString &pattern)
                                            QRegularExpression::DotMatchesEverythingOption);
 }
 
-// The words of `html` with a line break for each tag that starts a line, and character references as they
-// are.
+// The words of `html` with a line break for each tag that starts a line, and character references as they are.
 QString withoutTags(QString html)
 {
     html.replace(anyCase(u"<!--.*?(-->|$)"_s), {});

@@ -18,8 +18,7 @@ public:
     // `installation` is not managed.
     explicit Replacement(Installation installation);
 
-    // Unpacks `archive` beside the installed version and makes sure that it is version `version` of this
-    // program.
+    // Unpacks `archive` beside the installed version and makes sure that it is version `version` of this program.
     [[nodiscard]] UpdateOutcome prepare(VerifiedArchive &archive, const QString &version) const;
     // The prepared version takes the installed one's place, and the other way round when called again.
     [[nodiscard]] UpdateOutcome exchange() const;

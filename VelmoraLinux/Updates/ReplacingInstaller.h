@@ -9,8 +9,7 @@
 #include <QObject>
 #include <QThreadPool>
 
-// Installs by replacing this copy and handing over to the new version. Disk operations run in a second
-// thread.
+// Installs by replacing this copy and handing over to the new version. Disk operations run in a second thread.
 class ReplacingInstaller : public UpdateInstaller {
 public:
     // Downloads go to `folder`, which is created with mode 0700.

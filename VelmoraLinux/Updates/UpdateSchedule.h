@@ -10,10 +10,9 @@
 
 // When to check for updates automatically.
 //
-// At the first launch nothing happens; at the second the user is asked, and nothing is checked before the
-// answer. From then on a check is due one interval after the last one, whether that was scheduled or
-// requested. The time of the last check is stored in wall-clock time, so time in suspend or switched off
-// counts.
+// At the first launch nothing happens; at the second the user is asked, and nothing is checked before the answer.
+// From then on a check is due one interval after the last one, whether that was scheduled or requested. The time of
+// the last check is stored in wall-clock time, so time in suspend or switched off counts.
 class UpdateSchedule {
 public:
     struct Actions {

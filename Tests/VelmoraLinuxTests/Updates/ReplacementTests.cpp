@@ -21,8 +21,7 @@ namespace {
 const QByteArray oldProgram = "#!/bin/sh\necho old\n";
 const QByteArray newProgram = "#!/bin/sh\necho new\n";
 
-// Runs `work` in a process of its own and kills that before its `count`th system call. False when it ended by
-// itself.
+// Runs `work` in a process of its own and kills that before its `count`th system call. False when it ended by itself.
 bool killedAtSystemCall(int count, const std::function<void()> &work)
 {
     const pid_t child = fork();
