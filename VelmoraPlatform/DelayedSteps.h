@@ -23,8 +23,7 @@ public:
 
     void startOver() { generation_ = std::make_shared<char>(); }
 
-    // `callable`, with the same arguments, for somebody who may call it at any time: in a later round, and
-    // after the end of this object, it does nothing.
+    // `callable` with the same arguments, which does nothing after startOver() and after the end of this object.
     template<typename Callable>
     [[nodiscard]] auto guarded(Callable callable) const
     {

@@ -20,7 +20,7 @@ public:
     virtual void makePanel(QWindow &window, const PanelTraits &traits) = 0;
     // Moves a panel, shown or not. In points, origin at the top left of the desktop.
     virtual void place(QWindow &panel, const QRect &frame) = 0;
-    // Whether what lies below shows through a panel's translucent pixels. Panels are cut to their shape if not.
+    // Whether the desktop composites translucent windows. If not, panels are clipped to their shape.
     [[nodiscard]] virtual bool blendsWindows() const = 0;
     // Puts `window`, which is shown, above the other applications' windows on the desktop the user is looking
     // at, and gives it the keyboard.

@@ -9,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Panels in memory. What happened to a panel can still be read when it is gone.
+// Panels in memory. The record of a panel stays when the panel is destroyed.
 class FakePanels final : public PanelFactory {
 public:
     struct Record {

@@ -7,7 +7,7 @@
 #include <functional>
 #include <utility>
 
-// Keeps every notice; a test agrees to a warning by calling its action.
+// Records every toast; a test agrees to a warning by calling its action.
 class RecordingNotices final : public CleaningNotices {
 public:
     struct Warning {

@@ -8,7 +8,7 @@
 #include <chrono>
 #include <map>
 
-// A wall clock that stands still until it is set.
+// A wall clock that shows the time that was set.
 class FakeWallClock final : public WallClock {
 public:
     [[nodiscard]] QDateTime now() const override { return now_; }

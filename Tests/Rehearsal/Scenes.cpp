@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto settled = 2000ms; // Everything has come to rest; the backdrop has only begun to drift.
+constexpr auto settled = 2000ms; // All springs are at rest; the backdrop has only begun to drift.
 
 CleaningResult unchangedResult()
 {

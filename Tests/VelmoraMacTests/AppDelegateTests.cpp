@@ -172,7 +172,7 @@ private Q_SLOTS:
     {
         Application app;
         app.delegate->applicationDidFinishLaunching();
-        app.fakes.time.pass(10s); // The launch events are gone.
+        app.fakes.time.pass(10s); // The launch events have been sent.
         const auto before = app.https.requests.size();
         app.delegate->applicationShouldTerminate();
         QCOMPARE(app.events(), QStringList(u"app_quit"_s));

@@ -248,7 +248,7 @@ private Q_SLOTS:
         stage.state->record(shopResult());
         stage.pass(1000ms);
         stage.fakes.time.pass(1s);
-        stage.state->record(shopResult()); // A second one within the glow begins it anew.
+        stage.state->record(shopResult()); // A second one during the glow restarts it.
         stage.pass(1149ms);
         QVERIFY(popover->property("glow").toBool());
         stage.pass(1ms);

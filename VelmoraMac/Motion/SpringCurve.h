@@ -17,7 +17,7 @@ struct SpringCurve {
 
     // The state `seconds` after `start`.
     [[nodiscard]] State at(double seconds, const State &start, double target) const;
-    // Whether `state` cannot be told from `target` by eye; `span` is the length of the whole motion.
+    // Whether the eye sees no difference between `state` and `target`; `span` is the length of the whole motion.
     [[nodiscard]] static bool isAtRest(const State &state, double target, double span);
     bool operator==(const SpringCurve &) const = default;
 };

@@ -2,6 +2,7 @@
 
 #include <VelmoraLinux/Updates/Handover.h>
 
+#include <QList>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -34,7 +35,7 @@ private Q_SLOTS:
     void init()
     {
         folder_ = std::make_unique<QTemporaryDir>();
-        outcome_.reset();
+        outcomes_.clear();
         time_.emplace();
         handover_.emplace(*time_);
     }
@@ -50,7 +51,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, words);
         begin(words + "; cat <&3; echo on >\"$0.alone\"; echo $1 >>\"$0.alone\"\n");
-        QTRY_COMPARE_WITH_TIMEOUT(outcome_, UpdateOutcome(), patience);
+        QTRY_COMPARE_WITH_TIMEOUT(outcomes_, QList<UpdateOutcome>{UpdateOutcome()}, patience);
         handover_.reset();
         QTest::qWait(100);
         QVERIFY(!QFile::exists(program() + u".alone"_s)); // It waits for this process to go.
@@ -73,15 +74,17 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, program);
         begin(program);
-        QTRY_COMPARE_WITH_TIMEOUT(outcome_, UpdateOutcome(UpdateProblem::notStarted), patience);
+        QTRY_COMPARE_WITH_TIMEOUT(outcomes_, QList<UpdateOutcome>{UpdateOutcome(UpdateProblem::notStarted)},
+                                  patience);
     }
 
     void aProgramThatCannotBeStartedIsNoticed()
     {
-        handover_->start(folder_->filePath(u"none"_s), u"2"_s, [this](auto problem) { outcome_ = problem; });
-        QVERIFY(!outcome_); // Reported later, like every result.
+        handover_->start(folder_->filePath(u"none"_s), u"2"_s,
+                         [this](auto problem) { outcomes_.append(problem); });
+        QVERIFY(outcomes_.isEmpty()); // Reported later, like every result.
         time_->pass(1s);
-        QCOMPARE(outcome_, UpdateOutcome(UpdateProblem::notStarted));
+        QCOMPARE(outcomes_, QList<UpdateOutcome>{UpdateOutcome(UpdateProblem::notStarted)});
     }
 
     void aVersionThatSaysNothingIsGivenUpAndEnded()
@@ -91,10 +94,10 @@ private Q_SLOTS:
         const pid_t pid = readFile(program() + u".pid"_s).trimmed().toInt();
         time_->pass(19s);
         QTest::qWait(0);
-        QVERIFY(!outcome_);
+        QVERIFY(outcomes_.isEmpty());
         QCOMPARE(kill(pid, 0), 0);
         time_->pass(1s);
-        QCOMPARE(outcome_, UpdateOutcome(UpdateProblem::notStarted));
+        QCOMPARE(outcomes_, QList<UpdateOutcome>{UpdateOutcome(UpdateProblem::notStarted)});
         QTRY_VERIFY_WITH_TIMEOUT(hasEnded(pid), patience);
         time_->pass(2s);
         QVERIFY(kill(pid, 0) != 0); // Not even its exit status is left.
@@ -156,7 +159,7 @@ private:
         writeFile(program(), "#!/bin/sh\n" + script, true);
         socket_ = dup(STDERR_FILENO); // The number that is free now is the one that the socket gets.
         close(socket_);
-        handover_->start(program(), u"2"_s, [this](auto problem) { outcome_ = problem; });
+        handover_->start(program(), u"2"_s, [this](auto problem) { outcomes_.append(problem); });
     }
 
     static std::unique_ptr<HandoverReceiver> guestOf(const QByteArray &argument)
@@ -174,7 +177,7 @@ private:
     std::unique_ptr<QTemporaryDir> folder_;
     std::optional<VirtualTime> time_;
     std::optional<Handover> handover_;
-    std::optional<UpdateOutcome> outcome_;
+    QList<UpdateOutcome> outcomes_; // Of every call of `done`.
     int socket_ = -1;
 };
 

@@ -528,9 +528,11 @@ private:
     {
         const bool arrived = QTest::qWaitFor(
             [&] { return !driver_.reports.isEmpty() && driver_.reports.last().step == step; }, patience);
-        if (!arrived && !driver_.reports.isEmpty())
-            qInfo("stands at step %d, problem %d", static_cast<int>(driver_.reports.last().step),
-                  static_cast<int>(driver_.reports.last().problem));
+        if (!arrived && !driver_.reports.isEmpty()) {
+            const UpdateReport &last = driver_.reports.last();
+            qInfo("is at step %d, problem %d", static_cast<int>(last.step),
+                  last.problem ? static_cast<int>(*last.problem) : -1);
+        }
         return arrived;
     }
 
