@@ -14,7 +14,7 @@ FocusScope {
     // Whether the choice turns pages: for assistive tools.
     property bool turnsPages: false
 
-    readonly property int currentIndex: values.indexOf(current)
+    readonly property int currentIndex: [...values].indexOf(current)
 
     signal chosen(int value)
 

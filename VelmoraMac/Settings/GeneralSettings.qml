@@ -49,7 +49,7 @@ FormPage {
             SegmentedPicker {
                 label: App.t("App language", "App-Sprache")
                 values: LocalizedStrings.languages
-                titles: values.map(named => LocalizedStrings.languageName(named, App.state.language))
+                titles: [...values].map(named => LocalizedStrings.languageName(named, App.state.language))
                 current: App.state.language
                 onChosen: language => App.state.language = language
             }
@@ -64,7 +64,7 @@ FormPage {
             SegmentedPicker {
                 label: App.t("Theme", "Theme")
                 values: Surroundings.themes
-                titles: values.map(named => Surroundings.themeName(named, App.state.language))
+                titles: [...values].map(named => Surroundings.themeName(named, App.state.language))
                 current: App.state.appTheme
                 onChosen: theme => App.state.appTheme = theme
             }
