@@ -10,14 +10,13 @@ namespace velmora {
 // parameters of a link, then the link. All views end with the call.
 class CleaningVisitor {
 public:
+    virtual ~CleaningVisitor() = default;
+
     // Name and value as in `RemovedQueryItem`.
     virtual void visitRemovedItem(std::string_view name, std::optional<std::string_view> value) = 0;
 
     // The `length` bytes from `offset` of the text now read `replacement`.
     virtual void visitCleanedLink(std::size_t offset, std::size_t length, std::string_view replacement) = 0;
-
-protected:
-    ~CleaningVisitor() = default;
 };
 
 } // namespace velmora

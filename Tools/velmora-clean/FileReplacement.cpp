@@ -167,7 +167,7 @@ void FileReplacement::keepAttributes() const
 void FileReplacement::keepRights() const
 {
     mode_t rights = status_.st_mode & 07777U;
-    constexpr uid_t unaltered = static_cast<uid_t>(-1);
+    constexpr auto unaltered = static_cast<uid_t>(-1);
     if (::fchown(descriptor_, status_.st_uid, status_.st_gid) != 0) {
         // A program that acts for its owner is not to act for another one.
         rights &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
