@@ -7,6 +7,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -37,7 +40,9 @@ bool PrivateFiles::prepareFolder(const QString &folder)
     if (!makeFolder(folder))
         return false;
     restrictTo(folder, S_IRWXU);
-    return true;
+    struct stat status = {};
+    return stat(QFile::encodeName(folder).constData(), &status) == 0 &&
+           (status.st_uid == geteuid() || (status.st_mode & groupAndOthers) == 0);
 }
 
 bool PrivateFiles::prepareFile(const QString &path)
@@ -53,4 +58,33 @@ bool PrivateFiles::prepareFile(const QString &path)
 void PrivateFiles::restrictFile(const QString &path)
 {
     restrictTo(path, S_IRUSR | S_IWUSR);
+}
+
+bool PrivateFiles::isRegularOrMissing(const QString &path)
+{
+    struct stat status = {};
+    if (stat(QFile::encodeName(path).constData(), &status) == 0)
+        return S_ISREG(status.st_mode);
+    return errno == ENOENT || errno == EACCES;
+}
+
+void PrivateFiles::eraseFile(const QString &path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    const int file = open(name.constData(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    struct stat status = {};
+    if (file >= 0 && fstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
+        const QByteArray zeros(1 << 16, '\0');
+        for (off_t left = status.st_size; left > 0;) {
+            const ssize_t written =
+                write(file, zeros.constData(), static_cast<size_t>(std::min<off_t>(left, zeros.size())));
+            if (written <= 0)
+                break;
+            left -= written;
+        }
+        (void)fdatasync(file);
+    }
+    if (file >= 0)
+        close(file);
+    (void)unlink(name.constData());
 }

@@ -74,7 +74,9 @@ void SqliteDefaultsStore::setData(QStringView key, const QByteArray &value)
 
 void SqliteDefaultsStore::remove(QStringView key)
 {
-    values_.remove(key.toString());
+    // Texts that the user removes shall also disappear from stores that were set aside for damage.
+    if (const auto old = values_.take(key.toString()); std::holds_alternative<QByteArray>(old))
+        SqliteFile::eraseSetAside(path_);
     unwritten_.insert(key.toString(), std::nullopt);
     writeChanges();
 }

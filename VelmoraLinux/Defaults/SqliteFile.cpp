@@ -2,6 +2,7 @@
 
 #include "PrivateFiles.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -10,6 +11,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <cstdio>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -19,7 +21,8 @@ namespace {
 using Outcome = SqliteFile::Outcome;
 
 constexpr int busyTimeoutMs = 5;
-constexpr int applicationId = 0x564C4D52; // "VLMR"
+constexpr off_t maximumCopyBytes = 1 << 28; // Of a store that can only be read through a copy.
+constexpr int applicationId = 0x564C4D52;   // "VLMR"
 constexpr int schemaVersion = 1;
 constexpr std::array suffixes = {"-wal", "-shm",
                                  ""}; // The database is renamed last: without it the others are meaningless.
@@ -33,6 +36,17 @@ constexpr auto schema = "BEGIN IMMEDIATE;"
                         "PRAGMA user_version=1;"
                         "COMMIT";
 
+constexpr auto foreignObjects =
+    "SELECT count(*) FROM sqlite_master WHERE NOT (type='table' AND name='defaults')"
+    " AND NOT (type='index' AND tbl_name='defaults' AND sql IS NULL)";
+// The small values first. Values that exceed the limit are not loaded: a store of some gigabytes would take
+// all memory.
+constexpr std::array allValues = {
+    "SELECT key, type, value FROM defaults WHERE length(value) <= 65536 LIMIT 10000",
+    "SELECT key, type, value FROM defaults WHERE length(value) > 65536 AND length(value) <= 268435456 LIMIT "
+    "1000"};
+constexpr qsizetype maximumLoadedBytes = 1 << 29;
+
 Outcome outcomeOf(int code)
 {
     switch (code) {
@@ -42,6 +56,7 @@ Outcome outcomeOf(int code)
         return Outcome::done;
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
+    case SQLITE_ERROR: // The table has other columns than ours.
         return Outcome::damaged;
     default:
         return Outcome::refused;
@@ -84,6 +99,8 @@ public:
 
     [[nodiscard]] qint64 integer(int column) const { return sqlite3_column_int64(statement_, column); }
 
+    [[nodiscard]] int size(int column) const { return sqlite3_column_bytes(statement_, column); }
+
     [[nodiscard]] QByteArray blob(int column) const
     {
         const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement_, column));
@@ -100,6 +117,17 @@ private:
     sqlite3_stmt *statement_ = nullptr;
     int code_ = SQLITE_OK;
 };
+
+// A private folder (0700), in the session's runtime folder where there is one: that is in memory, so a killed
+// process leaves no text on the disk.
+std::unique_ptr<QTemporaryDir> temporaryFolder()
+{
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    auto folder = std::make_unique<QTemporaryDir>(runtime + QStringLiteral("/velmora-XXXXXX"));
+    if (!QDir::isAbsolutePath(runtime) || !folder->isValid())
+        folder = std::make_unique<QTemporaryDir>();
+    return folder;
+}
 
 Outcome run(sqlite3 *database, const char *text)
 {
@@ -129,6 +157,13 @@ std::optional<DefaultsValue> decode(const QByteArray &type, const Statement &row
     return std::nullopt; // Not written by us: the row is left alone.
 }
 
+// Also true for a link that leads nowhere.
+bool exists(const QString &path)
+{
+    struct stat status = {};
+    return lstat(QFile::encodeName(path).constData(), &status) == 0;
+}
+
 const char *typeName(const DefaultsValue &value)
 {
     static constexpr std::array names = {"bool", "integer", "string", "data"}; // In the order of the variant.
@@ -147,6 +182,10 @@ SqliteFile::~SqliteFile() = default;
 Outcome SqliteFile::open(const QString &path, DefaultsValues &values)
 {
     path_ = path;
+    for (const char *suffix : suffixes) {
+        if (!PrivateFiles::isRegularOrMissing(path + QLatin1StringView(suffix)))
+            return Outcome::damaged;
+    }
     if (!PrivateFiles::prepareFile(path))
         return Outcome::refused;
     sqlite3 *database = nullptr;
@@ -156,6 +195,7 @@ Outcome SqliteFile::open(const QString &path, DefaultsValues &values)
     Outcome outcome = outcomeOf(code);
     if (outcome == Outcome::done) {
         sqlite3_busy_timeout(database, busyTimeoutMs);
+        forbidForeignCode();
         keepLogOnClose(true); // Until the file is known to be ours and intact.
         outcome = checkSchema();
     }
@@ -179,16 +219,27 @@ Outcome SqliteFile::open(const QString &path, DefaultsValues &values)
     return Outcome::done;
 }
 
+// Views, triggers and functions named in the schema would run when the table is read or written.
+void SqliteFile::forbidForeignCode()
+{
+    for (const int option :
+         {SQLITE_DBCONFIG_ENABLE_VIEW, SQLITE_DBCONFIG_ENABLE_TRIGGER, SQLITE_DBCONFIG_TRUSTED_SCHEMA})
+        sqlite3_db_config(database_.get(), option, 0, nullptr);
+}
+
 Outcome SqliteFile::checkSchema()
 {
     qint64 application = 0;
     qint64 version = 0;
     qint64 tables = 0;
+    qint64 foreign = 0; // Views, triggers and tables that are not ours.
     Outcome outcome = readNumber(database_.get(), "PRAGMA application_id", application);
     if (outcome == Outcome::done)
         outcome = readNumber(database_.get(), "PRAGMA user_version", version);
     if (outcome == Outcome::done)
         outcome = readNumber(database_.get(), "SELECT count(*) FROM sqlite_master", tables);
+    if (outcome == Outcome::done)
+        outcome = readNumber(database_.get(), foreignObjects, foreign);
     if (outcome != Outcome::done)
         return outcome;
     const bool isEmpty = application == 0 && version == 0 && tables == 0;
@@ -196,6 +247,8 @@ Outcome SqliteFile::checkSchema()
         return Outcome::damaged;
     if (version > schemaVersion)
         return Outcome::newer;
+    if (foreign != 0)
+        return Outcome::damaged;
     return createSchema();
 }
 
@@ -213,11 +266,17 @@ Outcome SqliteFile::createSchema()
 
 Outcome SqliteFile::load(DefaultsValues &values)
 {
-    Statement rows(database_.get(), "SELECT key, type, value FROM defaults");
-    int code = rows.step();
-    for (; code == SQLITE_ROW; code = rows.step()) {
-        if (auto value = decode(rows.blob(1), rows, 2))
-            values.insert(QString::fromUtf8(rows.blob(0)), *std::move(value));
+    qsizetype loaded = 0;
+    int code = SQLITE_DONE;
+    for (const char *query : allValues) {
+        Statement rows(database_.get(), query);
+        for (code = rows.step(); code == SQLITE_ROW && loaded <= maximumLoadedBytes; code = rows.step()) {
+            loaded += rows.size(2);
+            if (auto value = decode(rows.blob(1), rows, 2))
+                values.insert(QString::fromUtf8(rows.blob(0)), *std::move(value));
+        }
+        if (code != SQLITE_DONE)
+            break;
     }
     return outcomeOf(code);
 }
@@ -227,19 +286,28 @@ Outcome SqliteFile::write(const DefaultsChanges &changes)
     Outcome outcome = run(database_.get(), "BEGIN IMMEDIATE");
     if (outcome != Outcome::done)
         return outcome;
-    bool removes = false;
+    bool replaces = false;
     for (auto change = changes.cbegin(); change != changes.cend() && outcome == Outcome::done; ++change) {
         outcome = writeOne(change.key(), change.value());
-        removes = removes || !change.value();
+        // The history, texts and the queue of events are data and strings; counters and switches are not
+        // private.
+        const auto &value = change.value();
+        replaces = replaces || !value || std::holds_alternative<QByteArray>(*value) ||
+                   std::holds_alternative<QString>(*value);
     }
     if (outcome == Outcome::done)
         outcome = run(database_.get(), "COMMIT");
     if (outcome == Outcome::damaged)
         keepLogOnClose(true);
-    if (outcome != Outcome::done)
+    if (outcome != Outcome::done) {
         (void)run(database_.get(), "ROLLBACK");
-    else if (removes) // Removed values must not stay readable in the write-ahead log.
-        (void)run(database_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
+        return outcome;
+    }
+    // Text that left the history must not stay readable in the write-ahead log. The database's own pages are
+    // overwritten by secure_delete.
+    logHoldsOldText_ = logHoldsOldText_ || replaces;
+    if (logHoldsOldText_ && truncateLog())
+        logHoldsOldText_ = false; // Otherwise another process reads just now: tried again at the next write.
     return outcome;
 }
 
@@ -257,6 +325,12 @@ Outcome SqliteFile::writeOne(const QString &key, const std::optional<DefaultsVal
     row.bind(2, QString::fromLatin1(typeName(*value)));
     std::visit([&row](const auto &content) { row.bind(3, content); }, *value);
     return outcomeOf(row.step());
+}
+
+bool SqliteFile::truncateLog()
+{
+    Statement checkpoint(database_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
+    return checkpoint.step() == SQLITE_ROW && checkpoint.integer(0) == 0; // 1: busy.
 }
 
 void SqliteFile::close()
@@ -285,11 +359,14 @@ void SqliteFile::keepLogOnClose(bool keep)
 
 void SqliteFile::readCopy(const QString &path, DefaultsValues &values)
 {
-    const QTemporaryDir folder; // 0700.
-    if (!folder.isValid() || !QFile::exists(path))
+    const auto place = temporaryFolder();
+    struct stat status = {};
+    if (!place->isValid() || stat(QFile::encodeName(path).constData(), &status) != 0 ||
+        !S_ISREG(status.st_mode) || status.st_size > maximumCopyBytes)
         return;
-    const QString copy = folder.filePath(u"copy"_s);
-    QFile::copy(path + u"-wal"_s, copy + u"-wal"_s);
+    const QString copy = place->filePath(QStringLiteral("copy"));
+    if (PrivateFiles::isRegularOrMissing(path + QStringLiteral("-wal")))
+        QFile::copy(path + QStringLiteral("-wal"), copy + QStringLiteral("-wal"));
     if (!QFile::copy(path, copy))
         return;
     for (const char *suffix : suffixes) // A copy of a read-only file is read-only, too.
@@ -309,15 +386,24 @@ QString SqliteFile::setAside(const QString &path)
                                             file.suffix());
     };
     const auto isTaken = [](const QString &name) {
-        return std::any_of(suffixes.begin(), suffixes.end(), [&name](const char *suffix) {
-            return QFile::exists(name + QLatin1StringView(suffix));
-        });
+        return std::any_of(suffixes.begin(), suffixes.end(),
+                           [&name](const char *suffix) { return exists(name + QLatin1StringView(suffix)); });
     };
     int number = 1;
     while (isTaken(nameFor(number)))
         ++number;
     const QString name = nameFor(number);
     for (const char *suffix : suffixes)
-        QFile::rename(path + QLatin1StringView(suffix), name + QLatin1StringView(suffix));
-    return QFile::exists(path) ? QString() : name;
+        (void)std::rename(QFile::encodeName(path + QLatin1StringView(suffix)).constData(),
+                          QFile::encodeName(name + QLatin1StringView(suffix)).constData());
+    return exists(path) ? QString() : name;
+}
+
+void SqliteFile::eraseSetAside(const QString &path)
+{
+    const QFileInfo file(path);
+    const QDir folder(file.path());
+    const QString pattern = QStringLiteral("%1.damaged-*").arg(file.completeBaseName());
+    for (const QString &name : folder.entryList({pattern}, QDir::Files | QDir::System | QDir::Hidden))
+        PrivateFiles::eraseFile(folder.filePath(name));
 }

@@ -43,20 +43,25 @@ public:
     static void readCopy(const QString &path, DefaultsValues &values);
     // Renames the file and its write-ahead log to a free name. The new name; empty on failure.
     static QString setAside(const QString &path);
+    // Overwrites and removes all files that `setAside` renamed.
+    static void eraseSetAside(const QString &path);
 
 private:
     struct Closer {
         void operator()(sqlite3 *database) const;
     };
 
+    void forbidForeignCode();
     Outcome checkSchema();
     Outcome createSchema();
     Outcome load(DefaultsValues &values);
     Outcome writeOne(const QString &key, const std::optional<DefaultsValue> &value);
+    bool truncateLog();
     void keepLogOnClose(bool keep);
 
     std::unique_ptr<sqlite3, Closer> database_;
     QString path_;
     dev_t device_ = 0;
     ino_t inode_ = 0;
+    bool logHoldsOldText_ = false;
 };
