@@ -2,6 +2,8 @@
 
 #include <VelmoraLinux/X11/XcbServer.h>
 
+#include <sys/resource.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -72,4 +74,17 @@ void StartConditions::ignoreWriteSignals()
 {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+}
+
+void StartConditions::forbidCoreDumps()
+{
+    rlimit limit{};
+    if (getrlimit(RLIMIT_CORE, &limit) == 0) {
+        limit.rlim_cur = 0;
+        (void)setrlimit(RLIMIT_CORE, &limit);
+    }
+    if (FILE *filter = std::fopen("/proc/self/coredump_filter", "we")) {
+        std::fputs("0", filter);
+        std::fclose(filter);
+    }
 }

@@ -13,4 +13,10 @@ namespace StartConditions {
 // (SIGPIPE, SIGXFSZ) that would end the process.
 void ignoreWriteSignals();
 
+// Keeps copied text out of core dumps. The soft limit is set to 0, which file dumps and systemd-coredump
+// respect; for other handlers, which the kernel runs regardless of the limit, the dump contains no memory
+// (coredump_filter). PR_SET_DUMPABLE would also forbid both, but it hides /proc/PID from the desktop portals,
+// which identify their callers by it, and from debuggers: those can still attach.
+void forbidCoreDumps();
+
 } // namespace StartConditions

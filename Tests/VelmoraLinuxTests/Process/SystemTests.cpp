@@ -1,4 +1,5 @@
 #include <VelmoraLinux/Process/BundleInfoFile.h>
+#include <VelmoraLinux/Process/StartConditions.h>
 #include <VelmoraLinux/Process/XdgFolders.h>
 #include <VelmoraLinux/Time/EventLoopScheduler.h>
 #include <VelmoraLinux/Time/SystemWallClock.h>
@@ -9,6 +10,9 @@
 #include <QTest>
 
 #include <Runner/RegisteredTest.h>
+#include <pwd.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -56,6 +60,7 @@ private Q_SLOTS:
         QTest::newRow("absolute") << QByteArray("/somewhere/data/") << u"/somewhere/data"_qs;
         QTest::newRow("relative") << QByteArray("data") << QDir::homePath() + u"/.local/share"_qs;
         QTest::newRow("empty") << QByteArray("") << QDir::homePath() + u"/.local/share"_qs;
+        QTest::newRow("not UTF-8") << QByteArray("/somewhere/\xf6") << QDir::homePath() + u"/.local/share"_qs;
     }
 
     void relativeBaseFoldersAreIgnored()
@@ -65,6 +70,42 @@ private Q_SLOTS:
         qputenv("XDG_DATA_HOME", value);
         QTEST(XdgFolders::dataHome(), "folder");
         qputenv("XDG_DATA_HOME", before);
+    }
+
+    void withoutAUsableHomeTheUserDatabaseDecides_data()
+    {
+        QTest::addColumn<QByteArray>("home");
+        QTest::newRow("unset") << QByteArray();
+        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("relative") << QByteArray("home");
+        QTest::newRow("not UTF-8") << QByteArray("/home/j\xf6rg");
+    }
+
+    void withoutAUsableHomeTheUserDatabaseDecides()
+    {
+        QFETCH(QByteArray, home);
+        const QByteArray before = qgetenv("HOME");
+        const QByteArray folder = qgetenv("XDG_CONFIG_HOME");
+        qunsetenv("XDG_CONFIG_HOME");
+        if (home.isNull())
+            qunsetenv("HOME");
+        else
+            qputenv("HOME", home);
+        const QString config = XdgFolders::configHome();
+        qputenv("HOME", before);
+        qputenv("XDG_CONFIG_HOME", folder);
+        QCOMPARE(config, QFile::decodeName(getpwuid(getuid())->pw_dir) + u"/.config"_qs);
+    }
+
+    void coreDumpsHoldNoMemory()
+    {
+        StartConditions::forbidCoreDumps();
+        rlimit limit{};
+        QCOMPARE(getrlimit(RLIMIT_CORE, &limit), 0);
+        QCOMPARE(limit.rlim_cur, rlim_t{0});
+        QFile filter(u"/proc/self/coredump_filter"_qs);
+        QVERIFY(filter.open(QIODevice::ReadOnly));
+        QCOMPARE(filter.readAll().trimmed().toInt(nullptr, 16), 0);
     }
 
     void theInformationDictionaryLiesBesideTheProgramAndKeepsTypes()
