@@ -4,6 +4,7 @@
 #include <VelmoraLinux/Login/LoginItems.h>
 #include <VelmoraLinux/Process/WorkingSet.h>
 #include <VelmoraLinux/Process/XdgFolders.h>
+#include <VelmoraLinux/Updates/HandoverWatch.h>
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -58,8 +59,15 @@ Platform LinuxPlatform::platform()
             .releaseMemory = trimWorkingSet};
 }
 
+void LinuxPlatform::whenStanding(std::function<void()> done)
+{
+    statusItem_.whenHostIsKnown(std::move(done));
+}
+
 StandardUpdater::Dependencies LinuxPlatform::updaterDependencies(UpdateUserDriver &driver)
 {
+    const bool lastUpdateFailed = qEnvironmentVariableIsSet(HandoverWatch::failedVariable);
+    qunsetenv(HandoverWatch::failedVariable); // Not for the programs that this one starts.
     return {.defaults = defaults_,
             .scheduler = scheduler_,
             .clock = clock_,
@@ -70,5 +78,6 @@ StandardUpdater::Dependencies LinuxPlatform::updaterDependencies(UpdateUserDrive
             .downloadFolder = XdgFolders::cacheHome() + u"/velmora/updates"_s,
             .network = {.userAgent = title + u'/' + QCoreApplication::applicationVersion()},
             .openPage = [](const QUrl &page) { QDesktopServices::openUrl(page); },
-            .quit = [] { QCoreApplication::quit(); }};
+            .quit = [] { QCoreApplication::quit(); },
+            .lastUpdateFailed = lastUpdateFailed};
 }

@@ -25,6 +25,9 @@ public:
     LinuxPlatform(ApplicationInstance &instance, ActivationToken &token);
 
     [[nodiscard]] Platform platform();
+    // `done` runs once, in the event loop, when the back ends work and the desktop has answered where the
+    // icon is shown.
+    void whenStanding(std::function<void()> done);
 
 private:
     [[nodiscard]] StandardUpdater::Dependencies updaterDependencies(UpdateUserDriver &driver);

@@ -17,16 +17,16 @@ Q_IMPORT_QML_PLUGIN(VelmoraMacPlugin)
 
 namespace {
 
-// After an update the previous version is still running; it ends when this one reports that it can run. False
+// After an update the previous version is still running; it ends when this one reports that it can run. Null
 // when this is an ordinary start.
-bool takeOver(int argc, char **argv)
+std::unique_ptr<HandoverReceiver> takeOver(int argc, char **argv)
 {
-    const std::unique_ptr<HandoverReceiver> receiver = HandoverReceiver::fromArguments(argc, argv);
-    if (receiver == nullptr)
-        return false;
-    const BundleInfoFile bundle(QCoreApplication::applicationDirPath());
-    receiver->takeOver(bundle.value(u"CFBundleVersion").toString());
-    return true;
+    std::unique_ptr<HandoverReceiver> receiver = HandoverReceiver::fromArguments(argc, argv);
+    if (receiver != nullptr) {
+        const BundleInfoFile bundle(QCoreApplication::applicationDirPath());
+        receiver->takeOver(bundle.value(u"CFBundleVersion").toString());
+    }
+    return receiver;
 }
 
 } // namespace
@@ -36,6 +36,7 @@ int main(int argc, char **argv)
     if (const auto status = StartConditions::check(argc, argv, VELMORA_VERSION))
         return *status;
     StartConditions::ignoreWriteSignals();
+    StartConditions::forbidCoreDumps();
 
     const QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"velmora"_s);
@@ -43,14 +44,16 @@ int main(int argc, char **argv)
     QGuiApplication::setApplicationVersion(u"" VELMORA_VERSION ""_s);
     QGuiApplication::setDesktopFileName(u"app.velmora.Velmora"_s);
     const QuitSignals quitSignals;
-    const bool follows = takeOver(argc, argv);
+    const std::unique_ptr<HandoverReceiver> handover = takeOver(argc, argv);
 
     ActivationToken token;
     LinuxApplicationInstance instance(QDBusConnection::sessionBus(), u"app.velmora.Velmora"_s, token);
-    const ApplicationInstance::Role role = follows ? instance.claimWhenReleased() : instance.claim();
+    const ApplicationInstance::Role role = handover ? instance.claimWhenReleased() : instance.claim();
     if (role == ApplicationInstance::Role::second)
         return 0;
     LinuxPlatform platform(instance, token);
     VelmoraMacApp app(platform.platform());
+    if (handover)
+        platform.whenStanding([&handover] { handover->reportStanding(); });
     return app.run();
 }

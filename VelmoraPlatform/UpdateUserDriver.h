@@ -16,7 +16,7 @@ enum class UpdateStep {
     verifying,   // Length, signature and contents are being examined.
     ready,       // Everything is in place for the new version.
     installing,  // The new version takes over.
-    managed,     // This copy is updated by `manager`.
+    managed,     // This copy is updated by `manager`, or not at all because of `problem`.
     failed,      // See `problem`; the installed version is as it was.
 };
 
@@ -31,6 +31,8 @@ enum class UpdateProblem {
     notReplaced,  // The installed files could not be replaced.
     notStarted,   // The new version did not start; the old one was restored.
     badKey,       // This copy's own key is unusable.
+    sharedFolder, // Other users can write to the folder `place`, so nothing is installed there.
+    foreignFile,  // The program's folder contains `place`, which is not the program's.
 };
 
 using UpdateOutcome = std::optional<UpdateProblem>; // Nothing: no problem.
@@ -46,6 +48,7 @@ struct UpdateReport {
     qint64 total = 0; // 0: not known.
     UpdateOutcome problem;
     QString manager;              // What updates this copy.
+    QString place;                // The file or folder that `problem` is about.
     bool mayBePutOff = true;      // False for a critical update.
     bool otherSystemOnly = false; // There is a newer version, but not for this system.
 

@@ -9,6 +9,7 @@
 #include <QScreen>
 
 #include <array>
+#include <utility>
 
 namespace {
 constexpr std::array iconSizes{16, 22, 24, 32, 48};
@@ -55,6 +56,7 @@ void LinuxStatusItem::connectHosts()
     connect(&registration_, &StatusNotifierRegistration::hostChanged, this, [this] {
         hostKnown_ = true;
         chooseHost();
+        whenHostIsKnown(std::exchange(hostBecameKnown_, nullptr));
     });
     connect(&item_, &StatusNotifierItem::activationTokenProvided, this,
             [this](const QByteArray &token) { dependencies_.activationToken.keep(token); });
@@ -89,6 +91,14 @@ void LinuxStatusItem::connectHosts()
 void LinuxStatusItem::chooseHost()
 {
     embedded_.setShown(visible_ && hostKnown_ && !registration_.hasHost());
+}
+
+void LinuxStatusItem::whenHostIsKnown(std::function<void()> done)
+{
+    if (!hostKnown_)
+        hostBecameKnown_ = std::move(done);
+    else if (done)
+        QMetaObject::invokeMethod(this, done, Qt::QueuedConnection);
 }
 
 void LinuxStatusItem::setEvents(Events events)

@@ -29,6 +29,9 @@ public:
     // `id` is the item's Id property, `title` the name that users read.
     LinuxStatusItem(const Dependencies &dependencies, const QString &id, const QString &title);
 
+    // `done` runs once, in the event loop, when it is known which host shows the icon, or that none does.
+    void whenHostIsKnown(std::function<void()> done);
+
     void setEvents(Events events) override;
     void setTemplateImage(const QImage &image, QSize size) override;
     void setOpacity(double opacity) override;
@@ -63,6 +66,7 @@ private:
     double opacity_ = 1;
     bool visible_ = true;
     bool hostKnown_ = false;
+    std::function<void()> hostBecameKnown_;
     QElapsedTimer sinceRegistration_;
     std::optional<QRect> clickAnchor_;
 

@@ -1,9 +1,6 @@
 #include "ArchiveUnpacker.h"
 
-#include <QDir>
-
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -133,42 +130,40 @@ UpdateOutcome copyContent(gzFile archive, int file, qint64 size)
     return {};
 }
 
-UpdateOutcome makeFolder(const QByteArray &path)
+UpdateOutcome makeFolder(const FolderHandle &root, const QByteArray &path)
 {
     constexpr mode_t mode = 0755;
-    if (mkdir(path.constData(), mode) == 0 || errno == EEXIST)
+    if (root.makeFolder(path, mode) || errno == EEXIST)
         return {};
-    return problemOfErrno();
+    return errno == ENOTDIR || errno == ELOOP ? UpdateProblem::contents : problemOfErrno();
 }
 
-UpdateOutcome makeFolders(const QByteArray &root, const QByteArray &name)
+UpdateOutcome makeFolders(const FolderHandle &root, const QByteArray &name)
 {
     for (qsizetype slash = name.indexOf('/'); slash >= 0; slash = name.indexOf('/', slash + 1)) {
-        if (const auto problem = makeFolder(root + '/' + name.first(slash)))
+        if (const auto problem = makeFolder(root, name.first(slash)))
             return problem;
     }
     return {};
 }
 
-UpdateOutcome writeEntry(gzFile archive, const QByteArray &root, const Entry &entry)
+UpdateOutcome writeEntry(gzFile archive, const FolderHandle &root, const Entry &entry)
 {
     if (const auto problem = makeFolders(root, entry.name))
         return problem;
-    const QByteArray path = root + '/' + entry.name;
     if (entry.isFolder)
-        return entry.name.isEmpty() ? UpdateOutcome() : makeFolder(path);
-    const mode_t mode = entry.isProgram ? 0755 : 0644;
-    const int file = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
-    if (file < 0)
+        return entry.name.isEmpty() ? UpdateOutcome() : makeFolder(root, entry.name);
+    Descriptor file = root.makeFile(entry.name, entry.isProgram ? 0755 : 0644);
+    if (!file.isOpen())
         return errno == EEXIST || errno == ENOTDIR || errno == EISDIR ? UpdateProblem::contents
                                                                       : problemOfErrno();
-    UpdateOutcome problem = copyContent(archive, file, entry.size);
-    if (close(file) != 0 && !problem)
+    UpdateOutcome problem = copyContent(archive, file.number(), entry.size);
+    if (close(file.release()) != 0 && !problem)
         problem = problemOfErrno();
     return problem;
 }
 
-UpdateOutcome writeEntries(gzFile archive, const QByteArray &root, ArchiveUnpacker::Limits limits)
+UpdateOutcome writeEntries(gzFile archive, const FolderHandle &root, ArchiveUnpacker::Limits limits)
 {
     QByteArray top;
     for (Block header{}; readBlock(archive, header);) {
@@ -186,30 +181,18 @@ UpdateOutcome writeEntries(gzFile archive, const QByteArray &root, ArchiveUnpack
     return UpdateProblem::contents; // The end mark is missing.
 }
 
-UpdateOutcome sync(const QByteArray &root)
-{
-    const int folder = open(root.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const bool written = folder >= 0 && syncfs(folder) == 0;
-    const UpdateOutcome problem = written ? UpdateOutcome() : problemOfErrno();
-    if (folder >= 0)
-        close(folder);
-    return problem;
-}
-
 } // namespace
 
-UpdateOutcome ArchiveUnpacker::unpack(VerifiedArchive &archive, const QString &folder) const
+UpdateOutcome ArchiveUnpacker::unpack(VerifiedArchive &archive, const FolderHandle &folder) const
 {
-    const QByteArray root = QFile::encodeName(folder);
-    constexpr mode_t mode = 0755;
-    if (mkdir(root.constData(), mode) != 0)
-        return problemOfErrno();
     const int descriptor = dup(archive.file().handle());
     if (descriptor < 0 || lseek(descriptor, 0, SEEK_SET) != 0)
         return UpdateProblem::notReplaced;
     const Gzip gzip(gzdopen(descriptor, "rb"));
     if (!gzip)
         return UpdateProblem::notReplaced;
-    const UpdateOutcome problem = writeEntries(gzip.get(), root, limits_);
-    return problem ? problem : sync(root);
+    const UpdateOutcome problem = writeEntries(gzip.get(), folder, limits_);
+    if (problem)
+        return problem;
+    return syncfs(folder.descriptor()) == 0 ? UpdateOutcome() : problemOfErrno();
 }

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "FolderHandle.h"
 #include "VerifiedArchive.h"
 
 #include <VelmoraPlatform/UpdateUserDriver.h>
-
-#include <QString>
 
 // Unpacks a signed tarball: gzip around plain ustar, with one folder at its top.
 //
@@ -23,9 +22,9 @@ public:
     {
     }
 
-    // Puts the contents of the archive's top folder into `folder`, which must not exist yet. After a failure
-    // the files written so far are left in `folder`.
-    [[nodiscard]] UpdateOutcome unpack(VerifiedArchive &archive, const QString &folder) const;
+    // Puts the contents of the archive's top folder into `folder`, which is empty. After a failure the files
+    // written so far are left there.
+    [[nodiscard]] UpdateOutcome unpack(VerifiedArchive &archive, const FolderHandle &folder) const;
 
 private:
     Limits limits_;

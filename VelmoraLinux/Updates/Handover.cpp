@@ -1,5 +1,7 @@
 #include "Handover.h"
 
+#include "HandoverWatch.h"
+
 #include <QFile>
 
 #include <fcntl.h>
@@ -113,7 +115,8 @@ void Handover::finish(UpdateOutcome problem)
         notifier_->setEnabled(false);
         notifier_.release()->deleteLater(); // This may be called by its signal.
     }
-    const int socket = std::exchange(socket_, -1); // After success it is closed by the end of this process.
+    const int socket = std::exchange(socket_, -1);
+    accepted_ = !problem ? socket : -1; // Closed by the end of this process.
     if (problem) {
         if (socket >= 0)
             close(socket);
@@ -156,4 +159,10 @@ void HandoverReceiver::takeOver(const QString &version)
         return;
     pollfd end{socket_, POLLIN, 0};
     poll(&end, 1, static_cast<int>(std::chrono::milliseconds(oldProcessTimeout).count()));
+}
+
+void HandoverReceiver::reportStanding()
+{
+    const std::string_view message(HandoverWatch::standing);
+    (void)send(socket_, message.data(), message.size(), MSG_NOSIGNAL); // Fails when nobody watches.
 }

@@ -26,6 +26,12 @@ public:
     // it ended, reported something else or nothing in time; it is then killed.
     void start(const QString &program, const QString &version, Done done);
 
+    // After `done` with none: the socket to the new process, which this object does not close, and that
+    // process.
+    [[nodiscard]] int socket() const { return accepted_; }
+
+    [[nodiscard]] pid_t successor() const { return child_; }
+
 private:
     void readMessage();
     void finish(UpdateOutcome problem);
@@ -36,6 +42,7 @@ private:
     QByteArray received_;
     Done done_;
     int socket_ = -1; // Open until the new process has reported.
+    int accepted_ = -1;
     pid_t child_ = 0;
     std::unique_ptr<QSocketNotifier> notifier_;
 };
@@ -51,6 +58,9 @@ public:
     // Reports that this process can run and is `version`, and waits until the old one has ended; at most half a
     // minute. To be called before anything is claimed that only one process can own, and before any window is shown.
     void takeOver(const QString &version);
+    // Reports that this process has taken over: its services and its icon are there. Until then its end
+    // brings the old version back.
+    void reportStanding();
 
 private:
     explicit HandoverReceiver(int socket)

@@ -1,11 +1,9 @@
 #include "Installation.h"
 
-#include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QSet>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QStringView manifestPath = u"share/velmora/manifest";
+constexpr auto manifestPath = "share/velmora/manifest";
 
 bool isWritable(const QString &path)
 {
@@ -34,18 +32,55 @@ QString packageManagerOf(const QString &program)
     return QFileInfo(program).absolutePath();
 }
 
-void removeEmptyFolders(const QString &root)
+// The paths of all files below `folder`.
+QByteArrayList filesIn(const FolderHandle &folder, const QByteArray &prefix = {})
 {
-    QStringList folders{root};
-    QDirIterator all(root, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot,
-                     QDirIterator::Subdirectories);
-    while (all.hasNext())
-        folders.append(all.next());
-    // A folder's path is longer than that of the one around it.
-    std::sort(folders.begin(), folders.end(),
-              [](const QString &a, const QString &b) { return a.size() > b.size(); });
-    for (const QString &folder : std::as_const(folders))
-        QDir().rmdir(folder);
+    QByteArrayList result;
+    for (const auto &[name, isFolder] : folder.entries()) {
+        if (isFolder)
+            result += filesIn(folder.folder(name), prefix + name + '/');
+        else
+            result += prefix + name;
+    }
+    return result;
+}
+
+// The first folder on the way to `folder` where another user can replace what an update writes: one that is
+// not this user's or root's, or that a group or everybody can write to. In folders with the sticky bit, such
+// as /tmp, others can only add files; that is safe above `folder`, but not for `folder` itself. Empty when
+// there is none.
+QString sharedFolder(const QString &folder)
+{
+    QString path = folder;
+    for (bool isFirst = true;; isFirst = false) {
+        struct stat status = {};
+        if (stat(QFile::encodeName(path).constData(), &status) != 0)
+            return path;
+        const bool isWidelyWritable = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+        const bool isSticky = (status.st_mode & S_ISVTX) != 0;
+        if ((status.st_uid != geteuid() && status.st_uid != 0) ||
+            (isWidelyWritable && (isFirst || !isSticky)))
+            return path;
+        const QString above = QFileInfo(path).absolutePath();
+        if (above == path)
+            return {};
+        path = above;
+    }
+}
+
+Installation managedBy(const QString &manager, const QString &launcher)
+{
+    return {.kind = Installation::Kind::managed, .target = {}, .launcher = launcher, .manager = manager};
+}
+
+Installation managedBecause(UpdateProblem problem, const QString &place, const QString &launcher)
+{
+    return {.kind = Installation::Kind::managed,
+            .target = {},
+            .launcher = launcher,
+            .manager = QFileInfo(launcher).absolutePath(),
+            .problem = problem,
+            .place = place};
 }
 
 } // namespace
@@ -60,18 +95,34 @@ QString runningAppImage(const QString &program, const QProcessEnvironment &envir
 Installation Installation::detect(const QString &program, const QProcessEnvironment &environment)
 {
     if (QFile::exists(u"/.flatpak-info"_s) || environment.contains(u"FLATPAK_ID"_s))
-        return {.kind = Kind::managed, .target = {}, .launcher = program, .manager = u"Flatpak"_s};
-    if (const QString image = runningAppImage(program, environment); !image.isEmpty()) {
-        if (isWritable(image) && isWritable(QFileInfo(image).absolutePath()))
-            return {.kind = Kind::appImage, .target = image, .launcher = image, .manager = {}};
-        return {.kind = Kind::managed, .target = {}, .launcher = image, .manager = image};
-    }
+        return managedBy(u"Flatpak"_s, program);
+    if (const QString image = runningAppImage(program, environment); !image.isEmpty())
+        return detectImage(image);
     const QString root = QFileInfo(QFileInfo(program).absolutePath() + u"/.."_s).canonicalFilePath();
     const QString parent = QFileInfo(root).absolutePath();
-    if (!root.isEmpty() && parent != root && isWritable(root) && isWritable(parent) &&
-        InstalledFiles(root).areComplete())
-        return {.kind = Kind::folder, .target = root, .launcher = program, .manager = {}};
-    return {.kind = Kind::managed, .target = {}, .launcher = program, .manager = packageManagerOf(program)};
+    const FolderHandle folder = FolderHandle::open(root);
+    const InstalledFiles files(folder);
+    if (root.isEmpty() || parent == root || !isWritable(root) || !isWritable(parent) || !files.isListed())
+        return managedBy(packageManagerOf(program), program);
+    if (const QString foreign = files.foreignFile(); !foreign.isEmpty())
+        return managedBecause(UpdateProblem::foreignFile, root + u'/' + foreign, program);
+    for (const QString &place : {root, parent}) {
+        if (const QString shared = sharedFolder(place); !shared.isEmpty())
+            return managedBecause(UpdateProblem::sharedFolder, shared, program);
+    }
+    if (!files.areComplete())
+        return managedBy(packageManagerOf(program), program);
+    return {.kind = Kind::folder, .target = root, .launcher = program, .manager = {}};
+}
+
+Installation Installation::detectImage(const QString &image)
+{
+    const QString folder = QFileInfo(image).absolutePath();
+    if (!isWritable(image) || !isWritable(folder))
+        return managedBy(image, image);
+    if (const QString shared = sharedFolder(QFileInfo(folder).canonicalFilePath()); !shared.isEmpty())
+        return managedBecause(UpdateProblem::sharedFolder, shared, image);
+    return {.kind = Kind::appImage, .target = image, .launcher = image, .manager = {}};
 }
 
 QString Installation::archiveType() const
@@ -87,42 +138,46 @@ QString Installation::archiveType() const
     return {};
 }
 
-QStringList InstalledFiles::listed() const
+QByteArrayList InstalledFiles::listed() const
 {
-    QFile manifest(root_ + u'/' + manifestPath.toString());
-    if (!manifest.open(QIODevice::ReadOnly))
-        return {};
-    QStringList result = QString::fromUtf8(manifest.readAll()).split(u'\n', Qt::SkipEmptyParts);
-    const bool plain = std::none_of(result.begin(), result.end(), [](const QString &name) {
-        return name.startsWith(u'/') || name.split(u'/').contains(u".."_s);
+    constexpr qsizetype limit = qsizetype{4} * 1024 * 1024;
+    QByteArrayList names = root_.read(manifestPath, limit).split('\n');
+    names.removeAll({});
+    const bool isPlain = std::none_of(names.begin(), names.end(), [](const QByteArray &name) {
+        return name.startsWith('/') || name.split('/').contains("..");
     });
-    return plain ? result : QStringList();
+    return isPlain ? names : QByteArrayList();
+}
+
+bool InstalledFiles::isListed() const
+{
+    return !listed().isEmpty();
 }
 
 bool InstalledFiles::areComplete() const
 {
-    const QStringList names = listed();
-    QSet<QString> missing(names.begin(), names.end());
-    if (missing.isEmpty())
-        return false;
-    QDirIterator files(root_, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                       QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        files.next();
-        const bool isFolder = files.fileInfo().isDir() && !files.fileInfo().isSymLink();
-        if (!isFolder && !missing.remove(files.filePath().mid(root_.size() + 1)))
-            return false;
-    }
-    return missing.isEmpty();
+    QByteArrayList names = listed();
+    std::sort(names.begin(), names.end());
+    QByteArrayList files = filesIn(root_);
+    std::sort(files.begin(), files.end());
+    return !names.isEmpty() && names == files;
 }
 
-bool InstalledFiles::remove() const
+QString InstalledFiles::foreignFile() const
 {
-    QStringList names = listed();
-    if (names.removeOne(manifestPath.toString()))
-        names.append(manifestPath.toString()); // Last, so that an interrupted removal can be taken up again.
-    for (const QString &name : std::as_const(names))
-        QFile::remove(root_ + u'/' + name);
-    removeEmptyFolders(root_);
-    return !QFileInfo::exists(root_);
+    const QByteArrayList names = listed();
+    for (const QByteArray &file : filesIn(root_)) {
+        if (!names.contains(file))
+            return QFile::decodeName(file);
+    }
+    return {};
+}
+
+void InstalledFiles::remove() const
+{
+    QByteArrayList names = listed();
+    if (names.removeOne(manifestPath))
+        names.append(manifestPath); // Last, so that an interrupted removal can be continued.
+    for (const QByteArray &name : std::as_const(names))
+        root_.removeFile(name);
 }

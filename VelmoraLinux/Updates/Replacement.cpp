@@ -2,7 +2,6 @@
 
 #include "ArchiveUnpacker.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -18,9 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// In the hidden place: what is still being written, and what is complete.
-constexpr QStringView unfinishedFolder = u"unfinished";
-constexpr QStringView otherFolder = u"other";
+// In the hidden folder: what is still being written, and a complete version.
+constexpr auto unfinishedFolder = "unfinished";
+constexpr auto otherFolder = "other";
 
 UpdateProblem problemOfErrno()
 {
@@ -28,25 +27,28 @@ UpdateProblem problemOfErrno()
                                                                 : UpdateProblem::notReplaced;
 }
 
-bool renameAtomically(const QString &from, const QString &to, unsigned flags)
+QJsonObject information(const FolderHandle &root)
 {
-    return renameat2(AT_FDCWD, QFile::encodeName(from).constData(), AT_FDCWD,
-                     QFile::encodeName(to).constData(), flags) == 0;
+    constexpr qsizetype limit = qsizetype{1} * 1024 * 1024;
+    return QJsonDocument::fromJson(root.read("share/velmora/Info.json", limit)).object();
 }
 
-bool sync(const QString &folder)
+// An image has no readable inside: which version it is, it reports itself when it has started.
+UpdateOutcome writeImage(VerifiedArchive &archive, const FolderHandle &folder)
 {
-    const int descriptor = open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const bool written = descriptor >= 0 && fsync(descriptor) == 0;
-    if (descriptor >= 0)
-        close(descriptor);
-    return written;
-}
-
-QJsonObject information(const QString &root)
-{
-    QFile file(root + u"/share/velmora/Info.json"_s);
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
+    constexpr qint64 piece = 1 << 20;
+    QFile &source = archive.file();
+    errno = 0;
+    const Descriptor image = folder.makeFile(unfinishedFolder, 0755);
+    if (!image.isOpen() || !source.seek(0))
+        return problemOfErrno();
+    while (!source.atEnd()) {
+        const QByteArray bytes = source.read(piece);
+        if (bytes.isEmpty() ||
+            write(image.number(), bytes.constData(), static_cast<size_t>(bytes.size())) != bytes.size())
+            return problemOfErrno();
+    }
+    return fsync(image.number()) == 0 ? UpdateOutcome() : problemOfErrno();
 }
 
 } // namespace
@@ -55,90 +57,94 @@ Replacement::Replacement(Installation installation)
     : installation_(std::move(installation))
 {
     const QFileInfo target(installation_.target);
-    hidden_ = target.absolutePath() + u"/."_s + target.fileName() + u".update"_s;
+    parent_ = target.absolutePath();
+    target_ = QFile::encodeName(target.fileName());
+    hidden_ = '.' + target_ + ".update";
 }
 
-QString Replacement::place(QStringView name) const
+// The hidden folder, if it can be trusted: another user may have made one, or a link, in its place.
+FolderHandle Replacement::hiddenFolder() const
 {
-    return hidden_ + u'/' + name.toString();
+    FolderHandle hidden = FolderHandle::open(parent_).folder(hidden_);
+    return hidden.isPrivate() ? std::move(hidden) : FolderHandle();
 }
 
 UpdateOutcome Replacement::prepare(VerifiedArchive &archive, const QString &version) const
 {
     cleanUp();
-    if (mkdir(QFile::encodeName(hidden_).constData(), S_IRWXU) != 0)
+    if (!FolderHandle::open(parent_).makeFolder(hidden_, S_IRWXU))
         return problemOfErrno();
-    UpdateOutcome problem = installation_.kind == Installation::Kind::folder ? prepareFolder(archive, version)
-                                                                             : prepareImage(archive);
-    if (!problem && (!renameAtomically(place(unfinishedFolder), place(otherFolder), 0) || !sync(hidden_)))
+    const FolderHandle hidden = hiddenFolder();
+    if (!hidden.isOpen())
+        return UpdateProblem::notReplaced;
+    UpdateOutcome problem = installation_.kind == Installation::Kind::folder
+                                ? prepareFolder(archive, version, hidden)
+                                : writeImage(archive, hidden);
+    if (!problem && (renameat(hidden.descriptor(), unfinishedFolder, hidden.descriptor(), otherFolder) != 0 ||
+                     !hidden.sync()))
         problem = problemOfErrno();
     if (problem)
         cleanUp();
     return problem;
 }
 
-UpdateOutcome Replacement::prepareFolder(VerifiedArchive &archive, const QString &version) const
+UpdateOutcome Replacement::prepareFolder(VerifiedArchive &archive, const QString &version,
+                                         const FolderHandle &hidden) const
 {
-    // Files that came after the start: what is moved aside with the old version must be ours to remove.
-    if (!InstalledFiles(installation_.target).areComplete())
+    const FolderHandle installed = FolderHandle::open(installation_.target);
+    // Files may have been added since the start: what is exchanged and removed later must be ours.
+    if (!InstalledFiles(installed).foreignFile().isEmpty())
+        return UpdateProblem::foreignFile;
+    if (!InstalledFiles(installed).areComplete())
         return UpdateProblem::notReplaced;
-    const QString unpacked = place(unfinishedFolder);
-    if (const auto problem = ArchiveUnpacker({}).unpack(archive, unpacked))
+    if (!hidden.makeFolder(unfinishedFolder, 0755))
+        return problemOfErrno();
+    const FolderHandle unpacked = hidden.folder(unfinishedFolder);
+    const UpdateOutcome problem = ArchiveUnpacker({}).unpack(archive, unpacked);
+    if (problem)
         return problem;
-    // A signature says that an archive is ours, not that it is the one that was announced.
-    const QJsonObject now = information(installation_.target);
+    // A signature proves that an archive is ours, not that it is the announced one.
+    const QJsonObject now = information(installed);
     const QJsonObject then = information(unpacked);
     const bool isAnnounced = then[u"CFBundleVersion"] == QJsonValue(version) &&
                              then[u"CFBundleIdentifier"] == now[u"CFBundleIdentifier"];
-    const QString launcher = unpacked + installation_.launcher.mid(installation_.target.size());
-    if (!isAnnounced || !QFileInfo(launcher).isExecutable() || !InstalledFiles(unpacked).areComplete())
+    const QString launcher = installation_.launcher.mid(installation_.target.size() + 1);
+    if (!isAnnounced || !unpacked.isProgram(QFile::encodeName(launcher)) ||
+        !InstalledFiles(unpacked).areComplete())
         return UpdateProblem::contents;
     return {};
 }
 
-// An image has no readable inside: which version it is, it says itself when it has started.
-UpdateOutcome Replacement::prepareImage(VerifiedArchive &archive) const
+bool Exchange::run() const
 {
-    constexpr qint64 piece = 1 << 20;
-    constexpr QFile::Permissions mode = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
-                                        QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther |
-                                        QFile::ExeOther;
-    QFile image(place(unfinishedFolder));
-    QFile &source = archive.file();
-    errno = 0;
-    if (!source.seek(0) ||
-        !image.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered, mode))
-        return problemOfErrno();
-    while (!source.atEnd()) {
-        const QByteArray bytes = source.read(piece);
-        if (bytes.isEmpty() || image.write(bytes) != bytes.size())
-            return problemOfErrno();
-    }
-    if (image.size() != source.size() || !image.setPermissions(mode) || fsync(image.handle()) != 0)
-        return problemOfErrno();
-    return {};
+    return renameat2(hidden(), otherFolder, parent(), target_.constData(), RENAME_EXCHANGE) == 0;
+}
+
+Exchange Replacement::preparedExchange() const
+{
+    return {FolderHandle::open(parent_), hiddenFolder(), target_};
 }
 
 UpdateOutcome Replacement::exchange() const
 {
-    // Not every file system can: then the installed version stays and the user is told.
-    if (!renameAtomically(place(otherFolder), installation_.target, RENAME_EXCHANGE))
+    const Exchange exchange = preparedExchange();
+    if (!exchange.isOpen() || !exchange.run())
         return problemOfErrno();
-    sync(QFileInfo(installation_.target).absolutePath());
+    (void)fsync(
+        exchange.parent()); // The exchange is done; a power cut may undo it, which leaves the old version.
     return {};
 }
 
 void Replacement::cleanUp() const
 {
-    if (!QFileInfo::exists(hidden_))
+    const FolderHandle hidden = hiddenFolder();
+    if (!hidden.isOpen())
         return;
-    const QFileInfo other(place(otherFolder));
-    if (other.isDir())
-        InstalledFiles(other.filePath()).remove();
+    if (const FolderHandle other = hidden.folder(otherFolder); other.isOpen())
+        InstalledFiles(other).remove();
     else
-        QFile::remove(other.filePath());
-    // Everything in the unfinished one was written by us, into a folder that only we can enter.
-    QDir(place(unfinishedFolder)).removeRecursively();
-    QFile::remove(place(unfinishedFolder));
-    QDir().rmdir(hidden_);
+        hidden.removeFile(otherFolder);
+    hidden.removeEmptyFolders(otherFolder);
+    hidden.removeTree(unfinishedFolder); // Written by us, in a folder that only we can enter.
+    FolderHandle::open(parent_).removeEmptyFolders(hidden_);
 }

@@ -1,9 +1,12 @@
 #include "ReplacingInstaller.h"
 
+#include "HandoverWatch.h"
+
 #include <QDir>
 #include <QUuid>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <utility>
 
@@ -11,21 +14,26 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Makes `folder` one that nobody else can enter. False when it is not ours to change.
-bool makePrivate(const QString &folder)
+// The folder for downloads, which nobody else can enter. Not open when another user could have made it.
+FolderHandle downloadFolder(const QString &path)
 {
-    const QByteArray path = QFile::encodeName(folder);
-    return QDir().mkpath(QFileInfo(folder).path()) &&
-           (mkdir(path.constData(), S_IRWXU) == 0 || errno == EEXIST) && !QFileInfo(folder).isSymLink() &&
-           chmod(path.constData(), S_IRWXU) == 0;
+    if (!QDir().mkpath(QFileInfo(path).path()))
+        return {};
+    (void)mkdir(QFile::encodeName(path).constData(), S_IRWXU);
+    FolderHandle folder = FolderHandle::open(path);
+    struct stat status = {};
+    const bool isOurs = fstat(folder.descriptor(), &status) == 0 && status.st_uid == geteuid() &&
+                        fchmod(folder.descriptor(), S_IRWXU) == 0;
+    return isOurs ? std::move(folder) : FolderHandle();
 }
 
-// What a killed process left, and what is no longer wanted.
-void removeDownloads(const QString &folder)
+// Removes downloads that a killed process left, or that are not needed any more.
+void removeDownloads(const FolderHandle &folder)
 {
-    QDir downloads(folder, u"*.archive"_s);
-    for (const QString &name : downloads.entryList(QDir::Files))
-        downloads.remove(name);
+    for (const auto &[name, isFolder] : folder.entries()) {
+        if (!isFolder && name.endsWith(".archive"))
+            folder.removeFile(name);
+    }
 }
 
 UpdateOutcome verifyAndPrepare(const DownloadedUpdate &update, const UpdateKey &key,
@@ -50,9 +58,10 @@ ReplacingInstaller::ReplacingInstaller(Installation installation, UpdateKey key,
 
 QString ReplacingInstaller::downloadPath()
 {
-    if (!makePrivate(folder_))
+    const FolderHandle folder = downloadFolder(folder_);
+    if (!folder.isOpen())
         return {};
-    removeDownloads(folder_);
+    removeDownloads(folder);
     return folder_ + u'/' + QUuid::createUuid().toString(QUuid::WithoutBraces) + u".archive"_s;
 }
 
@@ -79,6 +88,10 @@ void ReplacingInstaller::handOver(const Done &done)
 {
     handover_.start(installation_.launcher, version_, [this, done](UpdateOutcome problem) {
         if (!problem) {
+            // Without a watch the update goes on; then only the user can bring the old version back.
+            (void)HandoverWatch::start(handover_.socket(), handover_.successor(),
+                                       replacement_.preparedExchange(),
+                                       QFile::encodeName(installation_.launcher));
             done(problem);
             return;
         }
@@ -90,11 +103,17 @@ void ReplacingInstaller::handOver(const Done &done)
     });
 }
 
+QString ReplacingInstaller::foreignFile() const
+{
+    const QString file = InstalledFiles(FolderHandle::open(installation_.target)).foreignFile();
+    return file.isEmpty() ? QString() : installation_.target + u'/' + file;
+}
+
 void ReplacingInstaller::discard()
 {
     inBackground(
         [folder = folder_, replacement = replacement_] {
-            removeDownloads(folder);
+            removeDownloads(FolderHandle::open(folder));
             replacement.cleanUp();
             return UpdateOutcome();
         },

@@ -18,6 +18,7 @@ public:
     [[nodiscard]] QString downloadPath() override;
     void prepare(const DownloadedUpdate &update, Done done) override;
     void install(Done done) override;
+    [[nodiscard]] QString foreignFile() const override;
     void discard() override;
 
 private:

@@ -65,6 +65,10 @@ StandardUpdater::StandardUpdater(Dependencies dependencies, const UpdateConfigur
 void StandardUpdater::start()
 {
     schedule_.start();
+    if (dependencies_.lastUpdateFailed)
+        steps_.after(0s, [this] {
+            show(UpdateStep::failed, UpdateProblem::notStarted, UpdateUserDriver::Attention::quiet);
+        });
     steps_.after(cleanUpDelay, [this] {
         if (!session_->isRunning())
             installer_->discard();
@@ -78,7 +82,7 @@ void StandardUpdater::checkForUpdates()
     } else if (!key_) {
         show(UpdateStep::failed, UpdateProblem::badKey, UpdateUserDriver::Attention::front);
     } else if (!session_) {
-        show(UpdateStep::managed, {}, UpdateUserDriver::Attention::front);
+        show(UpdateStep::managed, dependencies_.installation.problem, UpdateUserDriver::Attention::front);
     } else if (!session_->isRunning()) {
         schedule_.noteCheck();
         session_->check(CheckKind::byUser);
@@ -111,6 +115,7 @@ void StandardUpdater::show(UpdateStep step, UpdateOutcome problem, UpdateUserDri
     report.ownVersion = shownVersion();
     report.problem = problem;
     report.manager = dependencies_.installation.manager;
+    report.place = dependencies_.installation.place;
     dependencies_.driver.show(report, attention);
 }
 

@@ -25,7 +25,8 @@ public:
         QString downloadFolder;
         HttpsDownloader::Settings network;
         std::function<void(const QUrl &page)> openPage;
-        std::function<void()> quit; // Quits the application.
+        std::function<void()> quit;    // Quits the application.
+        bool lastUpdateFailed = false; // This version was started again because its successor failed.
     };
 
     // Starts at once.

@@ -27,6 +27,8 @@ public:
     // Exchanges the versions and starts the new one. Without a problem this process has to end now. With a
     // problem: the old version is installed again.
     virtual void install(Done done) = 0;
+    // After a failure with foreignFile: the file, absolute.
+    [[nodiscard]] virtual QString foreignFile() const = 0;
     // Removes what was downloaded or prepared.
     virtual void discard() = 0;
 };

@@ -188,6 +188,8 @@ void UpdateSession::fail(UpdateProblem problem)
     }
     UpdateReport failure = report(UpdateStep::failed);
     failure.problem = problem;
+    if (problem == UpdateProblem::foreignFile)
+        failure.place = dependencies_.installer.foreignFile();
     show(failure);
 }
 

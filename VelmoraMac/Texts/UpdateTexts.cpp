@@ -129,6 +129,13 @@ private:
 
     [[nodiscard]] UpdateTexts managed() const
     {
+        if (report_.problem)
+            return {.headline = t(u"This copy cannot update itself"_s,
+                                  u"Diese Installation kann sich nicht selbst aktualisieren"_s),
+                    .message = problem(),
+                    .accept = ok(),
+                    .dismiss = {},
+                    .skip = {}};
         return {.headline = t(u"Updates come from elsewhere"_s, u"Updates kommen von anderer Stelle"_s),
                 .message = t(u"This copy of Velmora is kept up to date by whoever installed it: %1."_s,
                              u"Diese Installation von Velmora wird dort aktualisiert, wo sie herkommt: %1."_s)
@@ -191,6 +198,14 @@ private:
             return t(
                 u"This copy cannot verify updates: its key is damaged. Please contact the developer."_s,
                 u"Diese Installation kann Updates nicht prüfen: Ihr Schlüssel ist beschädigt. Bitte wende dich an den Entwickler."_s);
+        case UpdateProblem::sharedFolder:
+            return t(u"Other users can write to the folder “%1”, so nothing is installed there. Move Velmora to a folder of your own."_s,
+                     u"In den Ordner „%1“ können auch andere schreiben, deshalb wird dort nichts installiert. Lege Velmora in einen eigenen Ordner."_s)
+                .arg(report_.place);
+        case UpdateProblem::foreignFile:
+            return t(u"Velmora’s folder contains “%1”, which does not belong to it. Move that file elsewhere and try again."_s,
+                     u"In Velmoras Ordner liegt „%1“, das nicht dazugehört. Verschiebe diese Datei und versuche es noch einmal."_s)
+                .arg(report_.place);
         }
         return {};
     }

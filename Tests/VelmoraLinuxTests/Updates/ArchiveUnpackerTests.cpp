@@ -147,10 +147,16 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(u"/tmp/velmora-escaped"_s));
     }
 
-    void nothingIsUnpackedOverWhatIsThere()
+    void existingFilesAreNotOverwrittenAndLinksNotFollowed()
     {
-        QVERIFY(QDir().mkpath(target()));
-        QCOMPARE(unpack(good().gzip()), UpdateProblem::notReplaced);
+        QVERIFY(QDir().mkpath(target()) && QDir().mkpath(folder_->filePath(u"outside"_s)));
+        writeFile(target() + u"/a"_s, "mine");
+        QCOMPARE(unpack(good().gzip()), UpdateProblem::contents);
+        QCOMPARE(readFile(target() + u"/a"_s), "mine");
+        QVERIFY(QFile::link(folder_->filePath(u"outside"_s), target() + u"/linked"_s));
+        QCOMPARE(unpack(TestArchive().add(folder("v/")).add(file("v/linked/b", "B")).gzip()),
+                 UpdateProblem::contents);
+        QVERIFY(QDir(folder_->filePath(u"outside"_s)).isEmpty());
     }
 
     void aFullDiskIsNoticed()
@@ -158,11 +164,17 @@ private Q_SLOTS:
         const QByteArray archive = good().add(file("v/large", QByteArray(500'000, 'x'))).gzip();
         auto verified = this->verified(archive);
         const SmallDisk disk(100'000);
-        QCOMPARE(ArchiveUnpacker({}).unpack(*verified, target()), UpdateProblem::noSpace);
+        QCOMPARE(ArchiveUnpacker({}).unpack(*verified, folderAt(target())), UpdateProblem::noSpace);
     }
 
 private:
     [[nodiscard]] QString target() const { return folder_->filePath(u"in/target"_s); }
+
+    static FolderHandle folderAt(const QString &path)
+    {
+        QDir().mkpath(path);
+        return FolderHandle::open(path);
+    }
 
     [[nodiscard]] bool nothingLiesBesideTheTarget() const
     {
@@ -189,7 +201,8 @@ private:
         auto verifiedArchive = verified(archive);
         if (!verifiedArchive)
             qFatal("the test archive does not verify");
-        return ArchiveUnpacker({.bytes = 1'000'000, .entries = 50}).unpack(*verifiedArchive, target());
+        return ArchiveUnpacker({.bytes = 1'000'000, .entries = 50})
+            .unpack(*verifiedArchive, folderAt(target()));
     }
 
     TestKeys keys_;

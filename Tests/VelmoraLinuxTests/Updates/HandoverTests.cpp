@@ -1,6 +1,7 @@
 #include "TestArchive.h"
 
 #include <VelmoraLinux/Updates/Handover.h>
+#include <VelmoraLinux/Updates/HandoverWatch.h>
 
 #include <QList>
 #include <QTemporaryDir>
@@ -9,6 +10,8 @@
 #include <Fakes/VirtualTime.h>
 #include <Runner/RegisteredTest.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -131,6 +134,62 @@ private Q_SLOTS:
         auto guest = guestOf("--handover=" + QByteArray::number(ends[1]));
         QVERIFY(guest);
         guest->takeOver(u"2"_s);
+    }
+
+    void aVersionThatDoesNotStandIsReplacedByTheOldOne_data()
+    {
+        QTest::addColumn<QByteArray>("report");
+        QTest::addColumn<bool>("stands");
+        QTest::newRow("it stands") << QByteArray("standing\n") << true;
+        QTest::newRow("it ends") << QByteArray() << false;
+        QTest::newRow("it ends in the middle of its report") << QByteArray("stand") << false;
+        QTest::newRow("it says something else") << QByteArray("standing by\n") << false;
+    }
+
+    // The test plays the new version; the old one is a process that ends as soon as it has started the watch.
+    void aVersionThatDoesNotStandIsReplacedByTheOldOne()
+    {
+        QFETCH(QByteArray, report);
+        QFETCH(bool, stands);
+        const QString root = folder_->filePath(u"velmora"_s);
+        const QString hidden = folder_->filePath(u".velmora.update"_s);
+        const QString marker = folder_->filePath(u"started"_s);
+        installProgram(root, "2", "#!/bin/sh\n");
+        QCOMPARE(mkdir(QFile::encodeName(hidden).constData(), 0700), 0);
+        const QByteArray old =
+            "#!/bin/sh\necho $VELMORA_UPDATE_FAILED >'" + QFile::encodeName(marker) + "'\n";
+        installProgram(hidden + u"/other"_s, "1", old);
+        const QString launcher = root + u"/bin/velmora"_s;
+        const Replacement replacement(
+            {.kind = Installation::Kind::folder, .target = root, .launcher = launcher, .manager = {}});
+
+        std::array<int, 2> ends{};
+        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        const pid_t oldProcess = fork();
+        if (oldProcess == 0) {
+            close(ends[1]);
+            const bool isWatched = HandoverWatch::start(ends[0], getppid(), replacement.preparedExchange(),
+                                                        QFile::encodeName(launcher));
+            _exit(isWatched ? 0 : 1);
+        }
+        close(ends[0]);
+        std::array<char, 8> bytes{};
+        QCOMPARE(read(ends[1], bytes.data(), bytes.size()), ssize_t{0}); // The old process has ended.
+        int status = -1;
+        QCOMPARE(waitpid(oldProcess, &status, 0), oldProcess);
+        QCOMPARE(status, 0);
+        QVERIFY(!QFile::exists(marker));
+        QCOMPARE(write(ends[1], report.constData(), size_t(report.size())), ssize_t(report.size()));
+        if (stands) {
+            char byte = 0;
+            while (send(ends[1], &byte, 1, MSG_NOSIGNAL) == 1) // Until the watch has ended.
+                QTest::qWait(10);
+        }
+        close(ends[1]);
+        if (!stands)
+            QTRY_COMPARE_WITH_TIMEOUT(readFile(marker), "1\n", patience);
+        QCOMPARE(QFile::exists(marker), !stands);
+        QCOMPARE(readFile(launcher), stands ? QByteArray("#!/bin/sh\n") : old);
     }
 
     void aStartWithoutHandoverIsRecognised_data()

@@ -9,6 +9,7 @@
 #include <Runner/RegisteredTest.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -75,7 +76,91 @@ private Q_SLOTS:
     {
         writeFile(root() + u"/share/applications/other.desktop"_s, "x");
         QCOMPARE(detected().kind, Installation::Kind::managed);
-        QCOMPARE(detected().manager, root() + u"/bin"_s);
+        QCOMPARE(detected().problem, UpdateProblem::foreignFile);
+        QCOMPARE(detected().place, root() + u"/share/applications/other.desktop"_s);
+    }
+
+    void aFolderThatOthersCanWriteToIsLeftAlone_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<bool>("isShared");
+        QTest::newRow("the parent, everybody") << u"."_s << 0707 << true;
+        QTest::newRow("the parent, a group") << u"."_s << 0770 << true;
+        QTest::newRow("the parent, everybody, sticky") << u"."_s << 01777 << true;
+        QTest::newRow("the parent, others may read") << u"."_s << 0755 << false;
+        QTest::newRow("the installed folder") << u"velmora"_s << 0777 << true;
+    }
+
+    void aFolderThatOthersCanWriteToIsLeftAlone()
+    {
+        QFETCH(QString, folder);
+        QFETCH(int, mode);
+        QFETCH(bool, isShared);
+        const QString path = QDir::cleanPath(folder_->filePath(folder));
+        QCOMPARE(chmod(QFile::encodeName(path).constData(), static_cast<mode_t>(mode)), 0);
+        QCOMPARE(detected().kind, isShared ? Installation::Kind::managed : Installation::Kind::folder);
+        QCOMPARE(detected().problem, isShared ? UpdateOutcome(UpdateProblem::sharedFolder) : UpdateOutcome());
+        QCOMPARE(detected().place, isShared ? path : QString());
+        const bool isImageShared = isShared && path == folder_->path();
+        QCOMPARE(detectedImage().kind,
+                 isImageShared ? Installation::Kind::managed : Installation::Kind::appImage);
+    }
+
+    void aFolderOfAnotherUserIsLeftAlone()
+    {
+        if (geteuid() != 0)
+            QSKIP("only the superuser can give a folder away");
+        constexpr uid_t other = 65534;
+        QCOMPARE(chown(QFile::encodeName(folder_->path()).constData(), other, other), 0);
+        QCOMPARE(detected().problem, UpdateProblem::sharedFolder);
+        QCOMPARE(detected().place, folder_->path());
+    }
+
+    void aHiddenFolderThatIsNotOursIsNotUsed_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::newRow("a link to another folder") << 0;
+        QTest::newRow("a folder that others can enter") << 1;
+        QTest::newRow("a file") << 2;
+    }
+
+    // Nothing is written or removed through what another user has put in the place of the hidden folder.
+    void aHiddenFolderThatIsNotOursIsNotUsed()
+    {
+        QFETCH(int, kind);
+        const QString outside = folder_->filePath(u"outside"_s);
+        writeFile(outside + u"/other/share/velmora/manifest"_s, "mine\nshare/velmora/manifest\n");
+        writeFile(outside + u"/other/mine"_s, "x");
+        writeFile(outside + u"/unfinished/mine"_s, "x");
+        const Replacement replacement(detected());
+        if (kind == 0)
+            QVERIFY(QFile::link(outside, hidden()));
+        else if (kind == 1)
+            QVERIFY(QDir().rename(outside, hidden()) &&
+                    chmod(QFile::encodeName(hidden()).constData(), 0755) == 0);
+        else
+            writeFile(hidden(), "x");
+        replacement.cleanUp();
+        QCOMPARE(prepare(replacement, programArchive("2", newProgram), u"2"_s), UpdateProblem::notReplaced);
+        QCOMPARE(replacement.exchange(), UpdateProblem::notReplaced);
+        QCOMPARE(readFile(program()), oldProgram);
+        const QString kept = kind == 1 ? hidden() : outside;
+        QCOMPARE(readFile(kept + u"/other/mine"_s), "x");
+        QCOMPARE(readFile(kept + u"/unfinished/mine"_s), "x");
+    }
+
+    void linksInsideTheHiddenFolderAreNotFollowed()
+    {
+        const QString outside = folder_->filePath(u"outside"_s);
+        writeFile(outside + u"/velmora"_s, "x");
+        const Replacement replacement(detected());
+        QCOMPARE(prepare(replacement, programArchive("2", newProgram), u"2"_s), UpdateOutcome());
+        QVERIFY(QDir(hidden() + u"/other/bin"_s).removeRecursively());
+        QVERIFY(QFile::link(outside, hidden() + u"/other/bin"_s));
+        QVERIFY(QFile::link(outside, hidden() + u"/unfinished"_s));
+        replacement.cleanUp();
+        QCOMPARE(readFile(outside + u"/velmora"_s), "x");
     }
 
     void aFolderWithAForeignLinkIsLeftAlone()
@@ -114,10 +199,7 @@ private Q_SLOTS:
 
     void anImageIsRecognised()
     {
-        QProcessEnvironment environment;
-        environment.insert(u"APPIMAGE"_s, image());
-        environment.insert(u"APPDIR"_s, root());
-        const Installation installation = Installation::detect(program(), environment);
+        const Installation installation = detectedImage();
         QCOMPARE(installation.kind, Installation::Kind::appImage);
         QCOMPARE(installation.target, image());
         QCOMPARE(installation.launcher, image());
@@ -190,7 +272,7 @@ private Q_SLOTS:
     {
         const Replacement replacement(detected());
         writeFile(root() + u"/bin/mine"_s, "x");
-        QCOMPARE(prepare(replacement, programArchive("2", newProgram), u"2"_s), UpdateProblem::notReplaced);
+        QCOMPARE(prepare(replacement, programArchive("2", newProgram), u"2"_s), UpdateProblem::foreignFile);
         QCOMPARE(readFile(root() + u"/bin/mine"_s), "x");
         QCOMPARE(neighbours(), clean());
     }
@@ -278,6 +360,14 @@ private:
     }
 
     [[nodiscard]] Installation detected() const { return Installation::detect(program(), {}); }
+
+    [[nodiscard]] Installation detectedImage() const
+    {
+        QProcessEnvironment environment;
+        environment.insert(u"APPIMAGE"_s, image());
+        environment.insert(u"APPDIR"_s, root());
+        return Installation::detect(program(), environment);
+    }
 
     [[nodiscard]] Installation imageInstallation() const
     {

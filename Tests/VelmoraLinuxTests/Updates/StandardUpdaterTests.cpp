@@ -384,7 +384,8 @@ private Q_SLOTS:
         writeFile(root() + u"/bin/neighbour"_s, "x"); // Now the folder is not ours to replace.
         begin();
         QVERIFY(arrivesAt(UpdateStep::managed));
-        QCOMPARE(driver_.reports.last().manager, root() + u"/bin"_s);
+        QCOMPARE(driver_.reports.last().problem, UpdateProblem::foreignFile);
+        QCOMPARE(driver_.reports.last().place, root() + u"/bin/neighbour"_s);
         QVERIFY(server_->requests.isEmpty());
         driver_.answer(UpdateAnswer::accept);
         QVERIFY(!driver_.onShow);

@@ -54,6 +54,8 @@ public:
         installed = std::move(done);
     }
 
+    [[nodiscard]] QString foreignFile() const override { return u"/opt/velmora/mine"_s; }
+
     void discard() override { ++discarded; }
 
     QString path = u"/private/x"_s;

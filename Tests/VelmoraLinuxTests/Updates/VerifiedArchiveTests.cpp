@@ -79,6 +79,7 @@ private Q_SLOTS:
         QTest::newRow("truncated") << good.chopped(1) << size << right;
         QTest::newRow("truncated, and announced so") << good.chopped(1) << size - 1 << right;
         QTest::newRow("one byte more") << good + "x" << size + 1 << right;
+        QTest::newRow("bytes appended behind the announced length") << good + good << size << right;
         QTest::newRow("one bit changed") << QByteArray("uhe whole archive") << size << right;
         QTest::newRow("empty") << QByteArray() << qint64(0) << signature({}, keys_);
         QTest::newRow("signature of another file") << good << size << signature("another archive", keys_);

@@ -1,3 +1,4 @@
+#include <VelmoraMac/Texts/UpdateTexts.h>
 #include <VelmoraMac/Updates/UpdateWindow.h>
 
 #include <QTest>
@@ -73,6 +74,30 @@ private Q_SLOTS:
                              shown.window.dismissTitle(), shown.window.acceptTitle()};
         expected.removeAll(QString());
         QCOMPARE(ItemTree::texts(*shown.view), expected);
+    }
+
+    void whatHindersAnUpdateIsNamed_data()
+    {
+        QTest::addColumn<UpdateStep>("step");
+        QTest::addColumn<UpdateProblem>("problem");
+        QTest::newRow("shared folder") << UpdateStep::managed << UpdateProblem::sharedFolder;
+        QTest::newRow("foreign file at the start") << UpdateStep::managed << UpdateProblem::foreignFile;
+        QTest::newRow("foreign file later") << UpdateStep::failed << UpdateProblem::foreignFile;
+    }
+
+    void whatHindersAnUpdateIsNamed()
+    {
+        QFETCH(UpdateStep, step);
+        QFETCH(UpdateProblem, problem);
+        UpdateReport report;
+        report.step = step;
+        report.problem = problem;
+        report.place = u"/opt/velmora/notes.txt"_s;
+        for (const AppLanguage language : {AppLanguage::english, AppLanguage::german}) {
+            const UpdateTexts texts = updateTexts(report, language);
+            QVERIFY(texts.message.contains(report.place));
+            QVERIFY(!texts.headline.isEmpty() && !texts.accept.isEmpty());
+        }
     }
 
     void nothingIsCoveredOrCutOff_data() { everyStepShowsItsWordsAndButtons_data(); }
