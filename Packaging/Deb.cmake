@@ -36,9 +36,9 @@ execute_process(COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/Tools/releas
 install(CODE "execute_process(COMMAND gzip -9 -n -c \"${CMAKE_CURRENT_BINARY_DIR}/changelog\"
   OUTPUT_FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${documents}/changelog.gz\" COMMAND_ERROR_IS_FATAL ANY)
 # Debian's manual pages are compressed.
-file(GLOB pages \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_MANDIR}/man1/*.1\")
-foreach(page \${pages})
-  execute_process(COMMAND gzip -9 -n -f \"\${page}\" COMMAND_ERROR_IS_FATAL ANY)
+foreach(page velmora velmora-clean)
+  execute_process(COMMAND gzip -9 -n -f
+    \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_MANDIR}/man1/\${page}.1\" COMMAND_ERROR_IS_FATAL ANY)
 endforeach()" COMPONENT debian)
 
 include(CPack)
