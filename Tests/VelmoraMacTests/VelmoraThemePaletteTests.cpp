@@ -138,8 +138,10 @@ private Q_SLOTS:
     void textsCanBeRead_data()
     {
         QTest::addColumn<Velmora::VelmoraTheme>("theme");
-        for (const VelmoraTheme theme : themes)
+        for (const int value : Surroundings::themes()) {
+            const auto theme = static_cast<VelmoraTheme>(value);
             QTest::addRow("%s", qPrintable(rawValue(theme))) << theme;
+        }
     }
 
     void textsCanBeRead()
