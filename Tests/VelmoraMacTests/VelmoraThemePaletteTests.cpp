@@ -138,10 +138,8 @@ private Q_SLOTS:
     void textsCanBeRead_data()
     {
         QTest::addColumn<Velmora::VelmoraTheme>("theme");
-        for (const int value : Surroundings::themes()) {
-            const auto theme = static_cast<VelmoraTheme>(value);
+        for (const VelmoraTheme theme : themes)
             QTest::addRow("%s", qPrintable(rawValue(theme))) << theme;
-        }
     }
 
     void textsCanBeRead()

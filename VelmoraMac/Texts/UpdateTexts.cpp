@@ -199,15 +199,20 @@ private:
                 u"This copy cannot verify updates: its key is damaged. Please contact the developer."_s,
                 u"Diese Installation kann Updates nicht prüfen: Ihr Schlüssel ist beschädigt. Bitte wende dich an den Entwickler."_s);
         case UpdateProblem::sharedFolder:
-            return t(u"Other users can write to the folder “%1”, so nothing is installed there. Move Velmora to a folder of your own."_s,
-                     u"In den Ordner „%1“ können auch andere schreiben, deshalb wird dort nichts installiert. Lege Velmora in einen eigenen Ordner."_s)
-                .arg(report_.place);
         case UpdateProblem::foreignFile:
-            return t(u"Velmora’s folder contains “%1”, which does not belong to it. Move that file elsewhere and try again."_s,
-                     u"In Velmoras Ordner liegt „%1“, das nicht dazugehört. Verschiebe diese Datei und versuche es noch einmal."_s)
-                .arg(report_.place);
+            return obstacle().arg(report_.place);
         }
         return {};
+    }
+
+    // What the user has to change before this copy can update itself; %1 is the place.
+    [[nodiscard]] QString obstacle() const
+    {
+        return report_.problem == UpdateProblem::sharedFolder
+                   ? t(u"Other users can write to the folder “%1”, so nothing is installed there. Move Velmora to a folder of your own."_s,
+                       u"In den Ordner „%1“ können auch andere schreiben, deshalb wird dort nichts installiert. Lege Velmora in einen eigenen Ordner."_s)
+                   : t(u"Velmora’s folder contains “%1”, which does not belong to it. Move that file elsewhere and try again."_s,
+                       u"In Velmoras Ordner liegt „%1“, das nicht dazugehört. Verschiebe diese Datei und versuche es noch einmal."_s);
     }
 
     const UpdateReport &report_;

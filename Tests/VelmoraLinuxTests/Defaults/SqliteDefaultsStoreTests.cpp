@@ -1,3 +1,5 @@
+#include "TestStore.h"
+
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
 
 #include <QDir>
@@ -9,24 +11,19 @@
 
 #include <Runner/RegisteredTest.h>
 #include <sqlite3.h>
-#include <sys/fsuid.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <functional>
 #include <limits>
 
 using namespace Qt::StringLiterals;
 
 using Problem = DefaultsStore::Problem;
-using Plant = std::function<bool(const QByteArray &path)>; // Makes something that is no file.
 
 namespace {
-
-constexpr uid_t nobody = 65534;
 
 QByteArray contentsOf(const QString &path)
 {
@@ -47,32 +44,6 @@ mode_t rightsOf(const QString &path)
     struct stat status = {};
     return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 0777U : 0;
 }
-
-QList<Problem> problemsOf(DefaultsStore &store)
-{
-    QList<Problem> problems;
-    store.setProblemHandler([&problems](Problem problem) { problems.append(problem); });
-    store.setProblemHandler({});
-    return problems;
-}
-
-// The superuser may write everywhere; without its capabilities it is subject to permissions like other users.
-class OrdinaryUser {
-public:
-    OrdinaryUser()
-    {
-        if (geteuid() == 0)
-            setfsuid(nobody);
-    }
-
-    ~OrdinaryUser()
-    {
-        if (geteuid() == 0)
-            setfsuid(0);
-    }
-
-    Q_DISABLE_COPY_MOVE(OrdinaryUser)
-};
 
 // Another process that locks the database until it is released.
 class LockHolder {
@@ -133,15 +104,6 @@ class SqliteDefaultsStoreTests : public QObject {
         result.removeIf(
             [&](const QString &name) { return !contentsOf(folder() + u'/' + name).contains(text); });
         return result;
-    }
-
-    // Changes the database as another program could.
-    void run(const QByteArray &sql) const
-    {
-        sqlite3 *database = nullptr;
-        QCOMPARE(sqlite3_open(QFile::encodeName(path()).constData(), &database), SQLITE_OK);
-        QCOMPARE(sqlite3_exec(database, sql.constData(), nullptr, nullptr, nullptr), SQLITE_OK);
-        QCOMPARE(sqlite3_close(database), SQLITE_OK);
     }
 
 private Q_SLOTS:
@@ -243,115 +205,6 @@ private Q_SLOTS:
         store.remove(u"history");
         QCOMPARE(filesThatContain("private"), QStringList());
         QVERIFY(!QFile::exists(folder() + u"/defaults.damaged-1.sqlite"_qs));
-    }
-
-    void whatIsNoFileIsSetAside_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<Plant>("plant");
-        const Plant fifo = [](const QByteArray &path) { return mkfifo(path.constData(), 0600) == 0; };
-        const Plant folder = [](const QByteArray &path) { return mkdir(path.constData(), 0700) == 0; };
-        const Plant device = [](const QByteArray &path) {
-            return symlink("/dev/zero", path.constData()) == 0;
-        };
-        const Plant loop = [](const QByteArray &path) {
-            return symlink(path.constData(), path.constData()) == 0;
-        };
-        const Plant socket = [](const QByteArray &path) {
-            return mknod(path.constData(), S_IFSOCK | 0600, 0) == 0;
-        };
-        for (const char *suffix : {"", "-wal"}) {
-            const QString name = u"defaults.sqlite"_qs + QLatin1StringView(suffix);
-            QTest::addRow("a FIFO %s", suffix) << name << fifo;
-            QTest::addRow("a folder %s", suffix) << name << folder;
-            QTest::addRow("a device %s", suffix) << name << device;
-            QTest::addRow("a link to itself %s", suffix) << name << loop;
-            QTest::addRow("a socket %s", suffix) << name << socket;
-        }
-    }
-
-    // Waiting for the FIFO or reading the device to its end would last until the test's time limit.
-    void whatIsNoFileIsSetAside()
-    {
-        QFETCH(QString, name);
-        QFETCH(Plant, plant);
-        QVERIFY(QDir().mkpath(folder()));
-        QVERIFY(plant(QFile::encodeName(folder() + u'/' + name)));
-        {
-            SqliteDefaultsStore store(folder());
-            QCOMPARE(problemsOf(store), QList{Problem::setAside});
-            store.setInteger(u"number", 7);
-        }
-        QCOMPARE(stored(), std::optional<qint64>(7));
-    }
-
-    void aFifoInAReadOnlyFolderIsNotWaitedFor()
-    {
-        QVERIFY(QDir().mkpath(folder()));
-        QCOMPARE(mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
-        QCOMPARE(chmod(QFile::encodeName(folder()).constData(), 0500), 0);
-        if (geteuid() == 0) {
-            QCOMPARE(chmod(QFile::encodeName(home_->path()).constData(), 0755), 0);
-            QCOMPARE(chown(QFile::encodeName(folder()).constData(), nobody, nobody), 0);
-        }
-        const OrdinaryUser user;
-        SqliteDefaultsStore store(folder());
-        store.setInteger(u"number", 7);
-        QCOMPARE(store.integer(u"number"), std::optional<qint64>(7));
-    }
-
-    void foreignObjectsInTheDatabaseAreNotRun_data()
-    {
-        QTest::addColumn<QByteArray>("sql");
-        QTest::newRow("a trigger") << QByteArray("CREATE TRIGGER t AFTER INSERT ON defaults BEGIN"
-                                                 " DELETE FROM defaults; END");
-        QTest::newRow("an endless view")
-            << QByteArray("ALTER TABLE defaults RENAME TO old; CREATE VIEW defaults AS WITH RECURSIVE"
-                          " n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n) SELECT i AS key, 'data' AS type,"
-                          " zeroblob(9999) AS value FROM n");
-        QTest::newRow("other columns") << QByteArray("DROP TABLE defaults; CREATE TABLE defaults(a, b)");
-        QTest::newRow("another table") << QByteArray("CREATE TABLE other(a)");
-    }
-
-    void foreignObjectsInTheDatabaseAreNotRun()
-    {
-        QFETCH(QByteArray, sql);
-        store(1);
-        run(sql);
-        {
-            SqliteDefaultsStore store(folder());
-            QCOMPARE(problemsOf(store), QList{Problem::setAside});
-            store.setInteger(u"number", 2);
-        }
-        QCOMPARE(stored(), std::optional<qint64>(2));
-    }
-
-    // What is not loaded takes no memory.
-    void aHugeValueIsNotLoaded()
-    {
-        store(1);
-        run("INSERT INTO defaults VALUES('historyEntries', 'data', zeroblob(300000000))");
-        SqliteDefaultsStore store(folder());
-        QCOMPARE(problemsOf(store), QList<Problem>());
-        QCOMPARE(store.integer(u"number"), std::optional<qint64>(1));
-        QCOMPARE(store.data(u"historyEntries"), std::nullopt);
-    }
-
-    void anotherUsersOpenFolderIsNotWrittenTo()
-    {
-        if (geteuid() != 0)
-            QSKIP("only the superuser can play another user");
-        QVERIFY(QDir().mkpath(folder()));
-        QCOMPARE(chmod(QFile::encodeName(home_->path()).constData(), 0755), 0);
-        QCOMPARE(chmod(QFile::encodeName(folder()).constData(), 0777), 0);
-        QCOMPARE(seteuid(nobody), 0);
-        {
-            SqliteDefaultsStore store(folder());
-            store.setInteger(u"number", 7);
-            QCOMPARE(store.integer(u"number"), std::optional<qint64>(7));
-        }
-        QCOMPARE(seteuid(0), 0);
-        QVERIFY(QDir(folder()).isEmpty());
     }
 
     void nobodyElseCanReadTheStore()

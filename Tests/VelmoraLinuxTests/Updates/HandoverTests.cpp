@@ -173,11 +173,7 @@ private Q_SLOTS:
             _exit(isWatched ? 0 : 1);
         }
         close(ends[0]);
-        std::array<char, 8> bytes{};
-        QCOMPARE(read(ends[1], bytes.data(), bytes.size()), ssize_t{0}); // The old process has ended.
-        int status = -1;
-        QCOMPARE(waitpid(oldProcess, &status, 0), oldProcess);
-        QCOMPARE(status, 0);
+        waitForTheEndOf(oldProcess, ends[1]);
         QVERIFY(!QFile::exists(marker));
         QCOMPARE(write(ends[1], report.constData(), size_t(report.size())), ssize_t(report.size()));
         if (stands) {
@@ -211,6 +207,16 @@ private Q_SLOTS:
     }
 
 private:
+    // The watch closes its half of the connection when the old process has ended.
+    static void waitForTheEndOf(pid_t oldProcess, int connection)
+    {
+        std::array<char, 8> bytes{};
+        QCOMPARE(read(connection, bytes.data(), bytes.size()), ssize_t{0});
+        int status = -1;
+        QCOMPARE(waitpid(oldProcess, &status, 0), oldProcess);
+        QCOMPARE(status, 0);
+    }
+
     [[nodiscard]] QString program() const { return folder_->filePath(u"program"_s); }
 
     void begin(const QByteArray &script)
