@@ -48,8 +48,9 @@ public:
     // is every link that holds no tracking parameter.
     //
     // In a cleaned link everything but the query stays as written. Its kept parameters keep their order;
-    // repeated ones are dropped, and escapes that are not needed are written as plain characters. A link that
-    // was written without its scheme gets "http://".
+    // repeated ones are dropped, and escapes that mean nothing to servers nor around links are written as plain
+    // characters. A link that was written without its scheme gets "http://". What does not belong to a link for
+    // certain stays, and cleaning a cleaned text changes nothing.
     [[nodiscard]] LinkCleaningResult clean(std::string_view text) const;
 
     // Appends the text as `clean` makes it to `output`, which is no part of it, and says whether anything was

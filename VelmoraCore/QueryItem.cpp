@@ -131,6 +131,16 @@ std::size_t appendNonAscii(std::string &query, std::string_view text, std::size_
 
 } // namespace
 
+QueryItem itemAt(std::string_view query, std::size_t begin)
+{
+    const std::string_view text = query.substr(begin, query.find('&', begin) - begin);
+    const std::size_t equals = text.find('=');
+    QueryItem item{text.substr(0, equals), std::nullopt, findCoded(text, 0) == text.size()};
+    if (equals != std::string_view::npos)
+        item.value = text.substr(equals + 1);
+    return item;
+}
+
 QueryItemReader::QueryItemReader(std::string_view query)
     : query_(query)
     , coded_(findCoded(query, 0))

@@ -17,6 +17,9 @@ struct QueryItem {
     bool operator==(const QueryItem &other) const { return name == other.name && value == other.value; }
 };
 
+// The item that begins at `begin` in a query.
+QueryItem itemAt(std::string_view query, std::size_t begin);
+
 // Walks the items of a query in their order. An empty query has none; an empty piece is an item with an empty
 // name and no value.
 class QueryItemReader {

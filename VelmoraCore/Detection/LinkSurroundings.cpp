@@ -51,7 +51,7 @@ bool endsReference(std::string_view textToSemicolon)
 
 } // namespace
 
-bool LinkSurroundings::closesAt(std::string_view text, std::size_t at) const
+bool LinkSurroundings::closesAt(std::string_view text, std::size_t at, bool isInValue) const
 {
     if (text[at] != mark)
         return false;
@@ -67,7 +67,7 @@ bool LinkSurroundings::closesAt(std::string_view text, std::size_t at) const
     if (markLength > 1 && mark != '_')
         return true;
     return behind == text.size() || !(characters::is(text[behind], characters::letter | characters::digit) ||
-                                      isOneOf(text[behind], "_-=&%.~+"));
+                                      isOneOf(text[behind], isInValue ? "_-&%.~+" : "_-=&%.~+"));
 }
 
 LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin)

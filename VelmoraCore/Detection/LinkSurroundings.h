@@ -19,7 +19,7 @@ struct LinkSurroundings {
     bool areEmpty() const { return separator == '\0' && mark == '\0' && !isQuoted; }
 
     // Whether the mark closes here. One that stands in many queries does where no word goes on.
-    bool closesAt(std::string_view text, std::size_t at) const;
+    bool closesAt(std::string_view text, std::size_t at, bool isInValue) const;
 };
 
 // Reads backwards from the link that begins at `begin`, over marks and over a key as in "url=link", to what

@@ -60,7 +60,10 @@ private:
         return characters::is(text_[at_], characters::nonAscii) ? takeNonAscii() : takeAscii(text_[at_]);
     }
 
-    bool closesMark() const { return isWeb_ && text_[at_] == around_.mark && around_.closesAt(text_, at_); }
+    bool closesMark() const
+    {
+        return isWeb_ && text_[at_] == around_.mark && around_.closesAt(text_, at_, isInValue());
+    }
 
     bool takeAscii(char c)
     {
@@ -104,11 +107,14 @@ private:
     {
         switch (c) {
         case '[':
-            if (isWeb_ && text_.substr(at_ + 1).starts_with('/'))
-                return false; // A closing tag, as in "[/url]".
+            if (isWeb_ && beginsTitle())
+                return false;
             return open(static_cast<char32_t>(c), 1);
-        case '(':
         case '{':
+            if (isWeb_ && beginsCommand())
+                return false;
+            [[fallthrough]];
+        case '(':
             return open(static_cast<char32_t>(c), 1);
         case ')':
             return close('(', 1);
@@ -121,11 +127,30 @@ private:
         }
     }
 
+    // A closing tag, as in "[/url]", or text in brackets directly behind the link, as in "link[Title]": names
+    // of parameters hold brackets, values begin with them.
+    bool beginsTitle() const
+    {
+        return text_.substr(at_ + 1).starts_with('/') || (isInValue() && at_ > itemBegin_);
+    }
+
+    // Commands of templates, as in "{/link}", "{{/link}}", "{% end %}", and attributes, as in "{:a=b}".
+    bool beginsCommand() const
+    {
+        constexpr std::string_view signs = "/%#:!^>@";
+        const std::size_t inner = text_.substr(at_ + 1).starts_with('{') ? at_ + 2 : at_ + 1;
+        return inner < text_.size() && signs.find(text_[inner]) != nowhere;
+    }
+
     bool takeNonAscii()
     {
         const utf8::CodePoint point = utf8::decode(text_, at_);
-        if (isInWebQuery() && endsQuery(point.value, beganInAscii()))
-            return false;
+        if (isInWebQuery()) {
+            if (endsQuery(point.value, beganInAscii()))
+                return false;
+            if (safeAtDoubt_ == nowhere && mayEndQuery(point.value, beganInAscii()))
+                safeAtDoubt_ = safe_;
+        }
         switch (linkTerm(point.value)) {
         case LinkTerm::include:
             return include(point.length);
@@ -151,8 +176,8 @@ private:
             return false;
         }
         const char next = at_ + 1 < text_.size() ? text_[at_ + 1] : '\0';
-        if (c == '\\')
-            return isPunctuation(next) && soft(1);
+        if (c == '\\') // Before a query it is the shell's.
+            return isPunctuation(next) && next != '?' && soft(1);
         if (c == '"')
             return !around_.isQuoted && isWordCharacter(next) && isWordCharacter(text_[at_ - 1]) && soft(1);
         return c == '\'' && soft(1);
@@ -170,8 +195,8 @@ private:
     // A vertical bar belongs to a query that goes on behind it with another parameter.
     bool takePipe()
     {
-        if (part_ == Part::query && safeAtPipe_ == nowhere)
-            safeAtPipe_ = safe_;
+        if (part_ == Part::query && safeAtDoubt_ == nowhere)
+            safeAtDoubt_ = safe_;
         return include(1);
     }
 
@@ -207,6 +232,10 @@ private:
 
     bool takeAmpersand()
     {
+        if (text_[at_ - 1] == '^') {
+            goesOn_ = true; // The shell of Windows escapes so.
+            return false;
+        }
         const WrittenCharacter written = characterReference(text_, at_);
         if (written.value == 0 || (written.value == unknownCharacter && isLast(written.length))) {
             if (isCommandSeparator())
@@ -242,7 +271,7 @@ private:
     bool beginItem(std::size_t length)
     {
         depth_ = 0;
-        safeAtPipe_ = nowhere;
+        safeAtDoubt_ = nowhere;
         include(length);
         itemBegin_ = at_;
         return true;
@@ -310,8 +339,10 @@ private:
     {
         if (depth_ > 0 && !endsAtBracket_)
             safe_ = std::min(safe_, safeAtBracket_);
-        safe_ = std::min(safe_, safeAtPipe_);
+        safe_ = std::min(safe_, safeAtDoubt_);
     }
+
+    bool isInValue() const { return part_ == Part::query && text_[itemBegin_ - 1] == '='; }
 
     bool isInWebQuery() const { return isWeb_ && part_ == Part::query; }
 
@@ -348,7 +379,7 @@ private:
     std::size_t wordBegin_ = 0; // Its first letter, digit or escape.
     std::size_t runBegin_ = 0;  // Of the last stretch of plain characters.
     std::size_t safeBeforeRun_ = 0;
-    std::size_t safeAtPipe_ = nowhere;    // Before the first vertical bar of the item.
+    std::size_t safeAtDoubt_ = nowhere;   // Before what belongs to the item only if another item follows.
     std::size_t safeAtBracket_ = nowhere; // Before the outermost open bracket.
     std::size_t depth_ = 0;
     const LinkSurroundings &around_;

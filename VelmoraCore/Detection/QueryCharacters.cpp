@@ -1,6 +1,7 @@
 #include <VelmoraCore/Detection/QueryCharacters.h>
 #include <VelmoraCore/Detection/WrittenCharacter.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/Scripts.h>
 
 #include <unicode/uchar.h>
 #include <unicode/uscript.h>
@@ -13,9 +14,7 @@ namespace {
 // lengthens a vowel of Kana is the exception.
 bool isSign(UScriptCode script, char32_t point)
 {
-    constexpr char32_t longVowel = 0x30FC;
-    constexpr char32_t narrowLongVowel = 0xFF70;
-    return script == USCRIPT_COMMON && point != longVowel && point != narrowLongVowel;
+    return script == USCRIPT_COMMON && !isOfScriptWithoutBlanks(point);
 }
 
 } // namespace
@@ -36,7 +35,16 @@ bool endsQuery(char32_t point, bool beganInAscii)
         return true;
     if ((category & U_GC_L_MASK) != 0 && isSign(script, point))
         return true;
-    return beganInAscii && script != USCRIPT_LATIN && script != USCRIPT_INHERITED;
+    return beganInAscii && isOfScriptWithoutBlanks(point);
+}
+
+bool mayEndQuery(char32_t point, bool beganInAscii)
+{
+    if (!beganInAscii)
+        return false;
+    UErrorCode error = U_ZERO_ERROR;
+    const UScriptCode script = uscript_getScript(static_cast<UChar32>(point), &error);
+    return script != USCRIPT_LATIN && script != USCRIPT_INHERITED && script != USCRIPT_COMMON;
 }
 
 bool continuesQuery(char32_t point, bool beganInAscii)

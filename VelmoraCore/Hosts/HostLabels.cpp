@@ -1,10 +1,10 @@
 #include <VelmoraCore/Hosts/HostLabels.h>
 #include <VelmoraCore/Hosts/TopLevelDomains.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/Scripts.h>
 #include <VelmoraCore/Text/Utf8.h>
 
 #include <unicode/uchar.h>
-#include <unicode/uscript.h>
 
 #include <algorithm>
 #include <array>
@@ -146,27 +146,6 @@ std::size_t symbolOfLastLabel(std::string_view host)
     return host.size();
 }
 
-// Scripts that are written without blanks, and Hangul, whose particles follow a word without one.
-bool isOfScriptWithoutBlanks(char32_t point)
-{
-    UErrorCode error = U_ZERO_ERROR;
-    switch (uscript_getScript(static_cast<UChar32>(point), &error)) {
-    case USCRIPT_HAN:
-    case USCRIPT_HIRAGANA:
-    case USCRIPT_KATAKANA:
-    case USCRIPT_BOPOMOFO:
-    case USCRIPT_HANGUL:
-    case USCRIPT_THAI:
-    case USCRIPT_LAO:
-    case USCRIPT_KHMER:
-    case USCRIPT_MYANMAR:
-    case USCRIPT_TIBETAN:
-        return true;
-    default:
-        return point == 0x30FC || isSymbol(point);
-    }
-}
-
 // Where the ASCII part begins in which the first label ends, if prose without blanks or a symbol stands
 // before it; otherwise where the label begins.
 std::size_t behindProse(std::string_view label)
@@ -176,7 +155,8 @@ std::size_t behindProse(std::string_view label)
         --begin;
     if (begin == 0 || begin == label.size() || label[begin] == '-')
         return 0;
-    return isOfScriptWithoutBlanks(utf8::decodeBefore(label, begin, 0).value) ? begin : 0;
+    const char32_t before = utf8::decodeBefore(label, begin, 0).value;
+    return isOfScriptWithoutBlanks(before) || isSymbol(before) ? begin : 0;
 }
 
 // Walks over the characters of a host, escapes and full stops of East Asian scripts included; those are dots

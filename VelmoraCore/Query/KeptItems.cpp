@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 namespace velmora {
@@ -27,19 +28,6 @@ std::uint64_t mixed(std::uint64_t hash, std::uint64_t word)
 {
     hash = (hash ^ word) * 0xFF51AFD7ED558CCDU;
     return hash ^ hash >> 32;
-}
-
-std::uint64_t hashOf(std::string_view text)
-{
-    std::uint64_t hash = mixed(seed(), text.size());
-    while (!text.empty()) {
-        std::uint64_t word = 0;
-        const std::size_t length = std::min(text.size(), sizeof word);
-        std::memcpy(&word, text.data(), length);
-        hash = mixed(hash, word);
-        text.remove_prefix(length);
-    }
-    return mixed(hash, seed());
 }
 
 std::string_view valueOf(const QueryItem &item)
@@ -69,44 +57,31 @@ void appendKey(std::string &key, const QueryItem &item)
 
 } // namespace
 
-bool SeenTexts::keep(std::size_t begin)
+std::uint32_t SeenPlaces::hashOf(std::string_view key)
 {
-    const std::string_view text = std::string_view(texts_).substr(begin);
-    const std::uint64_t hash = hashOf(text);
-    Entry &place = placeOf(hash, text);
-    if (place.length != 0) {
-        texts_.resize(begin);
-        return false;
+    std::uint64_t hash = mixed(seed(), key.size());
+    while (!key.empty()) {
+        std::uint64_t word = 0;
+        const std::size_t length = std::min(key.size(), sizeof word);
+        std::memcpy(&word, key.data(), length);
+        hash = mixed(hash, word);
+        key.remove_prefix(length);
     }
-    place = {hash, begin, text.size() + 1};
-    if (++count_ * 2 > entries_.size())
-        grow();
-    return true;
+    return static_cast<std::uint32_t>(mixed(hash, seed()));
 }
 
-SeenTexts::Entry &SeenTexts::placeOf(std::uint64_t hash, std::string_view text)
+void SeenPlaces::grow()
 {
-    const std::size_t mask = entries_.size() - 1;
-    std::size_t place = hash & mask;
-    while (entries_[place].length != 0 &&
-           (entries_[place].hash != hash ||
-            std::string_view(texts_).substr(entries_[place].begin, entries_[place].length - 1) != text))
-        place = (place + 1) & mask;
-    return entries_[place];
-}
-
-void SeenTexts::grow()
-{
-    std::vector<Entry> entries(entries_.size() * 2);
-    for (const Entry &entry : entries_) {
-        if (entry.length == 0)
+    std::vector<Slot> slots(slots_.size() * 2);
+    for (const Slot &seen : slots_) {
+        if (seen.place == nowhere)
             continue;
-        std::size_t place = entry.hash & (entries.size() - 1);
-        while (entries[place].length != 0)
-            place = (place + 1) & (entries.size() - 1);
-        entries[place] = entry;
+        std::size_t slot = seen.hash & (slots.size() - 1);
+        while (slots[slot].place != nowhere)
+            slot = (slot + 1) & (slots.size() - 1);
+        slots[slot] = seen;
     }
-    entries_ = std::move(entries);
+    slots_ = std::move(slots);
 }
 
 bool KeptItems::isNew(const QueryItem &item)
@@ -132,7 +107,14 @@ bool KeptItems::isNewAmongFew(const QueryItem &item) const
 
 bool KeptItems::isNewAmongMany(const QueryItem &item)
 {
-    return seen_->add([&item](std::string &key) { appendKey(key, item); });
+    const auto place = static_cast<std::size_t>(item.name.data() - query_.data());
+    if (place >= std::numeric_limits<std::uint32_t>::max())
+        return true;
+    key_.clear();
+    appendKey(key_, item);
+    return seen_->add(static_cast<std::uint32_t>(place), key_, [this](std::uint32_t other, std::string &key) {
+        appendKey(key, itemAt(query_, other));
+    });
 }
 
 } // namespace velmora

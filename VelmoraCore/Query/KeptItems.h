@@ -12,41 +12,61 @@
 
 namespace velmora {
 
-// Texts that were seen, told apart in time that nobody's choice of texts can spoil.
-class SeenTexts {
+// Pieces of a text that were seen, told apart by a key in time that nobody's choice of texts can spoil.
+// Remembers where they stand, eight bytes for each, and no text.
+class SeenPlaces {
 public:
-    // Takes in what `write` appends to the text handed to it, and says whether that was new.
-    template<typename Write>
-    bool add(Write write)
+    // Whether no place seen before has this key. `keyOf` writes the key of a place that was seen into the
+    // string handed to it.
+    template<typename KeyOf>
+    bool add(std::uint32_t place, std::string_view key, KeyOf keyOf)
     {
-        const std::size_t begin = texts_.size();
-        write(texts_);
-        return keep(begin);
+        const std::uint32_t hash = hashOf(key);
+        std::size_t slot = hash & (slots_.size() - 1);
+        for (; slots_[slot].place != nowhere; slot = (slot + 1) & (slots_.size() - 1)) {
+            if (slots_[slot].hash != hash)
+                continue;
+            other_.clear();
+            keyOf(slots_[slot].place, other_);
+            if (other_ == key)
+                return false;
+        }
+        slots_[slot] = {hash, place};
+        if (++count_ * 3 > slots_.size() * 2)
+            grow();
+        return true;
     }
 
 private:
-    struct Entry {
-        std::uint64_t hash;
-        std::size_t begin;
-        std::size_t length; // Plus one; 0 for an empty place.
+    static constexpr std::uint32_t nowhere = 0xFFFFFFFF;
+
+    struct Slot {
+        std::uint32_t hash = 0;
+        std::uint32_t place = nowhere;
     };
 
-    bool keep(std::size_t begin);
-    Entry &placeOf(std::uint64_t hash, std::string_view text);
+    static std::uint32_t hashOf(std::string_view key);
     void grow();
 
-    std::string texts_; // All of them, one behind the other.
-    std::vector<Entry> entries_ = std::vector<Entry>(64);
+    std::vector<Slot> slots_ = std::vector<Slot>(64);
     std::size_t count_ = 0;
+    std::string other_;
 };
 
 // The parameters of a link that stay: of equal ones the first.
 //
 // Two are equal when their names are, in lower case, and their values, absent and empty ones alike. What
-// cannot be decoded is compared as written, so that different unreadable values are not taken for one.
+// cannot be decoded is compared as written, so that different unreadable values are not taken for one. What
+// stands behind the first four gigabytes of a query is never taken for a repetition.
 class KeptItems {
 public:
-    // Whether the item differs from all before it. It has to live as long as this object.
+    // The query has to live as long as this object.
+    explicit KeptItems(std::string_view query)
+        : query_(query)
+    {
+    }
+
+    // Whether the item, one of the query's, differs from all before it.
     bool isNew(const QueryItem &item);
 
 private:
@@ -56,9 +76,11 @@ private:
     bool isNewAmongFew(const QueryItem &item) const;
     bool isNewAmongMany(const QueryItem &item);
 
+    std::string_view query_;
     std::array<QueryItem, few> few_;
     std::size_t count_ = 0;
-    std::optional<SeenTexts> seen_; // Once there are many.
+    std::optional<SeenPlaces> seen_; // Once there are many.
+    std::string key_;
 };
 
 } // namespace velmora

@@ -38,22 +38,16 @@ QueryCleaner LinkQuery::cleaner() const
 
 bool LinkQuery::decide()
 {
-    if (!query_.isTracked())
-        return false;
-    if (!leaveToText())
-        return false;
-    return !wouldJoin();
+    return query_.isTracked() && !breaksQuotedPrintableLine(text_, link_.query, link_.end) && leaveToText() &&
+           !wouldJoin();
 }
 
 // Shortens the link. False when the link has to stay whole.
 bool LinkQuery::leaveToText()
 {
-    const std::size_t separator = text_.substr(0, link_.fragment).rfind('&');
-    const std::size_t begin =
-        separator == std::string_view::npos ? link_.query + 1 : std::max(separator, link_.query) + 1;
-    QueryItemReader reader(text_.substr(begin, link_.fragment - begin));
-    QueryItem item;
-    if (!reader.next(item) || !item.value)
+    const std::string_view query = text_.substr(link_.query + 1, link_.fragment - link_.query - 1);
+    const QueryItem item = itemAt(query, query.rfind('&') + 1); // Behind "nowhere" is the beginning.
+    if (!item.value)
         return true;
     const std::size_t value = link_.fragment - item.value->size();
     const std::size_t end = certainValueEnd(text_, link_.begin, value, link_.fragment);
@@ -106,7 +100,7 @@ bool LinkQuery::wouldJoin() const
 // Whether the query that begins at this place behind the link is that of the next link.
 bool LinkQuery::isCleanedByItself(std::size_t query) const
 {
-    const std::size_t wordEnd = findBlank(text_, query);
+    const std::size_t wordEnd = findBlank(text_.substr(0, std::min(text_.size(), query + wideWindow)), query);
     LinkScanner scanner(text_, link_.end, wordEnd);
     FoundLink next;
     return scanner.next(next) && next.query == query && next.query < next.fragment && !next.keptAsWritten &&

@@ -33,10 +33,11 @@ std::string_view withoutSeparator(std::string_view name)
 // Takes items one by one, writes those that stay and reports the others.
 class Rewriting {
 public:
-    Rewriting(std::string &link, QueryCleaner::Place place, CleaningVisitor *visitor)
+    Rewriting(std::string_view query, std::string &link, QueryCleaner::Place place, CleaningVisitor *visitor)
         : link_(link)
         , place_(place)
         , visitor_(visitor)
+        , kept_(query)
         , last_(link.size())
     {
     }
@@ -122,7 +123,7 @@ bool QueryCleaner::readFirstItems()
 
 void QueryCleaner::rewrite(std::string &link, Place place, CleaningVisitor *visitor) const
 {
-    Rewriting rewriting(link, place, visitor);
+    Rewriting rewriting(query_, link, place, visitor);
     for (std::size_t i = 0; i < count_; ++i)
         rewriting.take(items_[i], removed_[i]);
     QueryItemReader reader = rest_;

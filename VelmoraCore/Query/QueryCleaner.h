@@ -17,6 +17,7 @@ public:
     QueryCleaner(const TrackingRules &rules, std::string_view query, std::string_view host)
         : rules_(&rules)
         , host_(host)
+        , query_(query)
         , rest_(query)
     {
     }
@@ -45,6 +46,7 @@ private:
 
     const TrackingRules *rules_;
     LinkHost host_;
+    std::string_view query_;
     QueryItemReader rest_;
     std::array<QueryItem, remembered> items_;
     std::array<bool, remembered> removed_{};

@@ -21,13 +21,6 @@ bool beginsParameter(std::string_view behind)
     return end > 0 && end < behind.size() && behind[end] == '=';
 }
 
-// "[2]" at the end of the value.
-bool isNote(std::string_view rest)
-{
-    return rest.size() > 2 && rest.back() == ']' &&
-           rest.find_first_not_of("0123456789", 1) == rest.size() - 1;
-}
-
 // Where the last run of the mark begins that stands before the link, as in "_link_s".
 std::size_t beforeLastMark(std::string_view value)
 {
@@ -37,9 +30,28 @@ std::size_t beforeLastMark(std::string_view value)
     return std::min(end, value.size());
 }
 
-bool endsValue(std::string_view rest, bool isKeyed)
+// Whether a mark that stands before a word of the same line, not far before the link, has not closed yet.
+bool isMarkOpen(std::string_view text, std::size_t link, char mark)
+{
+    constexpr std::size_t farthest = 256;
+    bool isOpen = false;
+    for (std::size_t at = link - std::min(link, farthest); at < link; ++at) {
+        const bool isBehindBlank = at == 0 || isOneOf(text[at - 1], " \t\n\r([{>\"'*~");
+        if (text[at] == '\n')
+            isOpen = false;
+        else if (text[at] == mark && isBehindBlank)
+            isOpen = true;
+        else if (text[at] == mark && (at + 1 == link || isOneOf(text[at + 1], " \t.,;:!?)")))
+            isOpen = false;
+    }
+    return isOpen;
+}
+
+bool endsValue(std::string_view rest, bool isFirst, bool isKeyed)
 {
     switch (rest.front()) {
+    case '(':
+        return !isFirst;
     case ',':
     case '|':
         return true;
@@ -47,8 +59,6 @@ bool endsValue(std::string_view rest, bool isKeyed)
         return isKeyed || !beginsParameter(rest.substr(1));
     case '*':
         return rest.starts_with("*/");
-    case '[':
-        return isNote(rest);
     default:
         return false;
     }
@@ -61,13 +71,14 @@ std::size_t certainValueEnd(std::string_view text, std::size_t link, std::size_t
     const char before = link == 0 ? '\0' : text[link - 1];
     const std::string_view all = text.substr(value, end - value);
     std::size_t length = 0;
-    while (length < all.size() && !endsValue(all.substr(length), before == '='))
+    while (length < all.size() && !endsValue(all.substr(length), length == 0, before == '='))
         ++length;
     if (before == '_' && (end == text.size() || text[end] != '_'))
         length = std::min(length, beforeLastMark(all));
     const bool isCut = length < all.size();
     const bool closesTag = !isCut && end < text.size() && text[end] == '>' && before != '<';
-    const std::string_view signs = closesTag ? "*~^$@%-=/" : "*~^$@%";
+    const bool closesMark = all.ends_with('_') && isMarkOpen(text, link, '_');
+    const std::string_view signs = closesTag ? "*~^$@%-=/" : closesMark ? "_*~^$@%" : "*~^$@%";
     while (length > 0 &&
            (isOneOf(all[length - 1], signs) || (isCut && characters::is(all[length - 1], characters::soft))))
         --length;
@@ -86,6 +97,13 @@ bool isConcatenated(std::string_view text, std::size_t end)
         return rest.size() > 1 &&
                (rest[1] == '$' || rest.starts_with(". $") || characters::is(rest[1], characters::letter));
     return rest.front() == '+' || rest.front() == '&' || rest.starts_with("||") || rest.starts_with("<<");
+}
+
+bool breaksQuotedPrintableLine(std::string_view text, std::size_t query, std::size_t end)
+{
+    const bool isLineEnd = end == text.size() || text[end] == '\n' || text[end] == '\r';
+    return isLineEnd && text[end - 1] == '=' &&
+           text.substr(query, end - query).find("=3D") != std::string_view::npos;
 }
 
 } // namespace velmora

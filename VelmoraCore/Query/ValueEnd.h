@@ -13,4 +13,7 @@ std::size_t certainValueEnd(std::string_view text, std::size_t link, std::size_t
 // Whether the text at `end` is the end of a quoted piece to which source text appends something.
 bool isConcatenated(std::string_view text, std::size_t end);
 
+// Whether the link whose query begins at `query` goes on in the next line of an encoded mail: "...=3Da=".
+bool breaksQuotedPrintableLine(std::string_view text, std::size_t query, std::size_t end);
+
 } // namespace velmora

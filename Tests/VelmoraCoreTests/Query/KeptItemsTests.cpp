@@ -8,46 +8,45 @@
 namespace velmora {
 namespace {
 
+// Of each item of the query, in their order, whether it is new.
+std::vector<bool> newOnes(const std::string &query)
+{
+    std::vector<bool> news;
+    KeptItems kept(query);
+    QueryItemReader reader(query);
+    for (QueryItem item; reader.next(item);)
+        news.push_back(kept.isNew(item));
+    return news;
+}
+
+using News = std::vector<bool>;
+
 TEST(KeptItems, FindsEqualPlainItemsAmongFew)
 {
-    KeptItems kept;
-    EXPECT_TRUE(kept.isNew({"a", "1"}));
-    EXPECT_TRUE(kept.isNew({"a", "2"}));
-    EXPECT_FALSE(kept.isNew({"A", "1"}));
-    EXPECT_TRUE(kept.isNew({"b", std::nullopt}));
-    EXPECT_FALSE(kept.isNew({"B", ""}));
+    EXPECT_EQ(newOnes("a=1&a=2&A=1&b&B="), (News{true, true, false, true, false}));
 }
 
 TEST(KeptItems, RemembersPlainItemsWhenOthersFollow)
 {
-    KeptItems kept;
-    EXPECT_TRUE(kept.isNew({"a", "1"}));
-    EXPECT_TRUE(kept.isNew({"\u00E9", "1"}));
-    EXPECT_FALSE(kept.isNew({"e%CC%81", "%31"}));
-    EXPECT_FALSE(kept.isNew({"%41", "1"}));
-    EXPECT_TRUE(kept.isNew({"%FF", "1"}));
-    EXPECT_TRUE(kept.isNew({"%FE", "1"}));
-    EXPECT_FALSE(kept.isNew({"%FF", "1"}));
+    EXPECT_EQ(newOnes("a=1&\u00E9=1&e%CC%81=%31&%41=1&%FF=1&%FE=1&%FF=1"),
+              (News{true, true, false, false, true, true, false}));
 }
 
 TEST(KeptItems, ComparesNameAndValueAsTheirOneKey)
 {
-    KeptItems kept;
-    EXPECT_TRUE(kept.isNew({"a%3Db", "c"}));
-    EXPECT_FALSE(kept.isNew({"a", "b%3Dc"}));
+    EXPECT_EQ(newOnes("a%3Db=c&a=b%3Dc"), (News{true, false}));
 }
 
 TEST(KeptItems, TellsManyItemsApart)
 {
-    std::vector<std::string> names(5000);
-    int number = 0;
-    for (std::string &name : names)
-        name = "name" + std::to_string(number++);
-    KeptItems kept;
-    for (const std::string &name : names)
-        EXPECT_TRUE(kept.isNew({name, "1"}));
-    for (const std::string &name : names)
-        EXPECT_FALSE(kept.isNew({name, "1"}));
+    std::string query;
+    for (int number = 0; number < 5000; ++number)
+        query += "name" + std::to_string(number) + "=1&";
+    const std::string twice = query + query + "name=1";
+    News expected(5000, true);
+    expected.insert(expected.end(), 5000, false);
+    expected.push_back(true);
+    EXPECT_EQ(newOnes(twice), expected);
 }
 
 } // namespace
