@@ -1,5 +1,6 @@
 #include "LinuxPlatform.h"
 
+#include <VelmoraLinux/Clipboard/ClipboardKeeper.h>
 #include <VelmoraLinux/Instance/LinuxApplicationInstance.h>
 #include <VelmoraLinux/Process/BundleInfoFile.h>
 #include <VelmoraLinux/Process/QuitSignals.h>
@@ -33,10 +34,12 @@ std::unique_ptr<HandoverReceiver> takeOver(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    if (const auto status = StartConditions::check(argc, argv, VELMORA_VERSION))
-        return *status;
     StartConditions::ignoreWriteSignals();
     StartConditions::forbidCoreDumps();
+    if (const auto status = ClipboardKeeper::run(argc, argv))
+        return *status;
+    if (const auto status = StartConditions::check(argc, argv, VELMORA_VERSION))
+        return *status;
 
     const QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"velmora"_s);

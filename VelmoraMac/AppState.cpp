@@ -53,13 +53,14 @@ AppState::AppState(const Dependencies &dependencies, QObject *parent)
     cleanedToday_ = normalizedCleanedToday();
     historyEntries_ = historyFromJson(defaults.data(historyEntriesKey).value_or(QByteArray()))
                           .value_or(QList<CleanHistoryEntry>());
-    if (!dependencies_.pasteboard.isReachable())
-        reportMissingClipboard();
     dependencies_.loginItem.setRefusalHandler([this] { reportRefusedLoginItem(); });
+    dependencies_.pasteboard.setReachHandler([this] { Q_EMIT clipboardProblemChanged(); });
+    connect(this, &AppState::languageChanged, this, &AppState::clipboardProblemChanged);
 }
 
 AppState::~AppState()
 {
+    dependencies_.pasteboard.setReachHandler({});
     dependencies_.loginItem.setRefusalHandler({});
     dependencies_.defaults.setProblemHandler({});
 }
@@ -74,13 +75,24 @@ void AppState::setLastError(const QString &text)
     assign(lastError_, text, &AppState::lastErrorChanged);
 }
 
-void AppState::reportMissingClipboard()
+QString AppState::clipboardProblem() const
 {
-    setLastError(
-        t(u"Velmora cannot reach the clipboard of this session, so links stay as they are. Start it in "
-          u"another kind of session, which your login screen offers."_s,
-          u"Velmora erreicht die Zwischenablage dieser Sitzung nicht, darum bleiben Links, wie sie sind. "
-          u"Starte es in einer anderen Art von Sitzung, die dein Anmeldebildschirm anbietet."_s));
+    switch (dependencies_.pasteboard.reach()) {
+    case Pasteboard::Reach::all:
+        break;
+    case Pasteboard::Reach::onlyX11:
+        return t(u"This desktop shows Velmora only what programs made for X11 copy, so links from all other "
+                 u"programs stay as they are."_s,
+                 u"Dieser Desktop zeigt Velmora nur, was für X11 gemachte Programme kopieren, darum bleiben "
+                 u"Links aus allen anderen Programmen, wie sie sind."_s);
+    case Pasteboard::Reach::none:
+        return t(u"Velmora cannot reach the clipboard of this session, so links stay as they are. Log in to "
+                 u"another kind of session, which your login screen offers."_s,
+                 u"Velmora erreicht die Zwischenablage dieser Sitzung nicht, darum bleiben Links, wie sie "
+                 u"sind. Melde dich in einer anderen Art von Sitzung an, die dein Anmeldebildschirm "
+                 u"anbietet."_s);
+    }
+    return {};
 }
 
 void AppState::report(DefaultsStore::Problem problem)

@@ -110,6 +110,8 @@ private:
     VELMORA_COUNTER(totalCleaned)
     VELMORA_COUNTER(totalTrackersRemoved)
     VELMORA_COUNTER(cleanedToday) // Of the day of the last cleaning or launch: nothing resets it at midnight.
+    // What keeps copies from being seen, for as long as it does; empty when all are.
+    Q_PROPERTY(QString clipboardProblem READ clipboardProblem NOTIFY clipboardProblemChanged)
     Q_PROPERTY(bool hasLastResult READ hasLastResult NOTIFY lastResultChanged)
     // The latest cleaning since the start; all its texts are empty while there was none (see hasLastResult).
     VELMORA_OBSERVABLE(CleaningResult, lastResult, {})
@@ -125,6 +127,12 @@ public:
 
     void setActiveAppTab(AppTab tab);
     Q_SIGNAL void activeAppTabChanged();
+
+    [[nodiscard]] QString clipboardProblem() const;
+    Q_SIGNAL void clipboardProblemChanged();
+
+    // For views with a text of their own to copy or paste.
+    [[nodiscard]] Pasteboard &pasteboard() const { return dependencies_.pasteboard; }
 
     [[nodiscard]] bool hasLastResult() const { return lastCleanedAt_.isValid(); }
 
@@ -171,7 +179,6 @@ private:
     [[nodiscard]] QString t(const QString &english, const QString &german) const;
     void setLastError(const QString &text);
     void report(DefaultsStore::Problem problem);
-    void reportMissingClipboard();
     void reportRefusedLoginItem();
     void write(const QString &text);
     void count(const CleaningResult &result);

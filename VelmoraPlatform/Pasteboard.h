@@ -18,12 +18,21 @@ public:
     // The text, or nothing when the contents have no plain-text form.
     using TextHandler = std::function<void(std::optional<std::string> text)>;
     using ChangeHandler = std::function<void()>;
+    using ReachHandler = std::function<void()>;
     using LostHandler = std::function<void()>;
+
+    enum class Reach {
+        all,     // Every program's.
+        onlyX11, // Those of programs made for X11; the others' are hidden by the compositor.
+        none,    // The clipboard can be neither read nor written.
+    };
 
     virtual ~Pasteboard() = default;
 
-    // Whether this session has a clipboard that can be read and written; never changes.
-    [[nodiscard]] virtual bool isReachable() const { return true; }
+    // Whose copies can be seen in this session.
+    [[nodiscard]] virtual Reach reach() const = 0;
+    // `handler` runs on the main thread after `reach` has become another.
+    virtual void setReachHandler(ReachHandler handler) = 0;
 
     // Grows by one whenever any process, this one included, takes ownership; also for the same text again. A
     // `setString` directly after `clear` belongs to the same change: the two together count once.

@@ -17,7 +17,9 @@ public:
     {
     }
 
-    [[nodiscard]] bool isReachable() const override { return reachable; }
+    [[nodiscard]] Reach reach() const override { return reach_; }
+
+    void setReachHandler(ReachHandler handler) override { reachHandler_ = std::move(handler); }
 
     [[nodiscard]] qint64 changeCount() const override { return changeCount_; }
 
@@ -36,9 +38,15 @@ public:
 
     void copyImage() { change({}); }
 
+    void setReach(Reach reach)
+    {
+        reach_ = reach;
+        if (reachHandler_)
+            reachHandler_();
+    }
+
     [[nodiscard]] const std::optional<std::string> &contents() const { return contents_; }
 
-    bool reachable = true;
     bool notifies = true;
     bool answers = true; // False: the owner does not answer, and a read times out after a second.
     std::chrono::nanoseconds answerDelay{0}; // From the asking to the answer.
@@ -52,5 +60,7 @@ private:
     std::optional<std::string> contents_;
     qint64 changeCount_ = 7; // Not zero: a fresh process meets a clipboard with a past.
     bool cleared_ = false;
+    Reach reach_ = Reach::all;
     ChangeHandler changeHandler_;
+    ReachHandler reachHandler_;
 };

@@ -13,9 +13,11 @@
 //   pieces           incrementally in pieces of 1000 bytes, short texts too
 //   old              refuses TARGETS
 //   latin1           STRING only
+//   as:TARGET        this target only
 //   image            no target for text
 //   secret           marked as a password (x-kde-passwordManagerHint)
 //   mark-unreadable  marked, but the mark is refused
+//   mark-empty       marked, but the mark has no content
 //   mark-public      marked as "public"
 //   filled           instead of bytes: N times the letter x
 //   silent           never answers
@@ -210,6 +212,8 @@ std::vector<xcb_atom_t> SelectionOwner::targets()
         list.push_back(atom("image/png"));
     else if (mode_ == "latin1")
         list.push_back(XCB_ATOM_STRING);
+    else if (mode_.starts_with("as:"))
+        list.push_back(atom(mode_.substr(3)));
     else
         list.push_back(atom("UTF8_STRING"));
     if (mode_ == "secret" || mode_.starts_with("mark-"))
@@ -230,11 +234,16 @@ bool SelectionOwner::convert(const xcb_selection_request_event_t &request)
         return mode_ != "old";
     }
     if (request.target == atom("x-kde-passwordManagerHint") && mode_ != "mark-unreadable") {
-        write(request, request.target, 8, mode_ == "secret" ? "secret" : "public");
-        return mode_ == "secret" || mode_ == "mark-public";
+        write(request, request.target, 8,
+              mode_ == "secret"       ? "secret"
+              : mode_ == "mark-empty" ? ""
+                                      : "public");
+        return mode_ == "secret" || mode_.starts_with("mark-");
     }
-    const bool isText =
-        mode_ == "latin1" ? request.target == XCB_ATOM_STRING : request.target == atom("UTF8_STRING");
+    std::string target = mode_ == "latin1" ? "STRING" : "UTF8_STRING";
+    if (mode_.starts_with("as:"))
+        target = mode_.substr(3);
+    const bool isText = request.target == atom(target);
     return isText && mode_ != "image" && convertText(request);
 }
 

@@ -333,11 +333,23 @@ private Q_SLOTS:
 
     void aSessionWithoutAClipboardIsNamedInTheSettings()
     {
-        QVERIFY(AppState(fakes->dependencies()).lastError().isEmpty());
-        fakes->pasteboard.reachable = false;
-        fakes->defaults.setString(u"language", u"german"_s);
-        QVERIFY(
-            AppState(fakes->dependencies()).lastError().startsWith(u"Velmora erreicht die Zwischenablage"_s));
+        AppState state(fakes->dependencies());
+        QSignalSpy changes(&state, &AppState::clipboardProblemChanged);
+        QCOMPARE(state.clipboardProblem(), QString());
+
+        fakes->pasteboard.setReach(Pasteboard::Reach::none);
+        QCOMPARE(changes.size(), 1);
+        QVERIFY(state.clipboardProblem().startsWith(u"Velmora cannot reach the clipboard"_s));
+        state.setLanguage(AppLanguage::german);
+        QCOMPARE(changes.size(), 2);
+        QVERIFY(state.clipboardProblem().startsWith(u"Velmora erreicht die Zwischenablage"_s));
+
+        fakes->pasteboard.setReach(Pasteboard::Reach::onlyX11);
+        QVERIFY(state.clipboardProblem().startsWith(u"Dieser Desktop zeigt Velmora nur"_s));
+        fakes->pasteboard.setReach(Pasteboard::Reach::all);
+        QCOMPARE(changes.size(), 4);
+        QCOMPARE(state.clipboardProblem(), QString());
+        QCOMPARE(state.lastError(), QString()); // No outcome of an action.
     }
 
     void aCleaningThatCannotBeSavedSaysSo()

@@ -1,15 +1,24 @@
 #include "PasteboardFactory.h"
 
+#include "DataControlPasteboard.h"
 #include "X11Pasteboard.h"
 
+#include <VelmoraLinux/X11/WindowManagerName.h>
+
+#include <QCoreApplication>
+
+#include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace {
 
 // A session without any clipboard.
 class NoPasteboard final : public Pasteboard {
 public:
-    [[nodiscard]] bool isReachable() const override { return false; }
+    [[nodiscard]] Reach reach() const override { return Reach::none; }
+
+    void setReachHandler(ReachHandler) override {}
 
     [[nodiscard]] qint64 changeCount() const override { return 0; }
 
@@ -29,13 +38,33 @@ public:
 // Null when this back end cannot work in the present session.
 using Candidate = std::unique_ptr<Pasteboard> (*)(Scheduler &scheduler);
 
-std::unique_ptr<Pasteboard> x11Pasteboard(Scheduler &scheduler)
+std::unique_ptr<Pasteboard> dataControlPasteboard(Scheduler &scheduler)
 {
-    return X11Pasteboard::create(scheduler);
+    return DataControlPasteboard::create(scheduler, {.keeper = QCoreApplication::applicationFilePath()});
 }
 
-// The one that sees most first.
-constexpr std::array<Candidate, 1> candidates = {x11Pasteboard};
+// What an X server shows of the clipboard. In a Wayland session it is a bridge: most compositors forward
+// copies only while an X11 window has the focus, Mutter and what comes from it always do.
+Pasteboard::Reach reachOfX11()
+{
+    if (!WaylandConnection::open())
+        return Pasteboard::Reach::all;
+    const XcbServer server = connectToXServer();
+    const std::string manager = server ? windowManagerName(server.get()) : std::string();
+    constexpr std::array<std::string_view, 3> forwarding = {"GNOME Shell", "Mutter", "Muffin"};
+    const bool forwards = std::any_of(forwarding.begin(), forwarding.end(), [&manager](auto name) {
+        return manager.find(name) != std::string::npos;
+    });
+    return forwards ? Pasteboard::Reach::all : Pasteboard::Reach::onlyX11;
+}
+
+std::unique_ptr<Pasteboard> x11Pasteboard(Scheduler &scheduler)
+{
+    return X11Pasteboard::create(scheduler, {}, {}, reachOfX11());
+}
+
+// The one that sees most comes first.
+constexpr std::array<Candidate, 2> candidates = {dataControlPasteboard, x11Pasteboard};
 
 } // namespace
 

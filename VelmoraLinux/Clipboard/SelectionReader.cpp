@@ -1,9 +1,9 @@
 #include "SelectionReader.h"
 
+#include "PlainText.h"
+
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -11,22 +11,6 @@ namespace {
 
 // Words asked for at once: a reply is read in one go, so it must not be large.
 constexpr std::uint32_t wordsAtOnce = 64 * 1024;
-
-std::string utf8FromLatin1(std::string_view latin1)
-{
-    std::string utf8;
-    utf8.reserve(latin1.size());
-    for (const char letter : latin1) {
-        const auto code = static_cast<unsigned char>(letter);
-        if (code < 0x80U) {
-            utf8 += letter;
-        } else {
-            utf8 += static_cast<char>(0xC0U | (code >> 6U));
-            utf8 += static_cast<char>(0x80U | (code & 0x3FU));
-        }
-    }
-    return utf8;
-}
 
 std::vector<xcb_atom_t> atomsIn(std::string_view bytes)
 {
@@ -37,7 +21,7 @@ std::vector<xcb_atom_t> atomsIn(std::string_view bytes)
 
 } // namespace
 
-SelectionReader::SelectionReader(XcbConnection &connection, Scheduler &scheduler, SelectionLimits limits,
+SelectionReader::SelectionReader(XcbConnection &connection, Scheduler &scheduler, TransferLimits limits,
                                  xcb_timestamp_t time, Done done)
     : connection_(connection)
     , scheduler_(scheduler)
@@ -157,7 +141,7 @@ void SelectionReader::use(const Answer &answer)
     case Step::targets:
         return useTargets(answer);
     case Step::hint: // A mark that cannot be read counts as well.
-        if (answer.type == XCB_NONE || answer.format != 8 || answer.bytes.starts_with("secret"))
+        if (answer.type == XCB_NONE || answer.format != 8 || PlainText::isSecret(answer.bytes))
             return finish(std::nullopt);
         return tryNextTarget();
     case Step::text:
@@ -167,37 +151,44 @@ void SelectionReader::use(const Answer &answer)
 
 void SelectionReader::useTargets(const Answer &answer)
 {
-    // The best one last, where it is taken first.
-    const std::array known = {xcb_atom_t(XCB_ATOM_STRING), connection_.atom(XcbAtom::plainTextUtf8),
-                              connection_.atom(XcbAtom::utf8String)};
     if (answer.type == XCB_NONE) { // An old program without a list; it cannot mark anything as secret either.
-        targets_ = {known.front(), known.back()};
+        targets_ = {XCB_ATOM_STRING, connection_.atom(XcbAtom::utf8String)};
         return tryNextTarget();
     }
     const bool isList = answer.type == XCB_ATOM_ATOM || answer.type == connection_.atom(XcbAtom::targets);
     if (!isList || answer.format != 32)
         return finish(std::nullopt);
-    const std::vector<xcb_atom_t> offered = atomsIn(answer.bytes);
-    const auto isOffered = [&offered](xcb_atom_t target) {
-        return std::find(offered.begin(), offered.end(), target) != offered.end();
-    };
-    std::copy_if(known.begin(), known.end(), std::back_inserter(targets_), isOffered);
-    const xcb_atom_t hint = connection_.atom(XcbAtom::passwordManagerHint);
-    if (!targets_.empty() && isOffered(hint))
-        return convert(Step::hint, hint);
+    std::vector<xcb_atom_t> offered = atomsIn(answer.bytes);
+    offered.resize(std::min(offered.size(), PlainText::mostTargets));
+    connection_.askAtomNames(
+        offered, steps_.guarded([this, offered](const auto &names) { chooseTargets(offered, names); }));
+}
+
+void SelectionReader::chooseTargets(const std::vector<xcb_atom_t> &offered,
+                                    const std::vector<std::string> &names)
+{
+    noteProgress();
+    for (const std::string &name : PlainText::targetsAmong(names)) {
+        const auto index = std::find(names.begin(), names.end(), name) - names.begin();
+        targets_.insert(targets_.begin(), offered.at(static_cast<std::size_t>(index)));
+    }
+    const bool isMarked = std::find(names.begin(), names.end(), PlainText::secretMark) != names.end();
+    if (!targets_.empty() && isMarked)
+        return convert(Step::hint, connection_.atom(XcbAtom::passwordManagerHint));
     tryNextTarget();
 }
 
+// The type of what came says how it is encoded, whatever was asked for.
 void SelectionReader::useText(const Answer &answer)
 {
     if (answer.format != 8)
         return tryNextTarget();
-    if (answer.type == connection_.atom(XcbAtom::utf8String) ||
-        answer.type == connection_.atom(XcbAtom::plainTextUtf8))
-        return finish(answer.bytes);
-    if (answer.type == XCB_ATOM_STRING)
-        return finish(utf8FromLatin1(answer.bytes));
-    tryNextTarget();
+    connection_.askAtomNames({answer.type}, steps_.guarded([this, bytes = answer.bytes](const auto &names) {
+        if (auto text = PlainText::decoded(names.front(), bytes))
+            finish(std::move(text));
+        else
+            tryNextTarget();
+    }));
 }
 
 void SelectionReader::tryNextTarget()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TransferLimits.h"
+
 #include <VelmoraLinux/X11/XcbConnection.h>
 #include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/Scheduler.h>
@@ -12,13 +14,6 @@
 #include <string>
 #include <vector>
 
-// How long and how much a selection's owner may take.
-struct SelectionLimits {
-    std::chrono::nanoseconds silence = std::chrono::seconds(5); // Without any sign of progress.
-    std::chrono::nanoseconds total = std::chrono::seconds(15);
-    std::size_t bytes = std::size_t(64) * 1024 * 1024;
-};
-
 // One reading of the plain text that the clipboard's owner offers.
 //
 // Asks the owner for TARGETS, stays away from a copy marked as secret, then converts the best text target
@@ -29,7 +24,7 @@ public:
     using Done = std::function<void(std::optional<std::string> text)>;
 
     // `time` is the server's time of the latest known change of owner.
-    SelectionReader(XcbConnection &connection, Scheduler &scheduler, SelectionLimits limits,
+    SelectionReader(XcbConnection &connection, Scheduler &scheduler, TransferLimits limits,
                     xcb_timestamp_t time, Done done);
     ~SelectionReader();
     Q_DISABLE_COPY_MOVE(SelectionReader)
@@ -61,6 +56,7 @@ private:
     void beginIncremental(const xcb_get_property_reply_t &reply);
     void use(const Answer &answer);
     void useTargets(const Answer &answer);
+    void chooseTargets(const std::vector<xcb_atom_t> &offered, const std::vector<std::string> &names);
     void useText(const Answer &answer);
     void tryNextTarget();
     void noteProgress();
@@ -69,7 +65,7 @@ private:
 
     XcbConnection &connection_;
     Scheduler &scheduler_;
-    SelectionLimits limits_;
+    TransferLimits limits_;
     xcb_timestamp_t time_;
     Done done_;
     xcb_window_t requestor_;

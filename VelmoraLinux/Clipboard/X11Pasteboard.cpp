@@ -22,19 +22,20 @@ const Event &as(const xcb_generic_event_t &event)
 } // namespace
 
 std::unique_ptr<X11Pasteboard> X11Pasteboard::create(Scheduler &scheduler, const QByteArray &displayName,
-                                                     SelectionLimits limits)
+                                                     TransferLimits limits, Reach reach)
 {
     auto connection = XcbConnection::open(displayName);
     if (!connection)
         return nullptr;
-    return std::unique_ptr<X11Pasteboard>(new X11Pasteboard(std::move(connection), scheduler, limits));
+    return std::unique_ptr<X11Pasteboard>(new X11Pasteboard(std::move(connection), scheduler, limits, reach));
 }
 
 X11Pasteboard::X11Pasteboard(std::unique_ptr<XcbConnection> connection, Scheduler &scheduler,
-                             SelectionLimits limits)
+                             TransferLimits limits, Reach reach)
     : connection_(std::move(connection))
     , scheduler_(scheduler)
     , limits_(limits)
+    , reach_(reach)
     , server_(*connection_, scheduler)
     , window_(connection_->makeWindow())
 {

@@ -22,11 +22,18 @@
 // a clipboard manager, if there is one, for which it waits at most 200 ms.
 class X11Pasteboard final : public Pasteboard {
 public:
-    // Nothing when there is no server or it lacks XFixes. An empty display name stands for $DISPLAY.
-    [[nodiscard]] static std::unique_ptr<X11Pasteboard>
-    create(Scheduler &scheduler, const QByteArray &displayName = {}, SelectionLimits limits = {});
+    // Nothing when there is no server or it lacks XFixes. An empty display name stands for $DISPLAY. `reach`:
+    // what the session lets this server see.
+    [[nodiscard]] static std::unique_ptr<X11Pasteboard> create(Scheduler &scheduler,
+                                                               const QByteArray &displayName = {},
+                                                               TransferLimits limits = {},
+                                                               Reach reach = Reach::all);
     ~X11Pasteboard() override;
     Q_DISABLE_COPY_MOVE(X11Pasteboard)
+
+    [[nodiscard]] Reach reach() const override { return reach_; }
+
+    void setReachHandler(ReachHandler) override {} // The session stays what it is.
 
     [[nodiscard]] qint64 changeCount() const override { return changeCount_; }
 
@@ -47,7 +54,8 @@ private:
         ours,
     };
 
-    X11Pasteboard(std::unique_ptr<XcbConnection> connection, Scheduler &scheduler, SelectionLimits limits);
+    X11Pasteboard(std::unique_ptr<XcbConnection> connection, Scheduler &scheduler, TransferLimits limits,
+                  Reach reach);
 
     void handleEvent(const xcb_generic_event_t &event);
     void handleOwnerChange(const xcb_generic_event_t &event);
@@ -69,7 +77,8 @@ private:
 
     std::unique_ptr<XcbConnection> connection_;
     Scheduler &scheduler_;
-    SelectionLimits limits_;
+    TransferLimits limits_;
+    Reach reach_;
     SelectionServer server_;
     xcb_window_t window_;
     qint64 changeCount_ = 0;

@@ -1,6 +1,6 @@
 #include "StartConditions.h"
 
-#include <VelmoraLinux/X11/XcbServer.h>
+#include "DisplaySystem.h"
 
 #include <sys/resource.h>
 
@@ -20,29 +20,6 @@ constexpr auto helpText = "Usage: velmora [OPTION]\n"
                           "\n"
                           "  --help       shows this text\n"
                           "  --version    shows the version\n";
-
-bool isSet(const char *variable)
-{
-    const char *value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
-}
-
-// Without a display Qt would end the program with a message that no user understands.
-bool hasDesktop()
-{
-    if (isSet("WAYLAND_DISPLAY"))
-        return true;
-    if (!isSet("DISPLAY")) {
-        std::fputs("velmora: there is no desktop here: neither DISPLAY nor WAYLAND_DISPLAY is set.\n",
-                   stderr);
-        return false;
-    }
-    if (!connectToXServer()) {
-        std::fprintf(stderr, "velmora: the display %s cannot be reached.\n", std::getenv("DISPLAY"));
-        return false;
-    }
-    return true;
-}
 
 } // namespace
 
@@ -65,7 +42,7 @@ std::optional<int> StartConditions::check(int argc, char **argv, const char *ver
             return wrongUse;
         }
     }
-    if (!hasDesktop())
+    if (!DisplaySystem::choose(argc, argv))
         return EXIT_FAILURE;
     return std::nullopt;
 }

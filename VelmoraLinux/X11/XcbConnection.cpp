@@ -30,6 +30,7 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(XcbAtom::count_)
 // Large chunks save round trips, small ones keep every single write and read short.
 constexpr std::size_t preferredChunk = std::size_t(256) * 1024;
 constexpr std::size_t requestHead = 64;
+constexpr std::size_t mostAtomNames = 4096;
 
 } // namespace
 
@@ -118,6 +119,37 @@ void XcbConnection::askSelectionOwner(xcb_atom_t selection, OwnerHandler handler
                                       : static_cast<xcb_get_selection_owner_reply_t *>(reply)->owner);
          }});
     flush();
+}
+
+void XcbConnection::askAtomNames(const std::vector<xcb_atom_t> &atoms, NamesHandler handler)
+{
+    if (atomNames_.size() > mostAtomNames)
+        atomNames_.clear();
+    for (const xcb_atom_t atom : atoms) {
+        if (!atomNames_.try_emplace(atom).second)
+            continue;
+        const auto cookie = xcb_get_atom_name(raw(), atom);
+        pendingReplies_.push_back({cookie.sequence, [this, atom](void *reply) {
+                                       if (reply == nullptr)
+                                           return;
+                                       const auto *name = static_cast<xcb_get_atom_name_reply_t *>(reply);
+                                       atomNames_[atom].assign(xcb_get_atom_name_name(name), name->name_len);
+                                   }});
+    }
+    // Replies come in order: with this one all names are there, those asked for earlier included.
+    askSelectionOwner(XCB_ATOM_PRIMARY,
+                      [this, atoms, handler = std::move(handler)](xcb_window_t) { handler(namesOf(atoms)); });
+}
+
+std::vector<std::string> XcbConnection::namesOf(const std::vector<xcb_atom_t> &atoms) const
+{
+    std::vector<std::string> names;
+    names.reserve(atoms.size());
+    for (const xcb_atom_t atom : atoms) {
+        const auto known = atomNames_.find(atom);
+        names.push_back(known == atomNames_.end() ? std::string() : known->second);
+    }
+    return names;
 }
 
 void XcbConnection::flush()

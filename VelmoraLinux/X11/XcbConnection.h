@@ -11,6 +11,8 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 // The names that selections are made of. The order is that of the texts in XcbConnection.cpp.
@@ -44,6 +46,7 @@ public:
     using EventHandler = std::function<void(const xcb_generic_event_t &event)>;
     using PropertyHandler = std::function<void(const xcb_get_property_reply_t *reply)>;
     using OwnerHandler = std::function<void(xcb_window_t owner)>;
+    using NamesHandler = std::function<void(const std::vector<std::string> &names)>;
 
     // Nothing when there is no such server or it lacks XFixes. An empty name stands for $DISPLAY.
     [[nodiscard]] static std::unique_ptr<XcbConnection> open(const QByteArray &displayName);
@@ -71,6 +74,8 @@ public:
     void readProperty(xcb_window_t window, xcb_atom_t property, bool remove, std::uint32_t offset,
                       std::uint32_t words, PropertyHandler handler);
     void askSelectionOwner(xcb_atom_t selection, OwnerHandler handler);
+    // Asks for the names of atoms; that of one which does not exist is empty.
+    void askAtomNames(const std::vector<xcb_atom_t> &atoms, NamesHandler handler);
     void flush();
 
     void setEventHandler(EventHandler handler) { eventHandler_ = std::move(handler); }
@@ -88,6 +93,7 @@ private:
         std::function<void(void *reply)> handler;
     };
 
+    [[nodiscard]] std::vector<std::string> namesOf(const std::vector<xcb_atom_t> &atoms) const;
     explicit XcbConnection(XcbServer connection);
     bool prepare();
     bool deliver();
@@ -101,6 +107,7 @@ private:
     std::uint8_t firstXfixesEvent_ = 0;
     std::size_t largestChunk_ = 0;
     std::deque<PendingReply> pendingReplies_; // In the order of asking, which is that of the answers.
+    std::unordered_map<xcb_atom_t, std::string> atomNames_; // Those that were asked for.
     EventHandler eventHandler_;
     std::function<void()> lostHandler_;
     bool isLost_ = false;

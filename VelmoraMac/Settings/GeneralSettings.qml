@@ -13,6 +13,7 @@ FormPage {
 
         FormSwitch {
             label: App.t("Auto-clean copied links", "Kopierte Links automatisch bereinigen")
+            problem: App.state.clipboardProblem
             checked: App.state.autoCleanEnabled
             onSwitched: on => App.state.autoCleanEnabled = on
         }

@@ -65,7 +65,7 @@ class X11PasteboardTests : public QObject {
 
     std::optional<XServer> server_;
     EventLoopScheduler scheduler_;
-    SelectionLimits limits_;
+    TransferLimits limits_;
     std::unique_ptr<X11Pasteboard> pasteboard_;
     std::unique_ptr<CopyingProgram> other_;
 
@@ -165,6 +165,10 @@ private Q_SLOTS:
         QTest::newRow("an owner without a list of forms") << QByteArray("old") << link << link;
         QTest::newRow("Latin-1 only")
             << QByteArray("latin1") << QByteArray("gr\xfc\xdf") << QByteArray("gr\xc3\xbc\xc3\x9f");
+        QTest::newRow("text/plain only") << QByteArray("as:text/plain") << link << link;
+        QTest::newRow("TEXT only") << QByteArray("as:TEXT") << link << link;
+        QTest::newRow("with a charset only") << QByteArray("as:text/plain;charset=ISO-8859-1")
+                                             << QByteArray("gr\xfc\xdf") << QByteArray("gr\xc3\xbc\xc3\x9f");
         QTest::newRow("in pieces") << QByteArray("pieces") << pieces << pieces;
         QTest::newRow("in pieces, empty") << QByteArray("pieces") << QByteArray("") << QByteArray("");
         QTest::newRow("in pieces, strange")
@@ -187,8 +191,9 @@ private Q_SLOTS:
     void answersWithoutUsableTextAreNoText_data()
     {
         QTest::addColumn<QByteArray>("mode");
-        for (const char *mode : {"image", "secret", "mark-unreadable", "wrong-type", "wrong-format",
-                                 "unwritten", "garbage-targets", "dies", "pieces-die", "pieces-lie"})
+        for (const char *mode :
+             {"image", "secret", "mark-empty", "mark-unreadable", "wrong-type", "wrong-format", "unwritten",
+              "garbage-targets", "dies", "pieces-die", "pieces-lie"})
             QTest::newRow(mode) << QByteArray(mode);
     }
 

@@ -1,0 +1,160 @@
+#!/usr/bin/env python3
+"""The program's clipboard in a Wayland session, beside programs made for Wayland and for X11.
+
+Usage: test_wayland_clipboard.py PROGRAM [unittest arguments]
+"""
+import os
+import signal
+import subprocess
+import sys
+import unittest
+
+from sway_desktop import SwayDesktop, as_ordinary_user
+from x11_desktop import PATIENCE, wait_until
+
+PROGRAM = ""
+COPIES = 10
+
+
+def tracked(number):
+    return f"https://shop.example/item?id={number}&utm_source=mail&fbclid=abc"
+
+
+def cleaned(number):
+    return f"https://shop.example/item?id={number}"
+
+
+class SwayTest(unittest.TestCase):
+    def desktop(self, **options):
+        desktop = SwayDesktop(PROGRAM, **options)
+        self.addCleanup(self.end, desktop)
+        return desktop
+
+    def end(self, desktop):
+        result = self._outcome.result
+        if any(test is self for test, _ in result.failures + result.errors):
+            print(desktop.state(), file=sys.stderr)
+        desktop.close()
+
+    def start(self, **options):
+        desktop = self.desktop(**options)
+        desktop.start_velmora()
+        wait_until("the menu on the bus", desktop.menu)
+        return desktop
+
+    def wait_for_clipboard(self, desktop, text):
+        wait_until(f"{text} on the clipboard", lambda: desktop.paste_natively() == text)
+
+
+class CleaningTests(SwayTest):
+    def test_every_native_copy_is_cleaned_without_any_focus(self):
+        desktop = self.start()
+        for number in range(COPIES):
+            desktop.copy_natively(tracked(number))
+            self.wait_for_clipboard(desktop, cleaned(number))
+
+    def test_every_x11_copy_is_cleaned_while_another_program_has_the_focus(self):
+        desktop = self.start()
+        desktop.focus_x11_window()
+        for number in range(COPIES):
+            desktop.copy(tracked(number))
+            self.wait_for_clipboard(desktop, cleaned(number))
+            wait_until("the cleaned text in X11", lambda: desktop.clipboard() == cleaned(number))
+
+    def test_a_copy_of_the_same_text_is_cleaned_again(self):
+        desktop = self.start()
+        for _ in range(3):
+            desktop.copy_natively(tracked(7))
+            self.wait_for_clipboard(desktop, cleaned(7))
+
+    def test_other_contents_stay_what_they_are(self):
+        desktop = self.start()
+        for content, options in ((b"\x89PNG", ["--type", "image/png"]), (tracked(1).encode(), ["--type", "text/html"]),
+                                 (b"no link at all", [])):
+            desktop.wl_copy(content, *options)
+            offered = desktop.offered()
+            desktop.copy_natively(tracked(2))  # Proof that the copy before was looked at.
+            self.wait_for_clipboard(desktop, cleaned(2))
+            desktop.wl_copy(content, *options)
+            desktop.catch_up()
+            self.assertEqual(desktop.offered(), offered)
+        subprocess.run(["wl-copy", "--clear"], env=desktop.env, check=True, timeout=PATIENCE)
+        desktop.copy_natively(tracked(3))
+        self.wait_for_clipboard(desktop, cleaned(3))
+
+    def test_an_owner_that_hangs_costs_its_copy_only(self):
+        desktop = self.start()
+        hanging = desktop.start("hanging", "wl-copy", "--foreground", tracked(1))
+        wait_until("the copy", desktop.offered)
+        hanging.send_signal(signal.SIGSTOP)
+        desktop.copy_natively(tracked(2))
+        self.wait_for_clipboard(desktop, cleaned(2))
+        hanging.send_signal(signal.SIGCONT)
+
+
+class EndTests(SwayTest):
+    def test_the_text_outlives_us_until_it_is_replaced(self):
+        desktop = self.start()
+        desktop.copy_natively(tracked(1))
+        self.wait_for_clipboard(desktop, cleaned(1))
+        desktop.choose("Quit Velmora")
+        self.assertEqual(desktop.velmora.wait(PATIENCE), 0)
+        self.assertEqual(desktop.paste_natively(), cleaned(1))
+        self.assertEqual(len(desktop.keepers()), 1)
+
+        desktop.copy_natively("something else")
+        wait_until("the end of the keeper", lambda: not desktop.keepers())
+        self.assertEqual(desktop.paste_natively(), "something else")
+
+    def test_nothing_of_ours_stays_behind_when_the_text_is_not_ours(self):
+        desktop = self.start()
+        desktop.copy_natively("without a link")
+        desktop.catch_up()
+        desktop.choose("Quit Velmora")
+        self.assertEqual(desktop.velmora.wait(PATIENCE), 0)
+        self.assertEqual(desktop.keepers(), [])
+
+    def test_the_keeper_ends_with_the_session(self):
+        desktop = self.start()
+        desktop.copy_natively(tracked(1))
+        self.wait_for_clipboard(desktop, cleaned(1))
+        desktop.choose("Quit Velmora")
+        desktop.velmora.wait(PATIENCE)
+        self.assertEqual(len(desktop.keepers()), 1)
+        desktop.stop(desktop.sway)
+        wait_until("the end of the keeper", lambda: not desktop.keepers())
+
+
+class StartTests(SwayTest):
+    def said(self, environment):
+        """What the program says on stderr when it cannot start, and its status."""
+        ended = subprocess.run([PROGRAM], env={"PATH": os.environ["PATH"], **environment}, stdin=subprocess.DEVNULL,
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE, check=False)
+        return ended.stderr.decode(), ended.returncode
+
+    def test_without_a_desktop_it_says_so(self):
+        for environment, words in (({}, "there is no desktop here"),
+                                   ({"DISPLAY": ":29999"}, "the display :29999 cannot be reached"),
+                                   ({"WAYLAND_DISPLAY": "/nowhere"}, "the Wayland compositor /nowhere can be reached"),
+                                   ({"WAYLAND_DISPLAY": "/nowhere", "DISPLAY": ":29999"}, "neither an X server nor"),
+                                   ({"QT_QPA_PLATFORM": "xcb"}, "there is no desktop here")):
+            with self.subTest(environment):
+                text, status = self.said(environment)
+                self.assertEqual(status, 1)
+                self.assertIn(words, text)
+                self.assertEqual(text.count("\n"), 1)
+
+    def test_a_session_that_offers_nothing_usable_is_no_abort(self):
+        """Without XWayland and without Qt's Wayland plugin; where that is installed, the program just runs."""
+        desktop = self.desktop(xwayland=False)
+        program = desktop.start_velmora(QT_QPA_PLATFORM_PLUGIN_PATH="/nowhere")
+        wait_until("the end or the menu", lambda: program.poll() is not None or desktop.menu())
+        if program.poll() is not None:
+            self.assertEqual(program.returncode, 1)
+            self.assertIn("install XWayland or the package qt6-wayland", desktop.log("velmora"))
+
+
+if __name__ == "__main__":
+    as_ordinary_user()
+    PROGRAM = sys.argv.pop(1)
+    unittest.main(verbosity=2)
