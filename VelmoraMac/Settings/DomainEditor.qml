@@ -55,6 +55,10 @@ Item {
                 radius: 9
             }
         }
+        TextAreaClipboard {
+            editor: editor
+            appState: App.state
+        }
         Connections {
             target: App.state
 
