@@ -16,7 +16,7 @@ bool isOneOf(char c, std::string_view members)
 
 bool isWordCharacter(char c)
 {
-    return characters::is(c, characters::letter | characters::digit | characters::nonAscii);
+    return characters::is(c, characters::letter | characters::digit);
 }
 
 // What may stand between a separator and a link that follows it: a key, marks.
@@ -67,7 +67,7 @@ bool LinkSurroundings::closesAt(std::string_view text, std::size_t at, bool isIn
     if (markLength > 1 && mark != '_')
         return true;
     return behind == text.size() || !(characters::is(text[behind], characters::letter | characters::digit) ||
-                                      isOneOf(text[behind], isInValue ? "_-&%.~+" : "_-=&%.~+"));
+                                      isOneOf(text[behind], isInValue ? "_-&" : "_-=&%.~+"));
 }
 
 LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin)

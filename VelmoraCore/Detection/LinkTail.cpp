@@ -131,7 +131,7 @@ private:
     // of parameters hold brackets, values begin with them.
     bool beginsTitle() const
     {
-        return text_.substr(at_ + 1).starts_with('/') || (isInValue() && at_ > itemBegin_);
+        return text_.substr(at_ + 1).starts_with('/') || (isInValue() && at_ > itemBegin_ && depth_ == 0);
     }
 
     // Commands of templates, as in "{/link}", "{{/link}}", "{% end %}", and attributes, as in "{:a=b}".
@@ -402,7 +402,7 @@ std::optional<LinkTail> plainTail(std::string_view text, std::size_t begin)
     const std::string_view tail = text.substr(begin, end - begin);
     const std::size_t fragment = std::min(tail.find('#'), tail.size());
     const std::size_t query = std::min(tail.substr(0, fragment).find('?'), fragment);
-    if (tail.substr(query).find("&&") != nowhere)
+    if (tail.substr(query).find("&&") != nowhere || tail.find('^') != nowhere)
         return std::nullopt;
     return LinkTail{end, begin + query, begin + fragment};
 }

@@ -42,7 +42,8 @@ TEST(KeptItems, TellsManyItemsApart)
     std::string query;
     for (int number = 0; number < 5000; ++number)
         query += "name" + std::to_string(number) + "=1&";
-    const std::string twice = query + query + "name=1";
+    std::string twice = query;
+    twice.append(query).append("name=1");
     News expected(5000, true);
     expected.insert(expected.end(), 5000, false);
     expected.push_back(true);
