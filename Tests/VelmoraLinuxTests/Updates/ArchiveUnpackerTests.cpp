@@ -142,7 +142,8 @@ private Q_SLOTS:
     void archivesThatAreNotPlainAreRefused()
     {
         QFETCH(QByteArray, archive);
-        QTEST(unpack(archive), "problem");
+        QFETCH(UpdateProblem, problem);
+        QCOMPARE(unpack(archive), UpdateOutcome(problem));
         QVERIFY(nothingLiesBesideTheTarget());
         QVERIFY(!QFileInfo::exists(u"/tmp/velmora-escaped"_s));
     }

@@ -276,7 +276,8 @@ private Q_SLOTS:
         QVERIFY(arrivesAt(UpdateStep::found));
         driver_.answer(UpdateAnswer::accept);
         QVERIFY(arrivesAt(UpdateStep::failed));
-        QTEST(driver_.reports.last().problem, "problem");
+        QFETCH(UpdateProblem, problem);
+        QCOMPARE(driver_.reports.last().problem, UpdateOutcome(problem));
         QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads()).entryList(QDir::Files).isEmpty(), patience);
         QVERIFY(!QFile::exists(folder_->filePath(u"escaped"_s)));
         theOldVersionIsInstalled();
@@ -347,7 +348,8 @@ private Q_SLOTS:
         attack(release_);
         begin();
         QVERIFY(arrivesAt(UpdateStep::failed));
-        QTEST(driver_.reports.last().problem, "problem");
+        QFETCH(UpdateProblem, problem);
+        QCOMPARE(driver_.reports.last().problem, UpdateOutcome(problem));
         theOldVersionIsInstalled();
     }
 

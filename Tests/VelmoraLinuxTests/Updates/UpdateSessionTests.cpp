@@ -213,7 +213,8 @@ private Q_SLOTS:
         session_->check(CheckKind::byUser);
         downloader_.feedDone(problem, feed);
         QCOMPARE(driver_.steps(), Steps({UpdateStep::checking, UpdateStep::failed}));
-        QTEST(driver_.reports.last().problem, "shown");
+        QFETCH(UpdateProblem, shown);
+        QCOMPARE(driver_.reports.last().problem, UpdateOutcome(shown));
         session_->answer(UpdateAnswer::dismiss);
         QVERIFY(!session_->isRunning());
     }
