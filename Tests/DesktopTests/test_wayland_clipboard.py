@@ -10,7 +10,7 @@ import sys
 import unittest
 
 from sway_desktop import SwayDesktop, as_ordinary_user
-from x11_desktop import PATIENCE, wait_until
+from x11_desktop import TIMEOUT, wait_until
 
 PROGRAM = ""
 COPIES = 10
@@ -78,7 +78,7 @@ class CleaningTests(SwayTest):
             desktop.wl_copy(content, *options)
             desktop.catch_up()
             self.assertEqual(desktop.offered(), offered)
-        subprocess.run(["wl-copy", "--clear"], env=desktop.env, check=True, timeout=PATIENCE)
+        subprocess.run(["wl-copy", "--clear"], env=desktop.env, check=True, timeout=TIMEOUT)
         desktop.copy_natively(tracked(3))
         self.wait_for_clipboard(desktop, cleaned(3))
 
@@ -98,7 +98,7 @@ class EndTests(SwayTest):
         desktop.copy_natively(tracked(1))
         self.wait_for_clipboard(desktop, cleaned(1))
         desktop.choose("Quit Velmora")
-        self.assertEqual(desktop.velmora.wait(PATIENCE), 0)
+        self.assertEqual(desktop.velmora.wait(TIMEOUT), 0)
         self.assertEqual(desktop.paste_natively(), cleaned(1))
         self.assertEqual(len(desktop.keepers()), 1)
 
@@ -111,7 +111,7 @@ class EndTests(SwayTest):
         desktop.copy_natively("without a link")
         desktop.catch_up()
         desktop.choose("Quit Velmora")
-        self.assertEqual(desktop.velmora.wait(PATIENCE), 0)
+        self.assertEqual(desktop.velmora.wait(TIMEOUT), 0)
         self.assertEqual(desktop.keepers(), [])
 
     def test_the_keeper_ends_with_the_session(self):
@@ -119,7 +119,7 @@ class EndTests(SwayTest):
         desktop.copy_natively(tracked(1))
         self.wait_for_clipboard(desktop, cleaned(1))
         desktop.choose("Quit Velmora")
-        desktop.velmora.wait(PATIENCE)
+        desktop.velmora.wait(TIMEOUT)
         self.assertEqual(len(desktop.keepers()), 1)
         desktop.stop(desktop.sway)
         wait_until("the end of the keeper", lambda: not desktop.keepers())
@@ -129,7 +129,7 @@ class StartTests(SwayTest):
     def said(self, environment):
         """What the program says on stderr when it cannot start, and its status."""
         ended = subprocess.run([PROGRAM], env={"PATH": os.environ["PATH"], **environment}, stdin=subprocess.DEVNULL,
-                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE, check=False)
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=TIMEOUT, check=False)
         return ended.stderr.decode(), ended.returncode
 
     def test_without_a_desktop_it_says_so(self):

@@ -60,6 +60,9 @@ public:
     void end() { wl_display_terminate(display_); }
 
     void post(std::packaged_task<void()> task);
+
+    void flush() { wl_display_flush_clients(display_); }
+
     void select(int seat, Selection selection);
     void selectPrimary(const Forms &forms);
     void finishDevices();
@@ -239,7 +242,6 @@ void DataControlServer::Compositor::runTasks()
     }
     for (auto &task : tasks) {
         task();
-        wl_display_flush_clients(display_);
     }
 }
 
@@ -360,7 +362,10 @@ void DataControlServer::stop()
 
 void DataControlServer::run(const std::function<void(Compositor &)> &action)
 {
-    std::packaged_task<void()> task([this, &action] { action(*compositor_); });
+    std::packaged_task<void()> task([this, &action] {
+        action(*compositor_);
+        compositor_->flush();
+    });
     std::future<void> done = task.get_future();
     compositor_->post(std::move(task));
     done.wait();

@@ -9,7 +9,7 @@ import subprocess
 import sys
 import tempfile
 
-from x11_desktop import PATIENCE, Desktop, wait_until
+from x11_desktop import TIMEOUT, Desktop, wait_until
 
 ORDINARY_USER = "VELMORA_TEST_ORDINARY_USER"
 
@@ -83,7 +83,7 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
 
     def wl_copy(self, content, *options):
         subprocess.run(["wl-copy", *options], env=self.env, input=content, check=True, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL, timeout=PATIENCE)
+                       stderr=subprocess.DEVNULL, timeout=TIMEOUT)
 
     def paste_natively(self):
         return self.ask("wl-paste", "--no-newline")

@@ -146,10 +146,7 @@ void DataControlPasteboard::countCopy()
 // Events may be looked at from within a call of this class, where nobody may be notified.
 void DataControlPasteboard::notifyLater()
 {
-    if (std::exchange(isNotificationPlanned_, true))
-        return;
     steps_.after({}, [this] {
-        isNotificationPlanned_ = false;
         if (changeHandler_)
             changeHandler_();
     });

@@ -93,7 +93,6 @@ private:
     bool isJustCleared_ = false;
     bool isTakingOver_ = false;
     bool isOvertaken_ = false; // A copy was found right before the present write: it wins.
-    bool isNotificationPlanned_ = false;
     std::unique_ptr<OfferReader> reader_;
     std::vector<TextHandler> waiting_;
 

@@ -430,7 +430,7 @@ private Q_SLOTS:
         QTRY_COMPARE(reaches, 1);
         QCOMPARE(pasteboard_->reach(), Pasteboard::Reach::none);
         QTRY_VERIFY(answer.has_value());
-        QCOMPARE(*answer, Text());
+        QVERIFY(answer->value_or("").empty()); // Empty where the owner's pipe was closed first.
         pasteboard_->clear();
         pasteboard_->setString("into the void");
         QCOMPARE(pasteboard_->changeCount(), 2);
