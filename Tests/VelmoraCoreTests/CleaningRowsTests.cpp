@@ -72,7 +72,7 @@ std::vector<Row> rows()
             rows.push_back(rowOf(std::move(block)));
         block.clear();
     };
-    std::ifstream file(std::string(VELMORA_TEST_DATA) + "/Cleaning.txt");
+    std::ifstream file(VELMORA_TEST_DATA "/Cleaning.txt");
     for (std::string line; std::getline(file, line);) {
         if (line.empty())
             endBlock();

@@ -61,7 +61,7 @@ class TextAreaClipboardTests : public QObject {
         return questions_;
     }
 
-    [[nodiscard]] static QQuickItem *editorOf(Stage &stage)
+    static QQuickItem *showEditor(Stage &stage)
     {
         QQuickItem *settings = stage.showSettings(AppTab::cleaning);
         QQuickItem *editor = ItemTree::control(*settings, u"Ignored Domains"_s);
@@ -99,7 +99,7 @@ private Q_SLOTS:
     void aMiddleClickAsksNobody()
     {
         Stage stage({});
-        QQuickItem *editor = editorOf(stage);
+        QQuickItem *editor = showEditor(stage);
         auto *clipboard = QGuiApplication::clipboard();
         if (clipboard->supportsSelection())
             clipboard->setMimeData(new WatchedCopy(questions_), QClipboard::Selection);
@@ -113,7 +113,7 @@ private Q_SLOTS:
     {
         Stage stage({});
         stage.state->setIgnoredDomainsText(u"a.example"_s);
-        editorOf(stage);
+        showEditor(stage);
         press(stage, QKeySequence::SelectAll);
         stage.fakes.pasteboard.copy("b.example\r\nc.example");
         press(stage, QKeySequence::Paste);
@@ -125,7 +125,7 @@ private Q_SLOTS:
     void anOwnerThatHangsPastesNothing()
     {
         Stage stage({});
-        editorOf(stage);
+        showEditor(stage);
         stage.fakes.pasteboard.copy("a.example");
         stage.fakes.pasteboard.answers = false;
         press(stage, QKeySequence::Paste);
@@ -136,7 +136,7 @@ private Q_SLOTS:
     void anAnswerAfterTheViewsEndIsDropped()
     {
         Stage stage({});
-        editorOf(stage);
+        showEditor(stage);
         stage.fakes.pasteboard.copy("a.example");
         stage.fakes.pasteboard.answerDelay = std::chrono::seconds(1);
         press(stage, QKeySequence::Paste);
@@ -149,7 +149,7 @@ private Q_SLOTS:
     {
         Stage stage({});
         stage.state->setIgnoredDomainsText(u"a.example\nb.example"_s);
-        editorOf(stage);
+        showEditor(stage);
         press(stage, QKeySequence::SelectAll);
         press(stage, QKeySequence::Copy);
         QCOMPARE(stage.fakes.pasteboard.contents(), std::optional<std::string>("a.example\nb.example"));
