@@ -38,6 +38,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::string_view tail = text.substr(cut);
     if (tail.find('?') != std::string_view::npos)
         return 0;
+    // Punctuation and "_" stand in queries too, and belong to them when another parameter follows.
+    if ((pair.before.empty() || pair.before.front() == '_') &&
+        tail.find_first_of("&=%") != std::string_view::npos)
+        return 0;
     const std::string behind = std::string(pair.behind).append(tail);
     const std::string cleaned =
         cleaner()

@@ -40,6 +40,8 @@ TEST(CleaningProperties, KeepsTheDelimiterBehindALinkAndTheTextBehindThat)
     for (const Delimiters &pair : delimiterPairs()) {
         for (const std::string_view front : fronts) {
             for (const std::string_view tail : tails) {
+                if (pair.before.empty() && tail.starts_with('='))
+                    continue; // Punctuation within a value.
                 for (const std::string_view link : links) {
                     const std::string before = std::string(front).append(pair.before);
                     const std::string behind = std::string(pair.behind).append(tail);

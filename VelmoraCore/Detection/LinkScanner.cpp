@@ -65,6 +65,8 @@ bool LinkScanner::next(FoundLink &link)
 
 bool LinkScanner::finish(FoundLink &link)
 {
+    link.previousEnd = previousEnd_;
+    previousEnd_ = link.end;
     position_ = std::max(link.end, skipped_);
     floor_ = position_;
     return true;
@@ -184,7 +186,7 @@ void LinkScanner::scanTailOfWebLink(std::size_t begin, FoundLink &link) const
 bool LinkScanner::otherLink(std::size_t tailBegin, FoundLink &link)
 {
     link.kind = FoundLink::Kind::other;
-    link.end = otherTail(text_, tailBegin, surroundingsBefore(text_, link.begin)).end;
+    link.end = otherTail(text_, tailBegin, surroundingsBefore(text_, link.begin, previousEnd_)).end;
     link.query = link.fragment = link.end;
     if (link.end == tailBegin) {
         position_ = tailBegin;
@@ -231,7 +233,7 @@ bool LinkScanner::startsTail(std::size_t position) const
 
 void LinkScanner::scanTail(std::size_t begin, FoundLink &link) const
 {
-    const LinkTail tail = webTail(text_, begin, surroundingsBefore(text_, link.begin));
+    const LinkTail tail = webTail(text_, begin, surroundingsBefore(text_, link.begin, previousEnd_));
     link.end = tail.end;
     link.query = tail.query;
     link.fragment = tail.fragment;
@@ -409,7 +411,7 @@ bool LinkScanner::mailLink(std::size_t mark, FoundLink &link)
         link.kind = FoundLink::Kind::other;
         link.begin = begin - scheme.size();
         if (at(link.end) == '?')
-            link.end = otherTail(text_, link.end, surroundingsBefore(text_, link.begin)).end;
+            link.end = otherTail(text_, link.end, surroundingsBefore(text_, link.begin, previousEnd_)).end;
         link.query = link.fragment = link.end;
     }
     return true;

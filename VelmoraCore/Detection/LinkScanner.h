@@ -28,6 +28,8 @@ struct FoundLink {
     // Never to be changed: what looks like its query may be code, or more of it follows behind its end in the
     // spelling of the language around it.
     bool keptAsWritten = false;
+    // Where the link before ended; nothing up to there belongs to this one's surroundings.
+    std::size_t previousEnd = 0;
 };
 
 // Finds links in running text, from left to right, in time linear to the text.
@@ -93,6 +95,7 @@ private:
     std::size_t position_;
     // Nothing before this belongs to a further link.
     std::size_t floor_;
+    std::size_t previousEnd_ = 0; // Of the last link that was found.
     // Nothing before this is looked at: the rest of a word that a link of another scheme takes up.
     std::size_t skipped_ = 0;
     // What the last look ahead for an "@" found, so that no stretch of text is looked at twice.

@@ -34,7 +34,7 @@ void findMark(LinkSurroundings &around, std::string_view before)
     const std::size_t length = before.size() - (other == std::string_view::npos ? 0 : other + 1);
     // "key=link" and "a+link" hold no pair of marks.
     const bool standsAlone = length == before.size() || !isWordCharacter(before[before.size() - length - 1]);
-    if (!isOneOf(mark, "*_~") && !standsAlone)
+    if (length == 1 && !isOneOf(mark, "*_~") && !standsAlone)
         return;
     around.mark = mark;
     around.markLength = length;
@@ -62,7 +62,7 @@ bool LinkSurroundings::closesAt(std::string_view text, std::size_t at, bool isIn
     std::size_t behind = at;
     while (behind < text.size() && text[behind] == mark)
         ++behind;
-    if (behind - at < markLength)
+    if (behind - at < std::min<std::size_t>(markLength, 2))
         return false;
     if (markLength > 1 && mark != '_')
         return true;
@@ -70,10 +70,10 @@ bool LinkSurroundings::closesAt(std::string_view text, std::size_t at, bool isIn
                                       isOneOf(text[behind], isInValue ? "_-&" : "_-=&%.~+"));
 }
 
-LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin)
+LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin, std::size_t floor)
 {
     LinkSurroundings around;
-    const std::size_t first = begin - std::min(begin, longestKey);
+    const std::size_t first = begin - std::min(begin - floor, longestKey);
     std::string_view before = text.substr(first, begin - first);
     findMark(around, before);
     if (before.ends_with('"')) {

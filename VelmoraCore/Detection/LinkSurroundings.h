@@ -23,7 +23,7 @@ struct LinkSurroundings {
 };
 
 // Reads backwards from the link that begins at `begin`, over marks and over a key as in "url=link", to what
-// separates it from the text before; a fixed number of bytes at most.
-LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin);
+// separates it from the text before; a fixed number of bytes at most, and nothing before `floor`.
+LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin, std::size_t floor);
 
 } // namespace velmora

@@ -77,7 +77,7 @@ bool LinkQuery::wouldJoin() const
     if (tail.find_first_of("?&") == std::string_view::npos)
         return false;
 
-    const std::size_t before = std::min(link_.begin, window);
+    const std::size_t before = std::min(link_.begin - link_.previousEnd, window);
     std::string joined(text_.substr(link_.begin - before, before));
     if (link_.kind == FoundLink::Kind::bareWeb)
         joined += "http://";
@@ -110,7 +110,7 @@ bool LinkQuery::isCleanedByItself(std::size_t query) const
 
 void LinkQuery::rewrite(std::string &output, CleaningVisitor *visitor) const
 {
-    const LinkSurroundings around = surroundingsBefore(text_, link_.begin);
+    const LinkSurroundings around = surroundingsBefore(text_, link_.begin, link_.previousEnd);
     query_.rewrite(output, {endsLink(), {around.separator, around.mark}}, visitor);
 }
 

@@ -21,12 +21,14 @@ void report(const QueryItem &item, CleaningVisitor &visitor)
                              value ? std::optional<std::string_view>(*value) : std::nullopt);
 }
 
+// What splitting a query at "&" leaves of HTML's "&amp;".
+constexpr std::string_view separatorRest = "amp;";
+
 // In HTML a separator is written "&amp;"; it goes with the parameter before it.
 std::string_view withoutSeparator(std::string_view name)
 {
-    constexpr std::string_view rest = "amp;";
-    while (name.starts_with(rest))
-        name.remove_prefix(rest.size());
+    while (name.starts_with(separatorRest))
+        name.remove_prefix(separatorRest.size());
     return name;
 }
 
@@ -55,7 +57,8 @@ public:
     // such an end its last character is escaped, so that the link that is found next time is the same.
     void finish()
     {
-        if (wasLast_ || !place_.endsLink || last_ == link_.size())
+        if (wasLast_ || !place_.endsLink || last_ == link_.size() ||
+            std::string_view(link_).substr(last_) == separatorRest)
             return;
         escapeOpenBrackets(link_, last_);
         const char end = link_.back();

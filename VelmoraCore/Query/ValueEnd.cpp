@@ -59,6 +59,11 @@ bool endsValue(std::string_view rest, bool isFirst, bool isKeyed)
         return isKeyed || !beginsParameter(rest.substr(1));
     case '*':
         return rest.starts_with("*/");
+    case '.':
+        return rest.starts_with("...");
+    case '!':
+    case '?':
+        return rest.size() > 1 && isOneOf(rest[1], "!?");
     default:
         return false;
     }
