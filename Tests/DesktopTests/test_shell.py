@@ -7,7 +7,7 @@ import sys
 import time
 import unittest
 
-from x11_desktop import PANEL, PATIENCE, SIZE, Desktop, Rect, wait_until
+from x11_desktop import PANEL, TIMEOUT, SIZE, Desktop, Rect, wait_until
 
 PROGRAM = ""
 TRACKED = "https://shop.example/item?id=7&utm_source=mail&fbclid=abc"
@@ -298,14 +298,14 @@ class OnEveryTray:
         desktop.choose("History")
         wait_until("the settings window", desktop.settings_window)
         desktop.choose("Quit Velmora")
-        self.assertEqual(desktop.velmora.wait(PATIENCE), 0)
+        self.assertEqual(desktop.velmora.wait(TIMEOUT), 0)
 
     def test_a_second_start_opens_the_settings_of_the_first_and_ends(self):
         desktop = self.started()
         desktop.wait_for_icon()
         before = time.monotonic()
         second = desktop.start("second", PROGRAM)
-        self.assertEqual(second.wait(PATIENCE), 0)
+        self.assertEqual(second.wait(TIMEOUT), 0)
         self.tell("second start ended after", time.monotonic() - before)
         window = wait_until("the settings window", desktop.settings_window)
         self.tell("settings window seen after", time.monotonic() - before)
@@ -348,7 +348,7 @@ class StatusNotifierTests(OnEveryTray, DesktopTest):
         wait_until("the entry to light up", lambda: desktop.picture(entry) != plain)
         time.sleep(0.8)  # The panel's toolkit takes an earlier click for the end of the one that opened the menu.
         desktop.click(entry.center)
-        self.assertEqual(desktop.velmora.wait(PATIENCE), 0)
+        self.assertEqual(desktop.velmora.wait(TIMEOUT), 0)
 
     def test_the_tooltip_follows_the_state(self):
         desktop = self.started()
@@ -396,7 +396,7 @@ class NotificationAreaTests(OnEveryTray, DesktopTest):
         desktop.click(icon.center, button=3)
         self.wait_for_menu(desktop)
         desktop.key("Up", "Return")  # The last entry: quit.
-        self.assertEqual(desktop.velmora.wait(PATIENCE), 0)
+        self.assertEqual(desktop.velmora.wait(TIMEOUT), 0)
 
     @staticmethod
     def menu_window(desktop):
@@ -438,13 +438,13 @@ class WithoutTrayTests(DesktopTest):
         desktop.start_velmora()
         socket = desktop.folder / "runtime_dir/app.velmora.Velmora.socket"
         wait_until("the first to listen", socket.exists)
-        self.assertEqual(desktop.start("second", PROGRAM).wait(PATIENCE), 0)
+        self.assertEqual(desktop.start("second", PROGRAM).wait(TIMEOUT), 0)
         wait_until("the settings window", desktop.settings_window)
         desktop.stop(desktop.velmora, 9)  # Its socket stays behind.
         stale = when_made(socket)
         desktop.start_velmora()
         wait_until("the socket of the next one", lambda: when_made(socket) not in (None, stale))
-        self.assertEqual(desktop.start("second", PROGRAM).wait(PATIENCE), 0)
+        self.assertEqual(desktop.start("second", PROGRAM).wait(TIMEOUT), 0)
         wait_until("the settings window of the next one", desktop.settings_window)
 
     def test_quitting_leaves_the_text_with_a_clipboard_manager(self):
@@ -458,7 +458,7 @@ class WithoutTrayTests(DesktopTest):
         desktop.settle()  # This manager keeps what it has read, and takes its time to read.
         desktop.watch_bus("member='Event'")
         desktop.choose("Quit Velmora")
-        self.assertEqual(desktop.velmora.wait(PATIENCE), 0)
+        self.assertEqual(desktop.velmora.wait(TIMEOUT), 0)
         self.tell("quitting took", time.time() - desktop.heard("Event")[0])
         wait_until("the text of the ended program", lambda: desktop.clipboard() == CLEANED)
 

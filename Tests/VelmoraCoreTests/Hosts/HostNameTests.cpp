@@ -30,7 +30,7 @@ TEST(ReportedHost, DecodesEscapesAndDropsTheBracketsOfALiteral)
 TEST(ReportedHost, LowersANameThatHasNoAsciiSpelling)
 {
     EXPECT_EQ(reportedHost("Ä\u202E\u202C.de"), "ä\u202E\u202C.de");
-    EXPECT_EQ(reportedHost(std::string(3000, 'A') + "Ä"), std::string(3000, 'a') + "ä");
+    EXPECT_EQ(reportedHost(std::string(3000, 'A').append("Ä")), std::string(3000, 'a').append("ä"));
 }
 
 TEST(ComparableHost, IsOneForAllSpellingsOfAHost)
