@@ -46,16 +46,21 @@ AppState::AppState(const Dependencies &dependencies, QObject *parent)
     : QObject(parent)
     , dependencies_(dependencies)
 {
-    DefaultsStore &defaults = dependencies_.defaults;
-    defaults.setProblemHandler([this](DefaultsStore::Problem problem) { report(problem); });
+    dependencies_.defaults.setProblemHandler([this](DefaultsStore::Problem problem) { report(problem); });
+    loadStatistics();
+    dependencies_.loginItem.setRefusalHandler([this] { reportRefusedLoginItem(); });
+    dependencies_.pasteboard.setReachHandler([this] { Q_EMIT clipboardProblemChanged(); });
+    connect(this, &AppState::languageChanged, this, &AppState::clipboardProblemChanged);
+}
+
+void AppState::loadStatistics()
+{
+    const DefaultsStore &defaults = dependencies_.defaults;
     totalCleaned_ = defaults.integer(totalCleanedKey).value_or(0);
     totalTrackersRemoved_ = defaults.integer(totalTrackersRemovedKey).value_or(0);
     cleanedToday_ = normalizedCleanedToday();
     historyEntries_ = historyFromJson(defaults.data(historyEntriesKey).value_or(QByteArray()))
                           .value_or(QList<CleanHistoryEntry>());
-    dependencies_.loginItem.setRefusalHandler([this] { reportRefusedLoginItem(); });
-    dependencies_.pasteboard.setReachHandler([this] { Q_EMIT clipboardProblemChanged(); });
-    connect(this, &AppState::languageChanged, this, &AppState::clipboardProblemChanged);
 }
 
 AppState::~AppState()

@@ -184,6 +184,7 @@ private:
     void count(const CleaningResult &result);
     void remember(const CleaningResult &result, const QDateTime &moment);
     [[nodiscard]] QString todayKey() const;
+    void loadStatistics();
     qint64 normalizedCleanedToday();
 
     AppTab activeAppTab_ = AppTab::general;

@@ -36,12 +36,12 @@ bool isMarkOpen(std::string_view text, std::size_t link, char mark)
     constexpr std::size_t farthest = 256;
     bool isOpen = false;
     for (std::size_t at = link - std::min(link, farthest); at < link; ++at) {
+        const bool isMark = text[at] == mark;
         const bool isBehindBlank = at == 0 || isOneOf(text[at - 1], " \t\n\r([{>\"'*~");
-        if (text[at] == '\n')
-            isOpen = false;
-        else if (text[at] == mark && isBehindBlank)
+        const bool isBeforeBlank = at + 1 == link || isOneOf(text[at + 1], " \t.,;:!?)");
+        if (isMark && isBehindBlank)
             isOpen = true;
-        else if (text[at] == mark && (at + 1 == link || isOneOf(text[at + 1], " \t.,;:!?)")))
+        else if (text[at] == '\n' || (isMark && isBeforeBlank))
             isOpen = false;
     }
     return isOpen;
