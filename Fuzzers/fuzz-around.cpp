@@ -31,8 +31,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const Delimiters &pair = delimiterPairs()[data[0] % delimiterPairs().size()];
     const std::size_t cut = data[1] % 16 < text.size() ? data[1] % 16 : text.size();
     // A link of its own before this one may be cleaned, and takes up what follows it.
-    if (text.substr(0, cut).find_first_of("?@:") != std::string_view::npos)
+    if (text.substr(0, cut).find_first_of("?@:.&") != std::string_view::npos)
         return 0;
+    if (pair.before == "^" && cut > 0)
+        return 0; // "a^b" is no pair of marks.
     const std::string before = std::string(text.substr(0, cut)).append(pair.before);
     // What follows without anything between may be a part of the link; a further parameter may be cleaned.
     const std::string_view tail = text.substr(cut);
@@ -40,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return 0;
     // Punctuation and "_" stand in queries too, and belong to them when another parameter follows.
     if ((pair.before.empty() || pair.before.front() == '_') &&
-        tail.find_first_of("&=%") != std::string_view::npos)
+        tail.find_first_of("&=%_") != std::string_view::npos)
         return 0;
     const std::string behind = std::string(pair.behind).append(tail);
     const std::string cleaned =

@@ -82,13 +82,17 @@ bool isWrittenPlainly(WrittenByte byte)
     return characters::is(byte.value, byte.length == 1 ? characters::queryText : characters::undone);
 }
 
-// The length of a placeholder that begins with the brace at `at`: "{name}", "{{name}}", "${any.thing}"; 0 if
+// The length of a placeholder that begins with the brace at `at`: "{name}", "{{name}}", "${name[0]}"; 0 if
 // none does.
 std::size_t placeholderAt(std::string_view text, std::size_t at)
 {
     if (at > 0 && text[at - 1] == '$') {
-        const std::size_t close = text.find_first_of("{}", at + 1);
-        return close != std::string_view::npos && text[close] == '}' ? close + 1 - at : 0;
+        constexpr std::string_view outside = "&=#%{}\"'`<>\\";
+        std::size_t close = at + 1;
+        while (close < text.size() && text[close] > ' ' && text[close] != '\x7F' &&
+               outside.find(text[close]) == std::string_view::npos)
+            ++close;
+        return close < text.size() && text[close] == '}' ? close + 1 - at : 0;
     }
     const std::size_t braces = text.substr(at).starts_with("{{") ? 2 : 1;
     std::size_t end = at + braces;

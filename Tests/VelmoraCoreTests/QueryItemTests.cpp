@@ -77,6 +77,25 @@ TEST(AppendQueryText, EscapesTheRestInUpperCase)
     EXPECT_EQ(written("%5b%c3%bc%2f%2b"), "%5B%C3%BC/%2B");
 }
 
+TEST(AppendQueryText, LeavesPlaceholdersOfTemplatesAlone)
+{
+    for (const std::string_view text : {"{id}", "x-{{item.id}}-y", "${row[0].id}", "a${f(1)}b"})
+        EXPECT_EQ(written(text), text);
+    EXPECT_EQ(written("{}"), "%7B%7D");
+    EXPECT_EQ(written("{1}"), "%7B1%7D");
+    EXPECT_EQ(written("${a&b}"), "$%7Ba%26b%7D");
+    EXPECT_EQ(written("${a#}"), "$%7Ba%23%7D");
+    EXPECT_EQ(written("{a"), "%7Ba");
+}
+
+TEST(AppendQueryText, UndoesEscapesOnlyWhereThePlainCharacterMeansTheSameEverywhere)
+{
+    EXPECT_EQ(written("%41%7e%2d%2e%5f%2f%3a%40%3f%2c"), "A~-._/:@?,");
+    EXPECT_EQ(written("%21%24%27%28%29%2a%3b"), "%21%24%27%28%29%2A%3B");
+    EXPECT_EQ(written("a%20https%3a%2f%2fb"), "a%20https%3A//b");
+    EXPECT_EQ(written("https%3a%2f%2fb"), "https://b");
+}
+
 TEST(AppendQueryText, WritesBackWhatItCannotRead)
 {
     EXPECT_EQ(written("%zz%4%%%ff%c3%e2%82x"), "%zz%4%%%ff%c3%e2%82x");

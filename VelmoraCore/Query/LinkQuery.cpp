@@ -25,6 +25,7 @@ LinkQuery::LinkQuery(const TrackingRules &rules, std::string_view text, FoundLin
     : rules_(rules)
     , text_(text)
     , link_(link)
+    , foundEnd_(link.end)
     , query_(cleaner())
     , isTracked_(decide())
 {
@@ -100,8 +101,10 @@ bool LinkQuery::wouldJoin() const
 // Whether the query that begins at this place behind the link is that of the next link.
 bool LinkQuery::isCleanedByItself(std::size_t query) const
 {
+    if (query < foundEnd_)
+        return false;
     const std::size_t wordEnd = findBlank(text_.substr(0, std::min(text_.size(), query + wideWindow)), query);
-    LinkScanner scanner(text_, link_.end, wordEnd);
+    LinkScanner scanner(text_, foundEnd_, wordEnd);
     FoundLink next;
     return scanner.next(next) && next.query == query && next.query < next.fragment && !next.keptAsWritten &&
            (next.kind == FoundLink::Kind::web || next.kind == FoundLink::Kind::bareWeb) &&

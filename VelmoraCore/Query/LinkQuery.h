@@ -41,6 +41,7 @@ private:
     const TrackingRules &rules_;
     std::string_view text_;
     FoundLink &link_;
+    std::size_t foundEnd_; // Of the link as it was found.
     QueryCleaner query_;
     bool isTracked_;
 };
