@@ -70,7 +70,7 @@ bool LinkSurroundings::closesAt(std::string_view text, std::size_t at, bool isIn
                                       isOneOf(text[behind], isInValue ? "_-&" : "_-=&%.~+"));
 }
 
-LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin, std::size_t floor)
+LinkSurroundings readSurroundings(std::string_view text, std::size_t begin, std::size_t floor)
 {
     LinkSurroundings around;
     const std::size_t first = begin - std::min(begin - floor, longestKey);

@@ -24,6 +24,13 @@ struct LinkSurroundings {
 
 // Reads backwards from the link that begins at `begin`, over marks and over a key as in "url=link", to what
 // separates it from the text before; a fixed number of bytes at most, and nothing before `floor`.
-LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin, std::size_t floor);
+LinkSurroundings readSurroundings(std::string_view text, std::size_t begin, std::size_t floor);
+
+// The same; most links stand behind a blank, which says nothing.
+inline LinkSurroundings surroundingsBefore(std::string_view text, std::size_t begin, std::size_t floor)
+{
+    const bool isAlone = begin == floor || static_cast<unsigned char>(text[begin - 1]) <= ' ';
+    return isAlone ? LinkSurroundings() : readSurroundings(text, begin, floor);
+}
 
 } // namespace velmora

@@ -402,8 +402,9 @@ std::optional<LinkTail> plainTail(std::string_view text, std::size_t begin)
     const std::string_view tail = text.substr(begin, end - begin);
     const std::size_t fragment = std::min(tail.find('#'), tail.size());
     const std::size_t query = std::min(tail.substr(0, fragment).find('?'), fragment);
-    if (tail.substr(query).find("&&") != nowhere || tail.find('^') != nowhere)
-        return std::nullopt;
+    const std::size_t separator = tail.find('&', query);
+    if (separator != nowhere && tail.substr(separator + 1).starts_with('&'))
+        return std::nullopt; // Perhaps a shell's.
     return LinkTail{end, begin + query, begin + fragment};
 }
 

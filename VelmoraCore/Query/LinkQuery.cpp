@@ -47,13 +47,14 @@ bool LinkQuery::decide()
 bool LinkQuery::leaveToText()
 {
     const std::string_view query = text_.substr(link_.query + 1, link_.fragment - link_.query - 1);
-    const QueryItem item = itemAt(query, query.rfind('&') + 1); // Behind "nowhere" is the beginning.
-    if (!item.value)
+    const std::size_t last = query.rfind('&') + 1; // Behind "nowhere" is the beginning.
+    const std::size_t equals = query.find('=', last);
+    if (equals == std::string_view::npos)
         return true;
-    const std::size_t value = link_.fragment - item.value->size();
+    const std::size_t value = link_.query + 1 + equals + 1;
     const std::size_t end = certainValueEnd(text_, link_.begin, value, link_.fragment);
     const bool isUsed = value == link_.end && isConcatenated(text_, link_.end);
-    if ((end == link_.fragment && !isUsed) || !rules_.removes(item, query_.host()))
+    if ((end == link_.fragment && !isUsed) || !rules_.removes(itemAt(query, last), query_.host()))
         return true;
     if (isUsed)
         return false;

@@ -76,7 +76,8 @@ std::size_t certainValueEnd(std::string_view text, std::size_t link, std::size_t
     const char before = link == 0 ? '\0' : text[link - 1];
     const std::string_view all = text.substr(value, end - value);
     std::size_t length = 0;
-    while (length < all.size() && !endsValue(all.substr(length), length == 0, before == '='))
+    while (length < all.size() && !(characters::is(all[length], characters::doubtful) &&
+                                    endsValue(all.substr(length), length == 0, before == '=')))
         ++length;
     if (before == '_' && (end == text.size() || text[end] != '_'))
         length = std::min(length, beforeLastMark(all));

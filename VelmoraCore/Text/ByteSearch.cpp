@@ -97,8 +97,8 @@ public:
         // "'" to ")", and with the bit of small letters set "[" to "]" and "{" to "}" in one range.
         const __m128i round = isWithin(bytes_, '\'', ')');
         const __m128i others = isWithin(_mm_or_si128(bytes_, all(0x20)), '{', '}');
-        const __m128i marks =
-            _mm_or_si128(isWithin(bytes_, ':', '<'), _mm_or_si128(equals('>'), equals('`')));
+        const __m128i marks = _mm_or_si128(isWithin(bytes_, ':', '<'),
+                                           _mm_or_si128(equals('>'), _mm_or_si128(equals('`'), equals('^'))));
         const __m128i single = _mm_or_si128(equals('"'), equals(0x7F));
         return mask(_mm_or_si128(_mm_or_si128(outsideOrBlank(), marks),
                                  _mm_or_si128(_mm_or_si128(round, others), single)));

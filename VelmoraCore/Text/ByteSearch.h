@@ -17,7 +17,7 @@ std::size_t findBlank(std::string_view text, std::size_t begin);
 std::size_t behindLastBlank(std::string_view text, std::size_t floor, std::size_t end);
 
 // The first byte at which the end of a link needs more thought: one that ends every link, a bracket, a quote,
-// a backslash, ":", ";", "|", a character outside ASCII.
+// a backslash, ":", ";", "^", "|", a character outside ASCII.
 std::size_t findLinkDelimiter(std::string_view text, std::size_t begin);
 
 // The first "&" or "=".
