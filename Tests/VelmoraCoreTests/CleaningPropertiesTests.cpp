@@ -42,6 +42,10 @@ TEST(CleaningProperties, KeepsTheDelimiterBehindALinkAndTheTextBehindThat)
             for (const std::string_view tail : tails) {
                 if (pair.before.empty() && (tail.starts_with('=') || tail.starts_with('%') || tail == "é"))
                     continue; // Punctuation within a value, as in "id=5...é", whose spelling changes.
+                const bool beginsText = (front.empty() || front == " ") && pair.before.empty();
+                const std::string end = std::string(pair.behind).append(tail);
+                if (beginsText && end.find_first_of(" \n") == end.npos)
+                    continue; // A link that is the whole text has nothing behind it.
                 for (const std::string_view link : links) {
                     const std::string before = std::string(front).append(pair.before);
                     const std::string behind = std::string(pair.behind).append(tail);

@@ -47,6 +47,15 @@ bool isMarkOpen(std::string_view text, std::size_t link, char mark)
     return isOpen;
 }
 
+// Whether the text is this link and nothing else, as copied from an address bar.
+bool isWholeText(std::string_view text, std::size_t link, std::size_t end)
+{
+    constexpr std::string_view blanks = " \t\r\n";
+    // The end first: only one link of a text goes on to the look at the beginning.
+    return text.find_first_not_of(blanks, end) == std::string_view::npos &&
+           text.find_first_not_of(blanks) == link;
+}
+
 bool endsValue(std::string_view rest, bool isFirst, bool isKeyed)
 {
     switch (rest.front()) {
@@ -73,6 +82,8 @@ bool endsValue(std::string_view rest, bool isFirst, bool isKeyed)
 
 std::size_t certainValueEnd(std::string_view text, std::size_t link, std::size_t value, std::size_t end)
 {
+    if (isWholeText(text, link, end))
+        return end;
     const char before = link == 0 ? '\0' : text[link - 1];
     const std::string_view all = text.substr(value, end - value);
     std::size_t length = 0;
