@@ -28,7 +28,7 @@ enum Class : std::uint32_t {
     coded = 1U << 15,     // Not to be taken as it stands in a name or value: "%", blanks, non-ASCII.
     separator = 1U << 16, // Between the names and values of a query.
     slash = 1U << 17,     // "/"
-    doubtful = 1U << 19, // May stand behind the value that ends a link, as the text's.
+    doubtful = 1U << 19,  // May stand behind the value that ends a link, as the text's.
     undone = 1U << 18, // Means the same in a query whether it is escaped or not, and nothing around the link.
 };
 
