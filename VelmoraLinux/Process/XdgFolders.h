@@ -3,7 +3,7 @@
 #include <QString>
 
 // The user's base directories of the XDG Base Directory Specification: $XDG_..._HOME when it is an absolute
-// path (the specification ignores relative ones), otherwise the default below the home folder. Nothing is
+// path (XDG ignores relative ones), otherwise the default below the home folder. Nothing is
 // created.
 namespace XdgFolders {
 
