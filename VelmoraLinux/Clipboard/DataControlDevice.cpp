@@ -88,9 +88,9 @@ DataControlDevice::DataControlDevice(WaylandConnection &connection, PipeWriters 
     , writers_(writers)
     , handlers_(std::move(handlers))
     , registry_(wl_display_get_registry(connection.display()))
+    , sync_(wl_display_sync(connection.display()))
 {
     wl_registry_add_listener(registry_, &Listeners::registry, this);
-    sync_ = wl_display_sync(connection_.display());
     wl_callback_add_listener(sync_, &Listeners::allGlobalsKnown, this);
     connection_.flush();
 }

@@ -91,7 +91,7 @@ private:
     PipeWriters &writers_;
     Handlers handlers_;
     wl_registry *registry_ = nullptr;
-    wl_callback *sync_ = nullptr; // Answered when the compositor has told all of its present state.
+    wl_callback *sync_; // Answered when the compositor has told all of its present state.
     Global ext_;
     Global wlr_;
     std::list<std::uint32_t> seats_; // Their names in the registry, in the order of coming.

@@ -83,6 +83,7 @@ std::vector<std::string> PlainText::targetsAmong(const std::vector<std::string> 
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const auto &a, const auto &b) { return a.first < b.first; });
     std::vector<std::string> names;
+    names.reserve(ranked.size());
     for (auto &[rank, name] : ranked)
         names.push_back(std::move(name));
     return names;

@@ -20,7 +20,7 @@ QString usable(const QByteArray &path)
 // nothing is written to a folder that belongs to nobody.
 QString homeFolder()
 {
-    if (const QString home = usable(qgetenv("HOME")); !home.isEmpty())
+    if (QString home = usable(qgetenv("HOME")); !home.isEmpty())
         return home;
     const passwd *user = getpwuid(getuid());
     const QString home = user == nullptr ? QString() : usable(user->pw_dir);

@@ -161,7 +161,7 @@ void HandoverReceiver::takeOver(const QString &version)
     poll(&end, 1, static_cast<int>(std::chrono::milliseconds(oldProcessTimeout).count()));
 }
 
-void HandoverReceiver::reportStanding()
+void HandoverReceiver::reportStanding() const
 {
     const std::string_view message(HandoverWatch::standing);
     (void)send(socket_, message.data(), message.size(), MSG_NOSIGNAL); // Fails when nobody watches.

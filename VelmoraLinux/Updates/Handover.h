@@ -60,7 +60,7 @@ public:
     void takeOver(const QString &version);
     // Reports that this process has taken over: its services and its icon are there. Until then its end
     // brings the old version back.
-    void reportStanding();
+    void reportStanding() const;
 
 private:
     explicit HandoverReceiver(int socket)

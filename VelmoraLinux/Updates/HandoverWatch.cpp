@@ -90,8 +90,8 @@ bool reportsStanding(const Plan &plan)
     if (reportsStanding(plan))
         _exit(EXIT_SUCCESS);
     if (plan.exchange.run()) {
-        const std::array<char *, 2> arguments{const_cast<char *>(plan.launcher),
-                                              nullptr}; // NOLINT(*-const-cast)
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): execve does not write to its arguments.
+        const std::array<char *, 2> arguments{const_cast<char *>(plan.launcher), nullptr};
         execve(plan.launcher, arguments.data(), plan.environment);
     }
     _exit(EXIT_FAILURE);

@@ -63,7 +63,7 @@ void X11Display::sendClientMessage(xcb_window_t destination, quint32 eventMask,
     flush();
 }
 
-void X11Display::listenTo(xcb_window_t window, quint32 eventMask)
+void X11Display::listenTo(xcb_window_t window, quint32 eventMask) const
 {
     const auto cookie = xcb_get_window_attributes(xcb(), window);
     const XcbReply<xcb_get_window_attributes_reply_t> reply(

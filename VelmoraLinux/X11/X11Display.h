@@ -36,7 +36,7 @@ public:
     void sendClientMessage(xcb_window_t destination, quint32 eventMask,
                            const xcb_client_message_event_t &message);
     // Adds to what we want to hear of a window that may be another client's.
-    void listenTo(xcb_window_t window, quint32 eventMask);
+    void listenTo(xcb_window_t window, quint32 eventMask) const;
 
     void addEventHandler(EventHandler handler) { handlers_.push_back(std::move(handler)); }
 
