@@ -12,9 +12,11 @@ namespace {
 
 std::vector<const testing::TestSuite *> suites()
 {
+    const testing::UnitTest &unitTest = *testing::UnitTest::GetInstance();
     std::vector<const testing::TestSuite *> all;
-    for (int i = 0; i < testing::UnitTest::GetInstance()->total_test_suite_count(); ++i)
-        all.push_back(testing::UnitTest::GetInstance()->GetTestSuite(i));
+    all.reserve(static_cast<std::size_t>(unitTest.total_test_suite_count()));
+    for (int i = 0; i < unitTest.total_test_suite_count(); ++i)
+        all.push_back(unitTest.GetTestSuite(i));
     return all;
 }
 

@@ -29,8 +29,11 @@ FileDescriptor listenAt(const QByteArray &path)
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
     ::unlink(path.constData());
-    ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address);
-    ::listen(socket.get(), 8);
+    const bool listens =
+        ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+        ::listen(socket.get(), 8) == 0;
+    if (!listens)
+        qFatal("no compositor can listen at %s", path.constData());
     return socket;
 }
 
@@ -63,7 +66,7 @@ public:
 
     void flush() { wl_display_flush_clients(display_); }
 
-    void select(int seat, Selection selection);
+    void select(int index, Selection selection);
     void selectPrimary(const Forms &forms);
     void finishDevices();
     void removeSeat(int seat);

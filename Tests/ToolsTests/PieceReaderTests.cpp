@@ -18,7 +18,7 @@ using Kind = Piece::Kind;
 
 // Standard input, replaced by a pipe that the test feeds.
 class PieceReaderTest : public testing::Test {
-protected:
+public:
     PieceReaderTest()
     {
         std::array<int, 2> ends{};

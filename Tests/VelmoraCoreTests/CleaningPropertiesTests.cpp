@@ -44,7 +44,7 @@ TEST(CleaningProperties, KeepsTheDelimiterBehindALinkAndTheTextBehindThat)
                     continue; // Punctuation within a value, as in "id=5...é", whose spelling changes.
                 const bool beginsText = (front.empty() || front == " ") && pair.before.empty();
                 const std::string end = std::string(pair.behind).append(tail);
-                if (beginsText && end.find_first_of(" \n") == end.npos)
+                if (beginsText && end.find_first_of(" \n") == std::string::npos)
                     continue; // A link that is the whole text has nothing behind it.
                 for (const std::string_view link : links) {
                     const std::string before = std::string(front).append(pair.before);
@@ -67,8 +67,11 @@ TEST(CleaningProperties, TakesTheTrackerBetweenDelimiters)
     for (const Delimiters &pair : delimiterPairs()) {
         const std::string before = std::string("see ").append(pair.before);
         const std::string behind = std::string(pair.behind).append(" b");
-        EXPECT_EQ(cleaner().clean(before + "https://a.com/p?id=5&utm_source=x" + behind).cleanedText,
-                  before + "https://a.com/p?id=5" + behind);
+        const auto around = [&](std::string_view link) {
+            return std::string(before).append(link).append(behind);
+        };
+        EXPECT_EQ(cleaner().clean(around("https://a.com/p?id=5&utm_source=x")).cleanedText,
+                  around("https://a.com/p?id=5"));
     }
 }
 

@@ -15,6 +15,7 @@ namespace temporaryName {
 namespace {
 
 // What a signal handler may look at. An empty name stands for none.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): a handler gets nothing passed in.
 std::array<char, PATH_MAX> name{};
 
 extern "C" void removeAndEnd(int signal)
