@@ -2,6 +2,8 @@
 
 #include <QRect>
 
+#include <functional>
+
 class QWindow;
 
 struct PanelTraits {
@@ -22,6 +24,9 @@ public:
     virtual void place(QWindow &panel, const QRect &frame) = 0;
     // Whether the desktop composites translucent windows. If not, panels are clipped to their shape.
     [[nodiscard]] virtual bool blendsWindows() const = 0;
+    // `handler` runs on the main thread after `blendsWindows` has changed. Panels that are shown then get their
+    // new shape when they are placed again.
+    virtual void setBlendingHandler(std::function<void()> handler) = 0;
     // Puts `window`, which is shown, above the other applications' windows on the desktop the user is looking
     // at, and gives it the keyboard.
     virtual void activate(QWindow &window) = 0;

@@ -62,8 +62,7 @@ class Desktop:
             wait_until("the window manager", lambda: self.person.words("_NET_SUPPORTING_WM_CHECK"))
             self.settle()
             if compositor:
-                self.start("picom", "picom", "--backend", "xrender", "--config", "/dev/null")
-                wait_until("the compositor", lambda: self.person.owns_selection("_NET_WM_CM_S0"))
+                self.start_compositor()
                 self.settle()
             self.start_tray()
             self.settle()
@@ -173,6 +172,10 @@ class Desktop:
         # A keyboard's first key makes the server announce the keyboard, and programs then grab their keys again:
         # the first key that counts is not to fall into that.
         self.person.tap_key("Shift_L")
+
+    def start_compositor(self):
+        self.compositor = self.start("picom", "picom", "--backend", "xrender", "--config", "/dev/null")
+        wait_until("the compositor", lambda: self.person.owns_selection("_NET_WM_CM_S0"))
 
     # Panel and tray
 

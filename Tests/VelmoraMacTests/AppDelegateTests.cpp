@@ -31,6 +31,8 @@ public:
 
     [[nodiscard]] bool blendsWindows() const override { return true; }
 
+    void setBlendingHandler(std::function<void()>) override {}
+
     void activate(QWindow &) override {}
 };
 

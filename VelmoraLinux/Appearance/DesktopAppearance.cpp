@@ -19,6 +19,9 @@ const QString appearanceGroup = u"org.freedesktop.appearance"_s;
 DesktopAppearance::DesktopAppearance(QDBusConnection bus)
     : bus_(std::move(bus))
 {
+    // A slot whose argument types are unknown to Qt by name cannot be connected, and Qt makes this one known only
+    // when it has sent or received one.
+    qRegisterMetaType<QDBusVariant>("QDBusVariant");
     // Without a service name: with one, Qt would block until the bus has resolved it.
     bus_.connect({}, portalPath, settingsInterface, u"SettingChanged"_s, this,
                  SLOT(settingChanged(QString, QString, QDBusVariant)));

@@ -6,6 +6,10 @@
 #include <QVariant>
 #include <QWindow>
 
+#include <xcb/xfixes.h>
+
+#include <utility>
+
 namespace {
 constexpr auto cornerRadiusProperty = "velmoraCornerRadius";
 constexpr quint32 sourceIsThePager = 2; // Window managers follow requests made for the user without doubt.
@@ -32,6 +36,39 @@ X11WindowManager::X11WindowManager(X11Display *connection, ActivationToken &toke
     : connection_(connection)
     , token_(token)
 {
+    if (connection_ != nullptr)
+        watchCompositor();
+}
+
+void X11WindowManager::watchCompositor()
+{
+    // Whoever composites owns this selection.
+    const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(connection_->screenNumber());
+    const xcb_atom_t selection = connection_->atom(name.constData());
+    const xcb_query_extension_reply_t *xfixes = xcb_get_extension_data(connection_->xcb(), &xcb_xfixes_id);
+    if (xfixes != nullptr && xfixes->present != 0) {
+        xcb_discard_reply(connection_->xcb(), xcb_xfixes_query_version(connection_->xcb(), 1, 0).sequence);
+        xcb_xfixes_select_selection_input(connection_->xcb(), connection_->root(), selection,
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                              XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                              XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+        const auto notification = static_cast<unsigned>(xfixes->first_event) + XCB_XFIXES_SELECTION_NOTIFY;
+        connection_->addEventHandler([this, selection, notification](const xcb_generic_event_t &event) {
+            if ((event.response_type & 0x7fU) != notification)
+                return;
+            const auto &change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(event);
+            if (change.selection == selection)
+                setBlendsWindows(change.owner != XCB_WINDOW_NONE);
+        });
+    }
+    blendsWindows_ = connection_->selectionOwner(selection) != XCB_WINDOW_NONE;
+    connection_->flush();
+}
+
+void X11WindowManager::setBlendsWindows(bool blends)
+{
+    if (std::exchange(blendsWindows_, blends) != blends && blendingChanged_)
+        blendingChanged_();
 }
 
 void X11WindowManager::makePanel(QWindow &window, const PanelTraits &traits)
@@ -41,24 +78,17 @@ void X11WindowManager::makePanel(QWindow &window, const PanelTraits &traits)
     QSurfaceFormat format = window.requestedFormat();
     format.setAlphaBufferSize(8);
     window.setFormat(format);
-    if (!blendsWindows())
-        window.setProperty(cornerRadiusProperty, traits.cornerRadius);
+    window.setProperty(cornerRadiusProperty, traits.cornerRadius);
 }
 
 void X11WindowManager::place(QWindow &panel, const QRect &frame)
 {
+    // First the shape: what the window gains is seen only when it belongs to the shape.
+    const int cornerRadius = panel.property(cornerRadiusProperty).toInt();
+    const QRegion shape = blendsWindows_ ? QRegion() : roundedRegion(frame.size(), cornerRadius);
+    if (panel.mask() != shape)
+        panel.setMask(shape);
     panel.setGeometry(frame);
-    const QVariant cornerRadius = panel.property(cornerRadiusProperty);
-    if (cornerRadius.isValid())
-        panel.setMask(roundedRegion(frame.size(), cornerRadius.toInt()));
-}
-
-bool X11WindowManager::blendsWindows() const
-{
-    if (connection_ == nullptr)
-        return true;
-    const QByteArray selection = "_NET_WM_CM_S" + QByteArray::number(connection_->screenNumber());
-    return connection_->selectionOwner(connection_->atom(selection.constData())) != XCB_WINDOW_NONE;
 }
 
 void X11WindowManager::activate(QWindow &window)

@@ -13,13 +13,21 @@ public:
 
     void makePanel(QWindow &window, const PanelTraits &traits) override;
     void place(QWindow &panel, const QRect &frame) override;
-    [[nodiscard]] bool blendsWindows() const override;
+
+    [[nodiscard]] bool blendsWindows() const override { return blendsWindows_; }
+
+    void setBlendingHandler(std::function<void()> handler) override { blendingChanged_ = std::move(handler); }
+
     void activate(QWindow &window) override;
 
 private:
+    void watchCompositor();
+    void setBlendsWindows(bool blends);
     void tellWindowManager(const QWindow &window, const char *message, quint32 first, quint32 second = 0);
     void useToken(const QWindow &window);
 
     X11Display *connection_;
     ActivationToken &token_;
+    bool blendsWindows_ = true;
+    std::function<void()> blendingChanged_;
 };

@@ -1,5 +1,7 @@
 #include "QuickAppWindow.h"
 
+#include <VelmoraMac/StyleKit/Surroundings.h>
+
 #include <QEvent>
 
 namespace {
@@ -35,8 +37,21 @@ QuickAppWindow::QuickAppWindow(QuickWindow window, const AppWindowOptions &optio
     window_->setTitle(options.title);
     window_->setMinimumSize(options.minimumSize);
     window_->resize(options.contentSize);
-    window_->setColor(Qt::white);
+    followSurroundings();
     window_->installEventFilter(new CloseWatcher(options.closed, window_.get()));
+}
+
+// Before the view's first frame, and beside it while the window grows.
+void QuickAppWindow::followSurroundings()
+{
+    auto *surroundings = Surroundings::in(*window_->engine());
+    if (surroundings == nullptr)
+        return;
+    const auto fill = [window = window_.get(), surroundings] {
+        window->setColor(surroundings->colors().windowBackground);
+    };
+    fill();
+    QObject::connect(surroundings, &Surroundings::darkAppearanceChanged, window_.get(), fill);
 }
 
 void QuickAppWindow::centre()

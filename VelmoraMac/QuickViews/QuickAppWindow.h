@@ -17,6 +17,8 @@ public:
     void showQuietly() override;
 
 private:
+    void followSurroundings();
+
     QuickWindow window_;
     WindowManager &windows_;
     const Screens &screens_;

@@ -1,5 +1,7 @@
 #include "QuickPanel.h"
 
+#include <VelmoraMac/StyleKit/Surroundings.h>
+
 #include <QKeyEvent>
 
 namespace {
@@ -15,16 +17,31 @@ QuickPanel::QuickPanel(QuickWindow window, const PanelOptions &options, WindowMa
     , frame_(QPoint(), options.size)
 {
     windows_.makePanel(*window_, {options.acceptsMouse, options.cornerRadius});
-    if (!windows_.blendsWindows()) {
-        const bool isDark = appearance_.colorScheme() == Appearance::ColorScheme::dark;
-        window_->setColor(isDark ? QColor(0x24, 0x24, 0x26) : QColor(0xf2, 0xf2, 0xf4));
-    }
+    followSurroundings();
     window_->resize(options.size);
     window_->installEventFilter(this);
     growth_.setDuration(growthTime);
     growth_.setEasingCurve(QEasingCurve::InOutQuad);
     connect(&growth_, &QVariantAnimation::valueChanged, this,
             [this](const QVariant &frame) { windows_.place(*window_, frame.toRect()); });
+}
+
+// What of the view is translucent shows the theme's material where nothing composites.
+void QuickPanel::followSurroundings()
+{
+    auto *surroundings = Surroundings::in(*window_->engine());
+    if (surroundings == nullptr)
+        return;
+    const auto fill = [this, surroundings] {
+        window_->setColor(surroundings->blendsWindows() ? QColor(Qt::transparent)
+                                                        : Surroundings::material(surroundings->palette()));
+    };
+    fill();
+    connect(surroundings, &Surroundings::paletteChanged, this, fill);
+    connect(surroundings, &Surroundings::blendsWindowsChanged, this, [this, fill] {
+        fill();
+        windows_.place(*window_, window_->geometry());
+    });
 }
 
 void QuickPanel::setFrame(const QRect &frame, FrameChange change)

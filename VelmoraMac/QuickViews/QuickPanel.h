@@ -28,6 +28,8 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void followSurroundings();
+
     QuickWindow window_;
     std::function<void()> cancelled_;
     WindowManager &windows_;

@@ -26,10 +26,12 @@ QuickViews::QuickViews(Dependencies dependencies)
     : dependencies_(std::move(dependencies))
     , idle_(dependencies_.scheduler)
 {
-    dependencies_.appearance.addChangeHandler([self = QPointer(this)] {
+    const auto follow = [self = QPointer(this)] {
         if (self)
-            self->followAppearance();
-    });
+            self->followDesktop();
+    };
+    dependencies_.appearance.addChangeHandler(follow);
+    dependencies_.windows.setBlendingHandler(follow);
 }
 
 QuickViews::~QuickViews() = default;
@@ -67,12 +69,12 @@ QQmlEngine &QuickViews::engine()
         engine_->addImportPath(u"qrc:/qt/qml"_s);
         if (state_ != nullptr)
             ViewEnvironment::provide(*engine_, *state_);
-        followAppearance();
+        followDesktop();
     }
     return *engine_;
 }
 
-void QuickViews::followAppearance()
+void QuickViews::followDesktop()
 {
     if (!engine_)
         return;
@@ -81,6 +83,7 @@ void QuickViews::followAppearance()
         return;
     surroundings->setDarkAppearance(dependencies_.appearance.colorScheme() == Appearance::ColorScheme::dark);
     surroundings->setReducedMotion(dependencies_.appearance.reducesMotion());
+    surroundings->setBlendsWindows(dependencies_.windows.blendsWindows());
 }
 
 void QuickViews::forgetEngine()

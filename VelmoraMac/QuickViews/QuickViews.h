@@ -62,7 +62,7 @@ public:
 
 private:
     QQmlEngine &engine();
-    void followAppearance();
+    void followDesktop();
     void forgetEngine();
     void viewDestroyed(QQuickView *view);
 

@@ -45,6 +45,14 @@ void Surroundings::setReducedMotion(bool reduced)
     Q_EMIT reducedMotionChanged();
 }
 
+void Surroundings::setBlendsWindows(bool blends)
+{
+    if (blends == blendsWindows_)
+        return;
+    blendsWindows_ = blends;
+    Q_EMIT blendsWindowsChanged();
+}
+
 void Surroundings::setTheme(VelmoraTheme theme)
 {
     if (theme == theme_)

@@ -19,6 +19,7 @@ class Surroundings : public QObject {
     QML_SINGLETON
     Q_PROPERTY(bool darkAppearance READ darkAppearance WRITE setDarkAppearance NOTIFY darkAppearanceChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
+    Q_PROPERTY(bool blendsWindows READ blendsWindows WRITE setBlendsWindows NOTIFY blendsWindowsChanged)
     Q_PROPERTY(SystemColors colors READ colors NOTIFY darkAppearanceChanged)
     // The colours of the theme under this appearance.
     Q_PROPERTY(VelmoraThemePalette palette READ palette NOTIFY paletteChanged)
@@ -42,6 +43,12 @@ public:
 
     void setReducedMotion(bool reduced);
 
+    // Whether translucent parts of a window show what is behind it. If not, a panel is opaque inside its shape,
+    // and nothing of it can fade.
+    [[nodiscard]] bool blendsWindows() const { return blendsWindows_; }
+
+    void setBlendsWindows(bool blends);
+
     [[nodiscard]] SystemColors colors() const { return SystemColors::of(darkAppearance_); }
 
     [[nodiscard]] VelmoraThemePalette palette() const { return VelmoraThemePalette::of(theme_, colors()); }
@@ -63,10 +70,12 @@ public:
 Q_SIGNALS:
     void darkAppearanceChanged();
     void reducedMotionChanged();
+    void blendsWindowsChanged();
     void paletteChanged();
 
 private:
     bool darkAppearance_ = false;
     bool reducedMotion_ = false;
+    bool blendsWindows_ = true;
     VelmoraTheme theme_ = VelmoraTheme::graphite;
 };

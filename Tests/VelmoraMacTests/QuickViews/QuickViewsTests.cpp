@@ -17,20 +17,44 @@ class PlainWindowManager final : public WindowManager {
 public:
     void makePanel(QWindow &, const PanelTraits &) override {}
 
-    void place(QWindow &, const QRect &) override {}
+    void place(QWindow &window, const QRect &) override { lastPlaced = &window; }
 
-    [[nodiscard]] bool blendsWindows() const override { return true; }
+    [[nodiscard]] bool blendsWindows() const override { return blends_; }
+
+    void setBlendingHandler(std::function<void()> handler) override { blendingChanged_ = std::move(handler); }
 
     void activate(QWindow &) override {}
+
+    void blend(bool blends)
+    {
+        blends_ = blends;
+        blendingChanged_();
+    }
+
+    QWindow *lastPlaced = nullptr;
+
+private:
+    bool blends_ = true;
+    std::function<void()> blendingChanged_;
 };
 
-class LightAppearance final : public Appearance {
+class SwitchedAppearance final : public Appearance {
 public:
-    [[nodiscard]] ColorScheme colorScheme() const override { return ColorScheme::light; }
+    [[nodiscard]] ColorScheme colorScheme() const override { return scheme_; }
 
     [[nodiscard]] bool reducesMotion() const override { return false; }
 
-    void addChangeHandler(ChangeHandler) override {}
+    void addChangeHandler(ChangeHandler handler) override { changed_ = std::move(handler); }
+
+    void become(ColorScheme scheme)
+    {
+        scheme_ = scheme;
+        changed_();
+    }
+
+private:
+    ColorScheme scheme_ = ColorScheme::light;
+    ChangeHandler changed_;
 };
 
 } // namespace
@@ -41,7 +65,7 @@ class QuickViewsTests : public QObject {
     QTemporaryDir folder_;
     PlainWindowManager windows_;
     FakeScreens screens_;
-    LightAppearance appearance_;
+    SwitchedAppearance appearance_;
     std::unique_ptr<VirtualTime> time_;
     std::unique_ptr<QuickViews> views_;
     int releases_ = 0;
@@ -108,6 +132,39 @@ private Q_SLOTS:
         close(std::move(open));
         time_->pass(2min);
         QCOMPARE(releases_, 2);
+    }
+
+    void aPanelIsOpaqueWhileNothingComposites()
+    {
+        const auto open = panel();
+        open->setFrame(QRect(0, 0, 100, 100), FrameChange::atOnce);
+        const auto *window = qobject_cast<QQuickView *>(windows_.lastPlaced);
+        QVERIFY(window != nullptr);
+        QCOMPARE(window->color().alpha(), 0);
+        windows_.lastPlaced = nullptr;
+        windows_.blend(false);
+        QCOMPARE(window->color().alpha(), 255);
+        QCOMPARE(windows_.lastPlaced, window); // For its shape.
+        windows_.blend(true);
+        QCOMPARE(window->color().alpha(), 0);
+
+        windows_.blend(false);
+        const auto second = panel();
+        second->setFrame(QRect(0, 0, 100, 100), FrameChange::atOnce);
+        QCOMPARE(qobject_cast<QQuickView *>(windows_.lastPlaced)->color().alpha(), 255);
+        windows_.blend(true);
+    }
+
+    void aWindowHasTheGroundOfTheAppearanceBeforeItsFirstFrame()
+    {
+        appearance_.become(Appearance::ColorScheme::dark);
+        const QUrl source = QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s));
+        const auto window = views_->makeWindow({source, {}, {}}, {u"Title"_s, QSize(9, 9), QSize(9, 9), {}});
+        const auto views = QGuiApplication::allWindows();
+        const auto *shown = qobject_cast<QQuickView *>(views.last());
+        QVERIFY(shown->color().lightnessF() < 0.3F);
+        appearance_.become(Appearance::ColorScheme::light);
+        QVERIFY(shown->color().lightnessF() > 0.8F);
     }
 
     void viewsThatOutliveTheFactoryHarmNobody()

@@ -1,0 +1,56 @@
+#!/usr/bin/env python3
+"""Popover and toast as the desktop shows them: without a compositor, and when one ends or starts.
+
+Usage: test_panels.py PROGRAM [unittest arguments]
+"""
+import sys
+import unittest
+
+import test_shell
+from x11_desktop import Rect, wait_until
+
+GREEN = (0x20, 0xa0, 0x40)
+
+
+class CompositorTests(test_shell.DesktopTest):
+    def started(self, compositor):
+        desktop = self.desktop(tray="xembed", compositor=compositor)
+        desktop.person.paint_background(0x20A040)
+        desktop.start_velmora()
+        return desktop
+
+    @staticmethod
+    def corner(desktop, panel):
+        return {pixel for row in desktop.picture(Rect(panel.x, panel.y, 3, 3)) for pixel in row}
+
+    def test_open_panels_follow_a_compositor_that_ends_and_comes_back(self):
+        desktop = self.started(compositor=True)
+        _, popover = self.open_popover(desktop)
+        wait_until("a translucent corner", lambda: self.corner(desktop, popover) == {GREEN})
+        desktop.stop(desktop.compositor)
+        wait_until("a corner that is cut off", lambda: self.corner(desktop, popover) == {GREEN})
+        desktop.start_compositor()
+        wait_until("a translucent corner again", lambda: self.corner(desktop, popover) == {GREEN})
+
+    def test_without_a_compositor_nothing_flashes_while_the_popover_opens(self):
+        desktop = self.started(compositor=False)
+        icon = desktop.wait_for_icon()
+        desktop.click(icon.center)
+        popover = wait_until("the popover", desktop.popover)
+        strip = Rect(popover.x + 20, popover.center[1], popover.width - 40, 1)
+        seen = []
+
+        def is_at_rest():
+            seen.append(desktop.picture(strip)[0])
+            return len(seen) > 60 and seen[-1] == seen[-2]
+
+        wait_until("the opened popover", is_at_rest)
+        final = max(sum(pixel) for pixel in seen[-1])
+        ground = [sum(row[0]) for row in seen if row[0] != GREEN]
+        self.assertLessEqual(max(ground), sum(seen[-1][0]) + 90, "brighter than it becomes")
+        self.assertGreater(final, max(ground), "the texts are brighter than their ground")
+
+
+if __name__ == "__main__":
+    test_shell.PROGRAM = sys.argv.pop(1)
+    unittest.main(verbosity=2)
