@@ -47,10 +47,11 @@ AppState::AppState(const Dependencies &dependencies, QObject *parent)
     , dependencies_(dependencies)
 {
     dependencies_.defaults.setProblemHandler([this](DefaultsStore::Problem problem) { report(problem); });
+    dependencies_.defaults.setRecoveryHandler(
+        [this] { assign(settingsNotSaved_, false, &AppState::settingsNotSavedChanged); });
     loadStatistics();
     dependencies_.loginItem.setRefusalHandler([this] { reportRefusedLoginItem(); });
-    dependencies_.pasteboard.setReachHandler([this] { Q_EMIT clipboardProblemChanged(); });
-    connect(this, &AppState::languageChanged, this, &AppState::clipboardProblemChanged);
+    dependencies_.pasteboard.setReachHandler([this] { Q_EMIT clipboardReachChanged(); });
 }
 
 void AppState::loadStatistics()
@@ -67,6 +68,7 @@ AppState::~AppState()
 {
     dependencies_.pasteboard.setReachHandler({});
     dependencies_.loginItem.setRefusalHandler({});
+    dependencies_.defaults.setRecoveryHandler({});
     dependencies_.defaults.setProblemHandler({});
 }
 
@@ -80,42 +82,27 @@ void AppState::setLastError(const QString &text)
     assign(lastError_, text, &AppState::lastErrorChanged);
 }
 
-QString AppState::clipboardProblem() const
+ClipboardReach AppState::clipboardReach() const
 {
     switch (dependencies_.pasteboard.reach()) {
+    case Pasteboard::Reach::onlyX11:
+        return ClipboardReach::onlyX11;
+    case Pasteboard::Reach::none:
+        return ClipboardReach::none;
     case Pasteboard::Reach::all:
         break;
-    case Pasteboard::Reach::onlyX11:
-        return t(u"This desktop shows Velmora only what programs made for X11 copy, so links from all other "
-                 u"programs stay as they are."_s,
-                 u"Dieser Desktop zeigt Velmora nur, was für X11 gemachte Programme kopieren, darum bleiben "
-                 u"Links aus allen anderen Programmen, wie sie sind."_s);
-    case Pasteboard::Reach::none:
-        return t(u"Velmora cannot reach the clipboard of this session, so links stay as they are. Log in to "
-                 u"another kind of session, which your login screen offers."_s,
-                 u"Velmora erreicht die Zwischenablage dieser Sitzung nicht, darum bleiben Links, wie sie "
-                 u"sind. Melde dich in einer anderen Art von Sitzung an, die dein Anmeldebildschirm "
-                 u"anbietet."_s);
     }
-    return {};
+    return ClipboardReach::all;
 }
 
 void AppState::report(DefaultsStore::Problem problem)
 {
     switch (problem) {
     case DefaultsStore::Problem::notWritable:
-        setLastError(
-            t(u"Settings cannot be saved and last only until you quit. Make room on the disk and check that "
-              u"your data folder is writable."_s,
-              u"Einstellungen können nicht gespeichert werden und gelten nur bis zum Beenden. Schaffe Platz "
-              u"auf dem Datenträger und prüfe, ob dein Datenordner beschreibbar ist."_s));
+        assign(settingsNotSaved_, true, &AppState::settingsNotSavedChanged);
         break;
     case DefaultsStore::Problem::setAside:
-        setLastError(
-            t(u"The settings file was damaged. It was kept under another name, and Velmora began with new "
-              u"settings. Please check them."_s,
-              u"Die Einstellungsdatei war beschädigt. Sie wurde unter anderem Namen aufbewahrt, und Velmora "
-              u"hat mit neuen Einstellungen begonnen. Bitte prüfe sie."_s));
+        assign(settingsSetAside_, true, &AppState::settingsSetAsideChanged);
         break;
     }
 }

@@ -110,13 +110,16 @@ private:
     VELMORA_COUNTER(totalCleaned)
     VELMORA_COUNTER(totalTrackersRemoved)
     VELMORA_COUNTER(cleanedToday) // Of the day of the last cleaning or launch: nothing resets it at midnight.
-    // What keeps copies from being seen, for as long as it does; empty when all are.
-    Q_PROPERTY(QString clipboardProblem READ clipboardProblem NOTIFY clipboardProblemChanged)
+    // Conditions that last, for as long as they do. The views say what they mean.
+    Q_PROPERTY(Velmora::ClipboardReach clipboardReach READ clipboardReach NOTIFY clipboardReachChanged)
+    VELMORA_OBSERVABLE(bool, settingsNotSaved, false) // They are kept in memory only.
+    VELMORA_OBSERVABLE(bool, settingsSetAside, false) // The stored ones were damaged; new ones were begun.
     Q_PROPERTY(bool hasLastResult READ hasLastResult NOTIFY lastResultChanged)
     // The latest cleaning since the start; all its texts are empty while there was none (see hasLastResult).
     VELMORA_OBSERVABLE(CleaningResult, lastResult, {})
     VELMORA_OBSERVABLE(QDateTime, lastCleanedAt, {}) // Invalid while there was no cleaning.
-    VELMORA_OBSERVABLE(QString, lastError, {})       // A sentence for the user; empty without a problem.
+    // The outcome of the last action, a sentence for the user; empty when it succeeded.
+    VELMORA_OBSERVABLE(QString, lastError, {})
     VELMORA_OBSERVABLE(QList<CleanHistoryEntry>, historyEntries, {}) // Newest first, at most 30.
 
 public:
@@ -128,8 +131,8 @@ public:
     void setActiveAppTab(AppTab tab);
     Q_SIGNAL void activeAppTabChanged();
 
-    [[nodiscard]] QString clipboardProblem() const;
-    Q_SIGNAL void clipboardProblemChanged();
+    [[nodiscard]] ClipboardReach clipboardReach() const;
+    Q_SIGNAL void clipboardReachChanged();
 
     // For views with a text of their own to copy or paste.
     [[nodiscard]] Pasteboard &pasteboard() const { return dependencies_.pasteboard; }

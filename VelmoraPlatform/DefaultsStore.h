@@ -36,4 +36,6 @@ public:
 
     // Called on the main thread for every problem; one that arose while the store was opened is reported at once.
     virtual void setProblemHandler(ProblemHandler handler) = 0;
+    // `handler` runs on the main thread when everything is on disk again after `notWritable`.
+    virtual void setRecoveryHandler(std::function<void()> handler) = 0;
 };

@@ -335,10 +335,11 @@ private Q_SLOTS:
         QFile obstacle(folder());
         QVERIFY(obstacle.open(QIODevice::WriteOnly)); // Now there cannot even be a folder.
         QCOMPARE(copyAndPaste(tracked(2)), std::optional(clean(2)));
-        QVERIFY(!app_->state.lastError().isEmpty());
+        QVERIFY(app_->state.settingsNotSaved());
 
         QVERIFY(obstacle.remove());
         QCOMPARE(copyAndPaste(tracked(3)), std::optional(clean(3)));
+        QVERIFY(!app_->state.settingsNotSaved());
         restart();
         QCOMPARE(app_->state.totalCleaned(), 3);
         QCOMPARE(app_->state.historyEntries().size(), 3);

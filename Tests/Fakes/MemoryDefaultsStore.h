@@ -23,6 +23,8 @@ public:
     void remove(QStringView key) override;
     void setProblemHandler(ProblemHandler handler) override;
 
+    void setRecoveryHandler(std::function<void()> handler) override { recovered_ = std::move(handler); }
+
     // What a test prepares or looks at; none of these counts as a write.
     void place(const QString &key, const Value &value) { values_[key] = value; }
 
@@ -31,6 +33,9 @@ public:
     QStringList writes;
     // A problem reported now, or as soon as a handler is set.
     void fail(Problem problem);
+
+    void recover() { recovered_(); }
+
     bool failsWrites = false; // Each write then reports `notWritable`; the value is kept all the same.
 
 private:
@@ -41,4 +46,5 @@ private:
     QHash<QString, Value> values_;
     ProblemHandler problemHandler_;
     std::optional<Problem> unheard_;
+    std::function<void()> recovered_;
 };

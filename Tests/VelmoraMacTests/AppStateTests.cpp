@@ -318,47 +318,48 @@ private Q_SLOTS:
         QCOMPARE(state.lastError(), QString());
     }
 
-    void troubleWithTheStoreReachesTheUserInTheirLanguage()
+    void troubleWithTheStoreIsStateForAsLongAsItLasts()
     {
-        fakes->defaults.place(u"language"_s, u"german"_s);
         fakes->defaults.fail(DefaultsStore::Problem::setAside);
         AppState state(fakes->dependencies());
-        QVERIFY(state.lastError().startsWith(u"Die Einstellungsdatei war beschädigt."_s));
+        QVERIFY(state.settingsSetAside());
+        QVERIFY(!state.settingsNotSaved());
+        QSignalSpy changes(&state, &AppState::settingsNotSavedChanged);
 
         fakes->defaults.failsWrites = true;
-        state.setLanguage(AppLanguage::english);
-        QVERIFY(state.lastError().startsWith(u"Settings cannot be saved"_s));
-        QCOMPARE(state.language(), AppLanguage::english);
-    }
-
-    void aSessionWithoutAClipboardIsNamedInTheSettings()
-    {
-        AppState state(fakes->dependencies());
-        QSignalSpy changes(&state, &AppState::clipboardProblemChanged);
-        QCOMPARE(state.clipboardProblem(), QString());
-
-        fakes->pasteboard.setReach(Pasteboard::Reach::none);
+        state.setAutoCleanEnabled(false);
+        state.setAutoCleanEnabled(true);
+        QVERIFY(state.settingsNotSaved());
         QCOMPARE(changes.size(), 1);
-        QVERIFY(state.clipboardProblem().startsWith(u"Velmora cannot reach the clipboard"_s));
-        state.setLanguage(AppLanguage::german);
-        QCOMPARE(changes.size(), 2);
-        QVERIFY(state.clipboardProblem().startsWith(u"Velmora erreicht die Zwischenablage"_s));
-
-        fakes->pasteboard.setReach(Pasteboard::Reach::onlyX11);
-        QVERIFY(state.clipboardProblem().startsWith(u"Dieser Desktop zeigt Velmora nur"_s));
-        fakes->pasteboard.setReach(Pasteboard::Reach::all);
-        QCOMPARE(changes.size(), 4);
-        QCOMPARE(state.clipboardProblem(), QString());
+        fakes->defaults.recover();
+        QVERIFY(!state.settingsNotSaved());
+        QVERIFY(state.settingsSetAside());
         QCOMPARE(state.lastError(), QString()); // No outcome of an action.
     }
 
-    void aCleaningThatCannotBeSavedSaysSo()
+    void anActionThatSucceedsDoesNotHideWhatLasts()
     {
         AppState state(fakes->dependencies());
         fakes->defaults.failsWrites = true;
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
-        QVERIFY(state.lastError().startsWith(u"Settings cannot be saved"_s));
         QCOMPARE(state.totalCleaned(), 1);
+        QVERIFY(state.settingsNotSaved());
+        state.copyCleanedLink(state.historyEntries().first());
+        QVERIFY(state.settingsNotSaved());
+        QCOMPARE(state.lastError(), QString());
+    }
+
+    void theReachOfTheClipboardIsFollowed()
+    {
+        AppState state(fakes->dependencies());
+        QSignalSpy changes(&state, &AppState::clipboardReachChanged);
+        QCOMPARE(state.clipboardReach(), ClipboardReach::all);
+        fakes->pasteboard.setReach(Pasteboard::Reach::none);
+        QCOMPARE(state.clipboardReach(), ClipboardReach::none);
+        fakes->pasteboard.setReach(Pasteboard::Reach::onlyX11);
+        QCOMPARE(state.clipboardReach(), ClipboardReach::onlyX11);
+        QCOMPARE(changes.size(), 2);
+        QCOMPARE(state.lastError(), QString());
     }
 
 private:

@@ -258,6 +258,54 @@ private Q_SLOTS:
         QVERIFY(ItemTree::texts(*settings).contains(stage.state->lastError()));
     }
 
+    // Whether one of the texts on screen begins like this.
+    static bool isTold(QQuickItem &settings, const QString &beginning)
+    {
+        const QStringList texts = ItemTree::texts(settings);
+        return std::any_of(texts.begin(), texts.end(),
+                           [&](const QString &text) { return text.startsWith(beginning); });
+    }
+
+    void whatLastsIsToldInTheLanguageOfTheMomentUntilItEnds_data()
+    {
+        QTest::addColumn<QString>("condition");
+        QTest::addColumn<QString>("english");
+        QTest::addColumn<QString>("german");
+        QTest::newRow("not saved") << u"not saved"_s << u"Settings cannot be saved"_s
+                                   << u"Einstellungen können nicht gespeichert werden"_s;
+        QTest::newRow("set aside") << u"set aside"_s << u"The settings file was damaged."_s
+                                   << u"Die Einstellungsdatei war beschädigt."_s;
+        QTest::newRow("no clipboard") << u"no clipboard"_s << u"Velmora cannot reach the clipboard"_s
+                                      << u"Velmora erreicht die Zwischenablage dieser Sitzung nicht"_s;
+        QTest::newRow("only X11") << u"only X11"_s << u"This desktop shows Velmora only"_s
+                                  << u"Dieser Desktop zeigt Velmora nur"_s;
+    }
+
+    void whatLastsIsToldInTheLanguageOfTheMomentUntilItEnds()
+    {
+        QFETCH(QString, condition);
+        QFETCH(QString, english);
+        QFETCH(QString, german);
+        Stage stage({});
+        QQuickItem *settings = stage.showSettings(AppTab::general, tall);
+        QVERIFY(!isTold(*settings, english));
+
+        if (condition == u"not saved"_s)
+            stage.fakes.defaults.fail(DefaultsStore::Problem::notWritable);
+        else if (condition == u"set aside"_s)
+            stage.fakes.defaults.fail(DefaultsStore::Problem::setAside);
+        else
+            stage.fakes.pasteboard.setReach(condition == u"only X11"_s ? Pasteboard::Reach::onlyX11
+                                                                       : Pasteboard::Reach::none);
+        QVERIFY(isTold(*settings, english));
+        stage.state->setLanguage(AppLanguage::german);
+        QVERIFY(isTold(*settings, german));
+
+        stage.fakes.defaults.recover();
+        stage.fakes.pasteboard.setReach(Pasteboard::Reach::all);
+        QCOMPARE(isTold(*settings, german), condition == u"set aside"_s);
+    }
+
     void ignoredDomainsAreWrittenAsTheyAreTyped()
     {
         Stage stage({});

@@ -114,6 +114,8 @@ void SqliteDefaultsStore::writeChanges()
     const bool wasWritable = std::exchange(isWritable_, outcome == Outcome::done);
     if (wasWritable && !isWritable_)
         report(Problem::notWritable);
+    else if (!wasWritable && isWritable_ && recovered_)
+        recovered_();
 }
 
 Outcome SqliteDefaultsStore::tryToWrite()

@@ -28,6 +28,8 @@ public:
     void remove(QStringView key) override;
     void setProblemHandler(ProblemHandler handler) override;
 
+    void setRecoveryHandler(std::function<void()> handler) override { recovered_ = std::move(handler); }
+
 private:
     template<typename Value>
     [[nodiscard]] std::optional<Value> read(QStringView key) const;
@@ -47,5 +49,6 @@ private:
     bool isNewer_ = false;   // The file is from a later version: never written to.
     bool isWritable_ = true; // Whether the last write succeeded; each failure is reported once.
     ProblemHandler handler_;
+    std::function<void()> recovered_;
     QList<Problem> unreported_;
 };

@@ -7,13 +7,40 @@ FormPage {
 
     required property UpdateController updateController
     required property NotificationCenter notifications
+    readonly property string clipboardProblem: {
+        switch (App.state.clipboardReach) {
+        case Velmora.ClipboardReach.onlyX11:
+            return App.t("This desktop shows Velmora only what programs made for X11 copy, so links from all other programs stay as they are.",
+                         "Dieser Desktop zeigt Velmora nur, was für X11 gemachte Programme kopieren, darum bleiben Links aus allen anderen Programmen, wie sie sind.");
+        case Velmora.ClipboardReach.none:
+            return App.t("Velmora cannot reach the clipboard of this session, so links stay as they are. Log in to another kind of session, which your login screen offers.",
+                         "Velmora erreicht die Zwischenablage dieser Sitzung nicht, darum bleiben Links, wie sie sind. Melde dich in einer anderen Art von Sitzung an, die dein Anmeldebildschirm anbietet.");
+        default:
+            return "";
+        }
+    }
 
+    // What became of the settings file, for as long as it matters.
+    FormSection {
+        visible: App.state.settingsNotSaved || App.state.settingsSetAside
+
+        FormRow {
+            visible: App.state.settingsNotSaved
+            problem: App.t("Settings cannot be saved and last only until you quit. Make room on the disk and check that your data folder is writable.",
+                           "Einstellungen können nicht gespeichert werden und gelten nur bis zum Beenden. Schaffe Platz auf dem Datenträger und prüfe, ob dein Datenordner beschreibbar ist.")
+        }
+        FormRow {
+            visible: App.state.settingsSetAside
+            problem: App.t("The settings file was damaged. It was kept under another name, and Velmora began with new settings. Please check them.",
+                           "Die Einstellungsdatei war beschädigt. Sie wurde unter anderem Namen aufbewahrt, und Velmora hat mit neuen Einstellungen begonnen. Bitte prüfe sie.")
+        }
+    }
     FormSection {
         title: App.t("Behavior", "Verhalten")
 
         FormSwitch {
             label: App.t("Auto-clean copied links", "Kopierte Links automatisch bereinigen")
-            problem: App.state.clipboardProblem
+            problem: root.clipboardProblem
             checked: App.state.autoCleanEnabled
             onSwitched: on => App.state.autoCleanEnabled = on
         }

@@ -26,10 +26,15 @@ Q_ENUM_NS(AppLanguage)
 // The colour themes, in the order in which they are offered.
 enum class VelmoraTheme { aurora, ocean, light, graphite };
 Q_ENUM_NS(VelmoraTheme)
+
+// Whose copies can be seen in this session: every program's, only those of programs made for X11, nobody's.
+enum class ClipboardReach { all, onlyX11, none };
+Q_ENUM_NS(ClipboardReach)
 } // namespace Velmora
 
 using Velmora::AppLanguage;
 using Velmora::AppTab;
+using Velmora::ClipboardReach;
 using Velmora::VelmoraTheme;
 
 // The text under which an enumerator is stored and reported: its name.

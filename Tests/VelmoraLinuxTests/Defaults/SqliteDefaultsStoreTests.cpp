@@ -290,10 +290,17 @@ private Q_SLOTS:
             store.setInteger(u"other", 20);
             QCOMPARE(store.integer(u"number"), std::optional<qint64>(2));
             QVERIFY(problemsOf(store).isEmpty()); // Reported once.
+            int recoveries = 0;
+            store.setRecoveryHandler([&recoveries] { ++recoveries; });
+            store.setInteger(u"number", 2);
+            QCOMPARE(recoveries, 0);
 
             QCOMPARE(chmod(place.constData(), 0700), 0);
             QCOMPARE(chmod(file.constData(), 0600), 0);
             store.setInteger(u"third", 30);
+            QCOMPARE(recoveries, 1);
+            store.setInteger(u"third", 30);
+            QCOMPARE(recoveries, 1);
         }
         const SqliteDefaultsStore store(folder());
         QCOMPARE(store.integer(u"number"), std::optional<qint64>(2));
