@@ -16,12 +16,14 @@ using namespace Qt::StringLiterals;
 namespace {
 const QString identifier = u"app.velmora.Velmora"_s;
 const QString title = u"Velmora"_s;
+const QStringList languages{u"en"_s, u"de"_s}; // Those of the application's texts.
 } // namespace
 
 LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &token)
     : instance_(instance)
     , bundle_(QCoreApplication::applicationDirPath())
     , defaults_(XdgFolders::dataHome() + u"/velmora"_s)
+    , language_(languages)
     , pasteboard_(makePasteboard(scheduler_))
     , loginItem_(makeLoginItem(identifier, QCoreApplication::applicationFilePath(),
                                QProcessEnvironment::systemEnvironment()))
@@ -29,10 +31,14 @@ LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &tok
     , windows_(display_.get(), token)
     , pointer_(display_.get())
     , appearance_(QDBusConnection::sessionBus())
+    , notifications_(QDBusConnection::sessionBus(), identifier)
     , statusItem_({QDBusConnection::sessionBus(), display_.get(), appearance_, token}, identifier, title)
 {
     // An agent whose clipboard has gone for good has nothing left to do.
     pasteboard_->setLostHandler([] { QCoreApplication::quit(); });
+    // Before the toolkit notices that its own connection is gone and ends the process on the spot.
+    if (display_)
+        display_->setLostHandler([] { QCoreApplication::quit(); });
 }
 
 Platform LinuxPlatform::platform()
@@ -56,6 +62,7 @@ Platform LinuxPlatform::platform()
             .pointer = pointer_,
             .screens = screens_,
             .appearance = appearance_,
+            .notifications = notifications_,
             .releaseMemory = trimWorkingSet};
 }
 

@@ -3,6 +3,7 @@
 #include <VelmoraLinux/Appearance/DesktopAppearance.h>
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
 #include <VelmoraLinux/Network/QtHttpsClient.h>
+#include <VelmoraLinux/Notifications/DBusNotifications.h>
 #include <VelmoraLinux/Process/BundleInfoFile.h>
 #include <VelmoraLinux/Process/EnvironmentLanguage.h>
 #include <VelmoraLinux/StatusItem/LinuxStatusItem.h>
@@ -47,5 +48,6 @@ private:
     X11PointerMonitor pointer_;
     QtScreens screens_;
     DesktopAppearance appearance_;
+    DBusNotifications notifications_;
     LinuxStatusItem statusItem_;
 };

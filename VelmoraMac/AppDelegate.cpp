@@ -28,12 +28,34 @@ void AppDelegate::applicationDidFinishLaunching()
                                           .terminate = dependencies_.terminate});
     dependencies_.telemetry.trackFirstLaunchIfNeeded(services_.appState());
     dependencies_.telemetry.track(TelemetryEventName::appOpened, services_.appState());
+    iconPlaceNotice_ = std::make_unique<IconPlaceNotice>(
+        IconPlaceNotice::Dependencies{.appState = services_.appState(),
+                                      .statusItem = platform_.statusItem,
+                                      .notifications = platform_.notifications,
+                                      .scheduler = platform_.scheduler,
+                                      .openSettings = [this] { showAppWindow(AppTab::general); }});
 }
 
 void AppDelegate::applicationShouldHandleReopen()
 {
     dependencies_.notifications.post(NotificationCenter::restoreMenuBarIcon());
     showAppWindow(AppTab::general);
+}
+
+void AppDelegate::applicationShouldPerform(ApplicationInstance::Action action)
+{
+    AppState &state = services_.appState();
+    switch (action) {
+    case ApplicationInstance::Action::settings:
+        showAppWindow(AppTab::general);
+        break;
+    case ApplicationInstance::Action::pauseOrResume:
+        state.setAutoCleanEnabled(!state.autoCleanEnabled());
+        break;
+    case ApplicationInstance::Action::quit:
+        dependencies_.terminate();
+        break;
+    }
 }
 
 void AppDelegate::applicationShouldTerminate()

@@ -2,6 +2,7 @@
 
 #include "AppServices.h"
 #include "AppWindowController.h"
+#include "IconPlaceNotice.h"
 #include "StatusBarController.h"
 #include "TelemetryService.h"
 
@@ -37,6 +38,8 @@ public:
     void applicationDidFinishLaunching();
     // The user started the running application again.
     void applicationShouldHandleReopen();
+    // The user chose an action of the running application, such as one of its desktop entry.
+    void applicationShouldPerform(ApplicationInstance::Action action);
     // The process ends after this call.
     void applicationShouldTerminate();
 
@@ -50,4 +53,5 @@ private:
     AppServices services_;
     std::unique_ptr<StatusBarController> statusBarController_;
     std::unique_ptr<AppWindowController> appWindowController_;
+    std::unique_ptr<IconPlaceNotice> iconPlaceNotice_;
 };

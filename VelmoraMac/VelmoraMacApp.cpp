@@ -55,6 +55,7 @@ VelmoraMacApp::VelmoraMacApp(const Platform &platform)
 
 VelmoraMacApp::~VelmoraMacApp()
 {
+    platform_.instance.setActionHandler({});
     platform_.instance.setReopenHandler({});
     LocalizedStrings::setSystemLanguage(nullptr);
 }
@@ -63,6 +64,10 @@ int VelmoraMacApp::run()
 {
     delegate_->applicationDidFinishLaunching();
     platform_.instance.setReopenHandler([this] { delegate_->applicationShouldHandleReopen(); });
+    platform_.instance.setActionHandler(
+        [this](ApplicationInstance::Action action) { delegate_->applicationShouldPerform(action); });
+    if (actionAtStart_)
+        delegate_->applicationShouldPerform(*actionAtStart_);
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, qApp,
                      [this] { delegate_->applicationShouldTerminate(); });
     platform_.scheduler.after(startingTime, platform_.releaseMemory);

@@ -9,6 +9,7 @@
 #include <VelmoraPlatform/Platform.h>
 
 #include <memory>
+#include <optional>
 
 // The application on a desktop: makes the objects that exist as long as the process and runs until the user quits.
 //
@@ -20,6 +21,9 @@ public:
     ~VelmoraMacApp();
     Q_DISABLE_COPY_MOVE(VelmoraMacApp)
 
+    // What the user started it for; done as soon as it runs.
+    void performAtStart(ApplicationInstance::Action action) { actionAtStart_ = action; }
+
     // The process's exit status.
     [[nodiscard]] int run();
 
@@ -30,4 +34,5 @@ private:
     QuickViews views_;
     QuickMenuPresenter menus_;
     std::shared_ptr<AppDelegate> delegate_;
+    std::optional<ApplicationInstance::Action> actionAtStart_;
 };

@@ -13,6 +13,7 @@
 #include "StatusItem.h"
 #include "SystemLanguage.h"
 #include "Updater.h"
+#include "UserNotifications.h"
 #include "WallClock.h"
 #include "WindowManager.h"
 
@@ -36,6 +37,7 @@ struct Platform {
     PointerMonitor &pointer;
     const Screens &screens;
     Appearance &appearance;
+    UserNotifications &notifications;
 
     // Called when the application has just freed much memory.
     std::function<void()> releaseMemory = [] {};

@@ -46,6 +46,9 @@ public:
     virtual void setVisible(bool visible) = 0;
     [[nodiscard]] virtual bool isVisible() const = 0;
 
+    // Whether the desktop has a place for status icons now.
+    [[nodiscard]] virtual bool hasPlace() const = 0;
+
     // The menu that the desktop may show at any time.
     virtual void setMenu(StatusMenu menu) = 0;
 

@@ -36,6 +36,8 @@ public:
 
     [[nodiscard]] bool isVisible() const override { return visible; }
 
+    [[nodiscard]] bool hasPlace() const override { return place.has_value(); }
+
     void setMenu(StatusMenu newMenu) override { menu = std::move(newMenu); }
 
     [[nodiscard]] std::optional<QRect> anchor() const override { return place; }

@@ -9,6 +9,7 @@
 #include <Fakes/FakeServices.h>
 #include <Fakes/FakeStatusItem.h>
 #include <Fakes/FakeSystemLanguage.h>
+#include <Fakes/RecordingNotifications.h>
 #include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
@@ -21,6 +22,8 @@ public:
     [[nodiscard]] Role claim() override { return Role::first; }
 
     void setReopenHandler(ReopenHandler) override {}
+
+    void setActionHandler(ActionHandler) override {}
 };
 
 class FakeWindowManager final : public WindowManager {
@@ -58,6 +61,8 @@ struct Application {
     FakePointerMonitor pointer;
     FakeScreens screens;
     FakeAppearance appearance;
+    RecordingNotifications userNotifications;
+    int terminations = 0;
     FakePanels panels;
     FakeAppWindows windows;
     FakeMenuPresenter menus;
@@ -82,15 +87,16 @@ struct Application {
                       .windows = windowManager,
                       .pointer = pointer,
                       .screens = screens,
-                      .appearance = appearance};
-    std::shared_ptr<AppDelegate> delegate =
-        std::make_shared<AppDelegate>(platform, AppDelegate::Dependencies{.telemetry = telemetry,
-                                                                          .notifications = notifications,
-                                                                          .panels = panels,
-                                                                          .windows = windows,
-                                                                          .menus = menus,
-                                                                          .statusItemImage = QImage(),
-                                                                          .terminate = [] {}});
+                      .appearance = appearance,
+                      .notifications = userNotifications};
+    std::shared_ptr<AppDelegate> delegate = std::make_shared<AppDelegate>(
+        platform, AppDelegate::Dependencies{.telemetry = telemetry,
+                                            .notifications = notifications,
+                                            .panels = panels,
+                                            .windows = windows,
+                                            .menus = menus,
+                                            .statusItemImage = QImage(),
+                                            .terminate = [this] { ++terminations; }});
 
     QStringList events() const
     {
@@ -158,6 +164,54 @@ private Q_SLOTS:
         QCOMPARE(app.windows.log,
                  QStringList({u"made"_s, u"centred"_s, u"to the front"_s, u"to the front"_s}));
         QCOMPARE(app.events().count(u"settings_opened"_s), 2);
+    }
+
+    void withoutAPlaceForIconsTheUserIsToldOnceInTheirLanguage()
+    {
+        Application app;
+        app.item.place = std::nullopt;
+        app.delegate->appState().setLanguage(AppLanguage::german);
+        app.delegate->applicationDidFinishLaunching();
+        app.fakes.time.pass(9999ms);
+        QVERIFY(app.userNotifications.messages.empty());
+        app.fakes.time.pass(1ms);
+        QCOMPARE(app.userNotifications.messages.size(), size_t{1});
+        QCOMPARE(app.userNotifications.messages[0].title, u"Velmora läuft"_s);
+        QVERIFY(app.userNotifications.messages[0].text.contains(u"unter GNOME mit der Erweiterung"_s));
+        app.fakes.time.pass(1h);
+        QCOMPARE(app.userNotifications.messages.size(), size_t{1});
+
+        QVERIFY(!app.windows.visible);
+        app.userNotifications.messages[0].activated();
+        QVERIFY(app.windows.visible);
+        QCOMPARE(app.shownTab(), u"general"_s);
+    }
+
+    void anIconThatComesLateIsNoReasonToTell()
+    {
+        Application app;
+        const auto place = std::exchange(app.item.place, std::nullopt);
+        app.delegate->applicationDidFinishLaunching();
+        app.fakes.time.pass(9s);
+        app.item.place = place;
+        app.fakes.time.pass(1min);
+        QVERIFY(app.userNotifications.messages.empty());
+    }
+
+    void theActionsOfTheDesktopEntryDoWhatTheySay()
+    {
+        Application app;
+        app.delegate->applicationDidFinishLaunching();
+        app.delegate->applicationShouldPerform(ApplicationInstance::Action::settings);
+        QVERIFY(app.windows.visible);
+        QCOMPARE(app.shownTab(), u"general"_s);
+        app.delegate->applicationShouldPerform(ApplicationInstance::Action::pauseOrResume);
+        QVERIFY(!app.delegate->appState().autoCleanEnabled());
+        app.delegate->applicationShouldPerform(ApplicationInstance::Action::pauseOrResume);
+        QVERIFY(app.delegate->appState().autoCleanEnabled());
+        QCOMPARE(app.terminations, 0);
+        app.delegate->applicationShouldPerform(ApplicationInstance::Action::quit);
+        QCOMPARE(app.terminations, 1);
     }
 
     void closingTheWindowLeavesTheIconInPlace()

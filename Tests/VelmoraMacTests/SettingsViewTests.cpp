@@ -323,6 +323,23 @@ private Q_SLOTS:
         QCOMPARE(editor->property("text").toString(), u"a.example\nb.example"_s);
     }
 
+    void openingTheCleaningTabWritesNothing()
+    {
+        Stage stage({});
+        const QString stored = u"a.example\r\nb.example\u2028c.example\r"_s;
+        stage.state->setIgnoredDomainsText(stored);
+        stage.fakes.defaults.writes.clear();
+        QQuickItem *settings = stage.showSettings(AppTab::cleaning);
+        stage.pass(100ms);
+        QCOMPARE(stage.fakes.defaults.writes, QStringList());
+        QCOMPARE(stage.state->ignoredDomainsText(), stored);
+
+        QTest::mouseClick(stage.window(), Qt::LeftButton, {},
+                          ItemTree::middle(*ItemTree::control(*settings, u"Ignored Domains"_s)));
+        QTest::keyClick(stage.window(), 'x');
+        QCOMPARE(stage.fakes.defaults.writes, QStringList(u"ignoredDomainsText"_s));
+    }
+
     void theHistoryShowsNewestFirstAndIsClearedAtOnce()
     {
         Stage stage({});

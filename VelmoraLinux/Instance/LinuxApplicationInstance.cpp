@@ -1,5 +1,6 @@
 #include "LinuxApplicationInstance.h"
 
+#include "ActionName.h"
 #include "DBusApplication.h"
 #include "LocalInstance.h"
 
@@ -49,13 +50,15 @@ ApplicationInstance::Role LinuxApplicationInstance::claimWhenReleased()
 ApplicationInstance::Role LinuxApplicationInstance::claimLocally()
 {
     local_ = std::make_unique<LocalInstance>(identifier_);
-    if (!local_->claim(startToken()))
-        return Role::second;
+    const auto outcome = local_->claim(request_, startToken());
+    if (outcome != Role::first)
+        return outcome;
     connect(local_.get(), &LocalInstance::reopened, this, [this](const QByteArray &token) {
         token_.keep(token);
         if (reopen_)
             reopen_();
     });
+    connect(local_.get(), &LocalInstance::actionChosen, this, &LinuxApplicationInstance::act);
     return Role::first;
 }
 
@@ -70,31 +73,48 @@ LinuxApplicationInstance::claimOnBus(QDBusConnectionInterface::ServiceQueueOptio
         if (reopen_)
             reopen_();
     });
+    connect(application, &DBusApplication::actionChosen, this, &LinuxApplicationInstance::act);
     // The object is registered before the name: calls may come as soon as the name exists.
     bus_.registerObject(objectPath(identifier_), application, QDBusConnection::ExportScriptableInvokables);
     const auto reply =
         bus_.interface()->registerService(identifier_, queue, QDBusConnectionInterface::DontAllowReplacement);
     if (!reply.isValid() || reply.value() != QDBusConnectionInterface::ServiceNotRegistered)
         return Role::first;
-    activateFirst();
-    return Role::second;
+    return callFirst() ? Role::second : Role::unanswered;
 }
 
-void LinuxApplicationInstance::activateFirst()
+bool LinuxApplicationInstance::callFirst()
 {
-    auto call = QDBusMessage::createMethodCall(identifier_, objectPath(identifier_),
-                                               u"org.freedesktop.Application"_s, u"Activate"_s);
+    auto call =
+        QDBusMessage::createMethodCall(identifier_, objectPath(identifier_), u"org.freedesktop.Application"_s,
+                                       request_ ? u"ActivateAction"_s : u"Activate"_s);
     QVariantMap platformData;
     const QByteArray token = startToken();
     if (!token.isEmpty()) {
         platformData[u"activation-token"_s] = QString::fromUtf8(token);
         platformData[u"desktop-startup-id"_s] = QString::fromUtf8(token);
     }
+    if (request_)
+        call << QString::fromLatin1(ActionName::of(*request_)) << QVariantList();
     call << platformData;
-    bus_.call(call, QDBus::Block, timeoutMs); // May block: this process ends afterwards.
+    // May block: this process ends afterwards.
+    return bus_.call(call, QDBus::Block, timeoutMs).type() == QDBusMessage::ReplyMessage;
+}
+
+void LinuxApplicationInstance::act(Action action, const QByteArray &token)
+{
+    startedByBus_ = false;
+    token_.keep(token);
+    if (act_)
+        act_(action);
 }
 
 void LinuxApplicationInstance::setReopenHandler(ReopenHandler handler)
 {
     reopen_ = std::move(handler);
+}
+
+void LinuxApplicationInstance::setActionHandler(ActionHandler handler)
+{
+    act_ = std::move(handler);
 }

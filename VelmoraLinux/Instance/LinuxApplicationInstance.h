@@ -8,6 +8,7 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 
 class LocalInstance;
 
@@ -26,16 +27,23 @@ public:
     // ask it to re-open.
     [[nodiscard]] Role claimWhenReleased();
     void setReopenHandler(ReopenHandler handler) override;
+    void setActionHandler(ActionHandler handler) override;
+
+    // What the first instance is asked for when this is the second, instead of re-opening it.
+    void setRequest(Action action) { request_ = action; }
 
 private:
     [[nodiscard]] Role claimLocally();
     [[nodiscard]] Role claimOnBus(QDBusConnectionInterface::ServiceQueueOptions queue);
-    void activateFirst();
+    [[nodiscard]] bool callFirst();
+    void act(Action action, const QByteArray &token);
 
     QDBusConnection bus_;
     bool startedByBus_; // D-Bus activation: the first call is the launch itself, not a second start.
     QString identifier_;
     ActivationToken &token_;
     std::unique_ptr<LocalInstance> local_;
+    std::optional<Action> request_;
     ReopenHandler reopen_;
+    ActionHandler act_;
 };

@@ -1,5 +1,7 @@
 #include "LocalInstance.h"
 
+#include "ActionName.h"
+
 #include <QDir>
 #include <QFile>
 #include <QLocalServer>
@@ -14,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int timeoutMs = 3000; // For a first instance that is busy.
-constexpr qint64 maximumTokenBytes = 4096;
+constexpr qint64 maximumMessageBytes = 4096;
 } // namespace
 
 LocalInstance::LocalInstance(const QString &identifier)
@@ -31,14 +33,18 @@ LocalInstance::~LocalInstance()
         ::close(lock_);
 }
 
-bool LocalInstance::claim(const QByteArray &token)
+ApplicationInstance::Role LocalInstance::claim(std::optional<ApplicationInstance::Action> request,
+                                               const QByteArray &token)
 {
     if (takeLock()) {
         listen();
-        return true;
+        return ApplicationInstance::Role::first;
     }
-    callFirst(token);
-    return false;
+    // The action's name in a line of its own, empty for none; then the token.
+    const QByteArray name =
+        request ? QByteArray::fromStdString(std::string(ActionName::of(*request))) : QByteArray();
+    return callFirst(name + '\n' + token) ? ApplicationInstance::Role::second
+                                          : ApplicationInstance::Role::unanswered;
 }
 
 bool LocalInstance::takeLock()
@@ -57,20 +63,29 @@ void LocalInstance::listen()
         QLocalSocket *caller = server->nextPendingConnection();
         connect(caller, &QLocalSocket::disconnected, this, [this, caller] {
             caller->deleteLater();
-            Q_EMIT reopened(caller->read(maximumTokenBytes));
+            receive(caller->read(maximumMessageBytes));
         });
     });
     server->listen(socketPath_);
 }
 
-void LocalInstance::callFirst(const QByteArray &token) const
+void LocalInstance::receive(const QByteArray &message)
+{
+    const auto end = message.indexOf('\n');
+    const QByteArray token = message.mid(end + 1);
+    if (const auto action = ActionName::parse(message.left(std::max<qsizetype>(end, 0)).toStdString()))
+        Q_EMIT actionChosen(*action, token);
+    else
+        Q_EMIT reopened(token);
+}
+
+bool LocalInstance::callFirst(const QByteArray &message) const
 {
     QLocalSocket socket;
     socket.connectToServer(socketPath_);
     if (!socket.waitForConnected(timeoutMs))
-        return;
-    socket.write(token);
+        return false;
+    socket.write(message);
     socket.disconnectFromServer();
-    if (socket.state() != QLocalSocket::UnconnectedState)
-        socket.waitForDisconnected(timeoutMs);
+    return socket.state() == QLocalSocket::UnconnectedState || socket.waitForDisconnected(timeoutMs);
 }

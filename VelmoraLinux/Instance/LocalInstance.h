@@ -1,7 +1,11 @@
 #pragma once
 
+#include <VelmoraPlatform/ApplicationInstance.h>
+
 #include <QObject>
 #include <QString>
+
+#include <optional>
 
 class QLocalServer;
 
@@ -14,15 +18,18 @@ public:
     explicit LocalInstance(const QString &identifier);
     ~LocalInstance() override;
 
-    // Whether this process is the first; if not, the first has been given `token` and asked to re-open.
-    [[nodiscard]] bool claim(const QByteArray &token);
+    // When this process is not the first, the first is given `token` and asked for `request`, or to re-open.
+    [[nodiscard]] ApplicationInstance::Role claim(std::optional<ApplicationInstance::Action> request,
+                                                  const QByteArray &token);
 
     Q_SIGNAL void reopened(const QByteArray &token);
+    Q_SIGNAL void actionChosen(ApplicationInstance::Action action, const QByteArray &token);
 
 private:
     [[nodiscard]] bool takeLock();
     void listen();
-    void callFirst(const QByteArray &token) const;
+    void receive(const QByteArray &message);
+    [[nodiscard]] bool callFirst(const QByteArray &message) const;
 
     QString lockPath_;
     QString socketPath_;

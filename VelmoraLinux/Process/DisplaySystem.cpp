@@ -111,3 +111,9 @@ bool DisplaySystem::choose(int argc, char **argv)
         qunsetenv("DISPLAY");
     return true;
 }
+
+QByteArray DisplaySystem::description()
+{
+    const QByteArray wayland = qgetenv("WAYLAND_DISPLAY");
+    return "display " + (wayland.isEmpty() ? qgetenv("DISPLAY") : wayland);
+}

@@ -2,8 +2,17 @@
 
 #include <VelmoraPlatform/SystemLanguage.h>
 
-// The language of the locale variables: the first that is set of LANGUAGE, LC_ALL, LC_MESSAGES and LANG.
+#include <QStringList>
+
+// The language of the locale variables, as gettext reads them: LC_ALL, LC_MESSAGES or LANG, the first that is
+// set, names the locale. Unless that is C or POSIX, LANGUAGE is a list of languages in the order of preference.
 class EnvironmentLanguage final : public SystemLanguage {
 public:
+    // `offered`: the languages that the application has. Of a list, the first of them counts.
+    explicit EnvironmentLanguage(QStringList offered);
+
     [[nodiscard]] QString code() const override;
+
+private:
+    QStringList offered_;
 };

@@ -29,14 +29,19 @@ QuitSignals::QuitSignals()
         ::eventfd_read(wakeUp, &count);
         QCoreApplication::quit();
     });
-    for (const int signal : quitSignals)
-        std::signal(signal, noteSignal);
+    for (const int signal : quitSignals) {
+        // What was ignored before stays ignored: nohup.
+        if (std::signal(signal, noteSignal) == SIG_IGN)
+            std::signal(signal, SIG_IGN);
+    }
 }
 
 QuitSignals::~QuitSignals()
 {
-    for (const int signal : quitSignals)
-        std::signal(signal, SIG_DFL);
+    for (const int signal : quitSignals) {
+        if (std::signal(signal, SIG_DFL) == SIG_IGN)
+            std::signal(signal, SIG_IGN);
+    }
     notifier_.reset();
     ::close(wakeUp);
 }

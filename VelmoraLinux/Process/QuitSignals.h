@@ -4,7 +4,8 @@
 
 #include <memory>
 
-// Makes SIGTERM, SIGINT and SIGHUP quit the application's event loop. At most one object exists at a time.
+// Makes SIGTERM, SIGINT and SIGHUP quit the application's event loop, except those that were ignored when the
+// program was started. At most one object exists at a time.
 class QuitSignals {
 public:
     QuitSignals();

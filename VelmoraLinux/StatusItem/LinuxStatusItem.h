@@ -41,6 +41,8 @@ public:
 
     [[nodiscard]] bool isVisible() const override { return visible_; }
 
+    [[nodiscard]] bool hasPlace() const override { return registration_.hasHost() || embedded_.isDocked(); }
+
     void setMenu(StatusMenu menu) override;
     [[nodiscard]] std::optional<QRect> anchor() const override;
     [[nodiscard]] bool contains(QPoint point) const override;

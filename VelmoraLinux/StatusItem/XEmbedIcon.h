@@ -25,6 +25,10 @@ public:
     ~XEmbedIcon() override;
 
     void setShown(bool shown);
+
+    // Whether a tray has been given the icon.
+    [[nodiscard]] bool isDocked() const { return window_ != XCB_WINDOW_NONE; }
+
     void repaint();
     void setToolTip(const QString &text);
 

@@ -26,8 +26,11 @@ X11Display::X11Display(XcbServer connection, int screenNumber)
     auto *notifier = new QSocketNotifier(xcb_get_file_descriptor(xcb()), QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
         dispatch();
-        if (xcb_connection_has_error(xcb()) != 0)
-            notifier->setEnabled(false); // A lost server would keep the socket readable for ever.
+        if (xcb_connection_has_error(xcb()) == 0)
+            return;
+        notifier->setEnabled(false); // A lost server would keep the socket readable for ever.
+        if (lost_)
+            lost_();
     });
 }
 

@@ -40,6 +40,9 @@ public:
 
     void addEventHandler(EventHandler handler) { handlers_.push_back(std::move(handler)); }
 
+    // `handler` runs once when the server has gone away.
+    void setLostHandler(std::function<void()> handler) { lost_ = std::move(handler); }
+
     // Sends what was asked for and looks for events that came in the meantime.
     void flush();
 
@@ -51,4 +54,5 @@ private:
     int screenNumber_;
     const xcb_screen_t *screen_;
     std::vector<EventHandler> handlers_;
+    std::function<void()> lost_;
 };

@@ -7,6 +7,14 @@ Item {
     id: root
 
     required property string label
+    property bool isLoading: false
+
+    // The editor's text may differ in its line ends from the one that is stored: only what the user changes is.
+    function load() {
+        isLoading = true;
+        editor.text = App.state.ignoredDomainsText;
+        isLoading = false;
+    }
 
     width: parent?.width ?? 0
     implicitHeight: Math.max(160, editor.implicitHeight) + 20
@@ -38,7 +46,6 @@ Item {
             selectByMouse: true
             textFormat: TextEdit.PlainText
             wrapMode: TextEdit.Wrap
-            text: App.state.ignoredDomainsText
             KeyNavigation.priority: KeyNavigation.BeforeItem
             KeyNavigation.tab: nextItemInFocusChain(true)
             KeyNavigation.backtab: nextItemInFocusChain(false)
@@ -46,9 +53,10 @@ Item {
             Accessible.multiLine: true
             Accessible.name: root.label
             onTextChanged: {
-                if (text !== App.state.ignoredDomainsText)
+                if (!root.isLoading)
                     App.state.ignoredDomainsText = text;
             }
+            Component.onCompleted: root.load()
 
             FocusRing {
                 shown: editor.activeFocus
@@ -62,10 +70,9 @@ Item {
         Connections {
             target: App.state
 
-            // Typing breaks the binding of `text`; what is added from elsewhere comes in here.
             function onIgnoredDomainsTextChanged() {
                 if (editor.text !== App.state.ignoredDomainsText)
-                    editor.text = App.state.ignoredDomainsText;
+                    root.load();
             }
         }
     }

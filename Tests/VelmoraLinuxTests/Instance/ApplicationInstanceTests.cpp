@@ -17,6 +17,7 @@
 
 using namespace Qt::StringLiterals;
 
+using Action = ApplicationInstance::Action;
 using Role = ApplicationInstance::Role;
 
 class ApplicationInstanceTests : public QObject {
@@ -27,6 +28,7 @@ class ApplicationInstanceTests : public QObject {
     ActivationToken token_;
     std::unique_ptr<LinuxApplicationInstance> first_;
     int reopened_ = 0;
+    QList<Action> actions_;
 
     QDBusConnection connectAs(const QString &name) const
     {
@@ -44,6 +46,7 @@ class ApplicationInstanceTests : public QObject {
         first_ = std::make_unique<LinuxApplicationInstance>(bus, u"app.example.Test-program"_s, token_);
         QCOMPARE(first_->claim(), Role::first);
         first_->setReopenHandler([this] { ++reopened_; });
+        first_->setActionHandler([this](Action action) { actions_.append(action); });
     }
 
     // As another process would: our event loop goes on in the meantime.
@@ -79,6 +82,7 @@ private Q_SLOTS:
     void init()
     {
         reopened_ = 0;
+        actions_.clear();
         for (const char *variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "DBUS_STARTER_ADDRESS"})
             qunsetenv(variable);
     }
@@ -124,7 +128,8 @@ private Q_SLOTS:
         const QVariantMap data{{u"activation-token"_s, u"token-9"_s}};
         QTest::newRow("activate") << u"Activate"_s << QVariantList{data};
         QTest::newRow("open") << u"Open"_s << QVariantList{QStringList(u"file:///x"_s), data};
-        QTest::newRow("action") << u"ActivateAction"_s << QVariantList{u"settings"_s, QVariantList(), data};
+        QTest::newRow("unknown action")
+            << u"ActivateAction"_s << QVariantList{u"dance"_s, QVariantList(), data};
     }
 
     void everyWayInIsARestart()
@@ -145,6 +150,72 @@ private Q_SLOTS:
         QCOMPARE(reopened_, 0);
         call(u"Activate"_s, {QVariantMap()});
         QTRY_COMPARE(reopened_, 1);
+    }
+
+    void anActionOfTheDesktopEntryReachesTheFirst_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<Action>("action");
+        QTest::newRow("settings") << u"settings"_s << Action::settings;
+        QTest::newRow("pause") << u"pause"_s << Action::pauseOrResume;
+        QTest::newRow("quit") << u"quit"_s << Action::quit;
+    }
+
+    void anActionOfTheDesktopEntryReachesTheFirst()
+    {
+        QFETCH(QString, name);
+        QFETCH(Action, action);
+        makeFirst(connectAs(u"first"_s));
+        call(u"ActivateAction"_s, {name, QVariantList(), QVariantMap{{u"activation-token"_s, u"token-4"_s}}});
+        QTRY_COMPARE(actions_, QList{action});
+        QCOMPARE(token_.take(), QByteArray("token-4"));
+        QCOMPARE(reopened_, 0);
+    }
+
+    void theBusStartsItForAnActionToo()
+    {
+        qputenv("DBUS_STARTER_ADDRESS", daemon_->address().toLocal8Bit());
+        makeFirst(connectAs(u"first"_s));
+        call(u"ActivateAction"_s, {u"settings"_s, QVariantList(), QVariantMap()});
+        QTRY_COMPARE(actions_, QList{Action::settings});
+        call(u"Activate"_s, {QVariantMap()});
+        QTRY_COMPARE(reopened_, 1);
+    }
+
+    void aSecondStartAsksForItsAction_data()
+    {
+        QTest::addColumn<bool>("hasBus");
+        QTest::newRow("over the bus") << true;
+        QTest::newRow("over the socket") << false;
+    }
+
+    void aSecondStartAsksForItsAction()
+    {
+        QFETCH(bool, hasBus);
+        const auto bus = [this, hasBus](const QString &name) {
+            return hasBus ? connectAs(name) : QDBusConnection(u"none"_s);
+        };
+        makeFirst(bus(u"first"_s));
+        qputenv("XDG_ACTIVATION_TOKEN", "token-5");
+        const Role role = claimElsewhere([&bus] {
+            ActivationToken unused;
+            LinuxApplicationInstance second(bus(u"second"_s), u"app.example.Test-program"_s, unused);
+            second.setRequest(Action::pauseOrResume);
+            return second.claim();
+        });
+        QCOMPARE(role, Role::second);
+        QTRY_COMPARE(actions_, QList{Action::pauseOrResume});
+        QCOMPARE(token_.take(), QByteArray("token-5"));
+        QCOMPARE(reopened_, 0);
+    }
+
+    void aFirstThatDoesNotAnswerIsNoSecondStart()
+    {
+        auto deaf = connectAs(u"first"_s);
+        QVERIFY(deaf.registerService(u"app.example.Test-program"_s)); // The name without the object.
+        ActivationToken unused;
+        LinuxApplicationInstance second(connectAs(u"second"_s), u"app.example.Test-program"_s, unused);
+        QCOMPARE(second.claim(), Role::unanswered);
     }
 
     void theNextStartIsTheFirstAgain()
@@ -209,7 +280,7 @@ private Q_SLOTS:
         makeFirst(QDBusConnection(u"no such connection"_s));
         const Role role = claimElsewhere([] {
             LocalInstance second(u"app.example.Test-program"_s);
-            return second.claim({}) ? Role::first : Role::second;
+            return second.claim({}, {});
         });
         QCOMPARE(role, Role::second);
         QTRY_COMPARE(reopened_, 1);

@@ -28,6 +28,16 @@ private Q_SLOTS:
             << Variables{{"LC_MESSAGES", "de_DE"}, {"LC_ALL", "fr_FR"}} << u"fr"_qs;
         QTest::newRow("a list before all")
             << Variables{{"LC_ALL", "fr_FR"}, {"LANGUAGE", "de:en"}} << u"de"_qs;
+        QTest::newRow("the first of a list that there is")
+            << Variables{{"LANG", "fr_FR"}, {"LANGUAGE", "fr_CH:de_CH:en"}} << u"de"_qs;
+        QTest::newRow("nothing of a list") << Variables{{"LANG", "de_DE"}, {"LANGUAGE", "fr:nl"}} << u"fr"_qs;
+        QTest::newRow("a list that ends the search")
+            << Variables{{"LANG", "de_DE"}, {"LANGUAGE", "fr:C:de"}} << QString();
+        QTest::newRow("an empty list") << Variables{{"LANG", "de_DE"}, {"LANGUAGE", ":"}} << u"de"_qs;
+        QTest::newRow("a list without a locale") << Variables{{"LANGUAGE", "de"}} << QString();
+        QTest::newRow("a list under C") << Variables{{"LANG", "C"}, {"LANGUAGE", "de"}} << QString();
+        QTest::newRow("a list under C.UTF-8")
+            << Variables{{"LC_ALL", "C.UTF-8"}, {"LANG", "de_DE"}, {"LANGUAGE", "de"}} << QString();
         QTest::newRow("an empty one is not set") << Variables{{"LC_ALL", ""}, {"LANG", "de_DE"}} << u"de"_qs;
         QTest::newRow("C") << Variables{{"LC_ALL", "C.UTF-8"}, {"LANG", "de_DE"}} << QString();
         QTest::newRow("POSIX") << Variables{{"LANG", "POSIX"}} << QString();
@@ -46,7 +56,7 @@ private Q_SLOTS:
         for (auto variable = variables.cbegin(); variable != variables.cend(); ++variable)
             qputenv(variable.key().constData(), variable.value());
 
-        const QString found = EnvironmentLanguage().code();
+        const QString found = EnvironmentLanguage({u"en"_qs, u"de"_qs}).code();
 
         for (const char *name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
             qunsetenv(name);

@@ -1,0 +1,100 @@
+#!/usr/bin/env python3
+"""How the program starts beside another one, what it can be asked for without its icon, and how it ends.
+
+Usage: test_starts.py PROGRAM [unittest arguments]
+"""
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import unittest
+
+import test_shell
+from x11_desktop import TIMEOUT, wait_until
+
+
+class StartTests(test_shell.DesktopTest):
+    def started(self):
+        desktop = self.desktop(tray="none")
+        desktop.start_velmora()
+        wait_until("the menu on the bus", desktop.menu)
+        return desktop
+
+    @staticmethod
+    def run_again(desktop, *arguments, **environment):
+        """What another start writes to stderr, and its status."""
+        ended = subprocess.run([test_shell.PROGRAM, *arguments], env={**desktop.env, **environment}, check=False,
+                               stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT)
+        return ended.stderr.decode(), ended.returncode
+
+    def test_unknown_arguments_are_refused_with_usage(self):
+        desktop = self.desktop(tray="none")
+        for arguments in (["--nonsense"], ["-x"], ["file.txt"], ["--settings", "more"]):
+            with self.subTest(arguments):
+                said, status = self.run_again(desktop, *arguments)
+                self.assertEqual(status, 2)
+                self.assertIn(f"velmora: unknown argument {arguments[-1]}\nUsage: velmora [", said)
+
+    def test_the_running_program_does_what_it_is_asked_for(self):
+        desktop = self.started()
+        self.assertEqual(self.run_again(desktop, "--pause"), ("", 0))
+        wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
+        self.assertEqual(self.run_again(desktop, "--pause"), ("", 0))
+        wait_until("the end of the pause", lambda: "Pause Cleaning" in desktop.menu())
+        self.assertEqual(self.run_again(desktop, "--settings"), ("", 0))
+        wait_until("the settings window", desktop.settings_window)
+        self.assertEqual(self.run_again(desktop, "--quit"), ("", 0))
+        self.assertEqual(desktop.velmora.wait(TIMEOUT), 0)
+        self.assertEqual(self.run_again(desktop, "--quit"), ("velmora: it is not running.\n", 1))
+
+    def test_a_first_start_can_be_asked_for_the_settings(self):
+        desktop = self.desktop(tray="none")
+        desktop.start("velmora", test_shell.PROGRAM, "--settings")
+        wait_until("the settings window", desktop.settings_window)
+
+    def test_a_program_that_does_not_answer_is_named(self):
+        desktop = self.started()
+        desktop.velmora.send_signal(signal.SIGSTOP)
+        try:
+            said, status = self.run_again(desktop)
+        finally:
+            desktop.velmora.send_signal(signal.SIGCONT)
+        self.assertEqual(status, 1)
+        self.assertIn("it is running already but does not answer", said)
+
+    def test_two_buses_with_one_home_have_one_program(self):
+        desktop = self.started()
+        socket = pathlib.Path(desktop.env["XDG_RUNTIME_DIR"]) / "other-bus"
+        desktop.start("otherbus", "dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address=unix:path={socket}")
+        wait_until("the other bus", socket.exists)
+        said, status = self.run_again(desktop, DBUS_SESSION_BUS_ADDRESS=f"unix:path={socket}")
+        self.assertEqual(status, 1)
+        self.assertIn(f"process {desktop.velmora.pid}, display {desktop.env['DISPLAY']}. Quit it there first.", said)
+        desktop.stop(desktop.velmora, signal.SIGKILL)
+        desktop.start("velmora", test_shell.PROGRAM, "--settings", env={"DBUS_SESSION_BUS_ADDRESS": f"unix:path={socket}"})
+        wait_until("the settings window", desktop.settings_window)
+
+    def test_nohup_is_respected(self):
+        desktop = self.desktop(tray="none")
+        desktop.velmora = desktop.start("velmora", "nohup", test_shell.PROGRAM)
+        wait_until("the menu on the bus", desktop.menu)
+        desktop.velmora.send_signal(signal.SIGHUP)
+        desktop.catch_up()
+        self.assertIsNone(desktop.velmora.poll())
+        desktop.velmora.send_signal(signal.SIGTERM)
+        self.assertEqual(desktop.velmora.wait(TIMEOUT), 0)
+
+    def test_the_end_of_the_x_server_is_an_ordinary_end(self):
+        desktop = self.started()
+        server = next(process for process in desktop.processes if process.name == "server")
+        desktop.person.close()
+        desktop.person = None
+        server.send_signal(signal.SIGKILL)
+        self.assertEqual(desktop.velmora.wait(TIMEOUT), 0)
+
+
+if __name__ == "__main__":
+    os.environ.pop("QT_QPA_PLATFORM", None)
+    test_shell.PROGRAM = sys.argv.pop(1)
+    unittest.main(verbosity=2)
