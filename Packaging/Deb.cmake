@@ -17,7 +17,10 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 # What Qt Quick loads when it runs: no library names these.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
   "qml6-module-qtqml, qml6-module-qtqml-models, qml6-module-qtqml-workerscript, qml6-module-qtquick, qml6-module-qtquick-layouts, qml6-module-qtquick-templates, qml6-module-qtquick-window, qt6-qpa-plugins, ca-certificates")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "dbus-user-session, fonts-inter | fonts-dejavu-core")
+# GNOME shows status icons with an extension only. The first name is installed where none of the others is: each is
+# a panel of another desktop, on which GNOME's extension has no business.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+  "dbus-user-session, fonts-inter | fonts-dejavu-core, gnome-shell-extension-appindicator | plasma-workspace | xfce4-panel | lxqt-panel | mate-panel | cinnamon | budgie-core | lxpanel | waybar | sway | i3-wm | tint2 | trayer | stalonetray")
 set(CPACK_PACKAGE_DESCRIPTION
   "Velmora sits in the panel and watches the clipboard. When a link is copied,
 it takes out the query parameters that only serve to follow the click, such

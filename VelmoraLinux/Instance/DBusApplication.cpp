@@ -1,6 +1,6 @@
 #include "DBusApplication.h"
 
-#include "ActionName.h"
+#include <VelmoraLinux/Process/ActionName.h>
 
 using namespace Qt::StringLiterals;
 

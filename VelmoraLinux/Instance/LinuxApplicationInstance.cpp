@@ -1,8 +1,9 @@
 #include "LinuxApplicationInstance.h"
 
-#include "ActionName.h"
 #include "DBusApplication.h"
 #include "LocalInstance.h"
+
+#include <VelmoraLinux/Process/ActionName.h>
 
 #include <QDBusMessage>
 

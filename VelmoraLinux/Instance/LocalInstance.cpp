@@ -1,6 +1,6 @@
 #include "LocalInstance.h"
 
-#include "ActionName.h"
+#include <VelmoraLinux/Process/ActionName.h>
 
 #include <QDir>
 #include <QFile>

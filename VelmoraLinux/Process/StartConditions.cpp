@@ -1,8 +1,7 @@
 #include "StartConditions.h"
 
+#include "ActionName.h"
 #include "DisplaySystem.h"
-
-#include <VelmoraLinux/Instance/ActionName.h>
 
 #include <sys/resource.h>
 
