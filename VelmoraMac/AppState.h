@@ -38,7 +38,7 @@ private:                                                                        
 
 // A setting, complete in one line: a property that is stored under its own name and begins with what is
 // stored there, else with `initial`. Every assignment stores the value, also the same one, and then calls
-// reaction(const Type &before).
+// reaction(const Type &before); `noReaction` where nothing else happens.
 #define VELMORA_SETTING(Type, name, setter, initial, reaction)                                               \
     Q_PROPERTY(Type name READ name WRITE setter NOTIFY name##Changed)                                        \
 public:                                                                                                      \

@@ -157,10 +157,10 @@ private:
 
     void changeSettings()
     {
-        for (const auto theme : {VelmoraTheme::aurora, VelmoraTheme::ocean, VelmoraTheme::light})
-            state->setAppTheme(theme);
-        for (const auto language : {AppLanguage::german, AppLanguage::system, AppLanguage::english})
-            state->setLanguage(language);
+        for (const int theme : allValues<VelmoraTheme>())
+            state->setAppTheme(static_cast<VelmoraTheme>(theme));
+        for (const int language : allValues<AppLanguage>())
+            state->setLanguage(static_cast<AppLanguage>(language));
         for (const bool enabled : {false, true, false})
             state->setLaunchAtLoginEnabled(enabled);
         for (const auto tab : {AppTab::cleaning, AppTab::history, AppTab::general})

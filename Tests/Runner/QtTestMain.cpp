@@ -6,8 +6,10 @@
 #include <QGuiApplication>
 #include <QTest>
 
+#include <array>
 #include <cstdio>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -27,6 +29,19 @@ std::unique_ptr<QCoreApplication> makeApplication(TestApplication kind, int &arg
     return std::make_unique<QCoreApplication>(argc, argv);
 }
 
+// A class that is started by hand sees the same as under ctest: no display, one time zone, one language.
+void setUsualSurroundings()
+{
+    constexpr std::array<std::pair<const char *, const char *>, 4> usual = {{{"QT_QPA_PLATFORM", "offscreen"},
+                                                                             {"QT_QUICK_BACKEND", "software"},
+                                                                             {"TZ", "UTC"},
+                                                                             {"LC_ALL", "C.UTF-8"}}};
+    for (const auto &[name, value] : usual) {
+        if (!qEnvironmentVariableIsSet(name))
+            qputenv(name, value);
+    }
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -42,6 +57,7 @@ int main(int argc, char *argv[])
     int count = static_cast<int>(arguments.size());
     arguments.push_back(nullptr);
 
+    setUsualSurroundings();
     QCoreApplication::setAttribute(
         Qt::AA_Use96Dpi); // As Qt Test's own entries do: the same pictures on every screen.
     const auto application = makeApplication(test->application(), count, arguments.data());

@@ -212,9 +212,10 @@ class Headers(unittest.TestCase):
                 (place / name).parent.mkdir(parents=True, exist_ok=True)
                 (place / name).write_text(text, encoding="utf-8")
             (place / "build").mkdir()
-            entry = {"directory": top, "file": f"{top}/VelmoraCore/Other.cpp",
-                     "command": f"/usr/bin/ccache g++ -std=c++20 -I{top} -o other.o -c VelmoraCore/Other.cpp"}
-            (place / "build/compile_commands.json").write_text(json.dumps([entry]), encoding="utf-8")
+            entries = [{"directory": top, "file": f"{top}/{name}",
+                        "command": f"/usr/bin/ccache g++ -std=c++20 -I{top} {library} -o other.o -c {name}"}
+                       for name, library in (("VelmoraCore/Other.cpp", ""), ("VelmoraMac/Any.cpp", f"-isystem {top}/library"))]
+            (place / "build/compile_commands.json").write_text(json.dumps(entries), encoding="utf-8")
             return subprocess.run([TOOLS / "check-headers", place / "build", top], capture_output=True, text=True, check=False)
 
     def test_a_header_that_needs_another_before_it_is_reported(self):
@@ -226,6 +227,10 @@ class Headers(unittest.TestCase):
         result = self.result({"VelmoraCore/Name.h": "#pragma once\nstd::string name();\n",
                               "VelmoraCore/Name.cpp": "#include <string>\n#include <VelmoraCore/Name.h>\n"})
         self.assertEqual(result.returncode, 1)
+
+    def test_a_module_without_sources_is_compiled_as_what_uses_it(self):
+        result = self.result({"VelmoraPlatform/Any.h": "#pragma once\n#include <Library>\n", "library/Library": ""})
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
 
     def test_a_header_that_includes_what_it_uses_passes(self):
         result = self.result({"VelmoraCore/Name.h": "#pragma once\n#include <string>\nstd::string name();\n"})

@@ -34,13 +34,23 @@ void complain(const QString &message)
     QTextStream(stderr) << "velmora-rehearsal: " << message << '\n';
 }
 
+// What an option that names an enumerator takes.
+template<typename Enum>
+QString namesOf()
+{
+    QStringList names;
+    for (const int value : allValues<Enum>())
+        names.append(rawValue(static_cast<Enum>(value)));
+    return u"One of: "_s + names.join(u", "_s) + u'.';
+}
+
 QList<QCommandLineOption> commandLine()
 {
     return {
         {u"list"_s, u"Print the names of all scenes."_s},
         {u"scene"_s, u"The scene to show, or with --output to take a picture of."_s, u"name"_s},
-        {u"theme"_s, u"aurora, ocean, light or graphite."_s, u"theme"_s, u"graphite"_s},
-        {u"language"_s, u"english, german or system."_s, u"language"_s, u"english"_s},
+        {u"theme"_s, namesOf<VelmoraTheme>(), u"theme"_s, u"graphite"_s},
+        {u"language"_s, namesOf<AppLanguage>(), u"language"_s, u"english"_s},
         {u"appearance"_s, u"light or dark."_s, u"appearance"_s, u"light"_s},
         {u"reduced-motion"_s, u"As on a desktop that asks for less motion."_s},
         {u"time"_s, u"Milliseconds after which the picture is taken."_s, u"ms"_s},
@@ -122,8 +132,9 @@ bool shootGallery(const QString &folder, const QString &suffix)
     }
     bool good = true;
     for (const Scene &scene : allScenes()) {
+        const int variants = scene.themed ? static_cast<int>(allValues<VelmoraTheme>().size()) : 2;
         for (const AppLanguage language : {AppLanguage::english, AppLanguage::german}) {
-            for (int variant = 0; variant < (scene.themed ? 4 : 2); ++variant) {
+            for (int variant = 0; variant < variants; ++variant) {
                 StageSetup setup = everydaySetup();
                 setup.language = language;
                 setup.darkAppearance =

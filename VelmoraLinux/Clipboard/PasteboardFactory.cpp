@@ -64,7 +64,7 @@ std::unique_ptr<Pasteboard> x11Pasteboard(Scheduler &scheduler)
 }
 
 // The one that sees most comes first.
-constexpr std::array<Candidate, 2> candidates = {dataControlPasteboard, x11Pasteboard};
+constexpr auto candidates = std::to_array<Candidate>({dataControlPasteboard, x11Pasteboard});
 
 } // namespace
 
