@@ -17,9 +17,6 @@ std::string ruleSpelling(std::string_view text)
     return canonicalForm(lowercased(trimmedWhitespaceAndNewlines(text)));
 }
 
-// What splitting a query at "&" leaves of HTML's "&amp;" before a name.
-constexpr std::string_view separatorRest = "amp;";
-
 bool hasCapitals(std::string_view text)
 {
     return std::any_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
@@ -47,12 +44,13 @@ const std::string &LinkHost::comparable() const
 }
 
 TrackingRules::TrackingRules(const LinkCleanerConfiguration &configuration)
-    : prefixes_(tableEntries(configuration.trackedParameterPrefixes()))
 {
     for (const std::string &host : configuration.ignoredHosts())
         ignoredHosts_.push_back(comparableHost(host));
     for (const std::string &name : tableEntries(configuration.trackedParameterNames()))
         names_.add(name, tracker);
+    for (const std::string &prefix : tableEntries(configuration.trackedParameterPrefixes()))
+        names_.addPrefix(prefix, tracker);
     for (const auto &[key, values] : configuration.valueSensitiveTrackedParameters()) {
         if (hasCapitals(key))
             continue;
@@ -61,24 +59,22 @@ TrackingRules::TrackingRules(const LinkCleanerConfiguration &configuration)
         for (const std::string &value : tableEntries(values))
             entry.values.add(value, tracker);
     }
-    std::vector<std::string> hostScopedPrefixes;
     for (const HostScopedRule &rule : hostScopedRules()) {
         for (const std::string_view name : rule.trackedParameterNames)
             names_.add(name, hostScoped);
-        hostScopedPrefixes.insert(hostScopedPrefixes.end(), rule.trackedParameterPrefixes.begin(),
-                                  rule.trackedParameterPrefixes.end());
+        for (const std::string_view prefix : rule.trackedParameterPrefixes)
+            names_.addPrefix(prefix, hostScoped);
     }
-    hostScopedPrefixes_ = PrefixTable(std::move(hostScopedPrefixes));
 }
 
-bool TrackingRules::ignores(const LinkHost &host) const
+bool TrackingRules::isIgnored(const LinkHost &host) const
 {
     return std::any_of(ignoredHosts_.begin(), ignoredHosts_.end(), [&host](const std::string &ignored) {
         return isWithinDomain(host.comparable(), ignored);
     });
 }
 
-bool TrackingRules::removes(const QueryItem &item, const LinkHost &host) const
+bool TrackingRules::removesByAll(const QueryItem &item, const LinkHost &host) const
 {
     return removesNamed(item, host) ||
            (item.name.starts_with(separatorRest) && removesBehindSeparator(item, host));
@@ -101,11 +97,8 @@ bool TrackingRules::removesNamed(const QueryItem &item, const LinkHost &host) co
 bool TrackingRules::removesKey(std::string_view key, const QueryItem &item, const LinkHost &host) const
 {
     const unsigned roles = names_.rolesOf(key);
-    if ((roles & tracker) != 0 || prefixes_.matches(key))
-        return true;
-    if ((roles & valueSensitive) != 0 && removesValue(key, item))
-        return true;
-    return ((roles & hostScoped) != 0 || hostScopedPrefixes_.matches(key)) && removesOnHost(key, host);
+    return (roles & tracker) != 0 || ((roles & valueSensitive) != 0 && removesValue(key, item)) ||
+           ((roles & hostScoped) != 0 && removesOnHost(key, host));
 }
 
 bool TrackingRules::removesValue(std::string_view key, const QueryItem &item) const

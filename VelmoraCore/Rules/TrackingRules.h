@@ -33,12 +33,31 @@ public:
     explicit TrackingRules(const LinkCleanerConfiguration &configuration);
 
     // Whether `host` is one of the ignored hosts or lies within one.
-    bool ignores(const LinkHost &host) const;
+    bool ignores(const LinkHost &host) const { return !ignoredHosts_.empty() && isIgnored(host); }
 
     // A name behind "&amp;", the separator as HTML writes it, is known with and without the rest of that.
-    bool removes(const QueryItem &item, const LinkHost &host) const;
+    bool removes(const QueryItem &item, const LinkHost &host) const
+    {
+        const std::optional<bool> byName = item.plain ? removesPlain(item.name) : std::nullopt;
+        return byName ? *byName : removesByAll(item, host);
+    }
+
+    // The same for a plain item, of which most names decide alone: trackers everywhere, or known to nobody.
+    // Nothing where the value or the host count too.
+    std::optional<bool> removesPlain(std::string_view name) const
+    {
+        const unsigned roles = names_.rolesOf(name);
+        if ((roles & tracker) != 0)
+            return true;
+        if (roles == 0 && !name.starts_with(separatorRest))
+            return false;
+        return std::nullopt;
+    }
 
 private:
+    // What splitting a query at "&" leaves of HTML's "&amp;" before a name.
+    static constexpr std::string_view separatorRest = "amp;";
+
     // What a name is known for, as bits.
     enum Role : unsigned { tracker = 1, valueSensitive = 2, hostScoped = 4 };
 
@@ -59,6 +78,8 @@ private:
 
     static const std::vector<HostScopedRule> &hostScopedRules();
 
+    bool isIgnored(const LinkHost &host) const;
+    bool removesByAll(const QueryItem &item, const LinkHost &host) const;
     bool removesNamed(const QueryItem &item, const LinkHost &host) const;
     bool removesBehindSeparator(QueryItem item, const LinkHost &host) const;
     bool removesKey(std::string_view key, const QueryItem &item, const LinkHost &host) const;
@@ -67,8 +88,6 @@ private:
 
     std::vector<std::string> ignoredHosts_;
     NameTable names_;
-    PrefixTable prefixes_;
-    PrefixTable hostScopedPrefixes_;
     std::vector<ValueSensitiveName> valueSensitive_;
 };
 

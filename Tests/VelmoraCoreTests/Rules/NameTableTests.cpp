@@ -44,25 +44,71 @@ TEST(NameTable, HoldsManyAndLongNames)
     }
 }
 
-TEST(PrefixTable, MatchesWhatBeginsWithOneOfItsPrefixes)
+TEST(NameTable, KnowsNamesInAnyCaseAndNoOtherCharacters)
 {
-    const PrefixTable table({"utm_", "us", "p.", "utm_"});
-    EXPECT_TRUE(table.matches("utm_x"));
-    EXPECT_TRUE(table.matches("utm_"));
-    EXPECT_TRUE(table.matches("user"));
-    EXPECT_TRUE(table.matches("p.x"));
-    EXPECT_FALSE(table.matches("utm"));
-    EXPECT_FALSE(table.matches("xutm_"));
-    EXPECT_FALSE(table.matches("\xFFx"));
-    EXPECT_FALSE(table.matches(""));
-    EXPECT_FALSE(PrefixTable().matches("x"));
+    NameTable table;
+    table.add("utm_az09", 1);
+    table.add("a name of more than sixteen bytes", 2);
+    table.add("[{@`", 4);
+    EXPECT_EQ(table.rolesOf("UTM_Az09"), 1U);
+    EXPECT_EQ(table.rolesOf("UTM_AZ0Y"), 0U);
+    EXPECT_EQ(table.rolesOf("utm\x7F\x61z09"), 0U);
+    EXPECT_EQ(table.rolesOf("A Name Of More Than Sixteen Bytes"), 2U);
+    EXPECT_EQ(table.rolesOf("a name of mory than sixteen bytes"), 0U);
+    EXPECT_EQ(table.rolesOf("[{@`"), 4U);
+    EXPECT_EQ(table.rolesOf("{{@`"), 0U);
+    EXPECT_EQ(table.rolesOf("[{``"), 0U);
+    EXPECT_EQ(table.rolesOf("[[@`"), 0U);
 }
 
-TEST(PrefixTable, MatchesEverythingWithAnEmptyPrefix)
+TEST(NameTable, TellsNamesOfEveryLengthApart)
 {
-    const PrefixTable table({"", "x"});
-    EXPECT_TRUE(table.matches(""));
-    EXPECT_TRUE(table.matches("y"));
+    const std::string letters = "abcdefghijklmnopqrstuvwxyz";
+    for (std::size_t length = 1; length <= letters.size(); ++length) {
+        const std::string name = letters.substr(0, length);
+        NameTable table;
+        table.add(name, 1);
+        EXPECT_EQ(table.rolesOf(name), 1U) << name;
+        EXPECT_EQ(table.rolesOf(name + '\0'), 0U) << name;
+        for (std::size_t at = 0; at < length; ++at) {
+            std::string other = name;
+            other[at] = '0';
+            EXPECT_EQ(table.rolesOf(other), 0U) << other;
+        }
+    }
+}
+
+TEST(NameTable, KnowsWhatBeginsWithAPrefix)
+{
+    NameTable table;
+    for (const std::string_view prefix : {"utm_", "us", "p.", "utm_", "a prefix of more than eight"})
+        table.addPrefix(prefix, 1);
+    table.addPrefix("utm_x", 2);
+    table.add("utm_y", 4);
+    EXPECT_EQ(table.rolesOf("utm_a"), 1U);
+    EXPECT_EQ(table.rolesOf("UTM_"), 1U);
+    EXPECT_EQ(table.rolesOf("utm_xyz"), 3U);
+    EXPECT_EQ(table.rolesOf("utm_y"), 5U);
+    EXPECT_EQ(table.rolesOf("user"), 1U);
+    EXPECT_EQ(table.rolesOf("p.x"), 1U);
+    EXPECT_EQ(table.rolesOf("a prefix of more than eight bytes"), 1U);
+    EXPECT_EQ(table.rolesOf("a prefix of more thin eight bytes"), 0U);
+    EXPECT_EQ(table.rolesOf("utm_" + std::string(100, 'a')), 1U);
+    EXPECT_EQ(table.rolesOf("utm"), 0U);
+    EXPECT_EQ(table.rolesOf("xutm_"), 0U);
+    EXPECT_EQ(table.rolesOf("utm_\u0301"), 0U); // Not as the reader sees it.
+    EXPECT_EQ(table.rolesOf("\xFFx"), 0U);
+    EXPECT_EQ(table.rolesOf(""), 0U);
+}
+
+TEST(NameTable, KnowsEverythingByTheEmptyPrefix)
+{
+    NameTable table;
+    table.addPrefix("", 1);
+    table.add("x", 2);
+    EXPECT_EQ(table.rolesOf(""), 1U);
+    EXPECT_EQ(table.rolesOf("y"), 1U);
+    EXPECT_EQ(table.rolesOf("x"), 3U);
 }
 
 } // namespace
