@@ -1,6 +1,7 @@
 #include <VelmoraCore/Detection/LinkScanner.h>
 #include <VelmoraCore/LinkCleaner.h>
 #include <VelmoraCore/Query/LinkQuery.h>
+#include <VelmoraCore/Query/PlainLink.h>
 #include <VelmoraCore/Query/QueryCleaner.h>
 #include <VelmoraCore/Rules/TrackingRules.h>
 #include <VelmoraCore/Text/ByteSearch.h>
@@ -23,10 +24,12 @@ constexpr std::string_view suppliedScheme = "http://";
 // looked at. A link never reaches beyond a word, which makes this the same as looking at every link.
 class TrackedLinks {
 public:
-    TrackedLinks(std::string_view text, const TrackingRules &rules)
+    TrackedLinks(std::string_view text, TextExtent extent, const TrackingRules &rules)
         : text_(text)
+        , extent_(extent)
         , rules_(rules)
         , scanner_(text, 0, 0)
+        , plain_(text, extent)
     {
     }
 
@@ -34,58 +37,78 @@ public:
     bool next()
     {
         while (true) {
-            while (scanner_.next(link_)) {
-                if (!isWeb() || link_.keptAsWritten || link_.query == link_.fragment)
-                    continue;
-                query_.emplace(rules_, text_, link_);
-                if (query_->isTracked())
-                    return true;
-            }
-            if (!nextWord())
+            if (!isPlain_ && nextOfWord())
+                return true;
+            const std::size_t mark = findQueryMark(text_, wordEnd_);
+            if (mark == text_.size())
                 return false;
+            const std::size_t word = behindLastBlank(text_, wordEnd_, mark);
+            isPlain_ = plain_.read(word, mark);
+            if (isPlain_) {
+                wordEnd_ = plain_.end();
+                if (plain_.isTracked(rules_))
+                    return true;
+            } else {
+                wordEnd_ = findBlank(text_, mark + 1);
+                scanner_ = LinkScanner(text_, word, wordEnd_);
+            }
         }
     }
 
-    const FoundLink &link() const { return link_; }
+    std::size_t begin() const { return isPlain_ ? plain_.begin() : link_.begin; }
 
-    // Appends the text from `begin`, which is not behind the link, to the link's end as it is to be.
-    void rewrite(std::size_t begin, std::string &output, CleaningVisitor *visitor) const
+    std::size_t end() const { return isPlain_ ? plain_.end() : link_.end; }
+
+    // Appends the text from `from`, which is not behind the link, to the link's end as it is to be.
+    void rewrite(std::size_t from, std::string &output, CleaningVisitor *visitor) const
     {
-        output.append(text_, begin, link_.begin - begin);
-        const std::size_t linkBegin = output.size();
-        if (link_.kind == FoundLink::Kind::bareWeb)
-            output += suppliedScheme;
-        output.append(text_, link_.begin, link_.query - link_.begin);
-        query_->rewrite(output, visitor);
-        output.append(text_, link_.fragment, link_.end - link_.fragment);
+        const std::size_t linkBegin = output.size() + begin() - from;
+        if (isPlain_)
+            plain_.rewrite(from, output, visitor);
+        else
+            rewriteFound(from, output, visitor);
         if (visitor != nullptr)
-            visitor->visitCleanedLink(link_.begin, link_.end - link_.begin,
-                                      std::string_view(output).substr(linkBegin));
+            visitor->visitCleanedLink(begin(), end() - begin(), std::string_view(output).substr(linkBegin));
     }
 
 private:
+    // The next one of a word that is no plain link; such a word holds no other.
+    bool nextOfWord()
+    {
+        while (scanner_.next(link_)) {
+            if (!isWeb() || link_.keptAsWritten || link_.query == link_.fragment)
+                continue;
+            query_.emplace(rules_, text_, extent_, link_);
+            if (query_->isTracked())
+                return true;
+        }
+        return false;
+    }
+
     bool isWeb() const
     {
         return link_.kind == FoundLink::Kind::web || link_.kind == FoundLink::Kind::bareWeb;
     }
 
-    bool nextWord()
+    void rewriteFound(std::size_t from, std::string &output, CleaningVisitor *visitor) const
     {
-        const std::size_t mark = findQueryMark(text_, wordEnd_);
-        if (mark == text_.size())
-            return false;
-        const std::size_t begin = behindLastBlank(text_, wordEnd_, mark);
-        wordEnd_ = findBlank(text_, mark + 1);
-        scanner_ = LinkScanner(text_, begin, wordEnd_);
-        return true;
+        output.append(text_, from, link_.begin - from);
+        if (link_.kind == FoundLink::Kind::bareWeb)
+            output += suppliedScheme;
+        output.append(text_, link_.begin, link_.query - link_.begin);
+        query_->rewrite(output, visitor);
+        output.append(text_, link_.fragment, link_.end - link_.fragment);
     }
 
     std::string_view text_;
+    TextExtent extent_;
     const TrackingRules &rules_;
-    LinkScanner scanner_;
+    std::size_t wordEnd_ = 0; // Of the last word that was looked at.
+    LinkScanner scanner_;     // Of the links in that word, if it is not a plain one.
     FoundLink link_;
     std::optional<LinkQuery> query_;
-    std::size_t wordEnd_ = 0;
+    PlainLink plain_;
+    bool isPlain_ = false; // The current link is the plain one.
 };
 
 void append(std::vector<RemovedQueryItem> &items, std::string_view name,
@@ -153,16 +176,16 @@ private:
 };
 
 // Appends the text with its links cleaned up to the end of the last one that was, and gives that place.
-std::size_t cleanLinks(std::string_view text, const TrackingRules &rules, std::string &output,
-                       CleaningVisitor *visitor)
+std::size_t cleanLinks(std::string_view text, TextExtent extent, const TrackingRules &rules,
+                       std::string &output, CleaningVisitor *visitor)
 {
     std::size_t copied = 0;
-    TrackedLinks links(text, rules);
+    TrackedLinks links(text, extent, rules);
     while (links.next()) {
         if (copied == 0)
             output.reserve(output.size() + text.size() + suppliedScheme.size());
         links.rewrite(copied, output, visitor);
-        copied = links.link().end;
+        copied = links.end();
     }
     return copied;
 }
@@ -179,14 +202,15 @@ LinkCleaningResult LinkCleaner::clean(std::string_view text) const
 {
     LinkCleaningResult result{std::string(text), {}, {}};
     ItemList list(text.size());
-    result.cleanedText += text.substr(cleanLinks(text, *rules_, result.cleanedText, &list));
+    result.cleanedText +=
+        text.substr(cleanLinks(text, TextExtent::whole, *rules_, result.cleanedText, &list));
     result.removedItems = std::move(list.items);
     return result;
 }
 
 bool LinkCleaner::appendCleaned(std::string_view text, std::string &output, CleaningVisitor *visitor) const
 {
-    const std::size_t copied = cleanLinks(text, *rules_, output, visitor);
+    const std::size_t copied = cleanLinks(text, TextExtent::piece, *rules_, output, visitor);
     output += text.substr(copied);
     return copied != 0;
 }
@@ -195,9 +219,9 @@ std::vector<LinkEdit> LinkCleaner::edits(std::string_view text) const
 {
     EditList list;
     std::string replacement;
-    TrackedLinks links(text, *rules_);
+    TrackedLinks links(text, TextExtent::whole, *rules_);
     while (links.next()) {
-        links.rewrite(links.link().begin, replacement, &list);
+        links.rewrite(links.begin(), replacement, &list);
         replacement.clear();
     }
     return std::move(list.edits);

@@ -54,8 +54,9 @@ public:
     [[nodiscard]] LinkCleaningResult clean(std::string_view text) const;
 
     // Appends the text as `clean` makes it to `output`, which is no part of it, and says whether anything was
-    // removed. For streams: nothing is allocated but what `output` lacks, and what was removed is kept
-    // nowhere but shown to the visitor, if there is one.
+    // removed. For streams: the text is a piece of a longer one, so that a link is never taken for all that was
+    // copied; nothing is allocated but what `output` lacks, and what was removed is kept nowhere but shown to
+    // the visitor, if there is one.
     bool appendCleaned(std::string_view text, std::string &output, CleaningVisitor *visitor = nullptr) const;
 
     // The changes that `clean` makes, in the order of the text. Costs no memory when there are none.

@@ -29,6 +29,8 @@ public:
     // False after the last item.
     bool next(QueryItem &item);
 
+    bool isAtEnd() const { return atEnd_; }
+
 private:
     std::string_view query_;
     std::size_t position_ = 0;

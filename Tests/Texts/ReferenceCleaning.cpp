@@ -41,7 +41,7 @@ std::vector<velmora::LinkEdit> referenceEdits(const velmora::LinkCleaner &cleane
         if ((link.kind != Kind::web && link.kind != Kind::bareWeb) || link.keptAsWritten ||
             link.query == link.fragment)
             continue;
-        const velmora::LinkQuery query(rules, text, link);
+        const velmora::LinkQuery query(rules, text, velmora::TextExtent::whole, link);
         if (!query.isTracked())
             continue;
         velmora::LinkEdit edit{

@@ -21,6 +21,25 @@ const LinkCleaner &cleaner()
     return instance;
 }
 
+// The same numbers on every machine.
+class Numbers {
+public:
+    std::size_t below(std::size_t bound)
+    {
+        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
+        return static_cast<std::size_t>(state_ >> 33) % bound;
+    }
+
+    template<std::size_t count>
+    std::string_view pick(const std::array<std::string_view, count> &pieces)
+    {
+        return pieces[below(count)];
+    }
+
+private:
+    std::uint64_t state_ = 7;
+};
+
 // The quick search gives what detecting everything gives, and a cleaned text is clean.
 void expectSameAsReference(std::string_view text)
 {
@@ -28,9 +47,11 @@ void expectSameAsReference(std::string_view text)
     EXPECT_EQ(edits, referenceEdits(cleaner(), text)) << text.substr(0, 200);
     const LinkCleaningResult result = cleaner().clean(text);
     EXPECT_EQ(result.didChange(), !edits.empty());
-    std::string appended;
-    EXPECT_EQ(cleaner().appendCleaned(text, appended), result.didChange());
-    EXPECT_EQ(appended, result.cleanedText);
+    // A piece of a stream may be a link and nothing else, but is never all there is.
+    const LinkCleaningResult amongOthers = cleaner().clean("x " + std::string(text));
+    std::string appended = "x ";
+    EXPECT_EQ(cleaner().appendCleaned(text, appended), amongOthers.didChange());
+    EXPECT_EQ(appended, amongOthers.cleanedText);
 }
 
 TEST(FastPath, GivesWhatDetectingEverythingGivesOnAdversarialTexts)
@@ -122,16 +143,46 @@ TEST(FastPath, GivesWhatDetectingEverythingGivesOnTextsMadeOfPieces)
                                                              "`",
                                                              "{",
                                                              "}"});
-    std::uint64_t state = 7;
-    const auto below = [&state](std::size_t bound) {
-        state = state * 6364136223846793005U + 1442695040888963407U;
-        return static_cast<std::size_t>(state >> 33) % bound;
-    };
+    Numbers numbers;
     for (int round = 0; round < 40000; ++round) {
         std::string text;
-        for (std::size_t count = 1 + below(14); count > 0; --count)
-            text += pieces[below(pieces.size())];
+        for (std::size_t count = 1 + numbers.below(14); count > 0; --count)
+            text += numbers.pick(pieces);
         expectSameAsReference(text);
+    }
+}
+
+// Links that are read in one pass, and links that differ from those in one character.
+TEST(FastPath, GivesWhatDetectingEverythingGivesOnPlainLinks)
+{
+    constexpr auto befores =
+        std::to_array<std::string_view>({"", "", "", " ", "see ", "\n", "<", "(", "_", "a"});
+    constexpr auto behinds =
+        std::to_array<std::string_view>({"", " ", "\n", ">", ". ", "! ", "?! ", "_ ", " + x"});
+    constexpr auto hosts = std::to_array<std::string_view>(
+        {"e.com", "www.amazon.de", "ignored.com", "a-b.c", "-a.b", "a-.b", "a..b", "a.", "a.b:80", "u@a.b",
+         "localhost", "bücher.de", "xn--bcher-kva.de", "a_b.c"});
+    constexpr auto paths = std::to_array<std::string_view>(
+        {"", "/", "/a", "/a/b-c_d.html", "/a=b&c", "/~a$b%20", "/a;b", "/#a", "/(a)", "/a:b", "/a,b!"});
+    constexpr auto names =
+        std::to_array<std::string_view>({"utm_source", "UTM_x", "si", "tag", "ref_id", "id", "ID", "q",
+                                         "source", "amp;utm_x", "a.b", "a%62", "fbclid", "", "https", "漢"});
+    constexpr auto values = std::to_array<std::string_view>(
+        {"",    "=",  "=1",   "=ad",  "=a_b-c", "=a=b", "=a.b", "=a...b", "=a,b", "=a!", "=a?", "=a??b",
+         "=a~", "=$", "=%20", "=a+b", "=a|b",   "=(a)", "=é",   "=a*",    "=-",   "=3D", "=a/", "=a@b"});
+    Numbers numbers;
+    for (int round = 0; round < 60000; ++round) {
+        std::string text(numbers.pick(befores));
+        text += numbers.below(2) == 0 ? "https://" : "http://";
+        text.append(numbers.pick(hosts)).append(numbers.pick(paths));
+        char separator = '?';
+        for (std::size_t count = numbers.below(6) * (round % 50 == 0 ? 5 : 1) + 1; count > 0; --count) {
+            text.append(1, separator).append(numbers.pick(names)).append(numbers.pick(values));
+            separator = '&';
+        }
+        if (numbers.below(8) == 0)
+            text[numbers.below(text.size())] = static_cast<char>(numbers.below(256));
+        expectSameAsReference(text.append(numbers.pick(behinds)));
     }
 }
 

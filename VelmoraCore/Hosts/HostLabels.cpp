@@ -1,5 +1,6 @@
 #include <VelmoraCore/Hosts/HostLabels.h>
 #include <VelmoraCore/Hosts/TopLevelDomains.h>
+#include <VelmoraCore/Text/ByteSearch.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
 #include <VelmoraCore/Text/Scripts.h>
 #include <VelmoraCore/Text/Utf8.h>
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <optional>
 
 namespace velmora {
@@ -103,24 +105,24 @@ bool isAlphabetic(std::string_view label)
                        [](char c) { return characters::is(c, characters::letter); });
 }
 
-// A host of ASCII characters without escapes; nothing if it goes on with something else.
+// A host of ASCII characters without escapes; nothing if it goes on with something else, or is longer than any
+// that is in use.
 std::optional<HostExtent> asciiHostExtent(std::string_view text, std::size_t begin)
 {
-    std::size_t end = begin;
-    std::size_t broken = text.size(); // The first place where a label is empty or a hyphen stands at its end.
-    char before = '.';
-    for (; end < text.size() && characters::is(text[end], characters::host | characters::dot); ++end) {
-        const char c = text[end];
-        const bool isEdge = c == '.' || c == '-';
-        if (isEdge && (before == '.' || (before == '-' && c == '.')) && broken == text.size())
-            broken = end;
-        before = c;
-    }
-    if (end < text.size() && (text[end] == '%' || characters::is(text[end], characters::nonAscii)))
+    const WordMarks marks = wordMarks(text, begin);
+    std::size_t end = begin + marks.length;
+    if (marks.length == WordMarks::reach ||
+        (end < text.size() && (text[end] == '%' || characters::is(text[end], characters::nonAscii))))
         return std::nullopt;
     while (end > begin && text[end - 1] == '.')
         --end;
-    return HostExtent{end, end > begin && broken >= end && text[end - 1] != '-'};
+    if (end == begin)
+        return HostExtent{end, false};
+    const std::uint64_t last = std::uint64_t{1} << (end - begin - 1);
+    const std::uint64_t labelBegins = marks.dots << 1 | 1;
+    const std::uint64_t labelEnds = marks.dots >> 1 | last;
+    const std::uint64_t edges = (labelBegins | labelEnds) & (last | (last - 1));
+    return HostExtent{end, ((marks.dots | marks.hyphens) & edges) == 0};
 }
 
 // Symbols and emoji. Some hosts begin with them, but no top-level domain holds one.

@@ -35,11 +35,12 @@ std::string_view valueOf(const QueryItem &item)
     return item.value.value_or(std::string_view());
 }
 
-bool isSamePlain(const QueryItem &left, const QueryItem &right)
+// Decoded, or as written where that is not to be read.
+std::string readable(std::string_view text)
 {
-    const auto sameLetter = [](char a, char b) { return characters::lower(a) == characters::lower(b); };
-    return valueOf(left) == valueOf(right) &&
-           std::equal(left.name.begin(), left.name.end(), right.name.begin(), right.name.end(), sameLetter);
+    if (text.find('%') == std::string_view::npos)
+        return std::string(text);
+    return percentDecoded(text).value_or(std::string(text));
 }
 
 void appendKey(std::string &key, const QueryItem &item)
@@ -49,9 +50,6 @@ void appendKey(std::string &key, const QueryItem &item)
         key.append(1, '=').append(valueOf(item));
         return;
     }
-    const auto readable = [](std::string_view text) {
-        return percentDecoded(text).value_or(std::string(text));
-    };
     key += canonicalForm(lowercased(readable(item.name)) + '=' + readable(valueOf(item)));
 }
 
@@ -86,7 +84,9 @@ void SeenPlaces::grow()
 
 bool KeptItems::isNew(const QueryItem &item)
 {
-    if (!seen_ && (count_ == few || !item.plain)) {
+    // The first item needs no key: most links keep one.
+    const bool arePlain = count_ == 0 || (item.plain && few_.front().plain);
+    if (!seen_ && (count_ == few || !arePlain)) {
         seen_.emplace();
         for (std::size_t i = 0; i < count_; ++i)
             isNewAmongMany(few_[i]);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <VelmoraCore/QueryItem.h>
+#include <VelmoraCore/Text/CharacterClasses.h>
 
 #include <array>
 #include <cstddef>
@@ -11,6 +12,14 @@
 #include <vector>
 
 namespace velmora {
+
+// Whether two plain items are the same parameter: their names are equal but for the case of letters, and their
+// values, absent and empty ones alike.
+inline bool isSamePlain(const QueryItem &left, const QueryItem &right)
+{
+    return characters::equalsInAnyCase(left.name, right.name) &&
+           left.value.value_or(std::string_view()) == right.value.value_or(std::string_view());
+}
 
 // Pieces of a text that were seen, told apart by a key in time that nobody's choice of texts can spoil.
 // Remembers where they stand, eight bytes for each, and no text.
@@ -70,7 +79,7 @@ public:
     bool isNew(const QueryItem &item);
 
 private:
-    // So many plain items are compared one by one, which takes no memory.
+    // So many plain items are compared one by one, which takes no memory. Only the first may be another.
     static constexpr std::size_t few = 8;
 
     bool isNewAmongFew(const QueryItem &item) const;

@@ -1,6 +1,5 @@
 #include <VelmoraCore/Detection/LinkSurroundings.h>
 #include <VelmoraCore/Query/LinkQuery.h>
-#include <VelmoraCore/Query/ValueEnd.h>
 #include <VelmoraCore/Text/ByteSearch.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
 
@@ -21,9 +20,10 @@ bool isWordCharacter(char c)
 
 } // namespace
 
-LinkQuery::LinkQuery(const TrackingRules &rules, std::string_view text, FoundLink &link)
+LinkQuery::LinkQuery(const TrackingRules &rules, std::string_view text, TextExtent extent, FoundLink &link)
     : rules_(rules)
     , text_(text)
+    , extent_(extent)
     , link_(link)
     , foundEnd_(link.end)
     , query_(cleaner())
@@ -46,18 +46,15 @@ bool LinkQuery::decide()
 // Shortens the link. False when the link has to stay whole.
 bool LinkQuery::leaveToText()
 {
-    const std::string_view query = text_.substr(link_.query + 1, link_.fragment - link_.query - 1);
-    const std::size_t last = query.rfind('&') + 1; // Behind "nowhere" is the beginning.
-    const std::size_t equals = query.find('=', last);
-    if (equals == std::string_view::npos)
+    const auto [last, isRemoved] = query_.last();
+    if (!isRemoved || !last.value)
         return true;
-    const std::size_t value = link_.query + 1 + equals + 1;
-    const std::size_t end = certainValueEnd(text_, link_.begin, value, link_.fragment);
-    const bool isUsed = value == link_.end && isConcatenated(text_, link_.end);
-    if ((end == link_.fragment && !isUsed) || !rules_.removes(itemAt(query, last), query_.host()))
-        return true;
-    if (isUsed)
+    const auto value = static_cast<std::size_t>(last.value->data() - text_.data());
+    if (value == link_.end && isConcatenated(text_, link_.end))
         return false;
+    const std::size_t end = certainValueEnd(text_, extent_, link_.begin, value, link_.fragment);
+    if (end == link_.fragment)
+        return true;
     link_.end = link_.fragment = end;
     query_ = cleaner();
     return query_.isTracked();

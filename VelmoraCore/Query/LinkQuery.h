@@ -3,6 +3,7 @@
 #include <VelmoraCore/CleaningVisitor.h>
 #include <VelmoraCore/Detection/LinkScanner.h>
 #include <VelmoraCore/Query/QueryCleaner.h>
+#include <VelmoraCore/Query/ValueEnd.h>
 #include <VelmoraCore/Rules/TrackingRules.h>
 
 #include <string>
@@ -19,7 +20,7 @@ class LinkQuery {
 public:
     // The link, which has a query, may lose its end: what stands there is the text's. Text and rules have to
     // outlive this object.
-    LinkQuery(const TrackingRules &rules, std::string_view text, FoundLink &link);
+    LinkQuery(const TrackingRules &rules, std::string_view text, TextExtent extent, FoundLink &link);
 
     // Whether anything is to be removed.
     bool isTracked() const { return isTracked_; }
@@ -40,6 +41,7 @@ private:
 
     const TrackingRules &rules_;
     std::string_view text_;
+    TextExtent extent_;
     FoundLink &link_;
     std::size_t foundEnd_; // Of the link as it was found.
     QueryCleaner query_;

@@ -117,18 +117,28 @@ bool QueryCleaner::isTracked()
 bool QueryCleaner::readFirstItems()
 {
     bool tracked = false;
-    for (; count_ < remembered && rest_.next(items_[count_]); ++count_) {
-        removed_[count_] = rules_->removes(items_[count_], host_);
-        tracked = tracked || removed_[count_];
+    while (count_ < remembered && !rest_.isAtEnd()) {
+        Decision &decision = decisions_[count_++];
+        rest_.next(decision.item);
+        decision.isRemoved = rules_->removes(decision.item, host_);
+        tracked = tracked || decision.isRemoved;
     }
     return tracked;
+}
+
+QueryCleaner::Decision QueryCleaner::last() const
+{
+    if (rest_.isAtEnd())
+        return decisions_[count_ - 1];
+    const QueryItem item = itemAt(query_, query_.rfind('&') + 1); // Behind "nowhere" is the beginning.
+    return {item, rules_->removes(item, host_)};
 }
 
 void QueryCleaner::rewrite(std::string &link, Place place, CleaningVisitor *visitor) const
 {
     Rewriting rewriting(query_, link, place, visitor);
     for (std::size_t i = 0; i < count_; ++i)
-        rewriting.take(items_[i], removed_[i]);
+        rewriting.take(decisions_[i].item, decisions_[i].isRemoved);
     QueryItemReader reader = rest_;
     for (QueryItem item; reader.next(item);)
         rewriting.take(item, rules_->removes(item, host_));

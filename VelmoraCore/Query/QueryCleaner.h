@@ -36,7 +36,13 @@ public:
     // the removed parameters to the visitor, if there is one.
     void rewrite(std::string &link, Place place, CleaningVisitor *visitor) const;
 
-    const LinkHost &host() const { return host_; }
+    struct Decision {
+        QueryItem item;
+        bool isRemoved = false;
+    };
+
+    // What becomes of the last item. Only to be asked after `isTracked`.
+    Decision last() const;
 
 private:
     // What was read and decided of the first items; those behind are read when the query is rewritten.
@@ -48,8 +54,7 @@ private:
     LinkHost host_;
     std::string_view query_;
     QueryItemReader rest_;
-    std::array<QueryItem, remembered> items_;
-    std::array<bool, remembered> removed_{};
+    std::array<Decision, remembered> decisions_;
     std::size_t count_ = 0;
 };
 

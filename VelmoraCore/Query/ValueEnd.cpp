@@ -1,7 +1,9 @@
 #include <VelmoraCore/Query/ValueEnd.h>
+#include <VelmoraCore/Text/ByteSearch.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
 
 #include <algorithm>
+#include <array>
 
 namespace velmora {
 
@@ -56,36 +58,40 @@ bool isWholeText(std::string_view text, std::size_t link, std::size_t end)
            text.find_first_not_of(blanks) == link;
 }
 
+// What ends a value wherever it stands: separators of columns and lists, the end of a comment, what a sentence
+// ends in and no value does.
+constexpr auto endings = std::to_array<std::string_view>({",", "|", "*/", "...", "!!", "!?", "?!", "??"});
+
+// Whether the value ends before `rest`, the first byte of which is doubtful.
 bool endsValue(std::string_view rest, bool isFirst, bool isKeyed)
 {
-    switch (rest.front()) {
-    case '(':
+    if (rest.front() == '(')
         return !isFirst;
-    case ',':
-    case '|':
-        return true;
-    case ';':
+    if (rest.front() == ';')
         return isKeyed || !beginsParameter(rest.substr(1));
-    case '*':
-        return rest.starts_with("*/");
-    case '.':
-        return rest.starts_with("...");
-    case '!':
-    case '?':
-        return rest.size() > 1 && isOneOf(rest[1], "!?");
-    default:
-        return false;
-    }
+    return std::any_of(endings.begin(), endings.end(),
+                       [rest](std::string_view ending) { return rest.starts_with(ending); });
+}
+
+// Whether nothing in the value can be the text's: letters and digits, with "-" and "_" between them.
+bool isWord(std::string_view text, std::size_t value, std::size_t end)
+{
+    const WordMarks marks = wordMarks(text, value);
+    const std::size_t length = end - value;
+    return length > 0 && length <= marks.length && marks.dots << (WordMarks::reach - length) == 0 &&
+           characters::is(text[end - 1], characters::letter | characters::digit);
 }
 
 } // namespace
 
-std::size_t certainValueEnd(std::string_view text, std::size_t link, std::size_t value, std::size_t end)
+std::size_t certainValueEnd(std::string_view text, TextExtent extent, std::size_t link, std::size_t value,
+                            std::size_t end)
 {
-    if (isWholeText(text, link, end))
-        return end;
     const char before = link == 0 ? '\0' : text[link - 1];
     const std::string_view all = text.substr(value, end - value);
+    if ((before != '_' && isWord(text, value, end)) ||
+        (extent == TextExtent::whole && isWholeText(text, link, end)))
+        return end;
     std::size_t length = 0;
     while (length < all.size() && !(characters::is(all[length], characters::doubtful) &&
                                     endsValue(all.substr(length), length == 0, before == '=')))

@@ -5,11 +5,15 @@
 
 namespace velmora {
 
+// Whether a text is all there is, as what was copied is, or was cut out of a longer one.
+enum class TextExtent { whole, piece };
+
 // Where the value from `value` to before `end`, the last one of a link that begins at `link`, certainly ends:
 // before a separator of columns and lists, which the values of trackers hold in escaped form, and before what
 // closes a comment, a tag or a formula. A link that is the whole text has nothing around it that could be the
 // text's. Only what is deleted needs this.
-std::size_t certainValueEnd(std::string_view text, std::size_t link, std::size_t value, std::size_t end);
+std::size_t certainValueEnd(std::string_view text, TextExtent extent, std::size_t link, std::size_t value,
+                            std::size_t end);
 
 // Whether the text at `end` is the end of a quoted piece to which source text appends something.
 bool isConcatenated(std::string_view text, std::size_t end);

@@ -59,6 +59,27 @@ std::size_t findCoded(std::string_view text, std::size_t begin)
     return findOneOf(text, begin, characters::coded);
 }
 
+WordMarks wordMarks(std::string_view text, std::size_t begin)
+{
+    WordMarks marks;
+    const std::string_view bytes = text.substr(begin, WordMarks::reach);
+    const auto isHost = [](char c) { return characters::is(c, characters::host | characters::dot); };
+    for (; marks.length < bytes.size() && isHost(bytes[marks.length]); ++marks.length) {
+        marks.dots |= std::uint64_t{bytes[marks.length] == '.'} << marks.length;
+        marks.hyphens |= std::uint64_t{bytes[marks.length] == '-'} << marks.length;
+    }
+    return marks;
+}
+
+unsigned linkMarks(std::string_view text, std::size_t begin)
+{
+    unsigned marks = 0;
+    const std::string_view bytes = text.substr(begin, 16);
+    for (std::size_t at = 0; at < bytes.size(); ++at)
+        marks |= unsigned{characters::is(bytes[at], characters::mark)} << at;
+    return marks;
+}
+
 } // namespace portable
 
 #ifdef __SSE2__
@@ -104,6 +125,29 @@ public:
                                  _mm_or_si128(_mm_or_si128(round, others), single)));
     }
 
+    unsigned dots() const { return mask(equals('.')); }
+
+    unsigned hyphens() const { return mask(equals('-')); }
+
+    // All but letters, digits, "-", "_" and dots.
+    unsigned others() const
+    {
+        const __m128i letters = isWithin(_mm_or_si128(bytes_, all(0x20)), 'a', 'z');
+        const __m128i digits = isWithin(bytes_, '-', '9'); // With "-", "." and "/".
+        const __m128i host = _mm_or_si128(_mm_or_si128(letters, digits), equals('_'));
+        return mask(_mm_andnot_si128(equals('/'), host)) ^ 0xFFFFU;
+    }
+
+    unsigned linkMarks() const
+    {
+        const __m128i first = isWithin(bytes_, '"', ')');
+        const __m128i second = isWithin(bytes_, ':', '?');
+        const __m128i third = isWithin(_mm_or_si128(bytes_, all(0x20)), '{', '~'); // "[" to "^" as well.
+        const __m128i single = _mm_or_si128(equals('`'), equals(0x7F));
+        return mask(_mm_or_si128(_mm_or_si128(outsideOrBlank(), first),
+                                 _mm_or_si128(_mm_or_si128(second, third), single)));
+    }
+
 private:
     static __m128i all(char value) { return _mm_set1_epi8(value); }
 
@@ -113,8 +157,9 @@ private:
 
     static __m128i isWithin(__m128i bytes, char first, char last)
     {
-        const __m128i offset = _mm_sub_epi8(bytes, all(first));
-        return _mm_cmpeq_epi8(_mm_min_epu8(offset, all(static_cast<char>(last - first))), offset);
+        // Comparisons are of signed numbers: the range is moved to the lowest of those.
+        const __m128i moved = _mm_add_epi8(bytes, all(static_cast<char>(0x80 - first)));
+        return _mm_cmplt_epi8(moved, all(static_cast<char>(last - first + 1 - 0x80)));
     }
 
     __m128i angles() const { return _mm_cmpeq_epi8(_mm_and_si128(bytes_, all('\xFD')), all('<')); }
@@ -222,6 +267,40 @@ std::size_t findCoded(std::string_view text, std::size_t begin)
     return text.size() < lanes ? portable::findCoded(text, begin) : findFirst<&Bytes::coded>(text, begin);
 }
 
+WordMarks wordMarks(std::string_view text, std::size_t begin)
+{
+    WordMarks marks;
+    while (marks.length < WordMarks::reach) {
+        const std::size_t from = begin + marks.length;
+        if (from + lanes > text.size())
+            return portable::wordMarks(text, begin);
+        const Bytes bytes(text.data() + from);
+        const unsigned others = bytes.others();
+        const unsigned itsBytes = others == 0 ? 0xFFFFU : (others & (0U - others)) - 1;
+        marks.dots |= std::uint64_t{bytes.dots() & itsBytes} << marks.length;
+        marks.hyphens |= std::uint64_t{bytes.hyphens() & itsBytes} << marks.length;
+        marks.length += others == 0 ? lanes : static_cast<std::size_t>(std::countr_zero(others));
+        if (others != 0)
+            break;
+    }
+    return marks;
+}
+
+void LinkMarks::look()
+{
+    first_ = behind_;
+    behind_ += lanes;
+    if (behind_ <= text_.size()) {
+        marks_ = Bytes(text_.data() + first_).linkMarks();
+    } else if (text_.size() < lanes) {
+        marks_ = portable::linkMarks(text_, first_);
+    } else {
+        // The last bytes of the text are looked at together with bytes before them.
+        const std::size_t last = text_.size() - lanes;
+        marks_ = Bytes(text_.data() + last).linkMarks() >> (first_ - last);
+    }
+}
+
 #else
 
 std::size_t findQueryMark(std::string_view text, std::size_t begin)
@@ -252,6 +331,18 @@ std::size_t findSeparator(std::string_view text, std::size_t begin)
 std::size_t findCoded(std::string_view text, std::size_t begin)
 {
     return portable::findCoded(text, begin);
+}
+
+WordMarks wordMarks(std::string_view text, std::size_t begin)
+{
+    return portable::wordMarks(text, begin);
+}
+
+void LinkMarks::look()
+{
+    first_ = behind_;
+    behind_ += 16;
+    marks_ = portable::linkMarks(text_, first_);
 }
 
 #endif

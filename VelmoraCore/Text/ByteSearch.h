@@ -1,6 +1,8 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 // Searches over bytes, sixteen at a time where the processor can. Each looks from `begin` on and gives the
@@ -27,6 +29,53 @@ std::size_t findSeparator(std::string_view text, std::size_t begin);
 // character outside ASCII.
 std::size_t findCoded(std::string_view text, std::size_t begin);
 
+// Letters, digits, "-", "_" and dots in a row, as in a host of ASCII: up to 64 bytes, a bit for each, the first
+// one lowest.
+struct WordMarks {
+    static constexpr std::size_t reach = 64;
+
+    std::size_t length = 0;
+    std::uint64_t dots = 0;
+    std::uint64_t hyphens = 0;
+
+    bool operator==(const WordMarks &) const = default;
+};
+
+// Those from `begin` on.
+WordMarks wordMarks(std::string_view text, std::size_t begin);
+
+// Walks over the bytes of a link's tail that separate its parts, need more thought, or end it, with few others
+// among them: blanks, controls, all punctuation but ! * + , - . / @ _, characters outside ASCII.
+class LinkMarks {
+public:
+    LinkMarks(std::string_view text, std::size_t begin)
+        : text_(text)
+        , behind_(begin)
+    {
+    }
+
+    // The place of the next one; the text's size behind the last.
+    std::size_t next()
+    {
+        while (marks_ == 0) {
+            if (behind_ >= text_.size())
+                return text_.size();
+            look();
+        }
+        const std::size_t place = first_ + static_cast<std::size_t>(std::countr_zero(marks_));
+        marks_ &= marks_ - 1;
+        return place;
+    }
+
+private:
+    void look();
+
+    std::string_view text_;
+    std::size_t behind_;    // What was looked at.
+    std::size_t first_ = 0; // Where those bytes begin.
+    unsigned marks_ = 0;    // A bit for each of them, the first one lowest.
+};
+
 // The same, byte by byte: what the others have to give on every machine.
 namespace portable {
 
@@ -36,6 +85,8 @@ std::size_t behindLastBlank(std::string_view text, std::size_t floor, std::size_
 std::size_t findLinkDelimiter(std::string_view text, std::size_t begin);
 std::size_t findSeparator(std::string_view text, std::size_t begin);
 std::size_t findCoded(std::string_view text, std::size_t begin);
+WordMarks wordMarks(std::string_view text, std::size_t begin);
+unsigned linkMarks(std::string_view text, std::size_t begin); // Of sixteen bytes at most.
 
 } // namespace portable
 

@@ -27,6 +27,9 @@ enum Class : std::uint32_t {
     soft = 1U << 14,      // Belongs to a link only when more of it follows.
     coded = 1U << 15,     // Not to be taken as it stands in a name or value: "%", blanks, non-ASCII.
     separator = 1U << 16, // Between the names and values of a query.
+    mark = 1U << 20,      // `LinkMarks` stops there.
+    key = 1U << 22,       // May stand between a separator of the text and a link: a key, marks.
+    pathMark = 1U << 21,  // One of those that belongs to a path without further thought.
     slash = 1U << 17,     // "/"
     doubtful = 1U << 19,  // May stand behind the value that ends a link, as the text's.
     undone = 1U << 18, // Means the same in a query whether it is escaped or not, and nothing around the link.
@@ -62,10 +65,13 @@ constexpr std::array<std::uint32_t, 256> makeClasses()
     add("!\"',.:;?", soft);
     add("%", coded);
     add("&=", separator);
+    add("\"#$%&'():;<=>?[\\]^`{|}~\x7F", mark);
+    add("$%&=~", pathMark);
+    add("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789=:_-.*~+^$/@#%&?!", key);
     for (unsigned c = 0; c <= ' '; ++c)
-        classes[c] = blank | delimiter | coded;
+        classes[c] = blank | delimiter | coded | mark;
     for (unsigned c = 0x80; c <= 0xFF; ++c)
-        classes[c] = nonAscii | delimiter | coded;
+        classes[c] = nonAscii | delimiter | coded | mark;
     return classes;
 }
 
@@ -95,6 +101,17 @@ constexpr bool startsIgnoringCase(std::string_view text, std::string_view lowerC
 constexpr bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase)
 {
     return text.size() == lowerCase.size() && startsIgnoringCase(text, lowerCase);
+}
+
+constexpr bool equalsInAnyCase(std::string_view left, std::string_view right)
+{
+    if (left.size() != right.size())
+        return false;
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        if (lower(left[i]) != lower(right[i]))
+            return false;
+    }
+    return true;
 }
 
 } // namespace velmora::characters
