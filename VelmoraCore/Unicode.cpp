@@ -45,9 +45,32 @@ void append(std::string &text, char32_t point)
 constexpr char32_t dottedCapitalI = 0x130;
 constexpr char32_t dotAbove = 0x307;
 
+// Marks, and the scripts of East Asia. A quick answer for most of what has no cases.
+bool hasNoCases(char32_t point)
+{
+    return (point >= 0x300 && point < 0x345) || (point >= 0x2E80 && point < 0xA640);
+}
+
+// Letters that stand composed in form C and change nothing before them: those of Latin and Cyrillic, syllables
+// and ideographs of East Asia. A quick answer for most text; combining marks are none of them.
+bool isCertainlyComposed(std::string_view text)
+{
+    for (std::size_t at = 0; at < text.size();) {
+        const utf8::CodePoint point = utf8::decode(text, at);
+        const char32_t value = point.value;
+        const bool isComposed = value < 0x300 || (value >= 0x400 && value < 0x483) ||
+                                (value >= 0x3041 && value < 0x3097) || (value >= 0x30A1 && value < 0x30FB) ||
+                                (value >= 0x3400 && value < 0xA000) || (value >= 0xAC00 && value < 0xD7A4);
+        if (!isComposed)
+            return false;
+        at += point.length;
+    }
+    return true;
+}
+
 char32_t lowercased(char32_t point)
 {
-    if (point == utf8::illFormed)
+    if (point == utf8::illFormed || hasNoCases(point))
         return point;
     return point == dottedCapitalI ? U'i' : static_cast<char32_t>(u_tolower(static_cast<UChar32>(point)));
 }
@@ -142,6 +165,11 @@ bool hangulJoins(int before, int after)
     return (before == U_GCB_LVT || before == U_GCB_T) && after == U_GCB_T;
 }
 
+bool isVisibleAscii(char c)
+{
+    return c > ' ' && c < '\x7F';
+}
+
 bool isControl(int clusterClass)
 {
     return clusterClass == U_GCB_CONTROL || clusterClass == U_GCB_CR || clusterClass == U_GCB_LF;
@@ -170,7 +198,7 @@ std::string lowercased(std::string_view text)
         }
         at += point.length;
     }
-    return result.append(ascii, copied);
+    return copied == 0 ? ascii : result.append(ascii, copied);
 }
 
 std::string_view trimmedWhitespace(std::string_view text)
@@ -185,7 +213,7 @@ std::string_view trimmedWhitespaceAndNewlines(std::string_view text)
 
 std::string canonicalForm(std::string text)
 {
-    if (isAscii(text) || composer() == nullptr || !mayBeComposed(text))
+    if (isCertainlyComposed(text) || composer() == nullptr || !mayBeComposed(text))
         return text;
     const icu::StringPiece piece(text.data(), static_cast<int32_t>(text.size()));
     UErrorCode error = U_ZERO_ERROR;
@@ -199,13 +227,11 @@ std::string canonicalForm(std::string text)
 
 bool isCharacterBoundary(std::string_view text, std::size_t at)
 {
-    if (at == 0 || at == text.size())
+    if (at == 0 || at == text.size() || (isVisibleAscii(text[at - 1]) && isVisibleAscii(text[at])))
         return true;
     const std::string_view before = text.substr(0, at);
     const char32_t after = utf8::decode(text, at).value;
     const char32_t last = utf8::decodeBefore(before, before.size(), 0).value;
-    if (last > ' ' && last < 0x7F && after > ' ' && after < 0x7F)
-        return true;
     if (last == utf8::illFormed || after == utf8::illFormed)
         return true;
     const int left = clusterBreak(last);

@@ -40,6 +40,25 @@ TEST(QueryItemReader, GivesEmptyItemsForEmptyPieces)
         (std::vector<QueryItem>{{"a", std::nullopt}, {"", std::nullopt}, {"", "v"}, {"", std::nullopt}}));
 }
 
+// Items of all lengths, at all places: the reader looks at pieces of the query.
+TEST(QueryItemReader, SplitsLongQueriesAsItSplitsShortOnes)
+{
+    std::string query;
+    std::vector<QueryItem> expected;
+    std::vector<std::string> names;
+    for (std::size_t length = 0; length < 150; ++length)
+        names.push_back(std::string(length, 'n') + (length % 7 == 0 ? "%" : ""));
+    for (const std::string &name : names) {
+        query += name + '=' + name + "&" + name + "&&";
+        expected.insert(expected.end(), {{name, name}, {name, std::nullopt}, {"", std::nullopt}});
+    }
+    expected.push_back({"", std::nullopt});
+    const std::vector<QueryItem> items = itemsOf(query);
+    EXPECT_EQ(items, expected);
+    for (const QueryItem &item : items)
+        EXPECT_EQ(item.plain, !item.name.ends_with('%')) << item.name;
+}
+
 TEST(PercentDecoded, DecodesEscapesAndLeavesTheRest)
 {
     EXPECT_EQ(percentDecoded("a%20b+c"), "a b+c");

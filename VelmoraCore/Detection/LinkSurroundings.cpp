@@ -19,12 +19,6 @@ bool isWordCharacter(char c)
     return characters::is(c, characters::letter | characters::digit);
 }
 
-// What may stand between a separator and a link that follows it: a key, marks.
-bool belongsToKey(char c)
-{
-    return characters::is(c, characters::letter | characters::digit) || isOneOf(c, "=:_-.*~+^$/@#%&?!");
-}
-
 void findMark(LinkSurroundings &around, std::string_view before)
 {
     if (before.empty() || !isOneOf(before.back(), "*_~=+^$"))
@@ -80,7 +74,7 @@ LinkSurroundings readSurroundings(std::string_view text, std::size_t begin, std:
         around.isQuoted = true;
         around.isEscapedQuoted = before.ends_with("\\\"");
     }
-    while (!before.empty() && belongsToKey(before.back()))
+    while (!before.empty() && characters::is(before.back(), characters::key))
         before.remove_suffix(1);
     if (before.empty())
         return around;

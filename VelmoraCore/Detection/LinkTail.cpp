@@ -1,4 +1,3 @@
-#include <VelmoraCore/Detection/LinkProperties.h>
 #include <VelmoraCore/Detection/LinkTail.h>
 #include <VelmoraCore/Detection/QueryCharacters.h>
 #include <VelmoraCore/Detection/WrittenCharacter.h>
@@ -145,13 +144,15 @@ private:
     bool takeNonAscii()
     {
         const utf8::CodePoint point = utf8::decode(text_, at_);
+        const LinkCharacter character = linkCharacter(point.value);
         if (isInWebQuery()) {
-            if (endsQuery(point.value, beganInAscii()))
+            const bool isBehindAscii = beganInAscii();
+            if (isBehindAscii ? character.endsAscii : character.endsQuery)
                 return false;
-            if (safeAtDoubt_ == nowhere && mayEndQuery(point.value, beganInAscii()))
+            if (safeAtDoubt_ == nowhere && isBehindAscii && character.mayEndAscii)
                 safeAtDoubt_ = safe_;
         }
-        switch (linkTerm(point.value)) {
+        switch (character.term) {
         case LinkTerm::include:
             return include(point.length);
         case LinkTerm::soft:
@@ -256,10 +257,7 @@ private:
     // "&&" behind the only parameter and before a single word of letters is the shell's.
     bool isCommandSeparator() const
     {
-        if (!text_.substr(at_).starts_with("&&"))
-            return false;
-        const std::string_view first = text_.substr(query_, at_ - query_);
-        if (first.find('&') != nowhere || first.find('=') == nowhere)
+        if (!isFirstItem_ || !isInValue() || !text_.substr(at_).starts_with("&&"))
             return false;
         std::size_t end = at_ + 2;
         while (end < text_.size() &&
@@ -271,6 +269,7 @@ private:
     bool beginItem(std::size_t length)
     {
         depth_ = 0;
+        isFirstItem_ = false;
         safeAtDoubt_ = nowhere;
         include(length);
         itemBegin_ = at_;
@@ -385,6 +384,7 @@ private:
     const LinkSurroundings &around_;
     Part part_ = Part::path;
     bool isWeb_;
+    bool isFirstItem_ = true; // Of the query.
     bool endsAtBracket_ = false;
     bool goesOn_ = false;
     std::array<char32_t, deepest> open_; // Only the first `depth_` have a value.

@@ -1,14 +1,24 @@
 #pragma once
 
+#include <VelmoraCore/Detection/LinkProperties.h>
+
 namespace velmora {
 
-// Whether a character outside ASCII ends a query: everything but letters, marks and digits does, because
-// browsers write it percent-encoded there. So does a letter of a script without blanks between words if the
-// name or value it stands in `beganInAscii`: prose that follows.
-bool endsQuery(char32_t point, bool beganInAscii);
+// What a character outside ASCII does to a link.
+struct LinkCharacter {
+    LinkTerm term = LinkTerm::hard;
+    // In a query: everything but letters, marks and digits ends one, because browsers write it percent-encoded
+    // there.
+    bool endsQuery = true;
+    // The same in a name or value that began in ASCII: letters of a script without blanks between words are
+    // prose that follows.
+    bool endsAscii = true;
+    // Ends such a query only if it has no further parameter: a letter of any other script than Latin.
+    bool mayEndAscii = false;
+};
 
-// The same for a letter of any other script than Latin, which ends a query that has no further parameter.
-bool mayEndQuery(char32_t point, bool beganInAscii);
+// Answers given before are remembered: a text uses few characters again and again.
+LinkCharacter linkCharacter(char32_t point);
 
 // Whether a character that a text spells out, as in "\u0026", would belong to the query if it stood there.
 bool continuesQuery(char32_t point, bool beganInAscii);

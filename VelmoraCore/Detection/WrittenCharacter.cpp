@@ -100,6 +100,8 @@ WrittenCharacter characterReference(std::string_view text, std::size_t at)
 {
     constexpr std::string_view ampersand = "amp;";
     std::size_t name = at + 1;
+    if (name == text.size() || (text[name] != '#' && !characters::is(text[name], characters::letter)))
+        return {0, 0};
     while (text.substr(name).starts_with(ampersand))
         name += ampersand.size();
     const bool isNumber = name < text.size() && text[name] == '#';
