@@ -82,6 +82,20 @@ TEST_F(PieceReaderTest, GivesWholeWordsAsTheyArrive)
     EXPECT_EQ(next(words), "(end)");
 }
 
+TEST_F(PieceReaderTest, CutsWordsBehindTheLastLineThatArrived)
+{
+    PieceReader words = reader(PieceReader::Cut::behindWords);
+    feed("one 1\ntwo thr");
+    EXPECT_EQ(next(words), "one 1\n");
+    feed("ee\nfour five");
+    EXPECT_EQ(next(words), "two three\n");
+    feed(" six");
+    EXPECT_EQ(next(words), "four five ");
+    closeInput();
+    EXPECT_EQ(next(words), "six");
+    EXPECT_EQ(next(words), "(end)");
+}
+
 TEST_F(PieceReaderTest, GivesWholeLinesAndCountsThem)
 {
     PieceReader lines = reader(PieceReader::Cut::behindLines);

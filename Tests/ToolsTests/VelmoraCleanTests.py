@@ -34,6 +34,10 @@ class CleaningText(unittest.TestCase):
         done = run(stdin=b"https://e.com/?utm_source=a\n&utm_medium=b\n")
         self.assertEqual(done.stdout, b"https://e.com/\n&utm_medium=b\n")
 
+    def test_takes_no_link_of_a_stream_for_all_that_there_is(self):
+        done = run(stdin=b"https://e.com/?utm_source=a,5\n")
+        self.assertEqual(done.stdout, b"https://e.com/,5\n")
+
     def test_ignores_hosts_in_both_spellings_of_the_option(self):
         text = b"https://a.com/?si=1 https://x.b.com/?si=1 https://c.com/?si=1\n"
         done = run("--ignore-host", "A.com", "--ignore-host=b.com", stdin=text)

@@ -31,12 +31,14 @@ bool PieceReader::next(Piece &piece)
 void PieceReader::nextWhole(Piece &piece)
 {
     std::size_t length = carried_.size();
-    std::size_t end = behindLastDelimiter(carried_, 0);
+    std::size_t end = carried_.rfind('\n') + 1; // 0 without any: the rest of the line comes first.
+    std::size_t searched = 0;
     while (end == 0 && length <= longest_) {
         const std::size_t before = length;
         length = fill(piece, length);
         const std::string_view text(piece.buffer.data(), length);
-        end = length == before ? length : behindLastDelimiter(text, before);
+        end = length == before ? length : behindLastDelimiter(text, searched);
+        searched = length;
         if (length == before)
             break;
     }
@@ -86,6 +88,9 @@ std::size_t PieceReader::behindFirstDelimiter(std::string_view text) const
 
 std::size_t PieceReader::behindLastDelimiter(std::string_view text, std::size_t from) const
 {
+    // What stands around a link in its line may say where it ends.
+    if (const std::size_t lineFeed = text.rfind('\n'); lineFeed != std::string_view::npos && lineFeed >= from)
+        return lineFeed + 1;
     const std::string_view searched = text.substr(from);
     const auto last =
         std::find_if(searched.rbegin(), searched.rend(), [this](char c) { return isDelimiter(c); });

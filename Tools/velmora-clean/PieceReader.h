@@ -29,7 +29,7 @@ struct Piece {
 class PieceReader {
 public:
     enum class Cut {
-        behindWords, // Behind an ASCII blank or control.
+        behindWords, // Behind a line feed, or without one behind an ASCII blank or control.
         behindLines, // Behind a line feed.
     };
 
