@@ -49,7 +49,7 @@ public:
         writer_ = -1;
     }
 
-    PieceReader reader(PieceReader::Cut cut, std::size_t longest = 1000)
+    PieceReader reader(PieceReader::Cut cut, std::size_t longest = 1000) const
     {
         return {*file_, cut, longest, true};
     }

@@ -49,7 +49,7 @@ TEST(QueryItemReader, SplitsLongQueriesAsItSplitsShortOnes)
     for (std::size_t length = 0; length < 150; ++length)
         names.push_back(std::string(length, 'n') + (length % 7 == 0 ? "%" : ""));
     for (const std::string &name : names) {
-        query += name + '=' + name + "&" + name + "&&";
+        query.append(name).append("=").append(name).append("&").append(name).append("&&");
         expected.insert(expected.end(), {{name, name}, {name, std::nullopt}, {"", std::nullopt}});
     }
     expected.push_back({"", std::nullopt});

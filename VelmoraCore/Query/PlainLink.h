@@ -19,6 +19,8 @@ namespace velmora {
 // which give the same for these links.
 class PlainLink {
 public:
+    // Clearing the items would cost more than reading a usual query.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
     PlainLink(std::string_view text, TextExtent extent)
         : text_(text)
         , extent_(extent)
