@@ -2,6 +2,7 @@
 
 #include <VelmoraCore/LinkDetector.h>
 #include <VelmoraCore/Unicode.h>
+#include <VelmoraMac/State/CopiedText.h>
 #include <VelmoraMac/State/IgnoredDomains.h>
 #include <VelmoraMac/Telemetry/CountBuckets.h>
 
@@ -9,6 +10,7 @@
 
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -19,8 +21,6 @@ constexpr auto totalTrackersRemovedKey = u"totalTrackersRemoved";
 constexpr auto cleanedTodayKey = u"cleanedToday";
 constexpr auto dayKey = u"todayKey";
 constexpr auto historyEntriesKey = u"historyEntries";
-
-constexpr qsizetype historyLimit = 30;
 
 // A counter that would wrap has lost its meaning; no run of the program can get there.
 qint64 sum(qint64 count, qint64 more)
@@ -60,8 +60,8 @@ void AppState::loadStatistics()
     totalCleaned_ = defaults.integer(totalCleanedKey).value_or(0);
     totalTrackersRemoved_ = defaults.integer(totalTrackersRemovedKey).value_or(0);
     cleanedToday_ = normalizedCleanedToday();
-    historyEntries_ = historyFromJson(defaults.data(historyEntriesKey).value_or(QByteArray()))
-                          .value_or(QList<CleanHistoryEntry>());
+    history_ = CleanHistory::fromJson(defaults.data(historyEntriesKey).value_or(QByteArray()));
+    historyEntries_ = history_.entries();
 }
 
 AppState::~AppState()
@@ -203,14 +203,25 @@ void AppState::record(const CleaningResult &result)
     setLastError({});
     lastOriginalClipboardValue_ = result.originalText;
     lastCleanedClipboardValue_ = result.cleanedText;
-    count(result);
-    remember(result, moment);
+    {
+        const DefaultsStore::Group group(dependencies_.defaults);
+        count(result);
+        remember(result, moment);
+    }
     // Announced for every cleaning, also for one that equals the last: observers pulse each time.
     Q_EMIT lastResultChanged();
     Q_EMIT lastCleanedAtChanged();
     dependencies_.telemetry.track(
         TelemetryEventName::linkCleaned, *this,
         {{u"removed_parameter_count_bucket"_s, removedParameterCountBucket(result.removedCount())}});
+}
+
+void AppState::requireRoomFor(const CleaningResult &result) const
+{
+    (void)sum(totalCleaned_, 1);
+    (void)sum(totalTrackersRemoved_, result.removedCount());
+    const bool isOfToday = dependencies_.defaults.string(dayKey) == todayKey();
+    (void)sum(isOfToday ? dependencies_.defaults.integer(cleanedTodayKey).value_or(0) : 0, 1);
 }
 
 void AppState::count(const CleaningResult &result)
@@ -234,40 +245,48 @@ void AppState::remember(const CleaningResult &result, const QDateTime &moment)
     entry.cleanedText = result.cleanedText;
     entry.removedCount = result.removedCount();
     entry.removedParameterNames = result.removedParameterNames;
+    entry.originalBytes = result.originalBytes;
+    entry.cleanedBytes = result.cleanedBytes;
     entry.setCleanedAt(moment);
-    historyEntries_.prepend(entry);
-    if (historyEntries_.size() > historyLimit)
-        historyEntries_.resize(historyLimit);
-    Q_EMIT historyEntriesChanged();
-    dependencies_.defaults.setData(historyEntriesKey, historyToJson(historyEntries_));
+    history_.prepend(std::move(entry));
+    assign(historyEntries_, history_.entries(), &AppState::historyEntriesChanged);
+    dependencies_.defaults.setPieces(historyEntriesKey, history_.pieces());
 }
 
-void AppState::write(const QString &text)
+void AppState::write(const QString &text, bool isWhole)
 {
+    if (!isWhole) { // A part in the place of the whole would be lost text.
+        setLastError(
+            t(u"This text was too long to be kept whole, so it cannot be copied again."_s,
+              u"Dieser Text war zu lang, um ganz aufbewahrt zu werden, und kann nicht erneut kopiert "
+              u"werden."_s));
+        return;
+    }
     dependencies_.pasteboard.clear();
-    dependencies_.pasteboard.setString(text.toStdString());
+    dependencies_.pasteboard.setString(bytesFromText(text));
     setLastError({});
 }
 
 void AppState::copyCleanedLink(const CleanHistoryEntry &entry)
 {
-    write(entry.cleanedText);
+    write(entry.cleanedText, entry.cleanedBytes == 0);
 }
 
 void AppState::restoreOriginalLink(const CleanHistoryEntry &entry)
 {
-    write(entry.originalText);
+    write(entry.originalText, entry.originalBytes == 0);
 }
 
 void AppState::addIgnoredHostFromLastResult()
 {
-    const std::optional<std::string> host = firstHost(lastResult_.cleanedText.toStdString());
+    const std::optional<std::string> host = firstHost(bytesFromText(lastResult_.cleanedText));
     if (host && !ignoredHosts().contains(*host))
         setIgnoredDomainsText(IgnoredDomains::appending(ignoredDomainsText_, QString::fromStdString(*host)));
 }
 
 void AppState::clearHistory()
 {
+    history_ = {};
     assign(historyEntries_, {}, &AppState::historyEntriesChanged);
     dependencies_.defaults.remove(historyEntriesKey);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <VelmoraMac/State/AppTypes.h>
-#include <VelmoraMac/State/CleanHistoryEntry.h>
+#include <VelmoraMac/State/CleanHistory.h>
 #include <VelmoraMac/State/CleaningResult.h>
 #include <VelmoraMac/State/StoredValue.h>
 #include <VelmoraMac/Telemetry/TelemetrySink.h>
@@ -146,10 +146,13 @@ public:
     // copied. The cleaning mode is "manual" while cleaning is paused, else "ask" or "auto".
     [[nodiscard]] TelemetrySink::Properties telemetryProperties() const;
 
+    // Ends the program when a counter has no room for the result: asked before the clipboard is taken.
+    void requireRoomFor(const CleaningResult &result) const;
     // Counts a cleaning that was written to the clipboard, enters it into the history and reports it.
     void record(const CleaningResult &result);
 
-    // Both write a text to the clipboard, where it counts as a new copy: a restored original is cleaned again.
+    // Both write a text to the clipboard, where it counts as a new copy: a restored original is cleaned again. A
+    // text of which only the beginning is kept is not written; `lastError` says so.
     Q_INVOKABLE void copyCleanedLink(const CleanHistoryEntry &entry);
     Q_INVOKABLE void restoreOriginalLink(const CleanHistoryEntry &entry);
     // Exempts the host of the first link of the last result from cleaning.
@@ -183,13 +186,14 @@ private:
     void setLastError(const QString &text);
     void report(DefaultsStore::Problem problem);
     void reportRefusedLoginItem();
-    void write(const QString &text);
+    void write(const QString &text, bool isWhole);
     void count(const CleaningResult &result);
     void remember(const CleaningResult &result, const QDateTime &moment);
     [[nodiscard]] QString todayKey() const;
     void loadStatistics();
     qint64 normalizedCleanedToday();
 
+    CleanHistory history_; // What `historyEntries` shows.
     AppTab activeAppTab_ = AppTab::general;
     // Written by every cleaning and read by nothing; they must not gain behaviour.
     QString lastOriginalClipboardValue_;

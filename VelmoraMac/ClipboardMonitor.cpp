@@ -4,21 +4,40 @@
 
 #include <VelmoraCore/LinkCleaner.h>
 #include <VelmoraCore/LinkCleanerConfiguration.h>
+#include <VelmoraMac/State/CopiedText.h>
 
 #include <memory>
 #include <utility>
 
 namespace {
 
-CleaningResult cleaningResult(velmora::LinkCleaningResult result)
+// Collects what a cleaning removes, as far as it is shown.
+class RemovedNames final : public velmora::CleaningVisitor {
+public:
+    explicit RemovedNames(CleaningResult &result)
+        : result_(result)
+    {
+    }
+
+    void visitRemovedItem(std::string_view name, std::optional<std::string_view>) override
+    {
+        if (result_.removedParameterNames.size() < mostParameterNames)
+            result_.removedParameterNames.append(textFromBytes(name));
+        else
+            ++result_.moreRemoved;
+    }
+
+    void visitCleanedLink(std::size_t, std::size_t, std::string_view) override {}
+
+private:
+    CleaningResult &result_;
+};
+
+void keepText(std::string_view bytes, QString &text, qint64 &wholeBytes)
 {
-    CleaningResult converted{.originalText = QString::fromStdString(result.originalText),
-                             .cleanedText = QString::fromStdString(result.cleanedText),
-                             .removedParameterNames = {},
-                             .cleanedBytes = std::move(result.cleanedText)};
-    for (const velmora::RemovedQueryItem &item : result.removedItems)
-        converted.removedParameterNames.append(QString::fromStdString(item.name));
-    return converted;
+    CopiedText copied = CopiedText::from(bytes, CleanHistory::longestText, CleanHistory::longestText);
+    text = std::move(copied.text);
+    wholeBytes = copied.wholeBytes;
 }
 
 } // namespace
@@ -92,17 +111,21 @@ void ClipboardMonitor::inspectClipboard()
 
 void ClipboardMonitor::inspect(const std::string &text)
 {
-    velmora::LinkCleaningResult result = cleaner().clean(text);
-    if (!result.didChange())
+    CleaningResult result;
+    RemovedNames names(result);
+    auto cleanedText = std::make_shared<std::string>();
+    if (!cleaner().appendCleaned(text, *cleanedText, &names) || *cleanedText == text)
         return;
-    const CleaningResult cleaning = cleaningResult(std::move(result));
+    keepText(text, result.originalText, result.originalBytes);
+    keepText(*cleanedText, result.cleanedText, result.cleanedBytes);
+    shortenNames(result.removedParameterNames);
     if (!state_->askBeforeCleaningEnabled()) {
-        writeCleanedResult(cleaning);
+        writeCleanedResult(result, std::move(*cleanedText));
         return;
     }
-    notices_.showTrackerWarning(cleaning, steps_.guarded([this, cleaning] {
+    notices_.showTrackerWarning(result, steps_.guarded([this, result, cleanedText] {
         if (state_)
-            writeCleanedResult(cleaning);
+            writeCleanedResult(result, *cleanedText);
     }));
 }
 
@@ -116,11 +139,15 @@ const velmora::LinkCleaner &ClipboardMonitor::cleaner()
     return *cleaner_;
 }
 
-void ClipboardMonitor::writeCleanedResult(const CleaningResult &result)
+void ClipboardMonitor::writeCleanedResult(const CleaningResult &result, std::string cleanedText)
 {
+    state_->requireRoomFor(result);
     pasteboard_.clear();
-    pasteboard_.setString(result.cleanedBytes);
+    pasteboard_.setString(std::move(cleanedText), steps_.guarded([this, result](bool isOurs) {
+        if (!isOurs || !state_)
+            return;
+        state_->record(result);
+        notices_.show(result);
+    }));
     lastChangeCount_ = pasteboard_.changeCount(); // Our own text is no copy.
-    state_->record(result);
-    notices_.show(result);
 }

@@ -25,7 +25,8 @@ class LinkCleaner;
 //
 // It reads the clipboard's change count on a grid of 0.22 s that begins with start(). A pasteboard that reports
 // its changes is read only at the tick after a change; one that does not is polled at every tick. Each change
-// is handled once: what is copied while cleaning is paused is never cleaned later.
+// is handled once: what is copied while cleaning is paused is never cleaned later. A cleaning is recorded and
+// shown when the clipboard is ours, so one that a newer copy overtakes leaves no trace.
 class ClipboardMonitor : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -54,7 +55,7 @@ private:
     void tick();
     void inspectClipboard();
     void inspect(const std::string &text);
-    void writeCleanedResult(const CleaningResult &result);
+    void writeCleanedResult(const CleaningResult &result, std::string cleanedText);
     const velmora::LinkCleaner &cleaner();
 
     Pasteboard &pasteboard_;

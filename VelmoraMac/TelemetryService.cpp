@@ -90,7 +90,7 @@ void TelemetryService::trimQueue()
 
 void TelemetryService::saveQueue()
 {
-    dependencies_.defaults.setData(eventQueueKey, queueToJson(queue_));
+    dependencies_.defaults.setPieces(eventQueueKey, queueToPieces(queue_));
 }
 
 void TelemetryService::scheduleFlush(std::chrono::milliseconds delay)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QString>
 #include <QStringView>
 
@@ -30,7 +31,12 @@ public:
     virtual void setBoolean(QStringView key, bool value) = 0;
     virtual void setInteger(QStringView key, qint64 value) = 0;
     virtual void setString(QStringView key, const QString &value) = 0;
-    virtual void setData(QStringView key, const QByteArray &value) = 0;
+    // The value is the pieces one behind the other. A store may keep the pieces that the value had before, so
+    // that a long value of which a short piece changes costs what the piece costs.
+    virtual void setPieces(QStringView key, const QByteArrayList &pieces) = 0;
+
+    void setData(QStringView key, const QByteArray &value) { setPieces(key, {value}); }
+
     // Removing a missing key is no error.
     virtual void remove(QStringView key) = 0;
 
@@ -38,4 +44,25 @@ public:
     virtual void setProblemHandler(ProblemHandler handler) = 0;
     // `handler` runs on the main thread when everything is on disk again after `notWritable`.
     virtual void setRecoveryHandler(std::function<void()> handler) = 0;
+
+    // What is set while a group exists is written together when it ends: all of it survives, or nothing.
+    class Group {
+    public:
+        explicit Group(DefaultsStore &store)
+            : store_(store)
+        {
+            store_.beginGroup();
+        }
+
+        ~Group() { store_.endGroup(); }
+
+        Q_DISABLE_COPY_MOVE(Group)
+
+    private:
+        DefaultsStore &store_;
+    };
+
+protected:
+    virtual void beginGroup() = 0;
+    virtual void endGroup() = 0;
 };

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 // The system clipboard, plain text only.
 //
@@ -20,6 +21,8 @@ public:
     using ChangeHandler = std::function<void()>;
     using ReachHandler = std::function<void()>;
     using LostHandler = std::function<void()>;
+    // Whether a text that was written is on the clipboard.
+    using OutcomeHandler = std::function<void(bool isOurs)>;
 
     enum class Reach {
         all,     // Every program's.
@@ -43,7 +46,12 @@ public:
     // Both replace the contents that this class knows of: a newer copy by another program is not overwritten,
     // and its change is reported.
     virtual void clear() = 0;
-    virtual void setString(std::string text) = 0;
+    // `outcome` runs once, from the event loop: as soon as others get the text when they paste, or when it is
+    // known that they never will, because a copy was newer, another write has replaced this one, or there is no
+    // clipboard any more.
+    virtual void setString(std::string text, OutcomeHandler outcome) = 0;
+
+    void setString(std::string text) { setString(std::move(text), nullptr); }
 
     // Whether `handler` of `setChangeHandler` is called for every change. If not, the count has to be polled.
     [[nodiscard]] virtual bool notifiesChanges() const = 0;

@@ -12,6 +12,7 @@
 
 #include <Fakes/FakeServices.h>
 #include <Fakes/RecordingNotices.h>
+#include <Fakes/StoredHistory.h>
 #include <Runner/RegisteredTest.h>
 #include <TestBed/HttpsTestServer.h>
 

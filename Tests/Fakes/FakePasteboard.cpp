@@ -21,7 +21,7 @@ void FakePasteboard::clear()
     cleared_ = true;
 }
 
-void FakePasteboard::setString(std::string text)
+void FakePasteboard::setString(std::string text, OutcomeHandler outcome)
 {
     written.push_back(text);
     if (cleared_)
@@ -29,6 +29,11 @@ void FakePasteboard::setString(std::string text)
     else
         change(std::move(text));
     cleared_ = false;
+    if (!outcome)
+        return;
+    scheduler_.after(settleTime, [this, written = changeCount_, outcome = std::move(outcome)] {
+        outcome(gives && changeCount_ == written);
+    });
 }
 
 void FakePasteboard::change(std::optional<std::string> contents)

@@ -25,7 +25,8 @@ public:
 
     void readString(TextHandler done) override;
     void clear() override;
-    void setString(std::string text) override;
+    void setString(std::string text, OutcomeHandler outcome) override;
+    using Pasteboard::setString;
 
     [[nodiscard]] bool notifiesChanges() const override { return notifies; }
 
@@ -52,6 +53,9 @@ public:
     std::chrono::nanoseconds answerDelay{0}; // From the asking to the answer.
     std::vector<std::string> written;        // Our own texts, in order.
     int reads = 0;
+    // From a write to its outcome, and what that is. A copy by another program in between overtakes it.
+    std::chrono::nanoseconds settleTime{0};
+    bool gives = true;
 
 private:
     void change(std::optional<std::string> contents);

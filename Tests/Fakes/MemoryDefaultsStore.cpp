@@ -54,9 +54,10 @@ void MemoryDefaultsStore::setString(QStringView key, const QString &value)
     write(key, value);
 }
 
-void MemoryDefaultsStore::setData(QStringView key, const QByteArray &value)
+void MemoryDefaultsStore::setPieces(QStringView key, const QByteArrayList &value)
 {
-    write(key, value);
+    pieces = value;
+    write(key, value.join());
 }
 
 void MemoryDefaultsStore::remove(QStringView key)

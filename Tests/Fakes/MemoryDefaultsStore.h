@@ -3,6 +3,7 @@
 #include <VelmoraPlatform/DefaultsStore.h>
 
 #include <QHash>
+#include <QList>
 #include <QStringList>
 
 #include <variant>
@@ -19,7 +20,7 @@ public:
     void setBoolean(QStringView key, bool value) override;
     void setInteger(QStringView key, qint64 value) override;
     void setString(QStringView key, const QString &value) override;
-    void setData(QStringView key, const QByteArray &value) override;
+    void setPieces(QStringView key, const QByteArrayList &value) override;
     void remove(QStringView key) override;
     void setProblemHandler(ProblemHandler handler) override;
 
@@ -37,6 +38,15 @@ public:
     void recover() { recovered_(); }
 
     bool failsWrites = false; // Each write then reports `notWritable`; the value is kept all the same.
+    // For each group that has ended, what was written in it.
+    QList<QStringList> groups;
+    // The pieces that were given last.
+    QByteArrayList pieces;
+
+protected:
+    void beginGroup() override { groupBegin_ = writes.size(); }
+
+    void endGroup() override { groups.append(writes.sliced(groupBegin_)); }
 
 private:
     template<typename Type>
@@ -44,6 +54,7 @@ private:
     void write(QStringView key, const Value &value);
 
     QHash<QString, Value> values_;
+    qsizetype groupBegin_ = 0;
     ProblemHandler problemHandler_;
     std::optional<Problem> unheard_;
     std::function<void()> recovered_;

@@ -1,7 +1,8 @@
 #include "XServer.h"
 
-XServer::XServer()
+XServer::XServer(const QStringList &environment)
 {
+    process_.setEnvironment(QProcess::systemEnvironment() + environment);
     // It chooses a free display number itself and prints it once it is ready. Without -noreset it would start
     // over when its last client leaves, and the next one would find it away.
     process_.start(u"Xvfb"_qs, {u"-displayfd"_qs, u"1"_qs, u"-screen"_qs, u"0"_qs, u"1280x800x24"_qs,

@@ -2,11 +2,13 @@
 
 #include <QByteArray>
 #include <QProcess>
+#include <QStringList>
 
 // A private X server without a screen to look at; ends with the object.
 class XServer {
 public:
-    XServer();
+    // `environment`: NAME=VALUE for the server itself.
+    explicit XServer(const QStringList &environment = {});
     ~XServer();
     Q_DISABLE_COPY_MOVE(XServer)
 

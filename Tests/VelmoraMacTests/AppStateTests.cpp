@@ -136,6 +136,35 @@ private Q_SLOTS:
         QCOMPARE(stored.value(), state.historyEntries());
     }
 
+    void aCleaningIsStoredAsOneAndInItsOrder()
+    {
+        AppState state(fakes->dependencies());
+        fakes->defaults.writes.clear();
+        state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
+        const QStringList order = {u"totalCleaned"_s, u"totalTrackersRemoved"_s, u"todayKey"_s,
+                                   u"cleanedToday"_s, u"historyEntries"_s};
+        QCOMPARE(fakes->defaults.writes, order);
+        QCOMPARE(fakes->defaults.groups, QList<QStringList>{order});
+    }
+
+    void aTextThatIsNotKeptWholeIsNotWritten()
+    {
+        AppState state(fakes->dependencies());
+        CleanHistoryEntry entry;
+        entry.originalText = u"beginn"_s;
+        entry.originalBytes = 9'000'000;
+        entry.cleanedText = u"whole"_s;
+        state.restoreOriginalLink(entry);
+        QVERIFY(fakes->pasteboard.written.empty());
+        QVERIFY(state.lastError().contains(u"too long"_s));
+        state.copyCleanedLink(entry);
+        QCOMPARE(fakes->pasteboard.written, std::vector<std::string>{"whole"});
+        QCOMPARE(state.lastError(), QString());
+        entry.cleanedBytes = 9'000'000;
+        state.copyCleanedLink(entry);
+        QCOMPARE(fakes->pasteboard.written.size(), std::size_t(1));
+    }
+
     void theSameLinkTwiceGivesTwoEntries()
     {
         AppState state(fakes->dependencies());

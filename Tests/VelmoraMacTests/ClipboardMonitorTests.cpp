@@ -311,6 +311,7 @@ private Q_SLOTS:
 
         notices.warnings.first().cleanAction();
         QCOMPARE(contents(), cleaned);
+        fakes->time.pass(0s);
         QCOMPARE(state->totalCleaned(), 1);
         QCOMPARE(notices.shown.size(), 1);
         fakes->time.pass(1s);

@@ -92,7 +92,7 @@ void DataControlPasteboard::disconnect()
 {
     connectionSteps_.startOver();
     abortReading();
-    own_.reset();
+    loseOwn();
     device_.reset();
     connection_.reset();
 }
@@ -113,8 +113,10 @@ void DataControlPasteboard::handleSelection(bool isInitial)
     const auto mark = std::find_if(offered.begin(), offered.end(),
                                    [this](const std::string &type) { return type.starts_with(markOfOurs_); });
     if (mark != offered.end()) { // Counted when it was written.
-        if (own_ && own_->mark == *mark)
+        if (own_ && own_->mark == *mark) {
             own_->isConfirmed = true;
+            settle(true);
+        }
         return;
     }
     abortReading();
@@ -122,9 +124,9 @@ void DataControlPasteboard::handleSelection(bool isInitial)
         return; // The owner is gone, and nobody has taken its place; or this copy is older than we are.
     // Before the confirmation this is a copy that our write has replaced since.
     if (own_ && (own_->isConfirmed || own_->text == nullptr))
-        own_.reset();
+        loseOwn();
     if (isTakingOver_) {
-        own_.reset();
+        loseOwn();
         isOvertaken_ = true;
     } else {
         countCopy();
@@ -134,7 +136,19 @@ void DataControlPasteboard::handleSelection(bool isInitial)
 void DataControlPasteboard::handleCancelled()
 {
     if (own_ && own_->text != nullptr)
-        own_.reset();
+        loseOwn();
+}
+
+void DataControlPasteboard::loseOwn()
+{
+    own_.reset();
+    settle(false);
+}
+
+void DataControlPasteboard::settle(bool isOurs)
+{
+    if (OutcomeHandler outcome = std::exchange(outcome_, nullptr))
+        steps_.after({}, [outcome = std::move(outcome), isOurs] { outcome(isOurs); });
 }
 
 void DataControlPasteboard::countCopy()
@@ -174,16 +188,18 @@ void DataControlPasteboard::clear()
     });
 }
 
-void DataControlPasteboard::setString(std::string text)
+void DataControlPasteboard::setString(std::string text, OutcomeHandler outcome)
 {
     if (!std::exchange(isJustCleared_, false))
         beginTakeOver();
+    outcome_ = std::move(outcome);
     takeOver(std::make_shared<const std::string>(std::move(text)));
 }
 
 void DataControlPasteboard::beginTakeOver()
 {
     ++changeCount_;
+    settle(false);
     abortReading();
     isOvertaken_ = false;
     isTakingOver_ = true;
@@ -200,7 +216,7 @@ void DataControlPasteboard::beginTakeOver()
 void DataControlPasteboard::takeOver(std::shared_ptr<const std::string> text)
 {
     if (isOvertaken_ || !connection_)
-        return;
+        return settle(false);
     own_ = Own{.text = std::move(text), .mark = markOfOurs_ + std::to_string(changeCount_)};
     if (own_->text != nullptr)
         device_->offerText(own_->text, own_->mark);

@@ -48,7 +48,8 @@ public:
 
     void readString(TextHandler done) override;
     void clear() override;
-    void setString(std::string text) override;
+    void setString(std::string text, OutcomeHandler outcome) override;
+    using Pasteboard::setString;
 
     [[nodiscard]] bool notifiesChanges() const override { return true; }
 
@@ -73,6 +74,8 @@ private:
     void handleCancelled();
     void countCopy();
     void notifyLater();
+    void settle(bool isOurs);
+    void loseOwn();
     void beginTakeOver();
     void takeOver(std::shared_ptr<const std::string> text);
     void beginReading();
@@ -90,6 +93,7 @@ private:
     const std::string markOfOurs_; // What the marks of this object's texts begin with.
     qint64 changeCount_ = 0;
     std::optional<Own> own_;
+    OutcomeHandler outcome_; // Of the latest write, until it is known.
     bool isJustCleared_ = false;
     bool isTakingOver_ = false;
     bool isOvertaken_ = false; // A copy was found right before the present write: it wins.

@@ -16,6 +16,11 @@ namespace {
 // A session without any clipboard.
 class NoPasteboard final : public Pasteboard {
 public:
+    explicit NoPasteboard(Scheduler &scheduler)
+        : scheduler_(scheduler)
+    {
+    }
+
     [[nodiscard]] Reach reach() const override { return Reach::none; }
 
     void setReachHandler(ReachHandler) override {}
@@ -26,13 +31,20 @@ public:
 
     void clear() override {}
 
-    void setString(std::string) override {}
+    void setString(std::string, OutcomeHandler outcome) override
+    {
+        if (outcome)
+            scheduler_.after({}, [outcome = std::move(outcome)] { outcome(false); });
+    }
 
     [[nodiscard]] bool notifiesChanges() const override { return true; }
 
     void setChangeHandler(ChangeHandler) override {}
 
     void setLostHandler(LostHandler) override {}
+
+private:
+    Scheduler &scheduler_;
 };
 
 // Null when this back end cannot work in the present session.
@@ -74,5 +86,5 @@ std::unique_ptr<Pasteboard> makePasteboard(Scheduler &scheduler)
         if (auto pasteboard = make(scheduler))
             return pasteboard;
     }
-    return std::make_unique<NoPasteboard>();
+    return std::make_unique<NoPasteboard>(scheduler);
 }

@@ -9,6 +9,7 @@
 
 namespace {
 
+constexpr auto longestWayOfRequests = std::chrono::hours(1);
 constexpr auto longestSilence = std::chrono::seconds(10);
 constexpr std::size_t mostTargetsAtOnce = 64;
 constexpr std::size_t longestForOldPrograms = std::size_t(1024) * 1024;
@@ -61,6 +62,12 @@ void SelectionServer::offer(std::optional<std::string> text)
     text_ = std::make_shared<const std::string>(*std::move(text));
 }
 
+void SelectionServer::setOwnedSince(xcb_timestamp_t time)
+{
+    ownedSince_ = time;
+    ownedAt_ = scheduler_.now();
+}
+
 void SelectionServer::withdraw()
 {
     isOwner_ = false;
@@ -102,8 +109,10 @@ bool SelectionServer::isForUs(const xcb_selection_request_event_t &request) cons
 {
     if (!isOwner_ || request.selection != connection_.atom(XcbAtom::clipboard))
         return false;
-    return request.time == XCB_CURRENT_TIME || ownedSince_ == XCB_CURRENT_TIME ||
-           !isEarlier(request.time, ownedSince_);
+    if (request.time == XCB_CURRENT_TIME || ownedSince_ == XCB_CURRENT_TIME)
+        return true;
+    // A request from before does not take long to arrive, and after some weeks every time looks earlier.
+    return scheduler_.now() - ownedAt_ > longestWayOfRequests || !isEarlier(request.time, ownedSince_);
 }
 
 bool SelectionServer::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property)

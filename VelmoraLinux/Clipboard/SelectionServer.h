@@ -22,7 +22,7 @@ public:
     void offer(std::optional<std::string> text);
 
     // `time` is when the server gave us the selection; older requests are meant for the owner before.
-    void setOwnedSince(xcb_timestamp_t time) { ownedSince_ = time; }
+    void setOwnedSince(xcb_timestamp_t time);
 
     // The clipboard is no longer ours.
     void withdraw();
@@ -67,8 +67,9 @@ private:
     Scheduler &scheduler_;
     bool isOwner_ = false;
     xcb_timestamp_t ownedSince_ = XCB_CURRENT_TIME;
-    Text text_;   // Null: nothing is offered.
-    Text latin1_; // The same for old programs; null when the text has other letters.
+    std::chrono::nanoseconds ownedAt_{}; // The same moment on our own clock.
+    Text text_;                          // Null: nothing is offered.
+    Text latin1_;                        // The same for old programs; null when the text has other letters.
     std::vector<Transfer> transfers_;
     bool isWatching_ = false;
     DelayedSteps steps_;

@@ -12,6 +12,7 @@ namespace {
 // Some managers never answer: the user, who waits for the program to end, should not notice.
 constexpr auto longestHandOver = std::chrono::milliseconds(200);
 constexpr std::size_t mostPendingRequestors = 8;
+constexpr int mostClaims = 5; // Of one write that is turned down without a newer copy.
 
 template<typename Event>
 const Event &as(const xcb_generic_event_t &event)
@@ -76,32 +77,51 @@ void X11Pasteboard::clear()
     isJustCleared_ = true;
 }
 
-void X11Pasteboard::setString(std::string text)
+void X11Pasteboard::setString(std::string text, OutcomeHandler outcome)
 {
     const bool isSameTakeOver = std::exchange(isJustCleared_, false);
     if (isSameTakeOver && ownership_ != Ownership::none)
         server_.offer(std::move(text));
     else
         takeOver(std::move(text));
+    outcome_ = std::move(outcome);
+    if (ownership_ == Ownership::none)
+        settle(false);
+    else if (ownership_ == Ownership::ours)
+        settle(true);
 }
 
 void X11Pasteboard::takeOver(std::optional<std::string> text)
 {
     ++changeCount_;
+    settle(false);
     abortReading();
     if (connection_->isLost())
         return;
     server_.offer(std::move(text));
-    claim();
+    claims_ = 0;
+    askServerTime();
 }
 
-void X11Pasteboard::claim()
+// A change of a property, even of none of its bytes, tells the time. The time of what we know may be weeks ago:
+// the server then takes it for one to come.
+void X11Pasteboard::askServerTime()
+{
+    ownership_ = Ownership::prepared;
+    isOvertaken_ = false;
+    server_.setOwnedSince(XCB_CURRENT_TIME); // Known when the server tells.
+    xcb_change_property(connection_->raw(), XCB_PROP_MODE_APPEND, window_,
+                        connection_->atom(XcbAtom::serverTime), XCB_ATOM_INTEGER, 32, 0, nullptr);
+    connection_->flush();
+}
+
+void X11Pasteboard::claim(xcb_timestamp_t time)
 {
     ownership_ = Ownership::claimed;
-    server_.setOwnedSince(XCB_CURRENT_TIME); // Known when the server tells.
-    claimSequence_ = xcb_set_selection_owner(connection_->raw(), window_,
-                                             connection_->atom(XcbAtom::clipboard), latestTime_)
-                         .sequence;
+    ++claims_;
+    claimSequence_ =
+        xcb_set_selection_owner(connection_->raw(), window_, connection_->atom(XcbAtom::clipboard), time)
+            .sequence;
     connection_->askSelectionOwner(connection_->atom(XcbAtom::clipboard),
                                    [this, claim = claimSequence_](xcb_window_t owner) {
                                        if (claim == claimSequence_ && ownership_ == Ownership::claimed)
@@ -112,10 +132,14 @@ void X11Pasteboard::claim()
 void X11Pasteboard::settleClaim(xcb_window_t owner)
 {
     isJustCleared_ = false;
-    if (owner == window_)
+    if (owner == window_) {
         ownership_ = Ownership::ours;
-    else
+        settle(true);
+    } else if (!isOvertaken_ && claims_ < mostClaims) {
+        return askServerTime();
+    } else {
         giveUpOwnership();
+    }
     if (waiting_.empty())
         return;
     if (ownership_ == Ownership::ours)
@@ -129,11 +153,23 @@ void X11Pasteboard::giveUpOwnership()
     ownership_ = Ownership::none;
     isJustCleared_ = false;
     server_.withdraw();
+    settle(false);
+}
+
+// From the event loop: who pastes at this moment is answered before anything follows from it.
+void X11Pasteboard::settle(bool isOurs)
+{
+    if (OutcomeHandler outcome = std::exchange(outcome_, nullptr))
+        connection_->later([outcome = std::move(outcome), isOurs] { outcome(isOurs); });
 }
 
 void X11Pasteboard::handleEvent(const xcb_generic_event_t &event)
 {
-    const unsigned type = event.response_type & 0x7FU; // Without the mark of an event sent by a program.
+    constexpr unsigned sentByProgram = 0x80;
+    const unsigned type = event.response_type & ~sentByProgram;
+    // Owners send their answers; everything else is believed only when the server itself tells.
+    if ((event.response_type & sentByProgram) != 0 && type != XCB_SELECTION_NOTIFY)
+        return;
     if (type == connection_->firstXfixesEvent() + unsigned(XCB_XFIXES_SELECTION_NOTIFY))
         return handleOwnerChange(event);
     switch (type) {
@@ -155,13 +191,14 @@ void X11Pasteboard::handleEvent(const xcb_generic_event_t &event)
 void X11Pasteboard::handleOwnerChange(const xcb_generic_event_t &event)
 {
     const auto &change = as<xcb_xfixes_selection_notify_event_t>(event);
-    noteTime(change.timestamp);
+    latestChange_ = change.timestamp;
     if (change.subtype != XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER)
         return abortReading();     // The owner is gone, and nobody has taken its place.
     if (change.owner == window_) { // Counted when it was asked for.
         server_.setOwnedSince(change.selection_timestamp);
     } else {
         ++changeCount_;
+        isOvertaken_ = true;
         if (!isBeforeClaim(event))
             giveUpOwnership();
         abortReading();
@@ -172,16 +209,15 @@ void X11Pasteboard::handleOwnerChange(const xcb_generic_event_t &event)
 
 void X11Pasteboard::handleSelectionClear(const xcb_generic_event_t &event)
 {
-    noteTime(as<xcb_selection_clear_event_t>(event).time);
-    if (!isBeforeClaim(event))
+    if (ownership_ != Ownership::prepared && !isBeforeClaim(event))
         giveUpOwnership();
 }
 
-// Whether the server had not yet seen our latest claim when this happened.
+// Whether the server had not yet seen our claim when this happened: its answer will tell who has the clipboard.
 bool X11Pasteboard::isBeforeClaim(const xcb_generic_event_t &event) const
 {
-    return ownership_ != Ownership::none &&
-           static_cast<std::int32_t>(event.full_sequence - claimSequence_) < 0;
+    const bool isClaimed = ownership_ == Ownership::claimed || ownership_ == Ownership::ours;
+    return isClaimed && static_cast<std::int32_t>(event.full_sequence - claimSequence_) < 0;
 }
 
 void X11Pasteboard::handleSelectionNotify(const xcb_selection_notify_event_t &event)
@@ -201,7 +237,11 @@ void X11Pasteboard::handleSelectionNotify(const xcb_selection_notify_event_t &ev
 
 void X11Pasteboard::handlePropertyNotify(const xcb_property_notify_event_t &event)
 {
-    noteTime(event.time);
+    if (event.window == window_ && event.atom == connection_->atom(XcbAtom::serverTime)) {
+        if (ownership_ == Ownership::prepared)
+            claim(event.time);
+        return;
+    }
     if (reader_ && event.window == reader_->requestor())
         reader_->handlePropertyNotify(event);
     else
@@ -220,7 +260,7 @@ void X11Pasteboard::handleLoss()
 void X11Pasteboard::beginReading()
 {
     reader_ = std::make_unique<SelectionReader>(
-        *connection_, scheduler_, limits_, latestTime_, [this](const std::optional<std::string> &text) {
+        *connection_, scheduler_, limits_, latestChange_, [this](const std::optional<std::string> &text) {
             const auto finished = std::move(reader_); // Lives to the end of its own call.
             if (const auto window = finished->releasePendingRequestor())
                 pendingRequestors_.push_back(*window);
@@ -245,12 +285,6 @@ void X11Pasteboard::answerReaders(const std::optional<std::string> &text)
 {
     for (const TextHandler &done : std::exchange(waiting_, {}))
         done(text);
-}
-
-void X11Pasteboard::noteTime(xcb_timestamp_t time)
-{
-    if (latestTime_ == XCB_CURRENT_TIME || static_cast<std::int32_t>(time - latestTime_) > 0)
-        latestTime_ = time;
 }
 
 // Waits for another program: only here, where nothing else is left to be done.

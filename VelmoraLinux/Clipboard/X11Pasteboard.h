@@ -17,9 +17,11 @@
 
 // The CLIPBOARD selection of an X server.
 //
-// Every change of its owner is one step of the count. Writing gives the time of the latest change we know of,
-// so the server turns us down when somebody has copied anew behind our back. On its end it hands the text to
-// a clipboard manager, if there is one, for which it waits at most 200 ms.
+// Every change of its owner is one step of the count. Before a write the server is asked for its time: a copy
+// that it tells of before the answer is newer than what we know, and wins; one that comes between the answer
+// and our claim has a later time, for which the server turns us down. A claim that is turned down without a
+// newer copy is made again. On its end it hands the text to a clipboard manager, if there is one, for which it
+// waits at most 200 ms.
 class X11Pasteboard final : public Pasteboard {
 public:
     // Nothing when there is no server or it lacks XFixes. An empty display name stands for $DISPLAY. `reach`:
@@ -39,7 +41,8 @@ public:
 
     void readString(TextHandler done) override;
     void clear() override;
-    void setString(std::string text) override;
+    void setString(std::string text, OutcomeHandler outcome) override;
+    using Pasteboard::setString;
 
     [[nodiscard]] bool notifiesChanges() const override { return true; }
 
@@ -50,7 +53,8 @@ public:
 private:
     enum class Ownership {
         none,
-        claimed, // Asked for, and the server has not answered yet.
+        prepared, // The server was asked for its time.
+        claimed,  // Asked for, and the server has not answered yet.
         ours,
     };
 
@@ -66,13 +70,14 @@ private:
     [[nodiscard]] bool isBeforeClaim(const xcb_generic_event_t &event) const;
 
     void takeOver(std::optional<std::string> text);
-    void claim();
+    void askServerTime();
+    void claim(xcb_timestamp_t time);
     void settleClaim(xcb_window_t owner);
     void giveUpOwnership();
+    void settle(bool isOurs);
     void beginReading();
     void abortReading();
     void answerReaders(const std::optional<std::string> &text);
-    void noteTime(xcb_timestamp_t time);
     void handOver();
 
     std::unique_ptr<XcbConnection> connection_;
@@ -82,12 +87,15 @@ private:
     SelectionServer server_;
     xcb_window_t window_;
     qint64 changeCount_ = 0;
-    xcb_timestamp_t latestTime_ = XCB_CURRENT_TIME;
+    xcb_timestamp_t latestChange_ = XCB_CURRENT_TIME; // When the owner changed, as far as we know.
 
     Ownership ownership_ = Ownership::none;
     std::uint32_t claimSequence_ =
-        0; // The request that took the selection over; events tell what they follow.
+        0;                     // The request that took the selection over; events tell what they follow.
+    int claims_ = 0;           // Of the present write.
+    bool isOvertaken_ = false; // Somebody else took the clipboard after our claim was sent.
     bool isJustCleared_ = false;
+    OutcomeHandler outcome_; // Of the latest write, until it is known.
 
     std::unique_ptr<SelectionReader> reader_;
     std::vector<TextHandler> waiting_;

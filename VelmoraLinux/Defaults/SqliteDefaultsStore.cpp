@@ -2,11 +2,29 @@
 
 #include "PrivateFiles.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 using Outcome = SqliteFile::Outcome;
+
+namespace {
+
+// Whether something of a text that is private is no longer part of the value.
+bool losesText(const DefaultsValue &old, const std::optional<DefaultsValue> &value)
+{
+    if (const auto *text = std::get_if<QString>(&old))
+        return !text->isEmpty() && value != old;
+    const auto *pieces = std::get_if<QByteArrayList>(&old);
+    if (pieces == nullptr)
+        return false;
+    const auto *kept = value ? std::get_if<QByteArrayList>(&*value) : nullptr;
+    return kept == nullptr || std::any_of(pieces->begin(), pieces->end(),
+                                          [kept](const QByteArray &piece) { return !kept->contains(piece); });
+}
+
+} // namespace
 
 SqliteDefaultsStore::SqliteDefaultsStore(const QString &folder)
     : folder_(folder)
@@ -48,7 +66,8 @@ std::optional<QString> SqliteDefaultsStore::string(QStringView key) const
 
 std::optional<QByteArray> SqliteDefaultsStore::data(QStringView key) const
 {
-    return read<QByteArray>(key);
+    const auto pieces = read<QByteArrayList>(key);
+    return pieces ? std::optional(pieces->size() == 1 ? pieces->first() : pieces->join()) : std::nullopt;
 }
 
 void SqliteDefaultsStore::setBoolean(QStringView key, bool value)
@@ -66,19 +85,19 @@ void SqliteDefaultsStore::setString(QStringView key, const QString &value)
     set(key, value);
 }
 
-void SqliteDefaultsStore::setData(QStringView key, const QByteArray &value)
+void SqliteDefaultsStore::setPieces(QStringView key, const QByteArrayList &pieces)
 {
-    // A null array counts as an empty one; SQLite would store it as NULL.
-    set(key, value.isNull() ? QByteArray("") : value);
+    set(key, pieces);
 }
 
 void SqliteDefaultsStore::remove(QStringView key)
 {
+    const QString name = key.toString();
     // Texts that the user removes shall also disappear from stores that were set aside for damage.
-    if (const auto old = values_.take(key.toString()); std::holds_alternative<QByteArray>(old))
+    if (const auto old = values_.constFind(name);
+        old != values_.constEnd() && std::holds_alternative<QByteArrayList>(*old))
         SqliteFile::eraseSetAside(path_);
-    unwritten_.insert(key.toString(), std::nullopt);
-    writeChanges();
+    change(name, std::nullopt);
 }
 
 void SqliteDefaultsStore::setProblemHandler(ProblemHandler handler)
@@ -97,11 +116,28 @@ std::optional<Value> SqliteDefaultsStore::read(QStringView key) const
     return std::get<Value>(*found);
 }
 
-void SqliteDefaultsStore::set(QStringView key, DefaultsValue value)
+void SqliteDefaultsStore::set(QStringView key, const DefaultsValue &value)
 {
-    values_.insert(key.toString(), value);
-    unwritten_.insert(key.toString(), std::move(value));
-    writeChanges();
+    change(key.toString(), value);
+}
+
+void SqliteDefaultsStore::change(const QString &key, const std::optional<DefaultsValue> &value)
+{
+    const auto old = values_.constFind(key);
+    removesText_ = removesText_ || (old != values_.constEnd() && losesText(*old, value));
+    if (value)
+        values_.insert(key, *value);
+    else
+        values_.remove(key);
+    unwritten_.insert(key, value);
+    if (groups_ == 0)
+        writeChanges();
+}
+
+void SqliteDefaultsStore::endGroup()
+{
+    if (--groups_ == 0 && !unwritten_.isEmpty())
+        writeChanges();
 }
 
 void SqliteDefaultsStore::writeChanges()
@@ -127,11 +163,12 @@ Outcome SqliteDefaultsStore::tryToWrite()
         markAllUnwritten();
     }
     Outcome outcome = file_.isOpen() ? Outcome::done : openFile();
+    const qsizetype all = unwritten_.size();
     if (outcome == Outcome::done)
-        outcome = file_.write(unwritten_);
+        outcome = file_.write(unwritten_, removesText_);
     if (outcome == Outcome::done)
-        unwritten_.clear();
-    else
+        removesText_ = false;
+    else if (unwritten_.size() == all) // Nothing can be written at present; else it is one value's fault.
         file_.close();
     return outcome;
 }

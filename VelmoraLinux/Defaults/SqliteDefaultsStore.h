@@ -24,16 +24,25 @@ public:
     void setBoolean(QStringView key, bool value) override;
     void setInteger(QStringView key, qint64 value) override;
     void setString(QStringView key, const QString &value) override;
-    void setData(QStringView key, const QByteArray &value) override;
+    void setPieces(QStringView key, const QByteArrayList &pieces) override;
     void remove(QStringView key) override;
     void setProblemHandler(ProblemHandler handler) override;
 
     void setRecoveryHandler(std::function<void()> handler) override { recovered_ = std::move(handler); }
 
+    // Returns when text that was removed has left all files, or cannot leave them now.
+    void finishTidying() { file_.finishTidying(); }
+
+protected:
+    void beginGroup() override { ++groups_; }
+
+    void endGroup() override;
+
 private:
     template<typename Value>
     [[nodiscard]] std::optional<Value> read(QStringView key) const;
-    void set(QStringView key, DefaultsValue value);
+    void set(QStringView key, const DefaultsValue &value);
+    void change(const QString &key, const std::optional<DefaultsValue> &value);
     void writeChanges();
     SqliteFile::Outcome tryToWrite();
     SqliteFile::Outcome openFile();
@@ -46,8 +55,10 @@ private:
     SqliteFile file_;
     DefaultsValues values_;
     DefaultsChanges unwritten_;
-    bool isNewer_ = false;   // The file is from a later version: never written to.
-    bool isWritable_ = true; // Whether the last write succeeded; each failure is reported once.
+    int groups_ = 0;
+    bool removesText_ = false; // What is unwritten replaces text that must not stay readable.
+    bool isNewer_ = false;     // The file is from a later version: never written to.
+    bool isWritable_ = true;   // Whether the last write succeeded; each failure is reported once.
     ProblemHandler handler_;
     std::function<void()> recovered_;
     QList<Problem> unreported_;

@@ -1,13 +1,13 @@
 #include "SqliteFile.h"
 
 #include "PrivateFiles.h"
+#include "SqliteStatement.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <array>
@@ -23,29 +23,29 @@ using Outcome = SqliteFile::Outcome;
 constexpr int busyTimeoutMs = 5;
 constexpr off_t maximumCopyBytes = 1 << 28; // Of a store that can only be read through a copy.
 constexpr int applicationId = 0x564C4D52;   // "VLMR"
-constexpr int schemaVersion = 1;
+constexpr int schemaVersion = 2;            // 1 had no pieces.
 constexpr std::array suffixes = {"-wal", "-shm",
                                  ""}; // The database is renamed last: without it the others are meaningless.
 
-constexpr auto schema = "BEGIN IMMEDIATE;"
-                        "CREATE TABLE IF NOT EXISTS defaults("
+constexpr auto schema = "CREATE TABLE IF NOT EXISTS defaults("
                         " key TEXT PRIMARY KEY NOT NULL,"
                         " type TEXT NOT NULL CHECK(type IN ('bool', 'integer', 'string', 'data')),"
                         " value ANY NOT NULL) STRICT;"
                         "PRAGMA application_id=0x564C4D52;"
-                        "PRAGMA user_version=1;"
+                        "PRAGMA user_version=2;"
                         "COMMIT";
 
 constexpr auto foreignObjects =
-    "SELECT count(*) FROM sqlite_master WHERE NOT (type='table' AND name='defaults')"
-    " AND NOT (type='index' AND tbl_name='defaults' AND sql IS NULL)";
+    "SELECT count(*) FROM sqlite_master WHERE NOT (type='table' AND name IN ('defaults', 'pieces', 'lists'))"
+    " AND NOT (type='index' AND tbl_name IN ('defaults', 'lists') AND sql IS NULL)";
 // The small values first. Values that exceed the limit are not loaded: a store of some gigabytes would take
 // all memory.
 constexpr std::array allValues = {
     "SELECT key, type, value FROM defaults WHERE length(value) <= 65536 LIMIT 10000",
-    "SELECT key, type, value FROM defaults WHERE length(value) > 65536 AND length(value) <= 268435456 LIMIT "
+    "SELECT key, type, value FROM defaults WHERE length(value) > 65536 AND length(value) <= 33554432 LIMIT "
     "1000"};
-constexpr qsizetype maximumLoadedBytes = 1 << 29;
+constexpr qsizetype maximumLoadedBytes = 1 << 26;
+constexpr int writesUntilTidying = 200;
 
 Outcome outcomeOf(int code)
 {
@@ -62,61 +62,6 @@ Outcome outcomeOf(int code)
         return Outcome::refused;
     }
 }
-
-// A prepared statement; a failure to prepare it is reported by the first step.
-class Statement {
-public:
-    Statement(sqlite3 *database, const char *text)
-        : code_(sqlite3_prepare_v2(database, text, -1, &statement_, nullptr))
-    {
-    }
-
-    ~Statement() { sqlite3_finalize(statement_); }
-
-    Q_DISABLE_COPY_MOVE(Statement)
-
-    int step() { return code_ == SQLITE_OK ? sqlite3_step(statement_) : code_; }
-
-    void bind(int place, bool value) { noteError(sqlite3_bind_int(statement_, place, value)); }
-
-    void bind(int place, qint64 value) { noteError(sqlite3_bind_int64(statement_, place, value)); }
-
-    void bind(int place, const QString &value)
-    {
-        const QByteArray text = value.toUtf8();
-        noteError(sqlite3_bind_text64(statement_, place, text.constData(), sqlite3_uint64(text.size()),
-                                      SQLITE_TRANSIENT, SQLITE_UTF8));
-    }
-
-    void bind(int place, const QByteArray &value)
-    {
-        // Never a null pointer: SQLite would store NULL.
-        noteError(sqlite3_bind_blob64(statement_, place, value.constData(), sqlite3_uint64(value.size()),
-                                      SQLITE_STATIC));
-    }
-
-    [[nodiscard]] int type(int column) const { return sqlite3_column_type(statement_, column); }
-
-    [[nodiscard]] qint64 integer(int column) const { return sqlite3_column_int64(statement_, column); }
-
-    [[nodiscard]] int size(int column) const { return sqlite3_column_bytes(statement_, column); }
-
-    [[nodiscard]] QByteArray blob(int column) const
-    {
-        const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement_, column));
-        return {bytes, sqlite3_column_bytes(statement_, column)};
-    }
-
-private:
-    void noteError(int code)
-    {
-        if (code_ == SQLITE_OK)
-            code_ = code;
-    }
-
-    sqlite3_stmt *statement_ = nullptr;
-    int code_ = SQLITE_OK;
-};
 
 // A private folder (0700), in the session's runtime folder where there is one: that is in memory, so a killed
 // process leaves no text on the disk.
@@ -136,14 +81,14 @@ Outcome run(sqlite3 *database, const char *text)
 
 Outcome readNumber(sqlite3 *database, const char *text, qint64 &number)
 {
-    Statement statement(database, text);
+    SqliteStatement statement(database, text);
     const int code = statement.step();
     if (code == SQLITE_ROW)
         number = statement.integer(0);
     return outcomeOf(code);
 }
 
-std::optional<DefaultsValue> decode(const QByteArray &type, const Statement &row, int column)
+std::optional<DefaultsValue> decode(const QByteArray &type, const SqliteStatement &row, int column)
 {
     const int stored = row.type(column);
     if (type == "bool" && stored == SQLITE_INTEGER)
@@ -153,7 +98,7 @@ std::optional<DefaultsValue> decode(const QByteArray &type, const Statement &row
     if (type == "string" && stored == SQLITE_TEXT)
         return QString::fromUtf8(row.blob(column));
     if (type == "data" && stored == SQLITE_BLOB)
-        return row.blob(column);
+        return QByteArrayList{row.blob(column)};
     return std::nullopt; // Not written by us: the row is left alone.
 }
 
@@ -162,6 +107,16 @@ bool exists(const QString &path)
 {
     struct stat status = {};
     return lstat(QFile::encodeName(path).constData(), &status) == 0;
+}
+
+void bindPlain(SqliteStatement &statement, int place, const DefaultsValue &value)
+{
+    if (const auto *text = std::get_if<QString>(&value))
+        statement.bind(place, *text);
+    else if (const auto *number = std::get_if<qint64>(&value))
+        statement.bind(place, *number);
+    else
+        statement.bind(place, std::get<bool>(value));
 }
 
 const char *typeName(const DefaultsValue &value)
@@ -177,7 +132,10 @@ void SqliteFile::Closer::operator()(sqlite3 *database) const
     sqlite3_close(database);
 }
 
-SqliteFile::~SqliteFile() = default;
+SqliteFile::~SqliteFile()
+{
+    close();
+}
 
 Outcome SqliteFile::open(const QString &path, DefaultsValues &values)
 {
@@ -256,7 +214,8 @@ Outcome SqliteFile::checkSchema()
 Outcome SqliteFile::createSchema()
 {
     for (const char *step :
-         {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA secure_delete=ON", schema}) {
+         {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA secure_delete=ON",
+          "PRAGMA wal_autocheckpoint=0", "BEGIN IMMEDIATE", StoredPieces::schema, schema}) {
         const Outcome outcome = run(database_.get(), step);
         if (outcome != Outcome::done)
             return outcome;
@@ -266,80 +225,109 @@ Outcome SqliteFile::createSchema()
 
 Outcome SqliteFile::load(DefaultsValues &values)
 {
-    qsizetype loaded = 0;
+    qsizetype budget = maximumLoadedBytes;
     int code = SQLITE_DONE;
     for (const char *query : allValues) {
-        Statement rows(database_.get(), query);
-        for (code = rows.step(); code == SQLITE_ROW && loaded <= maximumLoadedBytes; code = rows.step()) {
-            loaded += rows.size(2);
+        SqliteStatement rows(database_.get(), query);
+        for (code = rows.step(); code == SQLITE_ROW && budget >= 0; code = rows.step()) {
+            budget -= rows.size(2);
             if (auto value = decode(rows.blob(1), rows, 2))
                 values.insert(QString::fromUtf8(rows.blob(0)), *std::move(value));
         }
         if (code != SQLITE_DONE)
             break;
     }
+    if (code == SQLITE_DONE)
+        code = pieces_.load(database_.get(), values, budget);
     return outcomeOf(code);
 }
 
-Outcome SqliteFile::write(const DefaultsChanges &changes)
+Outcome SqliteFile::write(DefaultsChanges &changes, bool removesText)
+{
+    {
+        const auto lock = tidier_.lockForWriting();
+        const Outcome outcome = writeTogether(changes);
+        if (outcome == Outcome::done)
+            changes.clear();
+        else if (outcome == Outcome::refused && changes.size() > 1)
+            writeOneByOne(changes);
+        if (!changes.isEmpty())
+            return outcome;
+    }
+    // Text that left the history must not stay readable in the write-ahead log. The database's own pages are
+    // overwritten by secure_delete.
+    ++writesSinceTidying_;
+    if (removesText || writesSinceTidying_ >= writesUntilTidying || !tidier_.isTidy()) {
+        writesSinceTidying_ = 0;
+        tidier_.request(QFile::encodeName(path_));
+    }
+    return Outcome::done;
+}
+
+Outcome SqliteFile::writeTogether(const DefaultsChanges &changes)
 {
     Outcome outcome = run(database_.get(), "BEGIN IMMEDIATE");
     if (outcome != Outcome::done)
         return outcome;
-    bool replaces = false;
-    for (auto change = changes.cbegin(); change != changes.cend() && outcome == Outcome::done; ++change) {
+    for (auto change = changes.cbegin(); change != changes.cend() && outcome == Outcome::done; ++change)
         outcome = writeOne(change.key(), change.value());
-        // The history, texts and the queue of events are data and strings; counters and switches are not
-        // private.
-        const auto &value = change.value();
-        replaces = replaces || !value || std::holds_alternative<QByteArray>(*value) ||
-                   std::holds_alternative<QString>(*value);
-    }
     if (outcome == Outcome::done)
         outcome = run(database_.get(), "COMMIT");
-    if (outcome == Outcome::damaged)
-        keepLogOnClose(true);
-    if (outcome != Outcome::done) {
-        (void)run(database_.get(), "ROLLBACK");
+    if (outcome == Outcome::done) {
+        pieces_.keepWritten();
         return outcome;
     }
-    // Text that left the history must not stay readable in the write-ahead log. The database's own pages are
-    // overwritten by secure_delete.
-    logHoldsOldText_ = logHoldsOldText_ || replaces;
-    if (logHoldsOldText_ && truncateLog())
-        logHoldsOldText_ = false; // Otherwise another process reads just now: tried again at the next write.
+    if (outcome == Outcome::damaged)
+        keepLogOnClose(true);
+    (void)run(database_.get(), "ROLLBACK");
+    pieces_.forgetWritten();
     return outcome;
+}
+
+// A value that cannot be written, for its size above all, must not keep the others from being written.
+void SqliteFile::writeOneByOne(DefaultsChanges &changes)
+{
+    for (const QString &key : changes.keys()) {
+        if (writeTogether({{key, changes.value(key)}}) == Outcome::done)
+            changes.remove(key);
+    }
 }
 
 Outcome SqliteFile::writeOne(const QString &key, const std::optional<DefaultsValue> &value)
 {
-    if (!value) {
-        Statement removal(database_.get(), "DELETE FROM defaults WHERE key=?1");
+    const auto *pieces = value ? std::get_if<QByteArrayList>(&*value) : nullptr;
+    const bool isInPieces = pieces != nullptr && !StoredPieces::isShort(*pieces);
+    const int code =
+        isInPieces ? pieces_.write(database_.get(), key, *pieces) : pieces_.remove(database_.get(), key);
+    if (code != SQLITE_DONE)
+        return outcomeOf(code);
+    if (!value || isInPieces) {
+        SqliteStatement removal(database_.get(), "DELETE FROM defaults WHERE key=?1");
         removal.bind(1, key);
         return outcomeOf(removal.step());
     }
-    Statement row(database_.get(),
-                  "INSERT INTO defaults(key, type, value) VALUES(?1, ?2, ?3)"
-                  " ON CONFLICT(key) DO UPDATE SET type=excluded.type, value=excluded.value");
+    SqliteStatement row(database_.get(),
+                        "INSERT INTO defaults(key, type, value) VALUES(?1, ?2, ?3)"
+                        " ON CONFLICT(key) DO UPDATE SET type=excluded.type, value=excluded.value");
     row.bind(1, key);
     row.bind(2, QString::fromLatin1(typeName(*value)));
-    std::visit([&row](const auto &content) { row.bind(3, content); }, *value);
+    const QByteArray data = pieces != nullptr ? pieces->join() : QByteArray();
+    if (pieces != nullptr)
+        row.bind(3, data);
+    else
+        bindPlain(row, 3, *value);
     return outcomeOf(row.step());
-}
-
-bool SqliteFile::truncateLog()
-{
-    Statement checkpoint(database_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
-    return checkpoint.step() == SQLITE_ROW && checkpoint.integer(0) == 0; // 1: busy.
 }
 
 void SqliteFile::close()
 {
+    tidier_.finish();
     database_.reset();
 }
 
 void SqliteFile::closeWithoutCheckpoint()
 {
+    tidier_.cancel();
     if (database_)
         keepLogOnClose(true);
     database_.reset();

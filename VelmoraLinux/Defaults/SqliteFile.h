@@ -1,6 +1,8 @@
 #pragma once
 
 #include "DefaultsValue.h"
+#include "LogTidier.h"
+#include "StoredPieces.h"
 
 #include <sys/types.h>
 
@@ -8,7 +10,7 @@
 
 struct sqlite3;
 
-// The database file of the defaults store: one row per key with its type.
+// The database file of the defaults store: one row per key with its type, long data in pieces.
 //
 // Waits a few milliseconds at most for another process that is writing. After a failure of `open` it is
 // closed; after a failure of `write` the caller closes it.
@@ -28,8 +30,14 @@ public:
     // Opens the file at `path`, which is created when missing, and reads its values into `values`. A file
     // that was written by a later version is read as far as possible, and closed.
     [[nodiscard]] Outcome open(const QString &path, DefaultsValues &values);
-    // Writes all of `changes` or nothing. What was written survives SIGKILL as soon as this returns.
-    [[nodiscard]] Outcome write(const DefaultsChanges &changes);
+    // Writes `changes` and removes from them what was written: all together, or if that is refused as many as can
+    // be. What was written survives SIGKILL as soon as this returns. `removesText`: what they replace must not
+    // stay readable.
+    [[nodiscard]] Outcome write(DefaultsChanges &changes, bool removesText);
+
+    // Returns when text that was removed is no longer in the write-ahead log, or cannot be removed from it now.
+    void finishTidying() { tidier_.finish(); }
+
     void close();
     // Closes without touching the files that are at the path now.
     void closeWithoutCheckpoint();
@@ -56,12 +64,15 @@ private:
     Outcome createSchema();
     Outcome load(DefaultsValues &values);
     Outcome writeOne(const QString &key, const std::optional<DefaultsValue> &value);
-    bool truncateLog();
+    Outcome writeTogether(const DefaultsChanges &changes);
+    void writeOneByOne(DefaultsChanges &changes);
     void keepLogOnClose(bool keep);
 
     std::unique_ptr<sqlite3, Closer> database_;
     QString path_;
     dev_t device_ = 0;
     ino_t inode_ = 0;
-    bool logHoldsOldText_ = false;
+    StoredPieces pieces_;
+    LogTidier tidier_;
+    int writesSinceTidying_ = 0;
 };

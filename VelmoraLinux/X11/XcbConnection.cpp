@@ -25,7 +25,8 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(XcbAtom::count_)
     "text/plain",
     "TEXT",
     "x-kde-passwordManagerHint",
-    "VELMORA_TRANSFER"};
+    "VELMORA_TRANSFER",
+    "VELMORA_TIME"};
 
 // Large chunks save round trips, small ones keep every single write and read short.
 constexpr std::size_t preferredChunk = std::size_t(256) * 1024;

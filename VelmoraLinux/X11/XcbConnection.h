@@ -32,6 +32,7 @@ enum class XcbAtom {
     text,
     passwordManagerHint,
     transfer,
+    serverTime,
     count_
 };
 

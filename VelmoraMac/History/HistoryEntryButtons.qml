@@ -13,10 +13,12 @@ Row {
     spacing: 8
 
     SystemButton {
+        enabled: root.entry.cleanedBytes === 0
         text: App.t("Copy Clean Link", "Clean-Link kopieren")
         onClicked: App.state.copyCleanedLink(root.entry)
     }
     SystemButton {
+        enabled: root.entry.originalBytes === 0
         text: App.t("Restore Original", "Original")
         onClicked: App.state.restoreOriginalLink(root.entry)
     }

@@ -62,13 +62,13 @@ Rectangle {
         DetailBlock {
             width: parent.width
             height: blocks.blockHeight
-            caption: App.t("Before", "Vorher")
+            caption: App.t("Before", "Vorher") + LocalizedStrings.beginningNote(root.entry.originalBytes, App.state.language)
             value: root.entry.originalText
         }
         DetailBlock {
             width: parent.width
             height: blocks.blockHeight
-            caption: App.t("After", "Nachher")
+            caption: App.t("After", "Nachher") + LocalizedStrings.beginningNote(root.entry.cleanedBytes, App.state.language)
             value: root.entry.cleanedText
         }
     }

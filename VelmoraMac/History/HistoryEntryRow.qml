@@ -64,18 +64,18 @@ Rectangle {
 
             HistoryLine {
                 width: parent.width
-                title: App.t("Before", "Vorher")
+                title: App.t("Before", "Vorher") + LocalizedStrings.beginningNote(root.entry.originalBytes, App.state.language)
                 value: root.entry.originalText
             }
             HistoryLine {
                 width: parent.width
-                title: App.t("After", "Nachher")
+                title: App.t("After", "Nachher") + LocalizedStrings.beginningNote(root.entry.cleanedBytes, App.state.language)
                 value: root.entry.cleanedText
             }
         }
         SystemText {
             width: parent.width
-            text: [...root.entry.removedParameterNames].join(", ")
+            text: root.entry.namesText
             pointSize: 10
             color: Surroundings.colors.secondaryLabel
             elide: Text.ElideRight

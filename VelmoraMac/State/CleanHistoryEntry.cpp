@@ -1,10 +1,15 @@
 #include "CleanHistoryEntry.h"
 
+#include "CleaningResult.h"
+#include "CopiedText.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -19,20 +24,14 @@ constexpr auto cleanedAtKey = "cleanedAt"_L1;
 
 constexpr qint64 referenceDate = 978307200; // 2001-01-01 00:00:00 UTC in Unix seconds.
 
-QJsonObject toJson(const CleanHistoryEntry &entry)
+QJsonObject objectOf(const CleanHistoryEntry &entry)
 {
     return {{idKey, entry.idText()},
-            {originalTextKey, entry.originalText},
-            {cleanedTextKey, entry.cleanedText},
+            {originalTextKey, markedText({entry.originalText, entry.originalBytes})},
+            {cleanedTextKey, markedText({entry.cleanedText, entry.cleanedBytes})},
             {removedCountKey, entry.removedCount},
             {removedParameterNamesKey, QJsonArray::fromStringList(entry.removedParameterNames)},
             {cleanedAtKey, entry.secondsSince2001}};
-}
-
-bool read(const QJsonValue &value, QString &text)
-{
-    text = value.toString();
-    return value.isString();
 }
 
 bool read(const QJsonValue &value, QUuid &id)
@@ -67,11 +66,30 @@ bool read(const QJsonValue &value, QStringList &texts)
     return value.isArray();
 }
 
+bool readMarked(const QJsonValue &value, QString &text, qint64 &wholeBytes)
+{
+    CopiedText copied = textFromMarked(value.toString());
+    text = std::move(copied.text);
+    wholeBytes = copied.wholeBytes;
+    return value.isString();
+}
+
+void shortenText(QString &text, qint64 &wholeBytes, std::size_t limit, std::size_t beginning)
+{
+    if (static_cast<std::size_t>(text.size()) * 3 <= std::min(limit, beginning))
+        return; // UTF-8 has three bytes for a code unit at most.
+    CopiedText copied{std::move(text), wholeBytes};
+    copied.shorten(limit, beginning);
+    text = std::move(copied.text);
+    wholeBytes = copied.wholeBytes;
+}
+
 bool read(const QJsonValue &value, CleanHistoryEntry &entry)
 {
     const QJsonObject object = value.toObject();
-    return read(object[idKey], entry.id) && read(object[originalTextKey], entry.originalText) &&
-           read(object[cleanedTextKey], entry.cleanedText) &&
+    return read(object[idKey], entry.id) &&
+           readMarked(object[originalTextKey], entry.originalText, entry.originalBytes) &&
+           readMarked(object[cleanedTextKey], entry.cleanedText, entry.cleanedBytes) &&
            read(object[removedCountKey], entry.removedCount) &&
            read(object[removedParameterNamesKey], entry.removedParameterNames) &&
            read(object[cleanedAtKey], entry.secondsSince2001);
@@ -95,12 +113,22 @@ void CleanHistoryEntry::setCleanedAt(const QDateTime &moment)
     secondsSince2001 = static_cast<double>(moment.toMSecsSinceEpoch() - referenceDate * 1000) / 1000;
 }
 
-QByteArray historyToJson(const QList<CleanHistoryEntry> &entries)
+QString CleanHistoryEntry::namesText() const
 {
-    QJsonArray array;
-    for (const CleanHistoryEntry &entry : entries)
-        array.append(toJson(entry));
-    return QJsonDocument(array).toJson(QJsonDocument::Compact);
+    const QString names = removedParameterNames.join(u", "_s);
+    return removedCount > removedParameterNames.size() ? names + u", \u2026"_s : names;
+}
+
+void CleanHistoryEntry::shorten(std::size_t limit, std::size_t beginning)
+{
+    shortenText(originalText, originalBytes, limit, beginning);
+    shortenText(cleanedText, cleanedBytes, limit, beginning);
+    shortenNames(removedParameterNames);
+}
+
+QByteArray CleanHistoryEntry::toJson() const
+{
+    return QJsonDocument(objectOf(*this)).toJson(QJsonDocument::Compact);
 }
 
 std::optional<QList<CleanHistoryEntry>> historyFromJson(const QByteArray &json)

@@ -4,6 +4,8 @@
 
 #include <VelmoraPlatform/DefaultsStore.h>
 
+#include <QByteArrayList>
+
 #include <type_traits>
 
 // Settings in the form in which the store keeps them: enumerators by their names, see rawValue().
@@ -30,6 +32,16 @@ void write(DefaultsStore &store, QStringView key, const Value &value)
         store.setString(key, rawValue(value));
     else
         store.setString(key, value);
+}
+
+// The pieces of a JSON array whose elements are encoded already; each element is one.
+[[nodiscard]] inline QByteArrayList jsonArray(const QByteArrayList &elements)
+{
+    QByteArrayList pieces;
+    for (const QByteArray &element : elements)
+        pieces << QByteArray(pieces.isEmpty() ? "[" : ",") << element;
+    pieces << QByteArray(pieces.isEmpty() ? "[]" : "]");
+    return pieces;
 }
 
 } // namespace StoredValue

@@ -1,5 +1,7 @@
 #include "TelemetryEnvelope.h"
 
+#include <VelmoraMac/State/StoredValue.h>
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -72,9 +74,12 @@ QByteArray TelemetryBatch::toJson() const
     return QJsonDocument(QJsonObject{{eventsKey, ::toJson(events)}}).toJson(QJsonDocument::Compact);
 }
 
-QByteArray queueToJson(const QList<TelemetryEnvelope> &queue)
+QByteArrayList queueToPieces(const QList<TelemetryEnvelope> &queue)
 {
-    return QJsonDocument(toJson(queue)).toJson(QJsonDocument::Compact);
+    QByteArrayList envelopes;
+    for (const TelemetryEnvelope &envelope : queue)
+        envelopes.append(QJsonDocument(::toJson(envelope)).toJson(QJsonDocument::Compact));
+    return StoredValue::jsonArray(envelopes);
 }
 
 std::optional<QList<TelemetryEnvelope>> queueFromJson(const QByteArray &json)

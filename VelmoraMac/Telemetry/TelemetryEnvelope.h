@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QByteArray>
+#include <QByteArrayList>
 #include <QDateTime>
 #include <QList>
 #include <QMap>
@@ -27,7 +27,7 @@ struct TelemetryBatch {
     [[nodiscard]] QByteArray toJson() const;
 };
 
-// A queue's stored form: a JSON array of envelopes.
-[[nodiscard]] QByteArray queueToJson(const QList<TelemetryEnvelope> &queue);
+// A queue's stored form: a JSON array of envelopes; an envelope is a piece.
+[[nodiscard]] QByteArrayList queueToPieces(const QList<TelemetryEnvelope> &queue);
 // Nothing when the text is no such array or an envelope in it is incomplete.
 [[nodiscard]] std::optional<QList<TelemetryEnvelope>> queueFromJson(const QByteArray &json);

@@ -1,5 +1,7 @@
 #include "LocalizedStrings.h"
 
+#include <QLocale>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -44,4 +46,14 @@ QString LocalizedStrings::languageName(AppLanguage named, AppLanguage language)
         return choose(u"German"_s, u"Deutsch"_s, language);
     }
     return choose(u"System"_s, u"System"_s, language);
+}
+
+QString LocalizedStrings::beginningNote(double wholeBytes, AppLanguage language)
+{
+    if (wholeBytes <= 0)
+        return {};
+    const QLocale locale(choose(u"en"_s, u"de"_s, language));
+    const QString size =
+        locale.formattedDataSize(static_cast<qint64>(wholeBytes), 1, QLocale::DataSizeSIFormat);
+    return choose(u" (beginning of %1)"_s, u" (Anfang von %1)"_s, language).arg(size);
 }

@@ -31,5 +31,8 @@ public:
                                       Velmora::AppLanguage language);
     // "3 removed"; there is no singular form.
     Q_INVOKABLE static QString removedCount(double count, Velmora::AppLanguage language);
+    // What stands behind the title of a text of which only the beginning is kept: how long it was. Empty for a
+    // whole text, whose `wholeBytes` is 0.
+    Q_INVOKABLE static QString beginningNote(double wholeBytes, Velmora::AppLanguage language);
     Q_INVOKABLE static QString languageName(Velmora::AppLanguage named, Velmora::AppLanguage language);
 };

@@ -198,6 +198,14 @@ class SelectionServerTests : public QObject {
         return taken;
     }
 
+    // Returns when others get the text.
+    void offer(const std::string &text)
+    {
+        bool isOurs = false;
+        pasteboard_->setString(text, [&isOurs](bool ours) { isOurs = ours; });
+        QTRY_VERIFY(isOurs);
+    }
+
 private Q_SLOTS:
 
     void initTestCase()
@@ -217,7 +225,7 @@ private Q_SLOTS:
 
     void severalFormsCanBeAskedForAtOnce()
     {
-        pasteboard_->setString("all at once");
+        offer("all at once");
         Requestor other(server_->display());
         other.setWords("ANSWER", {other.atom("UTF8_STRING"), other.atom("FIRST"), other.atom("image/png"),
                                   other.atom("SECOND"), other.atom("TARGETS"), other.atom("THIRD")});
@@ -236,7 +244,7 @@ private Q_SLOTS:
 
     void aListOfFormsThatMakesNoSenseIsRefused()
     {
-        pasteboard_->setString("text");
+        offer("text");
         Requestor other(server_->display());
         other.setWords("ANSWER", {1, 2, 3});
         other.ask("MULTIPLE");
@@ -245,7 +253,7 @@ private Q_SLOTS:
 
     void aRequestForAnEarlierOwnerIsRefused()
     {
-        pasteboard_->setString("first");
+        offer("first");
         Requestor other(server_->display());
         other.ask("TIMESTAMP");
         QVERIFY(other.answer().value_or(XCB_NONE) != XCB_NONE);
@@ -262,7 +270,7 @@ private Q_SLOTS:
 
     void aTransferGoesOnWithItsTextWhenTheTextIsReplaced()
     {
-        pasteboard_->setString(longText_);
+        offer(longText_);
         Requestor slow(server_->display());
         QVERIFY(slow.begin());
         pasteboard_->clear();
@@ -273,7 +281,7 @@ private Q_SLOTS:
 
     void aTransferGoesOnWhenAnotherProgramCopies()
     {
-        pasteboard_->setString(longText_);
+        offer(longText_);
         Requestor slow(server_->display());
         QVERIFY(slow.begin());
         CopyingProgram other(server_->environment());
@@ -284,7 +292,7 @@ private Q_SLOTS:
 
     void aSideThatStopsTakingPiecesIsGivenUp()
     {
-        pasteboard_->setString(longText_);
+        offer(longText_);
         Requestor slow(server_->display());
         QVERIFY(slow.begin());
         QVERIFY(slow.nextPiece().has_value());
@@ -297,7 +305,7 @@ private Q_SLOTS:
 
     void aSideThatDiesHarmsNobody()
     {
-        pasteboard_->setString(longText_);
+        offer(longText_);
         {
             Requestor dying(server_->display());
             QVERIFY(dying.begin());
@@ -307,7 +315,7 @@ private Q_SLOTS:
 
     void aClipboardManagerGetsTheTextBeforeWeLeave()
     {
-        pasteboard_->setString("kept for later");
+        offer("kept for later");
         QTRY_VERIFY(paste(server_->environment()).has_value());
         std::string kept;
         qInfo("handed over in %lld ms", endBesideManager(true, kept));
@@ -316,7 +324,7 @@ private Q_SLOTS:
 
     void aClipboardManagerThatNeverAnswersIsNotWaitedForLong()
     {
-        pasteboard_->setString("lost");
+        offer("lost");
         QTRY_VERIFY(paste(server_->environment()).has_value());
         std::string kept;
         const qint64 taken = endBesideManager(false, kept);

@@ -25,12 +25,6 @@ using Problem = DefaultsStore::Problem;
 
 namespace {
 
-QByteArray contentsOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 void overwrite(const QString &path, qint64 offset, const QByteArray &bytes)
 {
     QFile file(path);
@@ -98,14 +92,6 @@ class SqliteDefaultsStoreTests : public QObject {
         return SqliteDefaultsStore(folder()).integer(u"number");
     }
 
-    [[nodiscard]] QStringList filesThatContain(const QByteArray &text) const
-    {
-        QStringList result = QDir(folder()).entryList(QDir::Files);
-        result.removeIf(
-            [&](const QString &name) { return !contentsOf(folder() + u'/' + name).contains(text); });
-        return result;
-    }
-
 private Q_SLOTS:
 
     void init() { home_.emplace(); }
@@ -166,7 +152,8 @@ private Q_SLOTS:
         store.remove(u"was never there");
 
         QCOMPARE(store.data(u"history"), std::nullopt);
-        QCOMPARE(filesThatContain("private"), QStringList());
+        store.finishTidying();
+        QCOMPARE(filesThatContain(folder(), "private"), QStringList());
     }
 
     void aReplacedTextLeavesNoTraceOnDisk()
@@ -176,7 +163,8 @@ private Q_SLOTS:
         store.setString(u"text", u"another private link"_qs);
         store.setData(u"history", QByteArray("an ordinary one ").repeated(100));
         store.setString(u"text", u"short"_qs);
-        QCOMPARE(filesThatContain("private"), QStringList());
+        store.finishTidying();
+        QCOMPARE(filesThatContain(folder(), "private"), QStringList());
     }
 
     void aReaderOnlyDelaysTheRemovalOfTraces()
@@ -187,10 +175,12 @@ private Q_SLOTS:
         QCOMPARE(sqlite3_open(QFile::encodeName(path()).constData(), &reader), SQLITE_OK);
         QCOMPARE(sqlite3_exec(reader, "BEGIN; SELECT * FROM defaults", nullptr, nullptr, nullptr), SQLITE_OK);
         store.remove(u"history");
-        QVERIFY(!filesThatContain("private").isEmpty()); // The reader still needs it.
+        store.finishTidying();
+        QVERIFY(!filesThatContain(folder(), "private").isEmpty()); // The reader still needs it.
         QCOMPARE(sqlite3_close(reader), SQLITE_OK);
         store.setBoolean(u"anything", true);
-        QCOMPARE(filesThatContain("private"), QStringList());
+        store.finishTidying();
+        QCOMPARE(filesThatContain(folder(), "private"), QStringList());
     }
 
     void aRemovedTextDisappearsFromStoresThatWereSetAside()
@@ -203,7 +193,8 @@ private Q_SLOTS:
         store.remove(u"another");
         QVERIFY(QFile::exists(folder() + u"/defaults.damaged-1.sqlite"_qs));
         store.remove(u"history");
-        QCOMPARE(filesThatContain("private"), QStringList());
+        store.finishTidying();
+        QCOMPARE(filesThatContain(folder(), "private"), QStringList());
         QVERIFY(!QFile::exists(folder() + u"/defaults.damaged-1.sqlite"_qs));
     }
 
@@ -387,6 +378,30 @@ private Q_SLOTS:
         const SqliteDefaultsStore reopened(folder());
         QCOMPARE(reopened.integer(u"number"), std::optional<qint64>(2));
         QCOMPARE(reopened.data(u"history"), std::optional(QByteArray(200000, 'x')));
+    }
+
+    void aValueThatCannotBeWrittenKeepsNoOtherFromIt()
+    {
+        SqliteDefaultsStore store(folder());
+        store.setBoolean(u"telemetry", true);
+        const auto previous = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit before = {};
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+        const rlimit tight = {300000, before.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &tight), 0);
+        store.setData(u"history", QByteArray(500000, 'x'));
+        store.setBoolean(u"telemetry", false);
+        store.setString(u"language", u"german"_qs);
+        const SqliteDefaultsStore reader(folder());
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
+        std::signal(SIGXFSZ, previous);
+        QCOMPARE(reader.boolean(u"telemetry"), std::optional(false));
+        QCOMPARE(reader.string(u"language"), std::optional(u"german"_qs));
+        QCOMPARE(reader.data(u"history"), std::nullopt);
+        QCOMPARE(problemsOf(store), QList{Problem::notWritable});
+
+        store.setInteger(u"number", 3);
+        QCOMPARE(SqliteDefaultsStore(folder()).data(u"history"), std::optional(QByteArray(500000, 'x')));
     }
 
     void aStoreRemovedWhileInUseIsWrittenAgain()

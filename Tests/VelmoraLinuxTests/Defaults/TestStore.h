@@ -2,7 +2,10 @@
 
 #include <VelmoraPlatform/DefaultsStore.h>
 
+#include <QDir>
+#include <QFile>
 #include <QList>
+#include <QStringList>
 
 #include <sys/fsuid.h>
 #include <unistd.h>
@@ -16,6 +19,19 @@ inline QList<DefaultsStore::Problem> problemsOf(DefaultsStore &store)
     store.setProblemHandler([&problems](DefaultsStore::Problem problem) { problems.append(problem); });
     store.setProblemHandler({});
     return problems;
+}
+
+inline QByteArray contentsOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline QStringList filesThatContain(const QString &folder, const QByteArray &text)
+{
+    QStringList result = QDir(folder).entryList(QDir::Files);
+    result.removeIf([&](const QString &name) { return !contentsOf(folder + u'/' + name).contains(text); });
+    return result;
 }
 
 // The superuser may write everywhere; without its capabilities it is subject to permissions like other users.

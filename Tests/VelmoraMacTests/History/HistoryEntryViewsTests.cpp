@@ -71,6 +71,27 @@ private Q_SLOTS:
         QVERIFY(texts.contains(u"Copy Clean Link"_s) && texts.contains(u"Restore Original"_s));
     }
 
+    void whatIsNotKeptWholeSaysSoAndIsNotOffered()
+    {
+        Stage stage({});
+        CleanHistoryEntry entry = sameEntry();
+        entry.originalBytes = 20'000'000;
+        entry.removedCount = 7;
+        entry.removedParameterNames = {u"utm_source"_s};
+        QQuickItem *row = showRow(stage, entry);
+        const QStringList texts = ItemTree::texts(*row);
+        QVERIFY(texts.contains(u"Before (beginning of 20.0 MB)"_s) && texts.contains(u"After"_s));
+        QVERIFY(texts.contains(u"utm_source, \u2026"_s));
+        for (const QQuickItem *button : row->findChildren<QQuickItem *>()) {
+            if (button->property("text") == u"Restore Original"_s && button->inherits("QQuickAbstractButton"))
+                QVERIFY(!button->isEnabled());
+            if (button->property("text") == u"Copy Clean Link"_s && button->inherits("QQuickAbstractButton"))
+                QVERIFY(button->isEnabled());
+        }
+        const QStringList details = ItemTree::texts(*stage.showDetails(entry));
+        QVERIFY(details.contains(u"Before (beginning of 20.0 MB)"_s) && details.contains(u"After"_s));
+    }
+
     void anEntryWithoutNamesKeepsTheirLine()
     {
         Stage with({});

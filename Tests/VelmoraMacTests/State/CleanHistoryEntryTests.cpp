@@ -5,6 +5,7 @@
 #include <QJsonObject>
 #include <QTest>
 
+#include <Fakes/StoredHistory.h>
 #include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;

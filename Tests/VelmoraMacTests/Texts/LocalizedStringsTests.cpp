@@ -59,6 +59,14 @@ private Q_SLOTS:
         QCOMPARE(LocalizedStrings::removedCount(1234567, AppLanguage::german), u"1234567 entfernt"_s);
     }
 
+    void aBeginningSaysHowLongTheWholeWas()
+    {
+        QCOMPARE(LocalizedStrings::beginningNote(0, AppLanguage::english), QString());
+        QCOMPARE(LocalizedStrings::beginningNote(20'000'000, AppLanguage::english),
+                 u" (beginning of 20.0 MB)"_s);
+        QCOMPARE(LocalizedStrings::beginningNote(262'145, AppLanguage::german), u" (Anfang von 262,1 kB)"_s);
+    }
+
     void languagesAreOfferedInTheirOrderAndNamedInTheChosenLanguage()
     {
         QCOMPARE(LocalizedStrings::languages(),
