@@ -1,5 +1,7 @@
 #include <VelmoraMac/Texts/LocalizedStrings.h>
 
+#include <QMetaEnum>
+#include <QMetaProperty>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -10,6 +12,24 @@
 #include <memory>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+QVariant otherThan(const QVariant &value, const QMetaProperty &property)
+{
+    if (property.isEnumType()) {
+        const QMetaEnum values = property.enumerator();
+        const int next = (value.toInt() + 1) % values.keyCount();
+        QVariant other(next);
+        other.convert(value.metaType());
+        return other;
+    }
+    if (value.metaType() == QMetaType::fromType<bool>())
+        return !value.toBool();
+    return value.toString() + u"a.com"_s;
+}
+
+} // namespace
 
 // What the state loads, keeps and reports of the user's settings.
 class AppStateSettingsTests : public QObject {
@@ -102,6 +122,29 @@ private Q_SLOTS:
         QCOMPARE(state.cleanedToday(), 1);
         QCOMPARE(state.historyEntries().size(), 1);
         QVERIFY(!state.hasLastResult());
+    }
+
+    // Also one that is added tomorrow. Which tab is open is no setting.
+    void whatCanBeAssignedSurvivesARestart()
+    {
+        QMap<QByteArray, QVariant> assigned;
+        {
+            AppState state(fakes->dependencies());
+            const QMetaObject &type = AppState::staticMetaObject;
+            for (int i = type.propertyOffset(); i < type.propertyCount(); ++i) {
+                const QMetaProperty property = type.property(i);
+                if (!property.isWritable() || property.name() == QByteArray("activeAppTab"))
+                    continue;
+                const QVariant value = otherThan(property.read(&state), property);
+                QVERIFY2(property.write(&state, value), property.name());
+                assigned.insert(property.name(), property.read(&state));
+                QVERIFY2(assigned.value(property.name()) == value, property.name());
+            }
+        }
+        QVERIFY(assigned.size() >= 7);
+        const AppState state(fakes->dependencies());
+        for (auto setting = assigned.cbegin(); setting != assigned.cend(); ++setting)
+            QVERIFY2(state.property(setting.key().constData()) == setting.value(), setting.key().constData());
     }
 
     void aStoredValueOfAnotherTypeGivesTheDefaultAndStays()
