@@ -175,10 +175,10 @@ TEST(FastPath, GivesWhatDetectingEverythingGivesOnPlainLinks)
         std::string text(numbers.pick(befores));
         text += numbers.below(2) == 0 ? "https://" : "http://";
         text.append(numbers.pick(hosts)).append(numbers.pick(paths));
-        char separator = '?';
+        std::string_view separator = "?";
         for (std::size_t count = numbers.below(6) * (round % 50 == 0 ? 5 : 1) + 1; count > 0; --count) {
-            text.append(1, separator).append(numbers.pick(names)).append(numbers.pick(values));
-            separator = '&';
+            text.append(separator).append(numbers.pick(names)).append(numbers.pick(values));
+            separator = numbers.below(12) == 0 ? "&&" : "&";
         }
         if (numbers.below(8) == 0)
             text[numbers.below(text.size())] = static_cast<char>(numbers.below(256));

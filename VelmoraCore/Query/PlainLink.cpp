@@ -26,8 +26,6 @@ bool PlainLink::read(std::size_t word, std::size_t queryMark)
     begin_ = word;
     queryMark_ = queryMark;
     count_ = 0;
-    if (word > 0 && static_cast<unsigned char>(text_[word - 1]) > ' ')
-        return false; // Behind "<" the text has its own signs for the link's end.
     if (!readHost())
         return false;
     LinkMarks marks(text_, hostEnd_);

@@ -27,8 +27,8 @@ public:
     {
     }
 
-    // Reads the word that begins at `word`, behind a blank or at the beginning of the text, whose first "?" is
-    // at `queryMark`. False if it is no such link.
+    // Reads the word that begins at `word`, at the beginning of the text or behind what ends every link, whose
+    // first "?" is at `queryMark`. False if it is no such link.
     bool read(std::size_t word, std::size_t queryMark);
 
     std::size_t begin() const { return begin_; }
