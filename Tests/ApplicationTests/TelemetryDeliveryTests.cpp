@@ -112,7 +112,7 @@ private Q_SLOTS:
 
     void aServerThatIsDownLosesNothing()
     {
-        server->close();
+        server->stop();
         const QStringList ids = track(3);
         fakes->time.pass(3s);
         QTRY_COMPARE(fakes->time.waiting(), 1U);

@@ -81,6 +81,11 @@ HttpsTestServer::Behaviour HttpsTestServer::reset()
     return [](QSslSocket &socket) { socket.abort(); };
 }
 
+HttpsTestServer::Behaviour HttpsTestServer::close()
+{
+    return [](QSslSocket &socket) { socket.disconnectFromHost(); };
+}
+
 HttpsTestServer::Behaviour HttpsTestServer::endlessBody()
 {
     return [](QSslSocket &socket) {

@@ -46,6 +46,7 @@ public:
     static Behaviour answer(int status, const QByteArray &extraHeaders = {});
     static Behaviour silence(); // Keeps the connection open and says nothing.
     static Behaviour reset();   // Resets the connection without an answer.
+    static Behaviour close();   // Closes it properly without an answer.
     static Behaviour endlessBody();
     static Behaviour brokenOffBody();
 
@@ -53,7 +54,7 @@ public:
 
     [[nodiscard]] QUrl url() const;
 
-    void close() { server_.close(); }
+    void stop() { server_.close(); }
 
     QList<Request> requests;
     int connections = 0;              // Attempts, failed handshakes included.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstring>
 #include <iterator>
 #include <string_view>
@@ -12,6 +13,9 @@ namespace {
 constexpr auto longestWayOfRequests = std::chrono::hours(1);
 constexpr auto longestSilence = std::chrono::seconds(10);
 constexpr std::size_t mostTargetsAtOnce = 64;
+constexpr std::size_t mostBytesAtOnce = std::size_t(1024) * 1024;
+constexpr std::ptrdiff_t mostTransfersOfOneProgram = 8;
+constexpr std::size_t mostTransfers = 64;
 constexpr std::size_t longestForOldPrograms = std::size_t(1024) * 1024;
 
 // Nothing when the text has letters beyond Latin-1, or bytes that are no UTF-8.
@@ -96,6 +100,7 @@ void SelectionServer::handleRequest(const xcb_selection_request_event_t &request
         asked.property = asked.target;
     if (!isForUs(asked))
         return notify(asked, XCB_NONE);
+    sentAtOnce_ = 0;
     if (asked.target != connection_.atom(XcbAtom::multiple)) {
         const bool isDone = convert(asked.requestor, asked.target, asked.property);
         return notify(asked, isDone ? asked.property : xcb_atom_t(XCB_NONE));
@@ -138,8 +143,7 @@ bool SelectionServer::convert(xcb_window_t requestor, xcb_atom_t target, xcb_ato
     if (!text)
         return false;
     const xcb_atom_t type = target == connection_.atom(XcbAtom::text) ? xcb_atom_t(XCB_ATOM_STRING) : target;
-    sendText(requestor, property, type, std::move(text));
-    return true;
+    return sendText(requestor, property, type, std::move(text));
 }
 
 SelectionServer::Text SelectionServer::textFor(xcb_atom_t target) const
@@ -151,18 +155,37 @@ SelectionServer::Text SelectionServer::textFor(xcb_atom_t target) const
     return target == XCB_ATOM_STRING || target == connection_.atom(XcbAtom::text) ? latin1_ : nullptr;
 }
 
-void SelectionServer::sendText(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, Text text)
+bool SelectionServer::sendText(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, Text text)
 {
-    if (text->size() <= connection_.largestChunk())
-        return write(requestor, property, type, *text);
+    if (text->size() <= connection_.largestChunk()) {
+        sentAtOnce_ += text->size();
+        if (sentAtOnce_ > mostBytesAtOnce)
+            return false;
+        write(requestor, property, type, *text);
+        return true;
+    }
     endTransfers([=](const Transfer &transfer) {
         return transfer.requestor == requestor && transfer.property == property;
     });
+    if (!mayTransfer(requestor))
+        return false;
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection_.raw(), requestor, XCB_CW_EVENT_MASK, &events);
     write(requestor, property, connection_.atom(XcbAtom::incr), {static_cast<std::uint32_t>(text->size())});
     transfers_.push_back({requestor, property, type, std::move(text), 0, scheduler_.now()});
     watchTransfers();
+    return true;
+}
+
+// The windows of one program differ in the bits of the mask only.
+bool SelectionServer::mayTransfer(xcb_window_t requestor) const
+{
+    const std::uint32_t mask = ~xcb_get_setup(connection_.raw())->resource_id_mask;
+    const auto ofSameProgram =
+        std::count_if(transfers_.begin(), transfers_.end(), [=](const Transfer &transfer) {
+            return (transfer.requestor & mask) == (requestor & mask);
+        });
+    return ofSameProgram < mostTransfersOfOneProgram && transfers_.size() < mostTransfers;
 }
 
 void SelectionServer::handlePropertyNotify(const xcb_property_notify_event_t &event)
@@ -204,6 +227,7 @@ void SelectionServer::answerMultiple(const xcb_selection_request_event_t &reques
         list != nullptr && list->format == 32 && list->value_len % 2 == 0 && list->bytes_after == 0;
     if (!isList || !isForUs(request))
         return notify(request, XCB_NONE);
+    sentAtOnce_ = 0;
     std::vector<std::uint32_t> pairs(list->value_len);
     std::memcpy(pairs.data(), xcb_get_property_value(list), pairs.size() * sizeof(std::uint32_t));
     for (std::size_t i = 0; i < pairs.size(); i += 2) {

@@ -12,7 +12,8 @@
 // Answers the programs that ask for the text which we put on the clipboard.
 //
 // A long text is sent by INCR, a chunk whenever the requestor has deleted the one before; a requestor that
-// stops is given up after some time. A transfer under way is not harmed when the text is replaced or
+// stops is given up after some time. Of one program not many such transfers are served at once, and one request
+// gets not many bytes at once: the rest is refused. A transfer under way is not harmed when the text is replaced or
 // withdrawn.
 class SelectionServer {
 public:
@@ -52,7 +53,8 @@ private:
     [[nodiscard]] bool isForUs(const xcb_selection_request_event_t &request) const;
     bool convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property);
     [[nodiscard]] Text textFor(xcb_atom_t target) const;
-    void sendText(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, Text text);
+    bool sendText(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, Text text);
+    [[nodiscard]] bool mayTransfer(xcb_window_t requestor) const;
     void sendNextChunk(Transfer &transfer);
     void answerMultiple(const xcb_selection_request_event_t &request, const xcb_get_property_reply_t *list);
     void notify(const xcb_selection_request_event_t &request, xcb_atom_t property);
@@ -71,6 +73,7 @@ private:
     Text text_;                          // Null: nothing is offered.
     Text latin1_;                        // The same for old programs; null when the text has other letters.
     std::vector<Transfer> transfers_;
+    std::size_t sentAtOnce_ = 0; // Bytes of text for the present request.
     bool isWatching_ = false;
     DelayedSteps steps_;
 };

@@ -74,7 +74,7 @@ int StoredPieces::load(sqlite3 *database, DefaultsValues &values, qsizetype &bud
         // Known also when a piece is missing or too long to be read, so that the next write removes the rest.
         stored_.insert(key, numbers);
         if (found == SQLITE_ROW)
-            values.insert(key, pieces);
+            values[key].emplace<QByteArrayList>(pieces);
     }
     return code;
 }

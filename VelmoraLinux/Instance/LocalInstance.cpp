@@ -17,6 +17,7 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr int timeoutMs = 3000; // For a first instance that is busy.
 constexpr qint64 maximumMessageBytes = 4096;
+constexpr int mostCallers = 16; // At once.
 } // namespace
 
 LocalInstance::LocalInstance(const QString &identifier)
@@ -61,6 +62,12 @@ void LocalInstance::listen()
     server->setSocketOptions(QLocalServer::UserAccessOption);
     connect(server, &QLocalServer::newConnection, this, [this, server] {
         QLocalSocket *caller = server->nextPendingConnection();
+        caller->setReadBufferSize(maximumMessageBytes);
+        if (server->findChildren<QLocalSocket *>().size() > mostCallers) {
+            caller->abort();
+            caller->deleteLater();
+            return;
+        }
         connect(caller, &QLocalSocket::disconnected, this, [this, caller] {
             caller->deleteLater();
             receive(caller->read(maximumMessageBytes));

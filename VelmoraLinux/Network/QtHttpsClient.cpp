@@ -1,10 +1,12 @@
 #include "QtHttpsClient.h"
 
+#include <QIODevice>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QTimer>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -30,6 +32,43 @@ QNetworkRequest requestTo(const QUrl &url)
     return request;
 }
 
+// A body that can be sent once only: the network layer repeats a request on its own when the server closes the
+// connection without an answer, and the server may have taken the first one.
+class BodySentOnce final : public QIODevice {
+public:
+    explicit BodySentOnce(QByteArray bytes)
+        : bytes_(std::move(bytes))
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+
+    [[nodiscard]] bool isSequential() const override { return true; }
+
+    [[nodiscard]] bool atEnd() const override { return sent_ == bytes_.size(); }
+
+    [[nodiscard]] qint64 bytesAvailable() const override
+    {
+        return bytes_.size() - sent_ + QIODevice::bytesAvailable();
+    }
+
+protected:
+    qint64 readData(char *data, qint64 most) override
+    {
+        const qint64 size = std::min<qint64>(most, bytes_.size() - sent_);
+        if (size == 0)
+            return -1;
+        std::copy_n(bytes_.constData() + sent_, size, data);
+        sent_ += size;
+        return size;
+    }
+
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    QByteArray bytes_;
+    qint64 sent_ = 0;
+};
+
 // Fires once, unless `owner` is destroyed before.
 QTimer *startedTimer(std::chrono::milliseconds delay, QObject *owner)
 {
@@ -54,7 +93,9 @@ struct QtHttpsClient::Exchange {
         const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
         // Qt reports a status from 400 on as an error, but it is a complete answer. A success whose body
         // broke off is not.
-        const bool isAnswer = isTruncated || reply->error() == QNetworkReply::NoError || status >= 400;
+        // A redirection that asks for the request again is one, too.
+        const bool isAnswer = isTruncated || reply->error() == QNetworkReply::NoError ||
+                              reply->error() == QNetworkReply::ContentReSendError || status >= 400;
         return isAnswer && status > 0 ? std::optional<int>(status) : std::nullopt;
     }
 };
@@ -80,7 +121,12 @@ QNetworkReply *QtHttpsClient::send(const QUrl &url, const QByteArray &json)
     QSslConfiguration security = security_.value_or(QSslConfiguration::defaultConfiguration());
     security.setProtocol(QSsl::TlsV1_2OrLater);
     request.setSslConfiguration(security);
-    return manager_->post(request, json);
+    request.setHeader(QNetworkRequest::ContentLengthHeader, json.size());
+    request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    auto body = std::make_unique<BodySentOnce>(json);
+    QNetworkReply *reply = manager_->post(request, body.get());
+    body.release()->setParent(reply);
+    return reply;
 }
 
 void QtHttpsClient::postJson(const QUrl &url, const QByteArray &json, std::chrono::milliseconds timeLimit,

@@ -7,16 +7,29 @@
 
 #include <array>
 #include <csignal>
+#include <ctime>
 
 namespace {
 constexpr std::array quitSignals{SIGTERM, SIGINT, SIGHUP};
 // Global because a signal handler has no other access.
 int wakeUp = -1; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
+// Runs from a signal on. Who hears of it at once has the time that an orderly end takes.
+timer_t patience = {}; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+constexpr itimerspec longestWait = {.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = 250'000'000}};
+constexpr long atOnce = 50'000'000; // Nanoseconds.
+
 void noteSignal(int)
 {
     const eventfd_t one = 1;
     [[maybe_unused]] const auto written = ::write(wakeUp, &one, sizeof one);
+    ::timer_settime(patience, 0, &longestWait, nullptr);
+}
+
+// The event loop is kept busy. Nothing is lost: what was set is stored.
+void endAtOnce(int)
+{
+    ::_exit(0);
 }
 } // namespace
 
@@ -27,8 +40,19 @@ QuitSignals::QuitSignals()
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, [] {
         eventfd_t count = 0;
         ::eventfd_read(wakeUp, &count);
+        itimerspec left = {};
+        ::timer_gettime(patience, &left);
+        if (longestWait.it_value.tv_nsec - left.it_value.tv_nsec < atOnce) {
+            constexpr itimerspec never = {};
+            ::timer_settime(patience, 0, &never, nullptr);
+        }
         QCoreApplication::quit();
     });
+    sigevent onTime = {};
+    onTime.sigev_notify = SIGEV_SIGNAL;
+    onTime.sigev_signo = SIGALRM;
+    std::signal(SIGALRM, endAtOnce);
+    ::timer_create(CLOCK_MONOTONIC, &onTime, &patience);
     for (const int signal : quitSignals) {
         // What was ignored before stays ignored: nohup.
         if (std::signal(signal, noteSignal) == SIG_IGN)
@@ -42,6 +66,8 @@ QuitSignals::~QuitSignals()
         if (std::signal(signal, SIG_DFL) == SIG_IGN)
             std::signal(signal, SIG_IGN);
     }
+    ::timer_delete(patience);
+    std::signal(SIGALRM, SIG_DFL);
     notifier_.reset();
     ::close(wakeUp);
 }

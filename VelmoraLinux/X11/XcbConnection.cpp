@@ -32,6 +32,7 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(XcbAtom::count_)
 constexpr std::size_t preferredChunk = std::size_t(256) * 1024;
 constexpr std::size_t requestHead = 64;
 constexpr std::size_t mostAtomNames = 4096;
+constexpr int mostInOneTurn = 100; // Events and replies.
 
 } // namespace
 
@@ -157,6 +158,11 @@ void XcbConnection::flush()
 {
     xcb_flush(raw());
     // Flushing may have taken events from the socket, which the notifier then does not report.
+    deliverLater();
+}
+
+void XcbConnection::deliverLater()
+{
     if (std::exchange(isDeliveryPlanned_, true))
         return;
     later([this] {
@@ -182,12 +188,14 @@ void XcbConnection::wait(std::chrono::milliseconds limit)
 
 bool XcbConnection::deliver()
 {
-    bool hasDelivered = false;
-    while (!isLost_ && (deliverEvent() || deliverReply()))
-        hasDelivered = true;
+    int delivered = 0;
+    while (!isLost_ && delivered < mostInOneTurn && (deliverEvent() || deliverReply()))
+        ++delivered;
+    if (delivered == mostInOneTurn)
+        deliverLater();
     if (!isLost_ && xcb_connection_has_error(raw()) != 0)
         lose();
-    return hasDelivered || isLost_;
+    return delivered > 0 || isLost_;
 }
 
 bool XcbConnection::deliverEvent()

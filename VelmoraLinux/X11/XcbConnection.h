@@ -39,8 +39,8 @@ enum class XcbAtom {
 // A connection to the X server of our own, beside the one of the toolkit: what hangs in one does not hang the
 // other.
 //
-// Events and replies are delivered from the event loop; after the first connection nothing here waits for a
-// reply. When the server goes away, every pending reply becomes null and then the handler of
+// Events and replies are delivered from the event loop, not many in one turn: whoever floods us makes nobody
+// else wait. After the first connection nothing here waits for a reply. When the server goes away, every pending reply becomes null and then the handler of
 // `setLostHandler` runs; later calls do nothing.
 class XcbConnection {
 public:
@@ -98,6 +98,7 @@ private:
     explicit XcbConnection(XcbServer connection);
     bool prepare();
     bool deliver();
+    void deliverLater();
     bool deliverEvent();
     bool deliverReply();
     void lose();

@@ -69,6 +69,25 @@ public:
         return property;
     }
 
+    // How many answers have come since the last call.
+    int answers()
+    {
+        int count = 0;
+        while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(x_)})
+            count += (event->response_type & 0x7FU) == XCB_SELECTION_NOTIFY ? 1 : 0;
+        return count;
+    }
+
+    void askInto(const QByteArray &property)
+    {
+        xcb_convert_selection(x_, window_, atom("CLIPBOARD"), atom("UTF8_STRING"), atom(property),
+                              XCB_CURRENT_TIME);
+        xcb_flush(x_);
+    }
+
+    // Returns when the server has heard of everything so far.
+    void synchronize() { (void)holds("ANSWER"); }
+
     bool holds(const QByteArray &property)
     {
         const auto cookie = xcb_get_property(x_, 0, window_, atom(property), XCB_GET_PROPERTY_TYPE_ANY, 0, 0);
@@ -240,6 +259,60 @@ private Q_SLOTS:
         std::memcpy(pairs.data(), list.data(), sizeof pairs);
         QCOMPARE(pairs.at(1), other.atom("FIRST"));
         QCOMPARE(pairs.at(3), xcb_atom_t(XCB_NONE)); // Says that this one was refused.
+    }
+
+    void oneRequestGetsNoMoreThanAMebibyteAtOnce()
+    {
+        offer(std::string(200'000, 'x'));
+        Requestor other(server_->display());
+        std::vector<std::uint32_t> words;
+        for (int i = 0; i < 60; ++i)
+            words.insert(words.end(), {other.atom("UTF8_STRING"), other.atom("P" + QByteArray::number(i))});
+        other.setWords("ANSWER", words);
+        other.ask("MULTIPLE");
+        QCOMPARE(other.answer(), std::optional(other.atom("ANSWER")));
+        int given = 0;
+        for (int i = 0; i < 60; ++i)
+            given += other.holds("P" + QByteArray::number(i)) ? 1 : 0;
+        QCOMPARE(given, 5);
+        QCOMPARE(paste(server_->environment())->size(), 200'000); // The next request begins anew.
+    }
+
+    void aProgramThatBeginsManyTransfersGetsAFew()
+    {
+        offer(longText_);
+        Requestor greedy(server_->display());
+        for (int i = 0; i < 30; ++i)
+            greedy.askInto("P" + QByteArray::number(i));
+        greedy.synchronize();
+        QVERIFY(paste(server_->environment()) == std::optional(QByteArray::fromStdString(longText_)));
+        int begun = 0;
+        for (int i = 0; i < 30; ++i)
+            begun += greedy.holds("P" + QByteArray::number(i)) ? 1 : 0;
+        QCOMPARE(begun, 8);
+    }
+
+    // A flood of requests is answered, but the program does other things in between.
+    void aFloodOfRequestsDoesNotKeepUsFromTheRest()
+    {
+        offer("text");
+        QTest::qWait(1); // What belongs to the claim is over.
+        Requestor other(server_->display());
+        constexpr int requests = 3000;
+        for (int i = 0; i < requests; ++i)
+            other.askInto("ANSWER");
+        other.synchronize();
+        int turns = 0;
+        int answered = 0;
+        while (answered < requests && turns < 100000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents);
+            ++turns;
+            other.synchronize();
+            const int inThisTurn = other.answers();
+            QVERIFY2(inThisTurn <= 500, qPrintable(QString::number(inThisTurn)));
+            answered += inThisTurn;
+        }
+        QCOMPARE(answered, requests);
     }
 
     void aListOfFormsThatMakesNoSenseIsRefused()

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 
 #include <Runner/RegisteredTest.h>
@@ -152,6 +153,34 @@ private Q_SLOTS:
         post();
         QTRY_COMPARE(outcome.value, 0);
         QCOMPARE(outcome.calls, 1);
+        QCOMPARE(server->requests.size(), 1);
+    }
+
+    // The server may have taken what it got.
+    void aServerThatClosesWithoutAnAnswerGetsNoSecondRequest()
+    {
+        server->behaviours = {HttpsTestServer::close()};
+        post();
+        QTRY_COMPARE(outcome.value, 0);
+        QCOMPARE(outcome.calls, 1);
+        QCOMPARE(server->requests.size(), 1);
+        QCOMPARE(server->requests.first().body, json);
+    }
+
+    void theProxyOfTheDesktopIsUsed()
+    {
+        QTcpServer proxy;
+        QVERIFY(proxy.listen(QHostAddress::LocalHost));
+        qputenv("https_proxy", "http://127.0.0.1:" + QByteArray::number(proxy.serverPort()));
+        client->postJson(QUrl(u"https://telemetry.invalid/"_s), json, 5s, outcome.taker());
+        QByteArray line;
+        QTRY_VERIFY(proxy.hasPendingConnections());
+        QTcpSocket *caller = proxy.nextPendingConnection();
+        QTRY_VERIFY((line += caller->readAll()).contains('\n'));
+        qunsetenv("https_proxy");
+        QVERIFY2(line.startsWith("CONNECT telemetry.invalid:443 "), line.constData());
+        caller->abort();
+        QTRY_COMPARE(outcome.value, 0);
     }
 
     void anAnswerThatBreaksOffIsAFailure()
@@ -171,7 +200,7 @@ private Q_SLOTS:
 
     void aServerThatIsDownIsAFailure()
     {
-        server->close();
+        server->stop();
         post();
         QTRY_COMPARE(outcome.value, 0);
     }

@@ -1,4 +1,5 @@
 #include <VelmoraLinux/Process/BundleInfoFile.h>
+#include <VelmoraLinux/Process/QuitSignals.h>
 #include <VelmoraLinux/Process/StartConditions.h>
 #include <VelmoraLinux/Process/XdgFolders.h>
 #include <VelmoraLinux/Time/EventLoopScheduler.h>
@@ -12,7 +13,10 @@
 #include <Runner/RegisteredTest.h>
 #include <pwd.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 using namespace std::chrono_literals;
 
@@ -20,6 +24,22 @@ class SystemTests : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
+    // A signal ends the program also when its event loop never gets to hear of it.
+    void aSignalEndsAProgramThatIsKeptBusy()
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            const QuitSignals signals;
+            raise(SIGTERM);
+            while (true)
+                continue;
+        }
+        int status = -1;
+        QCOMPARE(waitpid(child, &status, 0), child); // Without an end the test's time limit ends it.
+        QVERIFY(WIFEXITED(status));
+        QCOMPARE(WEXITSTATUS(status), 0);
+    }
 
     void stepsRunInTheOrderOfTheirTimesAndOfAsking()
     {
