@@ -2,8 +2,9 @@
 # Everything is built in build/<preset>; the released programs lie in build/release/bin.
 
 JOBS ?= $(shell nproc)
+KILLS ?= 1000
 
-.PHONY: all help packages build run test asan checks lint format bench fuzz rehearsal package install clean
+.PHONY: all help packages build run test asan checks lint format bench fuzz faults rehearsal package install clean
 
 all: build
 
@@ -51,6 +52,12 @@ bench: packages ## Measure the engine
 
 fuzz: packages ## Run each fuzzer for a minute
 	Tools/dev/fuzz
+
+faults: packages ## Kill and flood the program, and look at what is lost; takes about half an hour
+	cmake --preset release
+	cmake --build --preset program -j $(JOBS)
+	Tests/Faults/kills.py build/release/bin/velmora $(KILLS)
+	Tests/Faults/floods.py build/release/bin/velmora
 
 package: packages ## Make a .deb and a relocatable tarball, in build/packages
 	JOBS=$(JOBS) Tools/release/package
