@@ -7,6 +7,7 @@
 #include <VelmoraLinux/Process/DisplaySystem.h>
 #include <VelmoraLinux/Process/QuitSignals.h>
 #include <VelmoraLinux/Process/StartConditions.h>
+#include <VelmoraLinux/Process/SuddenEnd.h>
 #include <VelmoraLinux/Process/XdgFolders.h>
 #include <VelmoraLinux/Updates/Handover.h>
 #include <VelmoraMac/VelmoraMacApp.h>
@@ -99,5 +100,6 @@ int main(int argc, char **argv)
         app.performAtStart(*request);
     if (handover)
         platform.whenStanding([&handover] { handover->reportStanding(); });
+    const SuddenEnd suddenEnd([&app] { app.finish(); });
     return app.run();
 }

@@ -68,8 +68,7 @@ int VelmoraMacApp::run()
         [this](ApplicationInstance::Action action) { delegate_->applicationShouldPerform(action); });
     if (actionAtStart_)
         delegate_->applicationShouldPerform(*actionAtStart_);
-    QObject::connect(qApp, &QCoreApplication::aboutToQuit, qApp,
-                     [this] { delegate_->applicationShouldTerminate(); });
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, qApp, [this] { finish(); });
     platform_.scheduler.after(startingTime, platform_.releaseMemory);
     const int status = QCoreApplication::exec();
     views_.closeAll(); // They use the state, which is destroyed first.

@@ -24,6 +24,9 @@ public:
     // What the user started it for; done as soon as it runs.
     void performAtStart(ApplicationInstance::Action action) { actionAtStart_ = action; }
 
+    // What is to be done before the process ends; `run` does it where it returns.
+    void finish() { delegate_->applicationShouldTerminate(); }
+
     // The process's exit status.
     [[nodiscard]] int run();
 
