@@ -89,7 +89,8 @@ Item {
         expanded: root.shellVisible
         response: root.closing ? 0.24 : 0.28
         dampingFraction: root.closing ? 0.86 : 0.84
-        opacity: Math.min(1, Math.max(0, panel.progress))
+        // What cannot be blended with the desktop does not fade: it is there, and then it is not.
+        opacity: Surroundings.blendsWindows ? Math.min(1, Math.max(0, panel.progress)) : 1
     }
     ColumnLayout {
         anchors {

@@ -10,7 +10,7 @@ PremiumBackground {
     property real dampingFraction: 0.84
     // 0 in the small shape, 1 when expanded; a little more while the spring overshoots.
     readonly property real progress: morph.value
-    readonly property real small: Surroundings.reducedMotion ? 0 : 1 - progress
+    readonly property real small: Surroundings.reducedMotion || !Surroundings.blendsWindows ? 0 : 1 - progress
 
     themePalette: Surroundings.palette
     cornerRadius: 30

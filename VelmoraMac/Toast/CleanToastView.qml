@@ -17,7 +17,8 @@ Item {
     readonly property string title: offersCleaning ? App.t("Trackers found", "Tracker gefunden")
                                                    : App.t("Cleaned", "Bereinigt")
     readonly property string subtitle: LocalizedStrings.removedCount(result.removedCount, App.state.language)
-    property bool entered: false
+    // A toast that cannot be blended with the desktop does not fade in.
+    property bool entered: !Surroundings.blendsWindows
     property bool shine: false
 
     implicitWidth: 342
