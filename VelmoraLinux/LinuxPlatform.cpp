@@ -4,6 +4,7 @@
 #include <VelmoraLinux/Login/LoginItems.h>
 #include <VelmoraLinux/Process/WorkingSet.h>
 #include <VelmoraLinux/Process/XdgFolders.h>
+#include <VelmoraLinux/StatusItem/StatusIconName.h>
 #include <VelmoraLinux/Updates/HandoverWatch.h>
 
 #include <QCoreApplication>
@@ -17,6 +18,15 @@ namespace {
 const QString identifier = u"app.velmora.Velmora"_s;
 const QString title = u"Velmora"_s;
 const QStringList languages{u"en"_s, u"de"_s}; // Those of the application's texts.
+
+// Where the desktop finds the icon's drawings, if it colours them.
+QString iconFolder()
+{
+    if (!StatusIconName::areColouredBy(qEnvironmentVariable("XDG_CURRENT_DESKTOP")))
+        return {};
+    return StatusIconName::folder(QCoreApplication::applicationDirPath(), identifier).value_or(QString());
+}
+
 } // namespace
 
 LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &token)
@@ -30,13 +40,20 @@ LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &tok
     , display_(X11Display::open())
     , windows_(display_.get(), token)
     , pointer_(display_.get())
+    , screens_(display_.get())
     , appearance_(QDBusConnection::sessionBus())
     , notifications_(QDBusConnection::sessionBus(), identifier)
-    , statusItem_({QDBusConnection::sessionBus(), display_.get(), appearance_, token}, identifier, title)
+    , statusItem_({.bus = QDBusConnection::sessionBus(),
+                   .xcb = display_.get(),
+                   .screens = screens_,
+                   .appearance = appearance_,
+                   .activationToken = token,
+                   .iconFolder = iconFolder()},
+                  identifier, title)
 {
     // An agent whose clipboard has gone for good has nothing left to do.
     pasteboard_->setLostHandler([] { QCoreApplication::quit(); });
-    // Before the toolkit notices that its own connection is gone and ends the process on the spot.
+    // Without its windows it has nothing left to do either.
     if (display_)
         display_->setLostHandler([] { QCoreApplication::quit(); });
 }

@@ -11,10 +11,10 @@
 #include <VelmoraLinux/Time/SystemWallClock.h>
 #include <VelmoraLinux/Updates/StandardUpdater.h>
 #include <VelmoraLinux/Windows/ActivationToken.h>
-#include <VelmoraLinux/Windows/QtScreens.h>
 #include <VelmoraLinux/X11/X11Display.h>
 #include <VelmoraLinux/X11/X11PointerMonitor.h>
 #include <VelmoraLinux/X11/X11WindowManager.h>
+#include <VelmoraLinux/X11/X11WorkAreas.h>
 #include <VelmoraPlatform/Platform.h>
 
 #include <memory>
@@ -46,7 +46,7 @@ private:
     std::unique_ptr<X11Display> display_; // Null without an X server.
     X11WindowManager windows_;
     X11PointerMonitor pointer_;
-    QtScreens screens_;
+    X11WorkAreas screens_;
     DesktopAppearance appearance_;
     DBusNotifications notifications_;
     LinuxStatusItem statusItem_;

@@ -156,6 +156,7 @@ void StatusBarController::openPopover()
 {
     blockStatusItemClicks(clicksBlockedAfterOpening);
     const auto panel = makePopoverPanel();
+    popoverAnchor_ = dependencies_.statusItem.anchor();
     panel->setFrame(popoverFrameFor(popoverSize()), FrameChange::atOnce);
     if (popoverPanel_)
         popoverPanel_->orderOut();
@@ -186,9 +187,9 @@ QSize StatusBarController::popoverSize() const
 
 QRect StatusBarController::popoverFrameFor(QSize size) const
 {
-    const auto anchor = dependencies_.statusItem.anchor();
-    if (anchor)
-        return popoverFrame(*anchor, dependencies_.screens.workAreaAt(anchor->center()), size);
+    if (popoverAnchor_)
+        return popoverFrame(*popoverAnchor_, dependencies_.screens.workAreaAt(popoverAnchor_->center()),
+                            size);
     const QRect area = dependencies_.screens.mainWorkArea();
     return popoverFrame(QRect(area.center().x(), area.top() - 1, 1, 1), area, size);
 }
@@ -197,11 +198,8 @@ void StatusBarController::updatePopoverSize()
 {
     if (!popoverPanel_ || !popoverPanel_->isVisible() || isClosingPopover_)
         return;
-    const QRect old = popoverPanel_->frame();
-    QRect frame(QPoint(), popoverSize());
-    frame.moveCenter(old.center());
-    frame.moveTop(old.top());
-    popoverPanel_->setFrame(frame, FrameChange::animated);
+    // The same place: the edge that faces the icon stays.
+    popoverPanel_->setFrame(popoverFrameFor(popoverSize()), FrameChange::animated);
 }
 
 void StatusBarController::closePopover()

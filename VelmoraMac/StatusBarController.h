@@ -19,6 +19,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 
 // Controls the status item, the popover that a click on it opens, and its menu; icon and tooltip follow the
 // state. Exists from the end of launch to the end of the process.
@@ -82,6 +83,7 @@ private:
     Dependencies dependencies_;
     PopoverAnimationState popoverAnimationState_;
     std::shared_ptr<Panel> popoverPanel_;
+    std::optional<QRect> popoverAnchor_; // Where the icon was when the popover opened.
     bool statusItemClicksBlocked_ = false;
     bool isClosingPopover_ = false;
     DelayedSteps clickBlock_; // Only the latest block ends itself.

@@ -51,6 +51,43 @@ class CompositorTests(test_shell.DesktopTest):
         self.assertGreater(final, max(ground), "the texts are brighter than their ground")
 
 
+class PlacementTests(test_shell.DesktopTest):
+    """Where the popover and our own menu stand, at a panel that does not draw the menu itself."""
+
+    def started(self, **options):
+        desktop = self.desktop(tray="xembed", **options)
+        desktop.start_velmora()
+        return desktop
+
+    def menu(self, desktop):
+        return test_shell.NotificationAreaTests.wait_for_menu(self, desktop)
+
+    menu_window = staticmethod(test_shell.NotificationAreaTests.menu_window)
+
+    def test_the_popover_grows_away_from_a_panel_at_the_bottom(self):
+        desktop = self.started(edge="bottom")
+        _, before = self.open_popover(desktop)
+        desktop.copy(test_shell.TRACKED)
+        wait_until("the grown popover", lambda: (now := desktop.popover()) and now.height == 536)
+        self.assertEqual(desktop.popover().bottom, before.bottom)
+        self.assertTrue(desktop.popover().inside(test_shell.work_area("bottom")), desktop.popover())
+
+    def test_a_second_right_click_closes_the_menu(self):
+        desktop = self.started()
+        icon = desktop.wait_for_icon()
+        desktop.click(icon.center, button=3)
+        menu = self.menu(desktop)
+        self.assertLessEqual(menu.y - icon.bottom, 16)
+        desktop.click(icon.center, button=3)
+        wait_until("the menu's end", lambda: not self.menu_window(desktop))
+        desktop.catch_up()
+        self.assertIsNone(self.menu_window(desktop))
+        desktop.click(icon.center, button=3)
+        self.menu(desktop)
+        desktop.key("End", "Home", "s", "Return")  # Start at Login.
+        wait_until("the choice", lambda: desktop.is_checked("Start at Login"))
+
+
 if __name__ == "__main__":
     test_shell.PROGRAM = sys.argv.pop(1)
     unittest.main(verbosity=2)

@@ -441,6 +441,33 @@ private Q_SLOTS:
         QCOMPARE(shell.popover().frameChanges, QStringList({u"at once"_s, u"animated"_s}));
     }
 
+    void theEdgeThatFacesTheIconStaysWhenThePopoverGrows_data()
+    {
+        QTest::addColumn<QRect>("icon");
+        QTest::addColumn<QRect>("workArea");
+        QTest::addColumn<QRect>("grown");
+        QTest::newRow("bottom panel")
+            << QRect(600, 772, 24, 28) << QRect(0, 0, 1280, 772) << QRect(459, 228, 306, 536);
+        QTest::newRow("left panel") << QRect(0, 700, 28, 24) << QRect(28, 0, 1252, 800)
+                                    << QRect(36, 256, 306, 536);
+        QTest::newRow("right panel") << QRect(1252, 10, 28, 24) << QRect(0, 0, 1252, 800)
+                                     << QRect(938, 8, 306, 536);
+    }
+
+    void theEdgeThatFacesTheIconStaysWhenThePopoverGrows()
+    {
+        QFETCH(QRect, icon);
+        QFETCH(QRect, workArea);
+        Shell shell;
+        shell.item.place = icon;
+        shell.screens.workArea = workArea;
+        shell.launch();
+        shell.click();
+        shell.item.place = QRect(0, 0, 1, 1); // Clicked meanwhile, or not known any more.
+        shell.appState().record(someResult);
+        QTEST(shell.popover().frame, "grown");
+    }
+
     void aResultLeavesAClosingPopoverAsItIs()
     {
         Shell shell;

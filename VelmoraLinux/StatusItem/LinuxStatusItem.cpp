@@ -1,7 +1,7 @@
 #include "LinuxStatusItem.h"
 
 #include "StatusIconImage.h"
-#include "StatusItemAnchor.h"
+#include "StatusIconName.h"
 
 #include <VelmoraLinux/Windows/NativeGeometry.h>
 
@@ -18,13 +18,6 @@ constexpr int clickTolerance = 20; // Points around a click on the icon that cou
 // Some hosts call AboutToShow after the registration, without the user having opened the menu.
 constexpr qint64 hostProbeMs = 2000;
 
-std::optional<ScreenFrame> screenFrame(const QScreen *screen)
-{
-    if (screen == nullptr)
-        return {};
-    return ScreenFrame{screen->geometry(), screen->availableGeometry()};
-}
-
 bool isWaylandSession()
 {
     return qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
@@ -33,12 +26,15 @@ bool isWaylandSession()
 
 LinuxStatusItem::LinuxStatusItem(const Dependencies &dependencies, const QString &id, const QString &title)
     : dependencies_(dependencies)
+    , id_(id)
     , item_(dependencies.bus, id, title, DBusMenu::path())
     , menu_(dependencies.bus)
     , registration_(dependencies.bus)
-    , embedded_(dependencies.xcb, title, [this](int pixels) { return paint(pixels); })
+    , embedded_(dependencies.xcb, title,
+                [this](int pixels, const auto &ground) { return paint(pixels, ground); })
     , tip_(dependencies.appearance, [this] { return embeddedGeometry(); })
 {
+    item_.setIconFolder(dependencies_.iconFolder);
     connectHosts();
     fade_.callOnTimeout(this, &LinuxStatusItem::fadeStep);
     dependencies_.appearance.addChangeHandler([this] { showIcon(); });
@@ -162,16 +158,18 @@ void LinuxStatusItem::showIcon()
         return;
     StatusNotifierPixmaps pixmaps;
     for (const int pixels : iconSizes)
-        pixmaps << StatusNotifierPixmap::of(paint(pixels));
-    item_.setIcon(pixmaps);
+        pixmaps << StatusNotifierPixmap::of(paint(pixels, std::nullopt));
+    const bool hasName = !dependencies_.iconFolder.isEmpty();
+    item_.setIcon(pixmaps, hasName ? StatusIconName::of(id_, opacity_) : QString());
     embedded_.repaint();
 }
 
-QImage LinuxStatusItem::paint(int pixels) const
+QImage LinuxStatusItem::paint(int pixels, const std::optional<QColor> &ground) const
 {
-    const bool isDark = dependencies_.appearance.colorScheme() == Appearance::ColorScheme::dark;
+    const bool isDark = ground ? isDarkGround(*ground)
+                               : dependencies_.appearance.colorScheme() == Appearance::ColorScheme::dark;
     return paintStatusIcon(template_, pixels, isDark ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x30, 0x30, 0x33),
-                           opacity_);
+                           opacity_, ground ? IconEdge::none : IconEdge::contrasting);
 }
 
 std::optional<QPoint> LinuxStatusItem::pointer() const
@@ -187,14 +185,21 @@ std::optional<QPoint> LinuxStatusItem::pointer() const
     return toPoints(QPoint(reply->root_x, reply->root_y));
 }
 
+std::optional<ScreenFrame> LinuxStatusItem::screenFrame(const QScreen *screen) const
+{
+    if (screen == nullptr)
+        return {};
+    return ScreenFrame{screen->geometry(), dependencies_.screens.workAreaAt(screen->geometry().center())};
+}
+
 QRect LinuxStatusItem::anchorOfClick(QPoint nativeHint) const
 {
     const QPoint hint = toPoints(nativeHint);
-    std::optional<QPoint> click;
-    if (isClickPosition(hint, screenFrame(QGuiApplication::screenAt(hint))))
-        click = hint;
-    else
-        click = pointer();
+    const auto screenOfHint = screenFrame(QGuiApplication::screenAt(hint));
+    std::optional<QPoint> click = pointer();
+    const auto screenOfPointer = click ? screenFrame(QGuiApplication::screenAt(*click)) : std::nullopt;
+    if (!isPointerOnIcon(screenOfPointer, click, screenOfHint, hint))
+        click = isClickPosition(hint, screenOfHint) ? std::optional(hint) : click;
     const QScreen *screen = click ? QGuiApplication::screenAt(*click) : QGuiApplication::primaryScreen();
     const auto frame = screenFrame(screen);
     if (!frame)

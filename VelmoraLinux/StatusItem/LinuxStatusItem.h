@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DBusMenu.h"
+#include "StatusItemAnchor.h"
 #include "StatusItemTip.h"
 #include "StatusNotifierItem.h"
 #include "StatusNotifierRegistration.h"
@@ -8,9 +9,11 @@
 
 #include <VelmoraLinux/Windows/ActivationToken.h>
 #include <VelmoraPlatform/Appearance.h>
+#include <VelmoraPlatform/Screens.h>
 #include <VelmoraPlatform/StatusItem.h>
 
 #include <QElapsedTimer>
+#include <QScreen>
 #include <QTimer>
 
 // The status icon of Linux desktops: a StatusNotifierItem where a host shows those, otherwise a window in a
@@ -22,8 +25,11 @@ public:
     struct Dependencies {
         QDBusConnection bus;
         X11Display *xcb; // May be null.
+        const Screens &screens;
         Appearance &appearance;
         ActivationToken &activationToken;
+        // The theme with the icon's drawings, on a desktop that colours them; empty elsewhere.
+        QString iconFolder = {};
     };
 
     // `id` is the item's Id property, `title` the name that users read.
@@ -52,12 +58,14 @@ private:
     void chooseHost();
     void showIcon();
     void fadeStep();
-    [[nodiscard]] QImage paint(int pixels) const;
+    [[nodiscard]] QImage paint(int pixels, const std::optional<QColor> &ground) const;
+    [[nodiscard]] std::optional<ScreenFrame> screenFrame(const QScreen *screen) const;
     [[nodiscard]] std::optional<QPoint> pointer() const;
     [[nodiscard]] std::optional<QRect> embeddedGeometry() const;
     [[nodiscard]] QRect anchorOfClick(QPoint nativeHint) const;
 
     Dependencies dependencies_;
+    QString id_;
     StatusNotifierItem item_;
     DBusMenu menu_;
     StatusNotifierRegistration registration_;

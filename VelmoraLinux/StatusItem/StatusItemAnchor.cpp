@@ -23,6 +23,16 @@ bool isClickPosition(QPoint hint, const std::optional<ScreenFrame> &screenOfHint
     return screenOfHint && (hint.x() >= largestIcon || hint.y() >= largestIcon);
 }
 
+bool isPointerOnIcon(const std::optional<ScreenFrame> &screenOfPointer, const std::optional<QPoint> &pointer,
+                     const std::optional<ScreenFrame> &screenOfHint, QPoint hint)
+{
+    if (!screenOfPointer || !pointer)
+        return false;
+    const bool isPointerInPanel = !screenOfPointer->workArea.contains(*pointer);
+    const bool isHintInPanel = isClickPosition(hint, screenOfHint) && !screenOfHint->workArea.contains(hint);
+    return isPointerInPanel || !isHintInPanel;
+}
+
 QRect anchorAround(QPoint click, const ScreenFrame &screen)
 {
     const auto [left, top, right, bottom] = strutsOf(screen);

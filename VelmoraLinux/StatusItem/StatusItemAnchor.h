@@ -16,6 +16,12 @@ struct ScreenFrame {
 // corner or send zeros.
 [[nodiscard]] bool isClickPosition(QPoint hint, const std::optional<ScreenFrame> &screenOfHint);
 
+// Whether to believe the server's `pointer` and not the host's `hint`: hosts count in other units where the
+// desktop is scaled. Not when the hint is in a panel and the pointer is not: the item was chosen by keyboard.
+[[nodiscard]] bool isPointerOnIcon(const std::optional<ScreenFrame> &screenOfPointer,
+                                   const std::optional<QPoint> &pointer,
+                                   const std::optional<ScreenFrame> &screenOfHint, QPoint hint);
+
 // The area to place a popover at: the panel's whole thickness when the click is in a panel, otherwise the point.
 [[nodiscard]] QRect anchorAround(QPoint click, const ScreenFrame &screen);
 

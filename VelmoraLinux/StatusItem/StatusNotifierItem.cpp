@@ -28,9 +28,10 @@ QString StatusNotifierItem::path()
     return u"/StatusNotifierItem"_s; // The default path when only a bus name was registered.
 }
 
-void StatusNotifierItem::setIcon(const StatusNotifierPixmaps &icon)
+void StatusNotifierItem::setIcon(const StatusNotifierPixmaps &icon, const QString &name)
 {
     icon_ = icon;
+    iconName_ = name;
     Q_EMIT NewIcon();
 }
 

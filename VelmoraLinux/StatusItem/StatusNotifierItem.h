@@ -17,10 +17,10 @@ class StatusNotifierItem : public QObject {
     Q_PROPERTY(QString Title READ title)
     Q_PROPERTY(QString Status READ status)
     Q_PROPERTY(int WindowId READ windowId)
-    Q_PROPERTY(QString IconThemePath READ noName)
+    Q_PROPERTY(QString IconThemePath READ iconFolder)
     Q_PROPERTY(QDBusObjectPath Menu READ menu)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
-    Q_PROPERTY(QString IconName READ noName)
+    Q_PROPERTY(QString IconName READ iconName)
     Q_PROPERTY(StatusNotifierPixmaps IconPixmap READ icon)
     Q_PROPERTY(QString OverlayIconName READ noName)
     Q_PROPERTY(StatusNotifierPixmaps OverlayIconPixmap READ noIcon)
@@ -37,7 +37,12 @@ public:
     [[nodiscard]] bool exportItem();
     static QString path();
 
-    void setIcon(const StatusNotifierPixmaps &icon);
+    // Hosts take the icon by its name, if it has one, and else the pixmaps.
+    void setIcon(const StatusNotifierPixmaps &icon, const QString &name);
+
+    // Where hosts find icons by name besides the system's folders.
+    void setIconFolder(const QString &folder) { iconFolder_ = folder; }
+
     void setToolTip(const QString &text);
     void setActive(bool active);
 
@@ -52,6 +57,10 @@ public:
     [[nodiscard]] static int windowId() { return 0; }
 
     [[nodiscard]] static QString noName() { return {}; }
+
+    [[nodiscard]] QString iconName() const { return iconName_; }
+
+    [[nodiscard]] QString iconFolder() const { return iconFolder_; }
 
     [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(menu_); }
 
@@ -85,6 +94,8 @@ private:
     QString title_;
     QString menu_;
     StatusNotifierPixmaps icon_;
+    QString iconName_;
+    QString iconFolder_;
     QString toolTip_;
     bool active_ = true;
 };

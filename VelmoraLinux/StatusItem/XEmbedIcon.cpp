@@ -3,6 +3,7 @@
 #include <QPainter>
 
 #include <array>
+#include <utility>
 
 namespace {
 constexpr quint32 requestDock = 0;
@@ -182,8 +183,12 @@ void XEmbedIcon::handle(const xcb_generic_event_t &event)
         if (reinterpret_cast<const xcb_enter_notify_event_t &>(event).event == window_)
             Q_EMIT pointerEntered();
         break;
-    case XCB_LEAVE_NOTIFY:
-    case XCB_BUTTON_PRESS: // Both events have the window at the same offset.
+    case XCB_BUTTON_PRESS:
+        if (const auto &press = reinterpret_cast<const xcb_button_press_event_t &>(event);
+            press.event == window_)
+            pressedButton_ = press.detail;
+        [[fallthrough]];
+    case XCB_LEAVE_NOTIFY: // Both events have the window at the same offset.
         if (reinterpret_cast<const xcb_leave_notify_event_t &>(event).event == window_)
             Q_EMIT pointerLeft();
         break;
@@ -197,12 +202,31 @@ void XEmbedIcon::handle(const xcb_generic_event_t &event)
 
 void XEmbedIcon::handleRelease(const xcb_button_release_event_t &release)
 {
-    if (release.event != window_ || !QRect(QPoint(), size_).contains(release.event_x, release.event_y))
+    // The press that closes a menu goes to the menu, only its release comes here.
+    const bool wasPressedHere = std::exchange(pressedButton_, 0) == release.detail;
+    if (!wasPressedHere || release.event != window_ ||
+        !QRect(QPoint(), size_).contains(release.event_x, release.event_y))
         return;
     if (release.detail == XCB_BUTTON_INDEX_1)
         Q_EMIT activated();
     else if (release.detail == XCB_BUTTON_INDEX_3)
         Q_EMIT menuRequested();
+}
+
+// What the server shows there; null when it is not to be had.
+QImage XEmbedIcon::picture(xcb_window_t window, QRect area) const
+{
+    const auto width = static_cast<quint16>(area.width());
+    const auto height = static_cast<quint16>(area.height());
+    const auto cookie =
+        xcb_get_image(connection_->xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, window, static_cast<qint16>(area.x()),
+                      static_cast<qint16>(area.y()), width, height, ~0U);
+    const XcbReply<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection_->xcb(), cookie, nullptr));
+    if (!reply || xcb_get_image_data_length(reply.get()) != 4 * width * height)
+        return {};
+    const auto format = reply->depth == 32 ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
+    return QImage(xcb_get_image_data(reply.get()), width, height, format)
+        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
 QImage XEmbedIcon::background(quint16 width, quint16 height) const
@@ -213,13 +237,24 @@ QImage XEmbedIcon::background(quint16 width, quint16 height) const
         return image;
     // Without an alpha channel the icon is painted on the panel's background, which the cleared window shows.
     xcb_clear_area(connection_->xcb(), 0, window_, 0, 0, 0, 0);
-    const auto cookie =
-        xcb_get_image(connection_->xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, window_, 0, 0, width, height, ~0U);
-    const XcbReply<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection_->xcb(), cookie, nullptr));
-    if (!reply || xcb_get_image_data_length(reply.get()) != image.sizeInBytes())
-        return image;
-    return QImage(xcb_get_image_data(reply.get()), width, height, QImage::Format_RGB32)
-        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage shown = picture(window_, QRect(0, 0, width, height));
+    return shown.isNull() ? image : shown;
+}
+
+// The colour of the panel under the icon, from `background` or, when that is transparent, from the tray's window.
+std::optional<QColor> XEmbedIcon::ground(const QImage &background) const
+{
+    QImage shown = background;
+    if (depth_ == 32) {
+        const auto cookie = xcb_get_geometry(connection_->xcb(), trayWindow_);
+        const XcbReply<xcb_get_geometry_reply_t> tray(
+            xcb_get_geometry_reply(connection_->xcb(), cookie, nullptr));
+        shown = tray ? picture(trayWindow_, QRect(0, 0, tray->width, tray->height)) : QImage();
+    }
+    if (shown.isNull())
+        return {};
+    const QColor mean = shown.scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation).pixelColor(0, 0);
+    return mean.alphaF() > 0.5F ? std::optional(mean) : std::nullopt;
 }
 
 void XEmbedIcon::repaint()
@@ -231,7 +266,7 @@ void XEmbedIcon::repaint()
     QImage image = background(width, height);
     const int side = qMin(width, height);
     QPainter painter(&image);
-    painter.drawImage((width - side) / 2, (height - side) / 2, painter_(side));
+    painter.drawImage((width - side) / 2, (height - side) / 2, painter_(side, ground(image)));
     painter.end();
 
     xcb_connection_t *xcb = connection_->xcb();

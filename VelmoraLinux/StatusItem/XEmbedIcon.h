@@ -17,8 +17,8 @@ class XEmbedIcon : public QObject {
     Q_OBJECT
 
 public:
-    // Draws the icon in a square of `pixels` x `pixels`.
-    using Painter = std::function<QImage(int pixels)>;
+    // Draws the icon in a square of `pixels` x `pixels`, for a panel of the colour `ground` if that is known.
+    using Painter = std::function<QImage(int pixels, const std::optional<QColor> &ground)>;
 
     // `connection` may be null: there is no system tray then.
     XEmbedIcon(X11Display *connection, QString title, Painter painter);
@@ -47,6 +47,8 @@ private:
     void describeWindow();
     void handle(const xcb_generic_event_t &event);
     void handleRelease(const xcb_button_release_event_t &release);
+    [[nodiscard]] std::optional<QColor> ground(const QImage &background) const;
+    [[nodiscard]] QImage picture(xcb_window_t window, QRect area) const;
     [[nodiscard]] QImage background(quint16 width, quint16 height) const;
     [[nodiscard]] quint8 depthOf(xcb_visualid_t visual) const;
 
@@ -60,5 +62,6 @@ private:
     xcb_window_t window_ = XCB_WINDOW_NONE;
     xcb_colormap_t colormap_ = XCB_NONE;
     quint8 depth_ = 0;
+    quint8 pressedButton_ = 0;
     QSize size_;
 };

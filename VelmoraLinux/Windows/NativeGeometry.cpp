@@ -3,7 +3,6 @@
 #include <QGuiApplication>
 #include <QScreen>
 
-namespace {
 // Each screen keeps its native top left corner and has its size divided by its scale.
 QRect nativeGeometry(const QScreen &screen)
 {
@@ -11,6 +10,7 @@ QRect nativeGeometry(const QScreen &screen)
     return {points.topLeft(), (QSizeF(points.size()) * screen.devicePixelRatio()).toSize()};
 }
 
+namespace {
 const QScreen *screenAtNative(QPoint native)
 {
     const auto screens = QGuiApplication::screens();

@@ -51,12 +51,27 @@ xcb_window_t X11Display::selectionOwner(xcb_atom_t selection) const
 
 std::vector<quint32> X11Display::property(xcb_window_t window, xcb_atom_t name, quint32 length) const
 {
-    const auto cookie = xcb_get_property(xcb(), 0, window, name, XCB_ATOM_ANY, 0, length);
-    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(xcb(), cookie, nullptr));
-    if (!reply || reply->format != 32)
-        return {};
-    const auto *words = static_cast<const quint32 *>(xcb_get_property_value(reply.get()));
-    return {words, words + reply->value_len};
+    return propertyOf({window}, name, length).front();
+}
+
+std::vector<std::vector<quint32>> X11Display::propertyOf(const std::vector<xcb_window_t> &windows,
+                                                         xcb_atom_t name, quint32 length) const
+{
+    std::vector<xcb_get_property_cookie_t> cookies;
+    cookies.reserve(windows.size());
+    for (const xcb_window_t window : windows)
+        cookies.push_back(xcb_get_property(xcb(), 0, window, name, XCB_ATOM_ANY, 0, length));
+    std::vector<std::vector<quint32>> values;
+    values.reserve(windows.size());
+    for (const xcb_get_property_cookie_t cookie : cookies) {
+        const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(xcb(), cookie, nullptr));
+        values.emplace_back();
+        if (!reply || reply->format != 32)
+            continue;
+        const auto *words = static_cast<const quint32 *>(xcb_get_property_value(reply.get()));
+        values.back().assign(words, words + reply->value_len);
+    }
+    return values;
 }
 
 void X11Display::sendClientMessage(xcb_window_t destination, quint32 eventMask,

@@ -33,6 +33,9 @@ public:
     [[nodiscard]] xcb_window_t selectionOwner(xcb_atom_t selection) const;
     // The first `length` words of a property; empty when it is missing.
     [[nodiscard]] std::vector<quint32> property(xcb_window_t window, xcb_atom_t name, quint32 length) const;
+    // The same of several windows; takes as long as for one.
+    [[nodiscard]] std::vector<std::vector<quint32>> propertyOf(const std::vector<xcb_window_t> &windows,
+                                                               xcb_atom_t name, quint32 length) const;
     void sendClientMessage(xcb_window_t destination, quint32 eventMask,
                            const xcb_client_message_event_t &message);
     // Adds to what we want to hear of a window that may be another client's.

@@ -34,7 +34,7 @@ void QuickMenuPresenter::popUp(const StatusMenu &menu, const QRect &anchor, int 
     const QSize size =
         view == nullptr ? QSize(1, 1) : QSizeF(view->implicitWidth(), view->implicitHeight()).toSize();
     desktop.windows.makePanel(*window_, {true, cornerRadius});
-    desktop.windows.place(*window_, popoverFrame(anchor, desktop.screens.workAreaAt(anchor.center()), size));
+    desktop.windows.place(*window_, menuFrame(anchor, desktop.screens.workAreaAt(anchor.center()), size));
     window_->installEventFilter(this);
     window_->show();
     window_->raise();
@@ -68,7 +68,7 @@ bool QuickMenuPresenter::eventFilter(QObject *watched, QEvent *event)
         return true;
     }
     case QEvent::KeyPress:
-        return pressKey(static_cast<QKeyEvent *>(event)->key());
+        return pressKey(*static_cast<QKeyEvent *>(event));
     default:
         break;
     }
@@ -81,9 +81,9 @@ void QuickMenuPresenter::grabInput()
     window_->setKeyboardGrabEnabled(true);
 }
 
-bool QuickMenuPresenter::pressKey(int key)
+bool QuickMenuPresenter::pressKey(const QKeyEvent &event)
 {
-    switch (key) {
+    switch (event.key()) {
     case Qt::Key_Escape:
         dismiss();
         break;
@@ -93,12 +93,19 @@ bool QuickMenuPresenter::pressKey(int key)
     case Qt::Key_Up:
         model_->moveCurrent(-1);
         break;
+    case Qt::Key_Home:
+        model_->moveToFirst();
+        break;
+    case Qt::Key_End:
+        model_->moveToLast();
+        break;
     case Qt::Key_Return:
     case Qt::Key_Enter:
     case Qt::Key_Space:
         model_->chooseCurrent();
         break;
     default:
+        model_->moveToNext(event.text());
         break;
     }
     return true;

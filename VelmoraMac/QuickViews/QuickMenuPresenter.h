@@ -22,7 +22,7 @@ public:
 
 private:
     void grabInput();
-    bool pressKey(int key);
+    bool pressKey(const QKeyEvent &event);
 
     QuickViews &views_;
     std::unique_ptr<StatusMenuModel> model_;

@@ -51,6 +51,28 @@ void StatusMenuModel::moveCurrent(int step)
     }
 }
 
+void StatusMenuModel::moveToFirst()
+{
+    current_ = -1;
+    moveCurrent(1);
+}
+
+void StatusMenuModel::moveToLast()
+{
+    current_ = -1;
+    moveCurrent(-1);
+}
+
+void StatusMenuModel::moveToNext(const QString &text)
+{
+    const int count = static_cast<int>(menu_.size());
+    for (int tries = 1; !text.isEmpty() && tries <= count; ++tries) {
+        const int index = (current_ + tries + count) % count;
+        if (isChoice(index) && menu_[static_cast<size_t>(index)].title.startsWith(text, Qt::CaseInsensitive))
+            return setCurrent(index);
+    }
+}
+
 void StatusMenuModel::choose(int index)
 {
     if (isChoice(index))

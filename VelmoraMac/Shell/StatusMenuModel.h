@@ -30,6 +30,10 @@ public:
     void setCurrent(int current);
     // To the next entry in direction `step`, which is 1 or -1, beyond separators and around the ends.
     void moveCurrent(int step);
+    void moveToFirst();
+    void moveToLast();
+    // To the next entry that begins with `text`, around the end; stays where it is when none does.
+    void moveToNext(const QString &text);
     Q_INVOKABLE void choose(int index);
 
     void chooseCurrent() { choose(current_); }

@@ -1,4 +1,5 @@
 #include <VelmoraLinux/StatusItem/LinuxStatusItem.h>
+#include <VelmoraLinux/X11/X11WorkAreas.h>
 
 #include <QDBusMessage>
 #include <QDBusPendingCall>
@@ -61,6 +62,8 @@ class LinuxStatusItemTests : public QObject {
     ActivationToken token_;
     std::unique_ptr<LinuxStatusItem> item_;
     QString service_;
+    QString iconFolder_;
+    X11WorkAreas screens_{nullptr};
     int newIcons_ = 0;
 
     void startWatcher()
@@ -82,8 +85,8 @@ class LinuxStatusItemTests : public QObject {
         const auto ours = QDBusConnection::connectToBus(daemon_->address(), u"ours"_s);
         service_ = ours.baseService();
         item_ = std::make_unique<LinuxStatusItem>(
-            LinuxStatusItem::Dependencies{ours, nullptr, appearance_, token_}, u"app.example"_s,
-            u"Example"_s);
+            LinuxStatusItem::Dependencies{ours, nullptr, screens_, appearance_, token_, iconFolder_},
+            u"app.example"_s, u"Example"_s);
         item_->setTemplateImage(blackSquare(), QSize(17, 17));
     }
 
@@ -137,6 +140,7 @@ private Q_SLOTS:
     {
         panel_ = QDBusConnection::connectToBus(daemon_->address(), u"panel"_s);
         newIcons_ = 0;
+        iconFolder_.clear();
     }
 
     void cleanup()
@@ -187,6 +191,24 @@ private Q_SLOTS:
         makeShownItem();
         item_->setOpacity(opacity);
         QCOMPARE(alphaOnPanel(), qRound(255 * opacity));
+    }
+
+    void whereTheDesktopColoursIconsItGetsTheirNames()
+    {
+        iconFolder_ = u"/somewhere/icons"_s;
+        makeShownItem();
+        QCOMPARE(property(u"IconThemePath"_s).toString(), iconFolder_);
+        QCOMPARE(property(u"IconName"_s).toString(), u"app.example-symbolic"_s);
+        item_->setOpacity(0.38);
+        QCOMPARE(property(u"IconName"_s).toString(), u"app.example-38-symbolic"_s);
+        QCOMPARE(alphaOnPanel(), qRound(255 * 0.38)); // For hosts that take pixmaps all the same.
+    }
+
+    void elsewhereThereAreOnlyPixmaps()
+    {
+        makeShownItem();
+        QCOMPARE(property(u"IconName"_s).toString(), QString());
+        QCOMPARE(property(u"IconThemePath"_s).toString(), QString());
     }
 
     void aFadeGoesInStepsToItsEnd()

@@ -96,6 +96,18 @@ private Q_SLOTS:
         QFETCH(QRect, icon);
         QTEST(tipFrame(icon, workArea, QSize(200, 24)), "tip");
     }
+
+    void thePointerIsBelievedBeforeTheHost()
+    {
+        const ScreenFrame screen{QRect(0, 0, 1280, 800), QRect(0, 32, 1280, 768)};
+        const QPoint inPanel(1200, 16);
+        const QPoint elsewhere(400, 500);
+        QVERIFY(isPointerOnIcon(screen, inPanel, screen, QPoint(600, 8))); // Counted in other units.
+        QVERIFY(isPointerOnIcon(screen, inPanel, std::nullopt, QPoint(2400, 32)));
+        QVERIFY(isPointerOnIcon(screen, elsewhere, screen, QPoint(9, 16))); // A panel that reserves no room.
+        QVERIFY(!isPointerOnIcon(screen, elsewhere, screen, inPanel));      // By keyboard.
+        QVERIFY(!isPointerOnIcon(std::nullopt, std::nullopt, screen, inPanel));
+    }
 };
 
 static const RegisteredTest<StatusItemAnchorTests> registered;

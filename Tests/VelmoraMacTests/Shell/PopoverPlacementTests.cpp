@@ -41,6 +41,30 @@ private Q_SLOTS:
         QFETCH(QRect, workArea);
         QTEST(popoverFrame(anchor, workArea, QSize(306, 386)), "frame");
     }
+
+    void aMenuBeginsAtTheLeftEdgeOfItsIcon_data()
+    {
+        QTest::addColumn<QRect>("anchor");
+        QTest::addColumn<QRect>("workArea");
+        QTest::addColumn<QRect>("frame");
+        const QRect belowTopPanel(0, 30, 1280, 770);
+        QTest::newRow("below") << QRect(600, 0, 30, 30) << belowTopPanel << QRect(600, 34, 180, 200);
+        QTest::newRow("held at the right")
+            << QRect(1246, 0, 30, 30) << belowTopPanel << QRect(1100, 34, 180, 200);
+        QTest::newRow("above a bottom panel")
+            << QRect(600, 770, 30, 30) << QRect(0, 0, 1280, 770) << QRect(600, 566, 180, 200);
+        QTest::newRow("right of a left panel")
+            << QRect(0, 400, 40, 40) << QRect(40, 0, 1240, 800) << QRect(44, 400, 180, 200);
+        QTest::newRow("left of a right panel, held at the bottom")
+            << QRect(1240, 780, 40, 20) << QRect(0, 0, 1240, 800) << QRect(1056, 600, 180, 200);
+    }
+
+    void aMenuBeginsAtTheLeftEdgeOfItsIcon()
+    {
+        QFETCH(QRect, anchor);
+        QFETCH(QRect, workArea);
+        QTEST(menuFrame(anchor, workArea, QSize(180, 200)), "frame");
+    }
 };
 
 static const RegisteredTest<PopoverPlacementTests> registered;
