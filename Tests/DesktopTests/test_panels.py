@@ -51,6 +51,19 @@ class CompositorTests(test_shell.DesktopTest):
         self.assertGreater(final, max(ground), "the texts are brighter than their ground")
 
 
+class IconTests(test_shell.DesktopTest):
+    def test_the_icon_has_the_colour_that_its_tray_needs(self):
+        for dark, compositor in ((False, True), (True, True), (False, False), (True, False)):
+            with self.subTest(dark=dark, compositor=compositor):
+                desktop = self.desktop(tray="xembed", dark_tray=dark, compositor=compositor)
+                desktop.start_velmora()
+                pixels = [sum(pixel) / 3 for row in desktop.picture(desktop.wait_for_icon()) for pixel in row]
+                self.assertGreater(max(pixels) - min(pixels), 120)
+                ground = desktop.picture(Rect(desktop.icon()[0].x - 6, desktop.icon()[0].center[1], 1, 1))[0][0]
+                self.assertEqual(sum(ground) / 3 < 100, dark, ground)
+                desktop.stop(desktop.velmora)
+
+
 class PlacementTests(test_shell.DesktopTest):
     """Where the popover and our own menu stand, at a panel that does not draw the menu itself."""
 

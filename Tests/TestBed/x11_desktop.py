@@ -39,10 +39,12 @@ def wait_until(what, condition, patience=TIMEOUT):
 
 
 class Desktop:
-    """tray: "sni" is a panel that knows StatusNotifierItem, "xembed" a plain notification area, "none" neither."""
+    """tray: "sni" is a panel that knows StatusNotifierItem, "xembed" a plain notification area, which may be dark, "none"
+    neither."""
 
-    def __init__(self, program, tray="sni", edge="top", compositor=True, bus=True):
+    def __init__(self, program, tray="sni", edge="top", compositor=True, bus=True, dark_tray=False):
         self.program, self.tray_kind, self.edge = program, tray, edge
+        self.tray_look = ["--transparent", "true", "--alpha", "0", "--tint", "0x101014"] if dark_tray else []
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="velmora-desktop-"))
         self.processes, self.person = [], None
         self.env = {name: os.environ[name] for name in ("PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS")
@@ -187,7 +189,7 @@ class Desktop:
         elif self.tray_kind == "xembed":
             self.tray = self.start("panel", "trayer", "--edge", self.edge, "--align", "right", "--widthtype", "pixel",
                                    "--width", "200", "--heighttype", "pixel", "--height", str(PANEL), "--SetDockType",
-                                   "true", "--SetPartialStrut", "true", "--expand", "false")
+                                   "true", "--SetPartialStrut", "true", "--expand", "false", *self.tray_look)
             wait_until("the tray", lambda: self.person.owns_selection("_NET_SYSTEM_TRAY_S0"))
 
     def stop_tray(self):
