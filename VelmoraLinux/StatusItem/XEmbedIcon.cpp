@@ -179,19 +179,30 @@ void XEmbedIcon::handle(const xcb_generic_event_t &event)
         if (reinterpret_cast<const xcb_expose_event_t &>(event).window == window_)
             repaint();
         break;
+    default:
+        handlePointer(event);
+    }
+}
+
+void XEmbedIcon::handlePointer(const xcb_generic_event_t &event)
+{
+    switch (event.response_type & 0x7fU) {
     case XCB_ENTER_NOTIFY:
         if (reinterpret_cast<const xcb_enter_notify_event_t &>(event).event == window_)
             Q_EMIT pointerEntered();
         break;
-    case XCB_BUTTON_PRESS:
-        if (const auto &press = reinterpret_cast<const xcb_button_press_event_t &>(event);
-            press.event == window_)
-            pressedButton_ = press.detail;
-        [[fallthrough]];
-    case XCB_LEAVE_NOTIFY: // Both events have the window at the same offset.
+    case XCB_LEAVE_NOTIFY:
         if (reinterpret_cast<const xcb_leave_notify_event_t &>(event).event == window_)
             Q_EMIT pointerLeft();
         break;
+    case XCB_BUTTON_PRESS: {
+        const auto &press = reinterpret_cast<const xcb_button_press_event_t &>(event);
+        if (press.event != window_)
+            break;
+        pressedButton_ = press.detail;
+        Q_EMIT pointerLeft();
+        break;
+    }
     case XCB_BUTTON_RELEASE:
         handleRelease(reinterpret_cast<const xcb_button_release_event_t &>(event));
         break;

@@ -46,6 +46,7 @@ private:
     void createWindow(xcb_window_t tray);
     void describeWindow();
     void handle(const xcb_generic_event_t &event);
+    void handlePointer(const xcb_generic_event_t &event);
     void handleRelease(const xcb_button_release_event_t &release);
     [[nodiscard]] std::optional<QColor> ground(const QImage &background) const;
     [[nodiscard]] QImage picture(xcb_window_t window, QRect area) const;
