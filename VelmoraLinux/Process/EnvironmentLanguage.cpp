@@ -37,7 +37,7 @@ QString EnvironmentLanguage::code() const
         return language;
     const QStringList preferred = qEnvironmentVariable("LANGUAGE").split(u':', Qt::SkipEmptyParts);
     for (const QString &locale : preferred) {
-        const QString candidate = languageOf(locale);
+        QString candidate = languageOf(locale);
         if (candidate.isEmpty() || offered_.contains(candidate))
             return candidate;
     }
