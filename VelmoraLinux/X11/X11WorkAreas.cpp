@@ -6,6 +6,7 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -26,10 +27,10 @@ void cut(QRect &area, const QRect &monitor, QSize whole, const std::vector<quint
     const int right = whole.width() - static_cast<int>(strut[1]) - 1;
     const int top = static_cast<int>(strut[2]);
     const int bottom = whole.height() - static_cast<int>(strut[3]) - 1;
-    const bool isBeside[] = {meet(monitor.top(), monitor.bottom(), strut[4], strut[5]),
-                             meet(monitor.top(), monitor.bottom(), strut[6], strut[7]),
-                             meet(monitor.left(), monitor.right(), strut[8], strut[9]),
-                             meet(monitor.left(), monitor.right(), strut[10], strut[11])};
+    const std::array isBeside{meet(monitor.top(), monitor.bottom(), strut[4], strut[5]),
+                              meet(monitor.top(), monitor.bottom(), strut[6], strut[7]),
+                              meet(monitor.left(), monitor.right(), strut[8], strut[9]),
+                              meet(monitor.left(), monitor.right(), strut[10], strut[11])};
     // A strut that goes beyond the monitor belongs to another one behind it.
     if (strut[0] > 0 && isBeside[0] && left <= monitor.right())
         area.setLeft(std::max(area.left(), left));
