@@ -30,7 +30,7 @@ Rectangle {
         current: App.state.activeAppTab
         onChosen: tab => App.state.activeAppTab = tab
     }
-    Rectangle {
+    RoundedBox {
         anchors {
             fill: parent
             margins: 18
@@ -38,7 +38,7 @@ Rectangle {
         }
         radius: 10
         color: Surroundings.colors.paneFill
-        border.color: Surroundings.colors.cardStroke
+        borderColor: Surroundings.colors.cardStroke
 
         Loader {
             anchors {

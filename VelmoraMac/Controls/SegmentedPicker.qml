@@ -32,16 +32,16 @@ FocusScope {
     Keys.onLeftPressed: step(-1)
     Keys.onRightPressed: step(1)
 
-    Rectangle { // Opaque: the picker may stand on a line.
+    RoundedBox { // Opaque: the picker may stand on a line.
         anchors.fill: parent
         radius: 7
         color: Surroundings.colors.windowBackground
     }
-    Rectangle {
+    RoundedBox {
         anchors.fill: parent
         radius: 7
         color: Surroundings.colors.controlFill
-        border.color: Surroundings.colors.cardStroke
+        borderColor: Surroundings.colors.cardStroke
 
         FocusRing {
             shown: root.activeFocus
@@ -58,7 +58,7 @@ FocusScope {
 
             model: root.values.length
 
-            Rectangle {
+            RoundedBox {
                 id: segment
 
                 required property int index
@@ -68,7 +68,7 @@ FocusScope {
                 height: 22
                 radius: 5.5
                 color: selected ? Surroundings.colors.controlRaised : "transparent"
-                border.color: selected ? Surroundings.colors.cardStroke : "transparent"
+                borderColor: selected ? Surroundings.colors.cardStroke : "transparent"
                 Accessible.role: root.turnsPages ? Accessible.PageTab : Accessible.RadioButton
                 Accessible.name: root.titles[index]
                 Accessible.checkable: true

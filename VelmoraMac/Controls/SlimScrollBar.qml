@@ -11,7 +11,7 @@ T.ScrollBar {
     visible: size < 1
     minimumSize: 0.08
 
-    contentItem: Rectangle {
+    contentItem: RoundedBox {
         implicitWidth: 6
         radius: 3
         color: Surroundings.colors.secondaryLabel

@@ -19,14 +19,14 @@ PressButton {
         verticalAlignment: Text.AlignVCenter
         color: root.prominent ? "white" : Surroundings.colors.label
     }
-    background: Rectangle {
+    background: RoundedBox {
         radius: 6
         color: {
             const rest = root.prominent ? Surroundings.colors.blue
                                         : (Surroundings.darkAppearance ? Qt.rgba(1, 1, 1, 0.16) : "white");
             return root.down ? Qt.darker(rest, 1.15) : rest;
         }
-        border.color: Surroundings.colors.cardStroke
+        borderColor: Surroundings.colors.cardStroke
 
         FocusRing {
             shown: root.visualFocus

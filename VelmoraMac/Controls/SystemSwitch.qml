@@ -8,7 +8,7 @@ ToggleSwitch {
     implicitWidth: 32
     implicitHeight: 18
 
-    indicator: Rectangle {
+    indicator: RoundedBox {
         readonly property color off: Surroundings.darkAppearance ? Qt.rgba(1, 1, 1, 0.2) : Qt.rgba(0, 0, 0, 0.2)
 
         width: 32
@@ -16,12 +16,13 @@ ToggleSwitch {
         radius: 9
         color: Qt.tint(off, Qt.alpha(Surroundings.colors.blue, Math.min(1, Math.max(0, knobMotion.value))))
 
-        Rectangle {
+        RoundedBox {
             x: 2 + 14 * knobMotion.value
             y: 2
             width: 14
             height: 14
             radius: 7
+            aligned: !knobMotion.moving
             color: "white"
         }
         FocusRing {

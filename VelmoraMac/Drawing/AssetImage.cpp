@@ -1,5 +1,7 @@
 #include "AssetImage.h"
 
+#include "PixelGrid.h"
+
 #include <VelmoraMac/StyleKit/AppAssets.h>
 
 #include <QPainter>
@@ -7,7 +9,7 @@
 #include <algorithm>
 
 AssetImage::AssetImage(QQuickItem *parent)
-    : QQuickPaintedItem(parent)
+    : DrawnItem(parent)
 {
 }
 
@@ -16,14 +18,17 @@ void AssetImage::setName(const QString &name)
     if (name == name_)
         return;
     name_ = name;
+    drawing_.forget();
     update();
     Q_EMIT nameChanged();
 }
 
-void AssetImage::paint(QPainter *painter)
+void AssetImage::draw(QPainter &painter)
 {
-    const double ratio = painter->device()->devicePixelRatioF();
     const double side = std::min(width(), height());
-    const QImage image = AppAssets::image(name_, qRound(side * ratio)).image;
-    painter->drawImage(QRectF((width() - side) / 2, (height() - side) / 2, side, side), image);
+    const QRectF place((width() - side) / 2, (height() - side) / 2, side, side);
+    drawing_.paint(painter, place, [this, place](QPainter &pen) {
+        const int pixels = qRound(place.width() * PixelGrid::scale(pen));
+        pen.drawImage(place, AppAssets::image(name_, pixels).image);
+    });
 }

@@ -1,5 +1,6 @@
 #include "Backdrop.h"
 
+#include "PixelGrid.h"
 #include "SoftPictures.h"
 
 #include <VelmoraMac/StyleKit/PanelGround.h>
@@ -35,7 +36,7 @@ void castShade(QPainter &painter, const QSize &size, double opacity)
 } // namespace
 
 Backdrop::Backdrop(QQuickItem *parent)
-    : QQuickPaintedItem(parent)
+    : DrawnItem(parent)
 {
 }
 
@@ -74,6 +75,7 @@ void Backdrop::prepare(const QSize &pixels, double ratio)
         return;
     const bool recoloured = stale_;
     stale_ = false;
+    canvas_ = {};
     QList<QColor> colors = palette_.backgroundColors;
     for (qsizetype i = 0; i < colors.size(); ++i)
         colors[i] = settled(colors[i], static_cast<double>(i) / static_cast<double>(colors.size() - 1));
@@ -97,29 +99,55 @@ QColor Backdrop::settled(const QColor &color, double down) const
 
 void Backdrop::compose(double ratio)
 {
+    const std::array<QPoint, 2> places{glowPlace(0, ratio), glowPlace(1, ratio)};
+    if (!canvas_.isNull() && places == drawnAt_ && shade_ == drawnShade_)
+        return;
+    drawnAt_ = places;
+    drawnShade_ = shade_;
     canvas_ = ground_.copy();
     QPainter painter(&canvas_);
-    for (std::size_t glow = 0; glow < glows.size(); ++glow) {
-        drawnAt_[glow] = glowPlace(glow, ratio);
+    for (std::size_t glow = 0; glow < glows.size(); ++glow)
         painter.drawImage(drawnAt_[glow], glows_[glow]);
-    }
     castShade(painter, canvas_.size(), shade_ - restingShade_);
 }
 
-void Backdrop::paint(QPainter *painter)
+void Backdrop::draw(QPainter &painter)
 {
-    const double ratio = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1;
+    const double ratio = window()->effectiveDevicePixelRatio();
     const QSize pixels(qCeil(width() * ratio), qCeil(height() * ratio));
-    if (pixels.isEmpty())
-        return;
     prepare(pixels, ratio);
     compose(ratio);
 
+    const QRectF shape = boundingRect().adjusted(sideInset_, topInset_, -sideInset_, -bottomInset_);
+    const bool fills = shape == boundingRect() && PixelGrid::isUpright(painter);
+    if (!fills) {
+        drawShape(painter, shape, ratio);
+        return;
+    }
+    // At rest only the bands with the corners are a shape; what is between them is copied.
+    const QRectF whole = PixelGrid::aligned(painter, shape);
+    const QRectF middle =
+        PixelGrid::aligned(painter, whole.adjusted(0, cornerRadius_ + 1, 0, -cornerRadius_ - 1));
+    for (const QRectF &band :
+         {QRectF(whole.topLeft(), middle.topRight()), QRectF(middle.bottomLeft(), whole.bottomRight())}) {
+        painter.save();
+        painter.setClipRect(band, Qt::IntersectClip);
+        drawShape(painter, whole, ratio);
+        painter.restore();
+    }
+    const QRect place = painter.deviceTransform().mapRect(middle).toRect();
+    const QPoint origin = painter.deviceTransform().map(QPointF()).toPoint();
+    painter.save();
+    PixelGrid::countPixels(painter);
+    painter.drawImage(place.topLeft(), canvas_, place.translated(-origin));
+    painter.restore();
+}
+
+void Backdrop::drawShape(QPainter &painter, const QRectF &shape, double ratio) const
+{
     QBrush cover(canvas_);
     cover.setTransform(QTransform::fromScale(1 / ratio, 1 / ratio));
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(cover);
-    painter->drawRoundedRect(boundingRect().adjusted(sideInset_, topInset_, -sideInset_, -bottomInset_),
-                             cornerRadius_, cornerRadius_);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(cover);
+    painter.drawRoundedRect(shape, cornerRadius_, cornerRadius_);
 }

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "DrawnItem.h"
+
 #include <VelmoraMac/VelmoraThemePalette.h>
 
 #include <QImage>
-#include <QQuickPaintedItem>
 #include <qqmlintegration.h>
 
 #include <array>
@@ -12,7 +13,7 @@
 //
 // Ground and glows are computed once for a size and its colours; a step of the drift only composes them again,
 // and only when a glow has moved by a whole pixel.
-class Backdrop : public QQuickPaintedItem {
+class Backdrop : public DrawnItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(
@@ -81,7 +82,7 @@ public:
 
     void setBottomInset(double inset) { setShape(bottomInset_, inset); }
 
-    void paint(QPainter *painter) override;
+    void draw(QPainter &painter) override;
 
 Q_SIGNALS:
     void themePaletteChanged();
@@ -110,6 +111,7 @@ private:
     // An opaque colour of the gradient as it is seen, `down` from 0 at the top to 1 at the bottom.
     [[nodiscard]] QColor settled(const QColor &color, double down) const;
     void compose(double ratio);
+    void drawShape(QPainter &painter, const QRectF &shape, double ratio) const;
     [[nodiscard]] QPoint glowPlace(std::size_t glow, double ratio) const;
 
     VelmoraThemePalette palette_;
@@ -125,6 +127,7 @@ private:
     bool stale_ = true; // The pictures below belong to other colours.
     QImage ground_;     // The unchanging part: material, gradient, scrim and the resting shade.
     std::array<QImage, 2> glows_;
-    QImage canvas_;
+    QImage canvas_; // Ground, glows and the moving part of the shade, as last drawn.
     std::array<QPoint, 2> drawnAt_;
+    double drawnShade_ = 0;
 };

@@ -1,13 +1,15 @@
 #pragma once
 
+#include "DrawnItem.h"
+#include "KeptDrawing.h"
+
 #include <QColor>
 #include <QList>
-#include <QQuickPaintedItem>
 #include <qqmlintegration.h>
 
 // A rounded pane of an opaque material under a gradient of translucent tints, from the top left to the bottom
 // right, with an outline one point wide.
-class GlassPane : public QQuickPaintedItem {
+class GlassPane : public DrawnItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor material MEMBER material_ NOTIFY changed)
@@ -17,14 +19,17 @@ class GlassPane : public QQuickPaintedItem {
 
 public:
     explicit GlassPane(QQuickItem *parent = nullptr);
-    void paint(QPainter *painter) override;
+    void draw(QPainter &painter) override;
 
 Q_SIGNALS:
     void changed();
 
 private:
+    void drawPane(QPainter &painter) const;
+
     QColor material_ = Qt::white;
     QList<QColor> tints_;
     QColor outline_ = Qt::transparent;
     double cornerRadius_ = 0;
+    KeptDrawing drawing_;
 };

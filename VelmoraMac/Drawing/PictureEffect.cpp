@@ -12,29 +12,12 @@
 #include <cmath>
 #include <map>
 #include <memory>
-#include <utility>
 
 namespace {
 
 // Steps too small to be seen share one picture.
 constexpr double blurStep = 0.5;
-constexpr double toneSteps = 24;
 constexpr size_t keptLevels = 16;
-
-struct Effect {
-    double sigma; // In pixels.
-    double brightness;
-    double saturation;
-};
-
-using Level = std::pair<int, int>;
-
-Level levelOf(const Effect &effect)
-{
-    const double tone = std::max(effect.brightness / 0.1, std::abs(effect.saturation - 1) / 0.2);
-    return {static_cast<int>(std::lround(effect.sigma / blurStep)),
-            static_cast<int>(std::lround(tone * toneSteps))};
-}
 
 class EffectNode : public QSGNode {
 public:
@@ -49,10 +32,11 @@ public:
         appendChildNode(image_);
     }
 
-    void update(QSGLayer *layer, const Effect &effect, const QRectF &place)
+    // `sigma` in pixels.
+    void update(QSGLayer *layer, double sigma, const QRectF &place)
     {
         layer_ = layer;
-        effect_ = effect;
+        level_ = static_cast<int>(std::lround(sigma / blurStep));
         image_->setRect(place);
         stale_ = true;
     }
@@ -92,23 +76,19 @@ private:
     {
         if (layer_ == nullptr)
             return {};
-        const Level level = levelOf(effect_);
-        if (const auto found = levels_.find(level); found != levels_.end())
+        if (const auto found = levels_.find(level_); found != levels_.end())
             return found->second;
         if (levels_.size() >= keptLevels)
             levels_.clear();
-        const QImage original = layer_->toImage();
-        const QImage result = PictureFilters::blurred(
-            PictureFilters::adjusted(original, effect_.brightness, effect_.saturation),
-            level.first * blurStep);
-        return levels_.emplace(level, result).first->second;
+        const QImage result = PictureFilters::blurred(layer_->toImage(), level_ * blurStep);
+        return levels_.emplace(level_, result).first->second;
     }
 
     QQuickWindow *window_;
     QSGImageNode *image_;
     QPointer<QSGLayer> layer_;
-    Effect effect_{0, 0, 1};
-    std::map<Level, QImage> levels_;
+    int level_ = 0; // Of the blur, in steps.
+    std::map<int, QImage> levels_;
     qint64 shown_ = 0;
     bool stale_ = true;
 };
@@ -156,13 +136,13 @@ void PictureEffect::release()
     source_ = nullptr;
 }
 
-void PictureEffect::set(double &field, double value)
+void PictureEffect::setBlurRadius(double radius)
 {
-    if (field == value)
+    if (radius == blurRadius_)
         return;
-    field = value;
+    blurRadius_ = radius;
     update();
-    Q_EMIT effectChanged();
+    Q_EMIT blurRadiusChanged();
 }
 
 // Of the layer, which has one only while its window is drawn.
@@ -187,7 +167,6 @@ QSGNode *PictureEffect::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
     if (node == nullptr)
         node = new EffectNode(window());
     node->update(qobject_cast<QSGLayer *>(provider->texture()),
-                 {blurRadius_ * window()->effectiveDevicePixelRatio(), brightness_, saturation_},
-                 boundingRect());
+                 blurRadius_ * window()->effectiveDevicePixelRatio(), boundingRect());
     return node;
 }

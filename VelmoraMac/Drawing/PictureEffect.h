@@ -5,7 +5,7 @@
 #include <QSGTextureProvider>
 #include <qqmlintegration.h>
 
-// Draws the picture of an item's layer blurred, brightened or more saturated, on the CPU.
+// Draws the picture of an item's layer blurred, on the CPU.
 //
 // For `layer.effect` of any item, with the software scene graph and without `layer.textureMirroring`. The
 // item has to include the margin into which the blur spreads. Blurred pictures are cached by level until the
@@ -14,9 +14,7 @@ class PictureEffect : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QQuickItem *source READ source WRITE setSource NOTIFY sourceChanged)
-    Q_PROPERTY(double blurRadius READ blurRadius WRITE setBlurRadius NOTIFY effectChanged)
-    Q_PROPERTY(double brightness READ brightness WRITE setBrightness NOTIFY effectChanged)
-    Q_PROPERTY(double saturation READ saturation WRITE setSaturation NOTIFY effectChanged)
+    Q_PROPERTY(double blurRadius READ blurRadius WRITE setBlurRadius NOTIFY blurRadiusChanged)
 
 public:
     explicit PictureEffect(QQuickItem *parent = nullptr);
@@ -28,31 +26,20 @@ public:
 
     [[nodiscard]] double blurRadius() const { return blurRadius_; } // In points: the Gaussian's sigma.
 
-    void setBlurRadius(double radius) { set(blurRadius_, radius); }
-
-    [[nodiscard]] double brightness() const { return brightness_; }
-
-    void setBrightness(double brightness) { set(brightness_, brightness); }
-
-    [[nodiscard]] double saturation() const { return saturation_; }
-
-    void setSaturation(double saturation) { set(saturation_, saturation); }
+    void setBlurRadius(double radius);
 
 Q_SIGNALS:
     void sourceChanged();
-    void effectChanged();
+    void blurRadiusChanged();
 
 protected:
     QSGNode *updatePaintNode(QSGNode *old, UpdatePaintNodeData *data) override;
 
 private:
-    void set(double &field, double value);
     void release();
     [[nodiscard]] QSGTextureProvider *provider();
 
     QQuickItem *source_ = nullptr;
     QPointer<QSGTextureProvider> followedProvider_;
     double blurRadius_ = 0;
-    double brightness_ = 0;
-    double saturation_ = 1;
 };

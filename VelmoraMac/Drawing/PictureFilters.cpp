@@ -49,12 +49,6 @@ std::array<int, 3> boxRadii(double sigma)
     return radii;
 }
 
-uchar adjustedComponent(double value, double grey, double saturation, double offset, int alpha)
-{
-    return static_cast<uchar>(
-        std::clamp(std::lround(grey + (value - grey) * saturation + offset), 0L, long{alpha}));
-}
-
 } // namespace
 
 QImage PictureFilters::blurred(const QImage &picture, double sigma)
@@ -75,26 +69,4 @@ QImage PictureFilters::blurred(const QImage &picture, double sigma)
         boxBlurTransposed(turned, work, radius);
     }
     return work;
-}
-
-QImage PictureFilters::adjusted(const QImage &picture, double brightness, double saturation)
-{
-    if (picture.isNull() || (brightness == 0 && saturation == 1))
-        return picture;
-    QImage result = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    for (int y = 0; y < result.height(); ++y) {
-        auto *pixels = reinterpret_cast<QRgb *>(result.scanLine(y));
-        for (int x = 0; x < result.width(); ++x) {
-            const QRgb p = pixels[x];
-            const int alpha = qAlpha(p);
-            if (alpha == 0)
-                continue;
-            const double grey = 0.2126 * qRed(p) + 0.7152 * qGreen(p) + 0.0722 * qBlue(p);
-            const double offset = brightness * alpha;
-            pixels[x] = qRgba(adjustedComponent(qRed(p), grey, saturation, offset, alpha),
-                              adjustedComponent(qGreen(p), grey, saturation, offset, alpha),
-                              adjustedComponent(qBlue(p), grey, saturation, offset, alpha), alpha);
-        }
-    }
-    return result;
 }

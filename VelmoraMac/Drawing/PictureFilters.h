@@ -9,7 +9,4 @@ namespace PictureFilters {
 // Large blurs are computed and returned at a fraction of the size: stretch the result over the picture's place.
 [[nodiscard]] QImage blurred(const QImage &picture, double sigma);
 
-// Adds `brightness` to each component and multiplies the saturation, keeping the luminance. (0, 1) changes nothing.
-[[nodiscard]] QImage adjusted(const QImage &picture, double brightness, double saturation);
-
 } // namespace PictureFilters

@@ -1,5 +1,7 @@
 #include "RippleField.h"
 
+#include "PixelGrid.h"
+
 #include <VelmoraMac/StyleKit/AppAssets.h>
 
 #include <QPainter>
@@ -28,40 +30,50 @@ QColor at(QColor color, double opacity)
 } // namespace
 
 RippleField::RippleField(QQuickItem *parent)
-    : QQuickPaintedItem(parent)
+    : DrawnItem(parent)
 {
-    connect(this, &RippleField::changed, this, [this] { update(); });
+    connect(this, &RippleField::changed, this, [this] {
+        drawing_.forget();
+        update();
+    });
 }
 
-void RippleField::paint(QPainter *painter)
+void RippleField::draw(QPainter &painter)
+{
+    drawing_.paint(painter, boundingRect(), [this](QPainter &pen) { drawField(pen); });
+}
+
+void RippleField::drawField(QPainter &painter) const
 {
     const double reach = width() * 0.82;
-    painter->setRenderHint(QPainter::Antialiasing);
     QPainterPath shape;
     shape.addRoundedRect(boundingRect().adjusted(1, 1, -1, -1), cornerRadius_ - 1, cornerRadius_ - 1);
-    painter->setClipPath(shape);
 
     QRadialGradient light(centre_, reach * 0.7);
     light.setColorAt(0, at(tint_, lightOpacity));
     light.setColorAt(0.5, at(tint_, lightOpacity * 0.28));
     light.setColorAt(1, at(tint_, 0));
-    painter->fillPath(shape, light);
+    painter.fillPath(shape, light);
 
-    const double side = std::max(150.0, height() * 1.02);
-    const double ratio = painter->device()->devicePixelRatioF();
-    QImage mark = AppAssets::symbol(u"velmora"_s, qRound(side * ratio));
-    QPainter tint(&mark);
-    tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    tint.fillRect(mark.rect(), at(color_, markOpacity));
-    tint.end();
-    painter->drawImage(QRectF(width() - side * 0.74, (height() - side) / 2 + 6, side, side), mark);
-
-    painter->setBrush(Qt::NoBrush);
+    painter.setClipPath(shape);
+    drawMark(painter);
+    painter.setBrush(Qt::NoBrush);
     const int rings = qCeil((reach - firstRing) / ringGap);
     for (int ring = 0; ring < rings; ++ring) {
         const double radius = firstRing + ring * ringGap;
         const double left = 1 - radius / reach;
-        painter->setPen(QPen(at(color_, ringOpacity * left * left * 1.6), 1));
-        painter->drawEllipse(centre_, radius, radius);
+        painter.setPen(QPen(at(color_, ringOpacity * left * left * 1.6), 1));
+        painter.drawEllipse(centre_, radius, radius);
     }
+}
+
+void RippleField::drawMark(QPainter &painter) const
+{
+    const double side = std::max(150.0, height() * 1.02);
+    QImage mark = AppAssets::symbol(u"velmora"_s, qRound(side * PixelGrid::scale(painter)));
+    QPainter tint(&mark);
+    tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    tint.fillRect(mark.rect(), at(color_, markOpacity));
+    tint.end();
+    painter.drawImage(QRectF(width() - side * 0.74, (height() - side) / 2 + 6, side, side), mark);
 }

@@ -1,13 +1,15 @@
 #pragma once
 
+#include "DrawnItem.h"
+#include "KeptDrawing.h"
+
 #include <QColor>
 #include <QPointF>
-#include <QQuickPaintedItem>
 #include <qqmlintegration.h>
 
 // Concentric rings that fade outwards, over a soft light at their centre and the application's mark at the far
 // side, within a rounded rectangle.
-class RippleField : public QQuickPaintedItem {
+class RippleField : public DrawnItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QPointF centre MEMBER centre_ NOTIFY changed)
@@ -17,14 +19,18 @@ class RippleField : public QQuickPaintedItem {
 
 public:
     explicit RippleField(QQuickItem *parent = nullptr);
-    void paint(QPainter *painter) override;
+    void draw(QPainter &painter) override;
 
 Q_SIGNALS:
     void changed();
 
 private:
+    void drawField(QPainter &painter) const;
+    void drawMark(QPainter &painter) const;
+
     QPointF centre_;
     double cornerRadius_ = 0;
     QColor color_ = Qt::white;
     QColor tint_ = Qt::white;
+    KeptDrawing drawing_;
 };

@@ -8,7 +8,7 @@
 #include <cmath>
 
 SymbolImage::SymbolImage(QQuickItem *parent)
-    : QQuickPaintedItem(parent)
+    : DrawnItem(parent)
 {
     setPointSize(13);
 }
@@ -18,6 +18,8 @@ void SymbolImage::setSymbolName(const QString &name)
     if (name == symbolName_)
         return;
     symbolName_ = name;
+    outline_.reset();
+    drawing_.forget();
     update();
     Q_EMIT symbolNameChanged();
 }
@@ -27,6 +29,7 @@ void SymbolImage::setColor(const QColor &color)
     if (color == color_)
         return;
     color_ = color;
+    drawing_.forget();
     update();
     Q_EMIT colorChanged();
 }
@@ -42,16 +45,18 @@ void SymbolImage::setPointSize(double size)
     Q_EMIT pointSizeChanged();
 }
 
-void SymbolImage::paint(QPainter *painter)
+void SymbolImage::draw(QPainter &painter)
 {
-    const double ratio = painter->device()->devicePixelRatioF();
-    const double side = std::min(width(), height());
-    QImage symbol = AppAssets::symbol(symbolName_, qRound(side * ratio));
-    if (symbol.isNull())
+    if (!outline_)
+        outline_ = AppAssets::symbolOutline(symbolName_);
+    if (!outline_)
         return;
-    QPainter tint(&symbol);
-    tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    tint.fillRect(symbol.rect(), color_);
-    tint.end();
-    painter->drawImage(QRectF((width() - side) / 2, (height() - side) / 2, side, side), symbol);
+    const double side = std::min(width(), height());
+    const QRectF place((width() - side) / 2, (height() - side) / 2, side, side);
+    drawing_.paint(painter, place, [this, place](QPainter &pen) {
+        outline_->render(&pen, place);
+        pen.resetTransform();
+        pen.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        pen.fillRect(QRect(QPoint(), QSize(pen.device()->width(), pen.device()->height())), color_);
+    });
 }

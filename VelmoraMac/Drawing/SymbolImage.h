@@ -1,12 +1,17 @@
 #pragma once
 
+#include "DrawnItem.h"
+#include "KeptDrawing.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 #include <QString>
+#include <QSvgRenderer>
 #include <qqmlintegration.h>
 
+#include <memory>
+
 // One of the application's symbols in one colour, as large as the text it stands beside.
-class SymbolImage : public QQuickPaintedItem {
+class SymbolImage : public DrawnItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString symbolName READ symbolName WRITE setSymbolName NOTIFY symbolNameChanged)
@@ -26,7 +31,7 @@ public:
     void setSymbolName(const QString &name);
     void setColor(const QColor &color);
     void setPointSize(double size);
-    void paint(QPainter *painter) override;
+    void draw(QPainter &painter) override;
 
 Q_SIGNALS:
     void symbolNameChanged();
@@ -37,4 +42,6 @@ private:
     QString symbolName_;
     QColor color_ = Qt::black;
     double pointSize_ = 0;
+    std::unique_ptr<QSvgRenderer> outline_; // Null while nothing has been drawn, or for an unknown name.
+    KeptDrawing drawing_;
 };

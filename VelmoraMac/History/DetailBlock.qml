@@ -19,12 +19,12 @@ Column {
         color: Surroundings.colors.label
         Accessible.role: Accessible.Heading
     }
-    Rectangle {
+    RoundedBox {
         width: parent.width
         height: parent.height - title.height - parent.spacing
         radius: 16
         color: Surroundings.colors.textBackground
-        border.color: Surroundings.colors.cardStroke
+        borderColor: Surroundings.colors.cardStroke
 
         Flickable {
             id: scroll

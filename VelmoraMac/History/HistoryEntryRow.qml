@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 
 // One cleaning in the history, with what can be done about it.
-Rectangle {
+RoundedBox {
     id: root
 
     required property cleanHistoryEntry entry
@@ -11,7 +11,7 @@ Rectangle {
     implicitHeight: column.implicitHeight + 28
     radius: 18
     color: Surroundings.colors.cardFill
-    border.color: Surroundings.colors.cardStroke
+    borderColor: Surroundings.colors.cardStroke
 
     Column {
         id: column

@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 
 // A link of the history on one line, under its title.
-Rectangle {
+RoundedBox {
     id: root
 
     required property string title

@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 
 // The popover's card with the last cleaned link.
-Rectangle {
+RoundedBox {
     id: root
 
     readonly property bool comparing: App.state.autoCleanEnabled && App.state.hasLastResult
@@ -16,7 +16,7 @@ Rectangle {
     implicitHeight: column.implicitHeight + 22
     radius: 18
     color: Surroundings.palette.cardFill
-    border.color: Surroundings.palette.cardStroke
+    borderColor: Surroundings.palette.cardStroke
 
     Column {
         id: column

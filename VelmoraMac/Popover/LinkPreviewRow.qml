@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 
 // One link on one line under its caption.
-Rectangle {
+RoundedBox {
     id: root
 
     required property string caption

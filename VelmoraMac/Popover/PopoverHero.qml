@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 
 // The popover's main card: a seal, a title and one line with the cleaner's status.
-Rectangle {
+RoundedBox {
     id: root
 
     property bool glow: false
@@ -34,7 +34,7 @@ Rectangle {
 
     radius: 21
     color: Surroundings.palette.cardFill
-    border.color: Surroundings.palette.cardStroke
+    borderColor: Surroundings.palette.cardStroke
 
     HoverHandler {
         id: hover

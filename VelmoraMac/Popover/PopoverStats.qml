@@ -4,42 +4,26 @@ import QtQuick.Layouts
 
 // The popover's three counters.
 RowLayout {
-    component HoverTile: PremiumHoverModifier {
-        id: lifted
-
-        required property string label
-        required property double value
-        required property color tint
-
-        implicitHeight: tile.implicitHeight
+    component ShareTile: StatTile {
         Layout.fillWidth: true
         Layout.preferredWidth: 1 // Equal shares.
-
-        StatTile {
-            id: tile
-
-            anchors.fill: parent
-            label: lifted.label
-            value: lifted.value
-            tint: Surroundings.legibleLarge(lifted.tint, Surroundings.palette)
-        }
     }
 
     spacing: 8
 
-    HoverTile {
+    ShareTile {
         label: App.t("Links", "Links")
         value: App.state.totalCleaned
-        tint: Surroundings.palette.infoAccent
+        tint: Surroundings.legibleLarge(Surroundings.palette.infoAccent, Surroundings.palette)
     }
-    HoverTile {
+    ShareTile {
         label: App.t("Removed", "Entfernt")
         value: App.state.totalTrackersRemoved
-        tint: Surroundings.palette.dangerAccent
+        tint: Surroundings.legibleLarge(Surroundings.palette.dangerAccent, Surroundings.palette)
     }
-    HoverTile {
+    ShareTile {
         label: App.t("Heute", "Heute")
         value: App.state.cleanedToday
-        tint: Surroundings.palette.successAccent
+        tint: Surroundings.legibleLarge(Surroundings.palette.successAccent, Surroundings.palette)
     }
 }

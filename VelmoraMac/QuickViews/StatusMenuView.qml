@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 
 // The status item's menu, for desktops that do not draw it themselves.
-Rectangle {
+RoundedBox {
     id: root
 
     required property StatusMenuModel menu
@@ -15,7 +15,7 @@ Rectangle {
     implicitHeight: column.implicitHeight + 10
     radius: 8
     color: colors.windowBackground
-    border.color: colors.separator
+    borderColor: colors.separator
     Accessible.role: Accessible.PopupMenu
     Accessible.name: "Velmora"
 
@@ -44,7 +44,7 @@ Rectangle {
                 Accessible.checked: modelData.checked
                 Accessible.onPressAction: root.menu.choose(index)
 
-                Rectangle {
+                RoundedBox {
                     visible: row.isSeparator
                     x: 10
                     y: 5
@@ -52,7 +52,7 @@ Rectangle {
                     height: 1
                     color: root.colors.separator
                 }
-                Rectangle {
+                RoundedBox {
                     visible: row.isCurrent
                     x: 5
                     width: parent.width - 10

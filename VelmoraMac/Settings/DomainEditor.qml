@@ -23,14 +23,14 @@ Item {
     TextMetrics {
         id: systemFont
     }
-    Rectangle {
+    RoundedBox {
         anchors {
             fill: parent
             margins: 10
         }
         radius: 6
         color: Surroundings.colors.textBackground
-        border.color: Surroundings.colors.cardStroke
+        borderColor: Surroundings.colors.cardStroke
 
         T.TextArea {
             id: editor

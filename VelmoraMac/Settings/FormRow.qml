@@ -15,7 +15,7 @@ Item {
     width: parent?.width ?? 0
     implicitHeight: Math.max(38, texts.implicitHeight + 20)
 
-    Rectangle {
+    RoundedBox {
         anchors {
             left: parent.left
             right: parent.right

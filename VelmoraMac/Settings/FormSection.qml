@@ -19,12 +19,12 @@ Column {
         color: Surroundings.colors.label
         Accessible.role: Accessible.Heading
     }
-    Rectangle {
+    RoundedBox {
         width: parent.width
         height: card.implicitHeight
         radius: 10
         color: Surroundings.colors.cardFill
-        border.color: Surroundings.colors.cardStroke
+        borderColor: Surroundings.colors.cardStroke
 
         Column {
             id: card

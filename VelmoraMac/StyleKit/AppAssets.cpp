@@ -84,16 +84,21 @@ AppAssets::Picture AppAssets::image(const QString &name, int pixels)
     return {empty, {}};
 }
 
-QImage AppAssets::symbol(const QString &name, int pixels)
+std::unique_ptr<QSvgRenderer> AppAssets::symbolOutline(const QString &name)
 {
     const QString path = u":/velmora/symbols/"_s + name + u".svg"_s;
-    if (pixels <= 0 || !QFile::exists(path))
+    return QFile::exists(path) ? std::make_unique<QSvgRenderer>(path) : nullptr;
+}
+
+QImage AppAssets::symbol(const QString &name, int pixels)
+{
+    const auto outline = pixels > 0 ? symbolOutline(name) : nullptr;
+    if (!outline)
         return {};
-    QSvgRenderer drawing(path);
     QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawing.render(&painter, QRectF(0, 0, pixels, pixels));
+    outline->render(&painter, QRectF(0, 0, pixels, pixels));
     return image;
 }

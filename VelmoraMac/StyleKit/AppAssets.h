@@ -3,6 +3,10 @@
 #include <QImage>
 #include <QString>
 
+#include <memory>
+
+class QSvgRenderer;
+
 // The application's named pictures and symbols.
 //
 // Looking one up never fails. The order: NAME.png in the resource folder, in its folder Images, a picture of
@@ -20,6 +24,9 @@ void setResourceFolder(const QString &folder);
 
 // The picture `name`, fitted into a square of `pixels` by `pixels`. Zero: as large as it was drawn.
 [[nodiscard]] Picture image(const QString &name, int pixels = 0);
+
+// The drawing of the symbol `name`, black; null when there is none.
+[[nodiscard]] std::unique_ptr<QSvgRenderer> symbolOutline(const QString &name);
 
 // The symbol `name` in a square of `pixels` by `pixels`, black on transparent; null when there is none.
 [[nodiscard]] QImage symbol(const QString &name, int pixels);

@@ -31,7 +31,7 @@ PremiumBackground {
         dampingFraction: root.dampingFraction
     }
 
-    Rectangle {
+    RoundedBox {
         anchors {
             fill: parent
             leftMargin: root.sideInset
@@ -40,7 +40,8 @@ PremiumBackground {
             bottomMargin: root.bottomInset
         }
         radius: root.cornerRadius
+        aligned: root.small === 0
         color: "transparent"
-        border.color: root.themePalette.cardStroke
+        borderColor: root.themePalette.cardStroke
     }
 }

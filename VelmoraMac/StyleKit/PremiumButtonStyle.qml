@@ -24,7 +24,7 @@ PressButton {
 
     horizontalPadding: 12
     verticalPadding: 8
-    scale: 1 - 0.03 * press.value
+    scale: (1 - 0.03 * press.value) * hover.growth
 
     contentItem: Text {
         text: root.text
@@ -37,10 +37,10 @@ PressButton {
         color: root.kind === PremiumButtonStyle.Primary ? Surroundings.palette.badgeText
                                                         : Surroundings.palette.primaryText
     }
-    background: Rectangle {
+    background: RoundedBox {
         radius: 13
-        color: Qt.alpha(root.fill, root.fillOpacity)
-        border.color: Qt.rgba(1, 1, 1, 0.1)
+        color: hover.lit(Qt.alpha(root.fill, root.fillOpacity))
+        borderColor: Qt.rgba(1, 1, 1, 0.1)
 
         FocusRing {
             shown: root.visualFocus
@@ -48,6 +48,11 @@ PressButton {
         }
     }
 
+    PremiumHoverModifier {
+        id: hover
+
+        hovering: root.hovered
+    }
     SpringValue {
         id: press
 

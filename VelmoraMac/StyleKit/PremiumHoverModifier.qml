@@ -1,24 +1,20 @@
 import QtQuick
 import VelmoraMac
 
-// Makes its content a little lighter, more saturated and larger while the pointer is over it.
+// The answer of something that can be clicked to the pointer above it: a little lighter, more saturated and larger.
 Item {
     id: root
 
-    readonly property bool hovering: hover.hovered
-    readonly property real lift: Surroundings.reducedMotion ? 0 : Math.max(0, motion.value)
+    required property bool hovering
+    readonly property real lift: Math.max(0, motion.value)
+    // The scale of what answers, about its middle.
+    readonly property real growth: Surroundings.reducedMotion ? 1 : 1 + 0.012 * lift
 
-    scale: 1 + 0.012 * lift
-    layer.enabled: lift > 0.01
-    layer.textureMirroring: ShaderEffectSource.NoMirroring
-    layer.effect: PictureEffect {
-        brightness: 0.075 * root.lift
-        saturation: 1 + 0.13 * root.lift
+    function lit(color: color): color {
+        return Surroundings.lit(color, 0.075 * lift, 1 + 0.13 * lift);
     }
 
-    HoverHandler {
-        id: hover
-    }
+    visible: false
 
     SpringValue {
         id: motion

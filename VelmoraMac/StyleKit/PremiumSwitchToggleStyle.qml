@@ -15,36 +15,28 @@ ToggleSwitch {
     indicator: Item {
         width: 50
         height: 28
+        scale: hover.growth
 
-        Rectangle {
+        RoundedBox {
             anchors.fill: parent
             radius: 14
-            color: Qt.alpha(root.ground, root.hovered ? 0.26 : 0.18)
-            border.color: Qt.alpha(root.ground, 0.18)
+            color: Qt.alpha(root.ground, 0.18 + 0.08 * Math.min(1, hover.lift))
+            borderColor: Qt.alpha(root.ground, 0.18)
         }
-        Rectangle {
+        RoundedBox {
             anchors.fill: parent
             radius: 14
             opacity: Math.min(1, Math.max(0, root.progress))
-            gradient: Gradient {
-                orientation: Gradient.Horizontal
-
-                GradientStop {
-                    position: 0
-                    color: Surroundings.palette.switchColors[0]
-                }
-                GradientStop {
-                    position: 1
-                    color: Surroundings.palette.switchColors[1]
-                }
-            }
+            color: hover.lit(Surroundings.palette.switchColors[0])
+            endColor: hover.lit(Surroundings.palette.switchColors[1])
         }
-        Rectangle {
+        RoundedBox {
             x: 13 - 11 + 22 * root.progress
             y: 2
             width: 24
             height: 24
             radius: 12
+            aligned: !knobMotion.moving
             color: Qt.rgba(1, 1, 1, 0.95)
 
             SoftGlow {
@@ -63,6 +55,11 @@ ToggleSwitch {
         }
     }
 
+    PremiumHoverModifier {
+        id: hover
+
+        hovering: root.hovered
+    }
     SpringValue {
         id: knobMotion
 

@@ -29,7 +29,9 @@ Item {
             fill: parent
             margins: -24
         }
-        layer.enabled: root.blurRadius > 0.2 && root.progress > 0
+        // To the very end of the motion: what is drawn through a layer and what is drawn directly differ a little while
+        // it is scaled.
+        layer.enabled: motion.moving && !Surroundings.reducedMotion
         layer.textureMirroring: ShaderEffectSource.NoMirroring
         layer.effect: PictureEffect {
             blurRadius: root.blurRadius

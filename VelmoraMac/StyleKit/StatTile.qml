@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 
 // A small card with one counter.
-Rectangle {
+RoundedBox {
     id: root
 
     required property string label
@@ -12,7 +12,7 @@ Rectangle {
     implicitHeight: column.implicitHeight + 18
     radius: 15
     color: Surroundings.palette.cardFill
-    border.color: Surroundings.palette.cardStroke
+    borderColor: Surroundings.palette.cardStroke
 
     Column {
         id: column

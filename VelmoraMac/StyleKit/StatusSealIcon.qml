@@ -31,20 +31,20 @@ Item {
         opacity: 2 * (0.13 + 0.11 * root.light)
         scale: 1 + 0.08 * root.light
     }
-    Rectangle {
+    RoundedBox {
         anchors.centerIn: parent
         width: root.side + 14
         height: width
         radius: width / 2
         color: "transparent"
-        border.color: Qt.alpha(root.ringColor, 0.1)
+        borderColor: Qt.alpha(root.ringColor, 0.1)
         scale: 1 + 0.025 * root.light
     }
-    Rectangle {
+    RoundedBox {
         anchors.fill: parent
         radius: width / 2
         color: Qt.alpha(root.tint, 0.13 + 0.11 * root.light)
-        border.color: Qt.alpha(root.ringColor, 0.22)
+        borderColor: Qt.alpha(root.ringColor, 0.22)
         scale: 1 + 0.035 * root.light
     }
     SymbolImage {

@@ -4,6 +4,8 @@
 #include "EngineSingleton.h"
 #include "PanelGround.h"
 
+#include <algorithm>
+
 namespace {
 
 // The ratios that the guidelines ask for.
@@ -82,6 +84,17 @@ QColor Surroundings::legibleInRow(const QColor &tint, const VelmoraThemePalette 
     for (QColor &ground : grounds)
         ground = Contrast::over(palette.linkRowFill, ground);
     return Contrast::legible(tint, grounds, smallText);
+}
+
+QColor Surroundings::lit(const QColor &color, double brightness, double saturation)
+{
+    const double grey = 0.2126 * color.redF() + 0.7152 * color.greenF() + 0.0722 * color.blueF();
+    const auto component = [=](double value) {
+        return static_cast<float>(std::clamp(grey + (value - grey) * saturation + brightness, 0.0, 1.0));
+    };
+    const double alpha = color.alpha() < 255 ? std::min(1.0, color.alphaF() + brightness) : 1.0;
+    return QColor::fromRgbF(component(color.redF()), component(color.greenF()), component(color.blueF()),
+                            static_cast<float>(alpha));
 }
 
 QColor Surroundings::material(const VelmoraThemePalette &palette)

@@ -58,6 +58,9 @@ public:
     [[nodiscard]] static QList<int> themes() { return allValues<Velmora::VelmoraTheme>(); }
 
     Q_INVOKABLE static QString themeName(Velmora::VelmoraTheme theme, Velmora::AppLanguage language);
+    // `color` with `brightness` added to each component and its saturation multiplied, keeping the luminance. A
+    // translucent one covers more of what is behind it, too: most are white, which cannot get lighter.
+    Q_INVOKABLE static QColor lit(const QColor &color, double brightness, double saturation);
     // The opaque material under the theme's backdrop.
     Q_INVOKABLE static QColor material(const VelmoraThemePalette &palette);
     // `tint`, made darker or lighter as far as small text of that colour needs it on the theme's panel.

@@ -30,7 +30,7 @@ PressButton {
             color: root.labelColor
         }
     }
-    background: Rectangle {
+    background: RoundedBox {
         radius: 7
         // A deep blue: the label is translucent and could not be read on the usual one.
         color: Qt.darker(Surroundings.colors.blue, root.down ? 1.9 : 1.65)

@@ -2,7 +2,7 @@ import QtQuick
 import VelmoraMac
 
 // A progress bar: filled up to `progress`, or indeterminate with a moving piece while that is negative.
-Rectangle {
+RoundedBox {
     id: root
 
     property real progress: -1
@@ -10,12 +10,11 @@ Rectangle {
 
     implicitHeight: 6
     radius: 3
-    clip: true
     color: Surroundings.colors.cardStroke
     Accessible.role: Accessible.ProgressBar
     Accessible.name: label
 
-    Rectangle {
+    RoundedBox {
         id: fill
 
         property real position

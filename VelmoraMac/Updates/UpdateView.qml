@@ -73,7 +73,7 @@ Rectangle {
         label: root.updateWindow.headline
         progress: root.updateWindow.progress
     }
-    Rectangle {
+    RoundedBox {
         anchors {
             left: headline.left
             right: headline.right
@@ -85,7 +85,7 @@ Rectangle {
         visible: root.updateWindow.notes !== ""
         radius: 6
         color: Surroundings.colors.paneFill
-        border.color: Surroundings.colors.cardStroke
+        borderColor: Surroundings.colors.cardStroke
 
         Flickable {
             id: pane

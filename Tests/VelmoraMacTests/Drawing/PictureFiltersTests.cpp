@@ -67,35 +67,6 @@ private Q_SLOTS:
             QVERIFY(!PictureFilters::blurred(tiny, sigma).isNull());
         QVERIFY(PictureFilters::blurred(QImage(), 4).isNull());
     }
-
-    void brightnessAddsAndStaysWithinThePicture()
-    {
-        QImage image(1, 2, QImage::Format_ARGB32_Premultiplied);
-        image.setPixelColor(0, 0, QColor(100, 50, 240));
-        image.setPixelColor(0, 1, Qt::transparent);
-
-        const QImage lighter = PictureFilters::adjusted(image, 0.1, 1);
-
-        QCOMPARE(lighter.pixelColor(0, 0), QColor(126, 76, 255));
-        QCOMPARE(qAlpha(lighter.pixel(0, 1)), 0);
-    }
-
-    void saturationKeepsGreysAndLuminance()
-    {
-        QImage image(2, 1, QImage::Format_ARGB32_Premultiplied);
-        image.setPixelColor(0, 0, QColor(90, 90, 90));
-        image.setPixelColor(1, 0, QColor(150, 100, 80));
-
-        const QImage stronger = PictureFilters::adjusted(image, 0, 1.5);
-
-        QCOMPARE(stronger.pixelColor(0, 0), QColor(90, 90, 90));
-        const QColor colour = stronger.pixelColor(1, 0);
-        QVERIFY(colour.red() > 150 && colour.blue() < 80);
-        const auto luminance = [](const QColor &c) {
-            return 0.2126 * c.red() + 0.7152 * c.green() + 0.0722 * c.blue();
-        };
-        QVERIFY(std::abs(luminance(colour) - luminance(QColor(150, 100, 80))) < 1.5);
-    }
 };
 
 static const RegisteredTest<PictureFiltersTests> registered;
