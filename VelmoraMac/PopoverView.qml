@@ -14,6 +14,8 @@ Item {
 
     signal openHistory
 
+    // The window's, where it cannot be translucent.
+    readonly property color ground: Surroundings.colors.windowBackground
     property bool glow: false
     property bool shellVisible: false
     property bool headerVisible: false
@@ -52,8 +54,10 @@ Item {
         animate(0.075, () => root.shellVisible = false);
     }
 
+    Accessible.role: Accessible.Pane
+    Accessible.name: "Velmora"
     implicitWidth: 306
-    implicitHeight: App.state.hasLastResult ? 536 : 386
+    implicitHeight: 386 // Whatever it shows: its window grows first, and the view follows the window.
 
     Component.onCompleted: playOpeningAnimation()
     Component.onDestruction: steps.startOver()
@@ -134,6 +138,7 @@ Item {
             PopoverStats {
                 id: stats
 
+                objectName: "stats"
                 anchors.fill: parent
             }
         }
@@ -146,7 +151,9 @@ Item {
             LastLinkCard {
                 id: card
 
+                objectName: "lastLink"
                 anchors.fill: parent
+                growth: App.state.hasLastResult ? Math.max(0, Math.min(1, (root.height - 386) / 150)) : 1
                 onOpenHistory: root.openHistory()
             }
         }

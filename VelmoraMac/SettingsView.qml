@@ -14,7 +14,13 @@ Rectangle {
     implicitWidth: 660
     implicitHeight: 640
     color: Surroundings.colors.windowBackground
+    focus: true
+    Keys.forwardTo: [pages.item]
 
+    Shortcut {
+        sequences: [StandardKey.Close, StandardKey.Cancel]
+        onActivated: root.Window.window.close()
+    }
     SegmentedPicker {
         id: tabs
 
@@ -41,6 +47,8 @@ Rectangle {
         borderColor: Surroundings.colors.cardStroke
 
         Loader {
+            id: pages
+
             anchors {
                 fill: parent
                 margins: 1

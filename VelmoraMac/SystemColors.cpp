@@ -17,6 +17,9 @@ SystemColors light()
         .mint = {0, 199, 190},
         .cyan = {85, 190, 240},
         .red = {255, 59, 48},
+        .accent = {0, 105, 220},
+        .focus = {0, 122, 255},
+        .problem = {176, 41, 33},
         .label = grey(0, 0.85),
         // 0.5 is usual, but gives small print less contrast than 4.5 : 1.
         .secondaryLabel = grey(0, 0.58),
@@ -28,6 +31,7 @@ SystemColors light()
         .cardStroke = grey(0, 0.08),
         .controlFill = grey(0, 0.07),
         .controlRaised = grey(0xff),
+        .buttonFill = grey(0xff),
         .material = grey(0xf2, 0.85),
     };
 }
@@ -42,6 +46,9 @@ SystemColors dark()
         .mint = {102, 212, 207},
         .cyan = {90, 200, 245},
         .red = {255, 69, 58},
+        .accent = {0, 105, 220},
+        .focus = {10, 132, 255},
+        .problem = {255, 120, 110},
         .label = grey(0xff, 0.85),
         .secondaryLabel = grey(0xff, 0.63),
         .separator = grey(0xff, 0.09),
@@ -52,6 +59,7 @@ SystemColors dark()
         .cardStroke = grey(0xff, 0.08),
         .controlFill = grey(0xff, 0.1),
         .controlRaised = grey(0x6b),
+        .buttonFill = grey(0xff, 0.16),
         .material = grey(0x26, 0.8),
     };
 }

@@ -15,6 +15,9 @@ struct SystemColors {
     Q_PROPERTY(QColor mint MEMBER mint)
     Q_PROPERTY(QColor cyan MEMBER cyan)
     Q_PROPERTY(QColor red MEMBER red)
+    Q_PROPERTY(QColor accent MEMBER accent)
+    Q_PROPERTY(QColor focus MEMBER focus)
+    Q_PROPERTY(QColor problem MEMBER problem)
     Q_PROPERTY(QColor label MEMBER label)
     Q_PROPERTY(QColor secondaryLabel MEMBER secondaryLabel)
     Q_PROPERTY(QColor separator MEMBER separator)
@@ -25,10 +28,14 @@ struct SystemColors {
     Q_PROPERTY(QColor cardStroke MEMBER cardStroke)
     Q_PROPERTY(QColor controlFill MEMBER controlFill)
     Q_PROPERTY(QColor controlRaised MEMBER controlRaised)
+    Q_PROPERTY(QColor buttonFill MEMBER buttonFill)
     Q_PROPERTY(QColor material MEMBER material)
 
 public:
     QColor blue, pink, orange, yellow, mint, cyan, red;
+    QColor accent;  // A fill that carries white text.
+    QColor focus;   // Of the ring around what has the keyboard.
+    QColor problem; // Of texts that tell of a failure.
     QColor label;
     QColor secondaryLabel; // Legible as small print on every surface below.
     QColor separator;
@@ -37,6 +44,7 @@ public:
     QColor paneFill;                   // The ground of a tab.
     QColor cardFill, cardStroke;       // Sections of a form.
     QColor controlFill, controlRaised; // A track or button, and the part raised above it.
+    QColor buttonFill;                 // Of a push button.
     QColor material;                   // In place of translucent glass: the desktop does not blur.
 
     [[nodiscard]] static SystemColors of(bool darkAppearance);

@@ -2,6 +2,10 @@
 
 #include <VelmoraMac/Texts/LocalizedStrings.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -121,6 +125,23 @@ VelmoraThemePalette graphite(const SystemColors &)
 }
 
 // A theme: its name in both languages and what makes its palette.
+constexpr std::array singleColors = {&VelmoraThemePalette::glowPrimary,   &VelmoraThemePalette::glowSecondary,
+                                     &VelmoraThemePalette::primaryText,   &VelmoraThemePalette::secondaryText,
+                                     &VelmoraThemePalette::mutedText,     &VelmoraThemePalette::cardFill,
+                                     &VelmoraThemePalette::cardStroke,    &VelmoraThemePalette::linkRowFill,
+                                     &VelmoraThemePalette::successAccent, &VelmoraThemePalette::dangerAccent,
+                                     &VelmoraThemePalette::infoAccent,    &VelmoraThemePalette::warningText,
+                                     &VelmoraThemePalette::badgeText,     &VelmoraThemePalette::overlayScrim};
+
+QColor between(const QColor &from, const QColor &to, double part)
+{
+    const auto component = [part](float a, float b) {
+        return std::clamp(std::lerp(a, b, static_cast<float>(part)), 0.0F, 1.0F);
+    };
+    return QColor::fromRgbF(component(from.redF(), to.redF()), component(from.greenF(), to.greenF()),
+                            component(from.blueF(), to.blueF()), component(from.alphaF(), to.alphaF()));
+}
+
 struct Theme {
     QString english;
     QString german;
@@ -143,6 +164,20 @@ Theme themeOf(VelmoraTheme theme)
 }
 
 } // namespace
+
+VelmoraThemePalette VelmoraThemePalette::mixed(const VelmoraThemePalette &from, const VelmoraThemePalette &to,
+                                               double part)
+{
+    VelmoraThemePalette palette = to;
+    for (QColor VelmoraThemePalette::*color : singleColors)
+        palette.*color = between(from.*color, to.*color, part);
+    for (QList<QColor> VelmoraThemePalette::*colors :
+         {&VelmoraThemePalette::backgroundColors, &VelmoraThemePalette::switchColors})
+        for (qsizetype i = 0; i < std::min((from.*colors).size(), (to.*colors).size()); ++i)
+            (palette.*colors)[i] = between((from.*colors)[i], (to.*colors)[i], part);
+    palette.materialOpacity = std::lerp(from.materialOpacity, to.materialOpacity, std::clamp(part, 0.0, 1.0));
+    return palette;
+}
 
 VelmoraThemePalette VelmoraThemePalette::of(VelmoraTheme theme, const SystemColors &system)
 {

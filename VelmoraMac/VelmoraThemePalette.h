@@ -53,6 +53,9 @@ public:
 
     // Some colours of a theme are the system's and follow the desktop's appearance.
     [[nodiscard]] static VelmoraThemePalette of(Velmora::VelmoraTheme theme, const SystemColors &system);
+    // The colours `part` of the way from one palette to another. A spring may go a little beyond either end.
+    [[nodiscard]] static VelmoraThemePalette mixed(const VelmoraThemePalette &from,
+                                                   const VelmoraThemePalette &to, double part);
     // As the settings name the theme.
     [[nodiscard]] static QString themeName(Velmora::VelmoraTheme theme, Velmora::AppLanguage language);
     bool operator==(const VelmoraThemePalette &) const = default;

@@ -1,11 +1,14 @@
 #include "ItemTree.h"
 
 #include <QQuickWindow>
+#include <QTextDocumentFragment>
 
 #include <algorithm>
 #include <array>
 
 namespace {
+
+constexpr int styledText = 4; // Text.StyledText in Qt Quick.
 
 bool isControl(QAccessible::Role role)
 {
@@ -19,9 +22,10 @@ void collectTexts(const QQuickItem &item, QStringList &texts)
     if (!item.isVisible() || item.opacity() <= 0)
         return;
     const QString text = item.property("text").toString();
+    const bool isStyled = item.property("textFormat").toInt() == styledText;
     const bool shows = item.inherits("QQuickText") || item.inherits("QQuickTextEdit");
     if (shows && !text.isEmpty())
-        texts.append(text);
+        texts.append(isStyled ? QTextDocumentFragment::fromHtml(text).toPlainText() : text);
     for (const QQuickItem *child : item.childItems())
         collectTexts(*child, texts);
 }

@@ -42,6 +42,47 @@ std::vector<Scene> popoverScenes()
              return popover; // Half a second into the pulse.
          },
          500ms},
+        {u"popover-growing"_s, true,
+         [](Stage &stage) {
+             QQuickItem *popover = stage.showPopover();
+             stage.pass(settled);
+             stage.state->record(shopResult());
+             return popover;
+         },
+         96ms},
+        {u"popover-toggling"_s, true,
+         [](Stage &stage) {
+             QQuickItem *popover = popoverWith(stage, shopResult());
+             stage.pass(settled);
+             stage.state->setAutoCleanEnabled(false);
+             return popover;
+         },
+         96ms},
+        {u"popover-recolouring"_s, true,
+         [](Stage &stage) {
+             QQuickItem *popover = popoverWith(stage, shopResult());
+             stage.pass(settled);
+             stage.state->setAppTheme(stage.state->appTheme() == VelmoraTheme::light ? VelmoraTheme::aurora
+                                                                                     : VelmoraTheme::light);
+             return popover;
+         },
+         96ms},
+        {u"popover-rolling"_s, true,
+         [](Stage &stage) {
+             QQuickItem *popover = popoverWith(stage, shopResult());
+             stage.pass(settled);
+             stage.state->record(shopResult());
+             return popover;
+         },
+         96ms},
+        {u"popover-closing"_s, true,
+         [](Stage &stage) {
+             QQuickItem *popover = popoverWith(stage, shopResult());
+             stage.pass(settled);
+             stage.popoverAnimation.requestClose();
+             return popover;
+         },
+         64ms},
         {u"popover-opening"_s, true, [](Stage &stage) { return popoverWith(stage, shopResult()); }, 260ms},
     };
 }

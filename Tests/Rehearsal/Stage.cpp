@@ -2,6 +2,7 @@
 
 #include <VelmoraMac/QuickViews/ViewEnvironment.h>
 
+#include <QEasingCurve>
 #include <QFont>
 #include <QGuiApplication>
 #include <QQmlError>
@@ -15,7 +16,11 @@ Q_IMPORT_QML_PLUGIN(VelmoraMacPlugin)
 namespace {
 
 constexpr auto frame = 16ms;
-constexpr QColor desk(0x9c, 0xa9, 0xb5); // The ground behind a translucent window.
+constexpr int popoverWidth = 306;
+constexpr int shortPopover = 386;
+constexpr int tallPopover = 536;                                // Once there is a result.
+constexpr auto growthTime = std::chrono::duration<double>(0.2); // As the panel of the application.
+constexpr QColor desk(0x9c, 0xa9, 0xb5);                        // The ground behind a translucent window.
 
 void fill(MemoryDefaultsStore &store, const StageSetup &setup)
 {
@@ -55,6 +60,7 @@ Stage::Stage(const StageSetup &setup)
 
 QQuickItem *Stage::show(const QString &name, const QVariantMap &properties, QSize size)
 {
+    showsPopover_ = false;
     view_ = std::make_unique<QQuickView>(&engine_, nullptr);
     view_->setColor(desk);
     view_->setResizeMode(QQuickView::SizeRootObjectToView);
@@ -72,8 +78,12 @@ QQuickItem *Stage::show(const QString &name, const QVariantMap &properties, QSiz
 
 QQuickItem *Stage::showPopover()
 {
-    return show(u"PopoverView"_s, {{u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimation)}},
-                {306, state->hasLastResult() ? 536 : 386});
+    QQuickItem *popover =
+        show(u"PopoverView"_s, {{u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimation)}},
+             {popoverWidth, state->hasLastResult() ? tallPopover : shortPopover});
+    showsPopover_ = true;
+    growth_ = 0ms;
+    return popover;
 }
 
 QQuickItem *Stage::showToast(const CleaningResult &result, bool offersCleaning)
@@ -107,9 +117,21 @@ QQuickItem *Stage::showUpdate(const UpdateReport &report, QSize size)
 void Stage::pass(std::chrono::milliseconds time)
 {
     for (auto left = time; left > 0ms; left -= frame) {
-        clock().pass(std::min<std::chrono::milliseconds>(left, frame));
+        const auto step = std::min<std::chrono::milliseconds>(left, frame);
+        growPopover(step);
+        clock().pass(step);
         QCoreApplication::processEvents();
     }
+}
+
+void Stage::growPopover(std::chrono::milliseconds step)
+{
+    if (!showsPopover_ || !state->hasLastResult() || view_->height() == tallPopover)
+        return;
+    growth_ += step;
+    const double part = std::min(1.0, std::chrono::duration<double>(growth_) / growthTime);
+    const double eased = QEasingCurve(QEasingCurve::InOutQuad).valueForProgress(part);
+    view_->resize(popoverWidth, qRound(shortPopover + (tallPopover - shortPopover) * eased));
 }
 
 QImage Stage::picture()

@@ -76,6 +76,11 @@ public:
     QStringList warnings; // Of the QML engine.
 
 private:
+    // The popover's window grows when there is a first result.
+    void growPopover(std::chrono::milliseconds step);
+
+    bool showsPopover_ = false;
+    std::chrono::milliseconds growth_{0};
     QQmlEngine engine_;
     std::unique_ptr<QQuickView> view_;
 };

@@ -142,7 +142,7 @@ private Q_SLOTS:
             if (!text->inherits("QQuickText") || !text->property("text").toString().startsWith(u"https:"))
                 continue;
             ++links;
-            QVERIFY(text->property("truncated").toBool());
+            QVERIFY(text->property("text").toString().contains(u'\u2026'));
             QCOMPARE(text->property("lineCount").toInt(), 1);
             QVERIFY(text->mapRectToScene(text->boundingRect()).right() <= 306 - 16);
         }
@@ -305,7 +305,7 @@ private Q_SLOTS:
         stage.pass(1s);
         const QImage ocean = stage.picture();
         stage.state->setAppTheme(VelmoraTheme::graphite);
-        stage.pass(16ms);
+        stage.pass(1s);
 
         QVERIFY(popover != nullptr);
         QVERIFY(ocean.pixelColor(150, 376) != graphite.pixelColor(150, 376));

@@ -10,5 +10,5 @@ RoundedBox {
     visible: shown
     color: "transparent"
     borderWidth: 2
-    borderColor: Surroundings.colors.blue
+    borderColor: Surroundings.colors.focus
 }

@@ -29,6 +29,7 @@ FocusScope {
     activeFocusOnTab: true
     Accessible.role: turnsPages ? Accessible.PageTabList : Accessible.Grouping
     Accessible.name: label
+    Accessible.description: titles[currentIndex] ?? "" // Read with the picker when it gets the keyboard.
     Keys.onLeftPressed: step(-1)
     Keys.onRightPressed: step(1)
 
@@ -67,12 +68,17 @@ FocusScope {
                 width: Math.max(58, content.implicitWidth + 24)
                 height: 22
                 radius: 5.5
-                color: selected ? Surroundings.colors.controlRaised : "transparent"
+                color: selected ? Surroundings.colors.controlRaised
+                                : (hover.hovered ? Surroundings.colors.controlFill : "transparent")
                 borderColor: selected ? Surroundings.colors.cardStroke : "transparent"
                 Accessible.role: root.turnsPages ? Accessible.PageTab : Accessible.RadioButton
                 Accessible.name: root.titles[index]
-                Accessible.checkable: true
-                Accessible.checked: selected
+                Accessible.checkable: !root.turnsPages
+                Accessible.checked: selected && !root.turnsPages
+                Accessible.selectable: root.turnsPages
+                Accessible.selected: selected && root.turnsPages
+                Accessible.focusable: true
+                Accessible.focused: selected && root.activeFocus
                 Accessible.onPressAction: root.chosen(root.values[index])
 
                 Row {
@@ -96,6 +102,9 @@ FocusScope {
                         font.weight: segment.selected ? Font.Medium : Font.Normal
                         color: Surroundings.colors.label
                     }
+                }
+                HoverHandler {
+                    id: hover
                 }
                 TapHandler {
                     onTapped: root.chosen(root.values[segment.index])

@@ -22,9 +22,10 @@ PressButton {
     background: RoundedBox {
         radius: 6
         color: {
-            const rest = root.prominent ? Surroundings.colors.blue
-                                        : (Surroundings.darkAppearance ? Qt.rgba(1, 1, 1, 0.16) : "white");
-            return root.down ? Qt.darker(rest, 1.15) : rest;
+            const rest = root.prominent ? Surroundings.colors.accent : Surroundings.colors.buttonFill;
+            if (root.down)
+                return Qt.tint(rest, Qt.rgba(0, 0, 0, 0.13));
+            return root.hovered ? Qt.tint(rest, Qt.alpha(Surroundings.colors.label, 0.06)) : rest;
         }
         borderColor: Surroundings.colors.cardStroke
 

@@ -9,12 +9,12 @@ ToggleSwitch {
     implicitHeight: 18
 
     indicator: RoundedBox {
-        readonly property color off: Surroundings.darkAppearance ? Qt.rgba(1, 1, 1, 0.2) : Qt.rgba(0, 0, 0, 0.2)
+        readonly property color off: Qt.alpha(Surroundings.colors.label, root.hovered ? 0.32 : 0.25)
 
         width: 32
         height: 18
         radius: 9
-        color: Qt.tint(off, Qt.alpha(Surroundings.colors.blue, Math.min(1, Math.max(0, knobMotion.value))))
+        color: Qt.tint(off, Qt.alpha(Surroundings.colors.accent, Math.min(1, Math.max(0, knobMotion.value))))
 
         RoundedBox {
             x: 2 + 14 * knobMotion.value

@@ -77,24 +77,19 @@ void Backdrop::prepare(const QSize &pixels, double ratio)
     stale_ = false;
     canvas_ = {};
     QList<QColor> colors = palette_.backgroundColors;
-    for (qsizetype i = 0; i < colors.size(); ++i)
-        colors[i] = settled(colors[i], static_cast<double>(i) / static_cast<double>(colors.size() - 1));
-    ground_ = SoftPictures::gradient(pixels, colors, sheen * (1 - scrim_.alphaF()));
+    for (QColor &color : colors)
+        color = PanelGround::colorAt(color, scrim_);
+    ground_ = SoftPictures::gradient(pixels, colors, sheen);
     QPainter painter(&ground_);
     castShade(painter, ground_.size(), restingShade_);
     if (!recoloured)
         return;
     for (std::size_t glow = 0; glow < glows.size(); ++glow) {
         const QColor color = glow == 0 ? palette_.glowPrimary : palette_.glowSecondary;
-        QColor seen = settled(color, 0.5);
+        QColor seen = PanelGround::colorAt(color, scrim_);
         seen.setAlphaF(color.alphaF());
         glows_[glow] = SoftPictures::glow(qRound(2 * glows[glow].radius * ratio), seen);
     }
-}
-
-QColor Backdrop::settled(const QColor &color, double down) const
-{
-    return PanelGround::colorAt(color, down, scrim_, cover_, material_);
 }
 
 void Backdrop::compose(double ratio)

@@ -21,10 +21,6 @@ class Backdrop : public DrawnItem {
     // The glows' position between their two end points, 0 to 1.
     Q_PROPERTY(double drift READ drift WRITE setDrift NOTIFY driftChanged)
     Q_PROPERTY(double cornerRadius READ cornerRadius WRITE setCornerRadius NOTIFY shapeChanged)
-    // The colour under the gradient, which covers it with the opacity `cover`. Opaque: the desktop does not blur
-    // what is behind the window.
-    Q_PROPERTY(QColor material READ material WRITE setMaterial NOTIFY shapeChanged)
-    Q_PROPERTY(double cover READ cover WRITE setCover NOTIFY shapeChanged)
     // A translucent colour over the gradient and the glows.
     Q_PROPERTY(QColor scrim READ scrim WRITE setScrim NOTIFY shapeChanged)
     // The opacity of a vignette: a black shade in the corners, clear in the middle. `restingShade` is its part
@@ -45,10 +41,6 @@ public:
 
     [[nodiscard]] double cornerRadius() const { return cornerRadius_; }
 
-    [[nodiscard]] QColor material() const { return material_; }
-
-    [[nodiscard]] double cover() const { return cover_; }
-
     [[nodiscard]] QColor scrim() const { return scrim_; }
 
     [[nodiscard]] double restingShade() const { return restingShade_; }
@@ -65,10 +57,6 @@ public:
     void setDrift(double drift);
 
     void setCornerRadius(double radius) { setShape(cornerRadius_, radius); }
-
-    void setMaterial(const QColor &material) { setGround(material_, material); }
-
-    void setCover(double cover) { setGround(cover_, cover); }
 
     void setScrim(const QColor &scrim) { setGround(scrim_, scrim); }
 
@@ -108,8 +96,6 @@ private:
     }
 
     void prepare(const QSize &pixels, double ratio);
-    // An opaque colour of the gradient as it is seen, `down` from 0 at the top to 1 at the bottom.
-    [[nodiscard]] QColor settled(const QColor &color, double down) const;
     void compose(double ratio);
     void drawShape(QPainter &painter, const QRectF &shape, double ratio) const;
     [[nodiscard]] QPoint glowPlace(std::size_t glow, double ratio) const;
@@ -117,15 +103,13 @@ private:
     VelmoraThemePalette palette_;
     double drift_ = 0;
     double cornerRadius_ = 0;
-    QColor material_ = Qt::black;
-    double cover_ = 1;
     QColor scrim_ = Qt::transparent;
     double shade_ = 0;
     double restingShade_ = 0;
     double sideInset_ = 0, topInset_ = 0, bottomInset_ = 0;
 
     bool stale_ = true; // The pictures below belong to other colours.
-    QImage ground_;     // The unchanging part: material, gradient, scrim and the resting shade.
+    QImage ground_;     // The unchanging part: gradient, scrim, sheen and the resting shade.
     std::array<QImage, 2> glows_;
     QImage canvas_; // Ground, glows and the moving part of the shade, as last drawn.
     std::array<QPoint, 2> drawnAt_;

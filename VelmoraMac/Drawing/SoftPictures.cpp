@@ -76,16 +76,18 @@ QImage SoftPictures::glow(int side, const QColor &color)
 {
     QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
     const double middle = side / 2.0;
+    const double opacity = color.alphaF();
+    const auto [red, green, blue] = light(color);
     for (int y = 0; y < side; ++y) {
         auto *row = reinterpret_cast<QRgb *>(image.scanLine(y));
+        const double down = (y + 0.5) / middle - 1;
         for (int x = 0; x < side; ++x) {
-            const double distance = std::hypot(x + 0.5 - middle, y + 0.5 - middle) / middle;
-            const double inner = std::max(0.0, 1 - distance * distance);
-            const double alpha =
-                color.alphaF() * inner * inner * inner; // Close to a Gaussian, and ends at the rim.
+            const double right = (x + 0.5) / middle - 1;
+            const double inner = std::max(0.0, 1 - right * right - down * down);
+            const double alpha = opacity * inner * inner * inner; // Close to a Gaussian, and ends at the rim.
             const double t = threshold(x, y);
-            row[x] = qRgba(dithered(alpha * color.redF(), t), dithered(alpha * color.greenF(), t),
-                           dithered(alpha * color.blueF(), t), dithered(alpha, t));
+            row[x] = qRgba(dithered(alpha * red, t), dithered(alpha * green, t), dithered(alpha * blue, t),
+                           dithered(alpha, t));
         }
     }
     return image;

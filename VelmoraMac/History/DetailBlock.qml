@@ -8,6 +8,7 @@ Column {
 
     required property string caption
     required property string value
+    property string cleanedValue // For a text before its cleaning: what is left of it.
 
     spacing: 6
 
@@ -53,7 +54,7 @@ Column {
                 textFormat: TextEdit.PlainText
                 font.pixelSize: 12
                 color: Surroundings.colors.label
-                selectionColor: Surroundings.colors.blue
+                selectionColor: Surroundings.colors.accent
                 selectedTextColor: "white"
                 wrapMode: TextEdit.WrapAnywhere
                 readOnly: true
@@ -64,6 +65,11 @@ Column {
                 Accessible.multiLine: true
                 Accessible.name: root.caption
             }
+        }
+        RemovedPartsHighlighter {
+            document: root.cleanedValue !== "" ? text.textDocument : null
+            cleanedText: root.cleanedValue
+            tint: Surroundings.colors.problem
         }
         FocusRing {
             shown: text.activeFocus

@@ -64,6 +64,7 @@ Rectangle {
             height: blocks.blockHeight
             caption: App.t("Before", "Vorher") + LocalizedStrings.beginningNote(root.entry.originalBytes, App.state.language)
             value: root.entry.originalText
+            cleanedValue: root.entry.cleanedText
         }
         DetailBlock {
             width: parent.width

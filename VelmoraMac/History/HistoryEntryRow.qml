@@ -66,11 +66,14 @@ RoundedBox {
                 width: parent.width
                 title: App.t("Before", "Vorher") + LocalizedStrings.beginningNote(root.entry.originalBytes, App.state.language)
                 value: root.entry.originalText
+                otherValue: root.entry.cleanedText
+                removedTint: Surroundings.colors.problem
             }
             HistoryLine {
                 width: parent.width
                 title: App.t("After", "Nachher") + LocalizedStrings.beginningNote(root.entry.cleanedBytes, App.state.language)
                 value: root.entry.cleanedText
+                otherValue: root.entry.originalText
             }
         }
         SystemText {
@@ -79,7 +82,8 @@ RoundedBox {
             pointSize: 10
             color: Surroundings.colors.secondaryLabel
             elide: Text.ElideRight
-            maximumLineCount: 1
+            wrapMode: Text.Wrap
+            maximumLineCount: 3
         }
         HistoryEntryButtons {
             entry: root.entry

@@ -7,6 +7,8 @@ RoundedBox {
 
     required property string title
     required property string value
+    property string otherValue // The same link after its cleaning, or before it.
+    property var removedTint   // Of what the cleaning has removed.
 
     implicitHeight: column.implicitHeight + 20
     radius: 12
@@ -29,14 +31,13 @@ RoundedBox {
             font.weight: Font.Bold
             color: Surroundings.colors.secondaryLabel
         }
-        SystemText {
+        LinkText {
             width: parent.width
-            // One line, and no more of a long text than can be seen: laying it out must not cost time.
-            text: root.value.slice(0, 600).replace(/\s+/g, " ")
+            linkText: root.value
+            otherText: root.otherValue
+            removedTint: root.removedTint
             pointSize: 11
             color: Surroundings.colors.label
-            elide: Text.ElideRight
-            maximumLineCount: 1
         }
     }
 }

@@ -9,6 +9,7 @@ Item {
     required property real pointSize
     property int weight: Font.Bold
     property color color: "black"
+    property bool elides: false // Whether a text that is too long for the item's width is cut.
     property string shownText: text
     property string leavingText: ""
 
@@ -27,11 +28,13 @@ Item {
 
     Text {
         width: root.width
+        height: root.height
+        verticalAlignment: Text.AlignVCenter
         text: root.leavingText
         textFormat: Text.PlainText
         font: arriving.font
         color: root.color
-        elide: Text.ElideRight
+        elide: root.elides ? Text.ElideRight : Text.ElideNone
         visible: fade.moving
         opacity: Math.max(0, 1 - fade.value)
     }
@@ -39,12 +42,14 @@ Item {
         id: arriving
 
         width: root.width
+        height: root.height
+        verticalAlignment: Text.AlignVCenter
         text: root.shownText
         textFormat: Text.PlainText
         font.pixelSize: root.pointSize
         font.weight: root.weight
         color: root.color
-        elide: Text.ElideRight
+        elide: root.elides ? Text.ElideRight : Text.ElideNone
         opacity: Math.min(1, Math.max(0, fade.value))
     }
     SpringValue {

@@ -18,12 +18,15 @@ Column {
         width: root.width
         caption: App.t("Before", "Vorher")
         linkText: root.originalText
+        otherText: root.cleanedText
         tint: root.tint(Surroundings.palette.dangerAccent, 0.8)
+        removedTint: root.tint(Surroundings.palette.dangerAccent, 1)
     }
     LinkPreviewRow {
         width: root.width
         caption: App.t("After", "Nachher")
         linkText: root.cleanedText
+        otherText: root.originalText
         tint: root.tint(Surroundings.palette.successAccent, 0.9)
     }
 }

@@ -7,7 +7,9 @@ RoundedBox {
 
     required property string caption
     required property string linkText
+    required property string otherText // The same link after its cleaning, or before it.
     required property color tint
+    property var removedTint // Of what the cleaning has removed.
 
     implicitHeight: column.implicitHeight + 16
     radius: 11
@@ -26,20 +28,20 @@ RoundedBox {
 
         SystemText {
             text: root.caption.toUpperCase()
+            Accessible.name: root.caption
             pointSize: 8
             font.weight: Font.Bold
             font.letterSpacing: 0.4
             color: root.tint
         }
-        SystemText {
+        LinkText {
             width: parent.width
-            // One line, and no more of a long text than can be seen: laying it out must not cost time.
-            text: root.linkText.slice(0, 400).replace(/\s+/g, " ")
+            linkText: root.linkText
+            otherText: root.otherText
+            removedTint: root.removedTint
             pointSize: 9
             font.weight: Font.DemiBold
             color: Surroundings.palette.primaryText
-            elide: Text.ElideRight
-            maximumLineCount: 1
         }
     }
 }

@@ -5,6 +5,11 @@ import VelmoraMac
 Item {
     implicitHeight: 34
 
+    SpringColor {
+        id: tint
+
+        to: App.state.autoCleanEnabled ? Surroundings.palette.successAccent : Surroundings.palette.warningText
+    }
     AssetImage {
         id: icon
 
@@ -25,13 +30,11 @@ Item {
             font.weight: Font.DemiBold
             color: Surroundings.palette.primaryText
         }
-        SystemText {
+        FadingText {
             text: App.state.autoCleanEnabled ? App.t("Active", "Aktiv") : App.t("Paused", "Pausiert")
             pointSize: 10
-            font.weight: Font.Medium
-            color: Surroundings.legible(App.state.autoCleanEnabled ? Surroundings.palette.successAccent
-                                                                   : Surroundings.palette.warningText,
-                                        Surroundings.palette)
+            weight: Font.Medium
+            color: Surroundings.legibleOnPanel(tint.value, Surroundings.palette)
         }
     }
     PremiumSwitchToggleStyle {

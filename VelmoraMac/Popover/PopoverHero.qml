@@ -22,10 +22,10 @@ RoundedBox {
             return LocalizedStrings.removedCount(App.state.lastResult.removedCount, App.state.language);
         return App.t("Local on this Mac", "Lokal auf diesem Mac");
     }
-    readonly property color tint: paused ? Surroundings.palette.warningText
-                                         : (cleaned ? Surroundings.palette.successAccent
-                                                    : Surroundings.palette.infoAccent)
-    readonly property color microTint: Surroundings.legible(tint, Surroundings.palette)
+    readonly property color tint: shownTint.value
+    readonly property color wantedTint: paused ? Surroundings.palette.warningText
+                                             : (cleaned ? Surroundings.palette.successAccent : Surroundings.palette.infoAccent)
+    readonly property color microTint: Surroundings.legibleOnLight(tint, Surroundings.palette)
     // Where the pointer is, -1 to 1 from the middle; in the middle while it is elsewhere.
     readonly property point pointer: hover.hovered && width > 0 && height > 0
                                      ? Qt.point(2 * hover.point.position.x / width - 1,
@@ -33,9 +33,14 @@ RoundedBox {
                                      : Qt.point(0, 0)
 
     radius: 21
-    color: Surroundings.palette.cardFill
+    color: Surroundings.cardColor
     borderColor: Surroundings.palette.cardStroke
 
+    SpringColor {
+        id: shownTint
+
+        to: root.wantedTint
+    }
     HoverHandler {
         id: hover
     }
@@ -53,7 +58,7 @@ RoundedBox {
         x: 28
         anchors.verticalCenter: parent.verticalCenter
         symbolName: root.symbolName
-        tint: root.tint
+        tint: Surroundings.legibleInGlow(root.tint, Surroundings.palette)
         glow: root.glow
         pointer: root.pointer
     }
@@ -70,6 +75,7 @@ RoundedBox {
         FadingText {
             width: parent.width
             text: root.title
+            elides: true
             pointSize: 22
             color: Surroundings.palette.primaryText
         }
@@ -77,17 +83,18 @@ RoundedBox {
             opacity: 0.92
             spacing: 4
 
-            SymbolImage {
+            FadingSymbol {
                 anchors.verticalCenter: parent.verticalCenter
                 symbolName: root.microSymbolName
                 pointSize: 8
                 color: root.microTint
             }
-            SystemText {
+            FadingText {
+                objectName: "subtitle"
                 anchors.verticalCenter: parent.verticalCenter
                 text: root.subtitle
                 pointSize: 9
-                font.weight: Font.DemiBold
+                weight: Font.DemiBold
                 color: root.microTint
             }
         }

@@ -35,8 +35,10 @@ QuickAppWindow::QuickAppWindow(QuickWindow window, const AppWindowOptions &optio
     , screens_(screens)
 {
     window_->setTitle(options.title);
-    window_->setMinimumSize(options.minimumSize);
-    window_->resize(options.contentSize);
+    // On a small screen both are smaller; the views scroll.
+    const QSize room = screens.mainWorkArea().size();
+    window_->setMinimumSize(room.isEmpty() ? options.minimumSize : options.minimumSize.boundedTo(room));
+    window_->resize(room.isEmpty() ? options.contentSize : options.contentSize.boundedTo(room));
     followSurroundings();
     window_->installEventFilter(new CloseWatcher(options.closed, window_.get()));
 }
@@ -51,7 +53,7 @@ void QuickAppWindow::followSurroundings()
         window->setColor(surroundings->colors().windowBackground);
     };
     fill();
-    QObject::connect(surroundings, &Surroundings::darkAppearanceChanged, window_.get(), fill);
+    QObject::connect(surroundings, &Surroundings::paletteChanged, window_.get(), fill);
 }
 
 void QuickAppWindow::centre()

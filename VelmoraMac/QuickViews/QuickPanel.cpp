@@ -3,6 +3,9 @@
 #include <VelmoraMac/StyleKit/Surroundings.h>
 
 #include <QKeyEvent>
+#include <QQuickItem>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int growthTime = 200; // Milliseconds.
@@ -18,6 +21,7 @@ QuickPanel::QuickPanel(QuickWindow window, const PanelOptions &options, WindowMa
 {
     windows_.makePanel(*window_, {options.acceptsMouse, options.cornerRadius});
     followSurroundings();
+    window_->setTitle(u"Velmora"_s); // Never seen, but read by assistive tools.
     window_->resize(options.size);
     window_->installEventFilter(this);
     growth_.setDuration(growthTime);
@@ -33,8 +37,11 @@ void QuickPanel::followSurroundings()
     if (surroundings == nullptr)
         return;
     const auto fill = [this, surroundings] {
+        const QQuickItem *view = window_->rootObject();
+        const QVariant ground = view != nullptr ? view->property("ground") : QVariant();
         window_->setColor(surroundings->blendsWindows() ? QColor(Qt::transparent)
-                                                        : Surroundings::material(surroundings->palette()));
+                          : ground.isValid()            ? ground.value<QColor>()
+                                                        : surroundings->colors().windowBackground);
     };
     fill();
     connect(surroundings, &Surroundings::paletteChanged, this, fill);

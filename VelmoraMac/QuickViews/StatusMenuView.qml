@@ -58,7 +58,7 @@ RoundedBox {
                     width: parent.width - 10
                     height: parent.height
                     radius: 5
-                    color: root.colors.blue
+                    color: root.colors.accent
                 }
                 SystemText {
                     visible: row.modelData.checked

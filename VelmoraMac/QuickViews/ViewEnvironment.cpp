@@ -1,6 +1,7 @@
 #include "ViewEnvironment.h"
 
 #include <VelmoraMac/AppState.h>
+#include <VelmoraMac/Motion/ThemeTransition.h>
 #include <VelmoraMac/StyleKit/Surroundings.h>
 
 #include <QQmlComponent>
@@ -30,6 +31,7 @@ void ViewEnvironment::provide(QQmlEngine &engine, AppState &state)
     if (surroundings == nullptr)
         return;
     surroundings->setTheme(state.appTheme());
-    QObject::connect(&state, &AppState::appThemeChanged, surroundings,
-                     [&state, surroundings] { surroundings->setTheme(state.appTheme()); });
+    auto *transition = new ThemeTransition(engine, *surroundings); // Owned by the surroundings.
+    QObject::connect(&state, &AppState::appThemeChanged, transition,
+                     [&state, transition] { transition->begin(state.appTheme()); });
 }

@@ -20,6 +20,7 @@ FormPage {
         FormRow {
             note: App.t("One domain per line. Velmora leaves these links untouched.",
                         "Eine Domain pro Zeile. Velmora lässt diese Links unverändert.")
+            noteFirst: true
 
             SystemButton {
                 text: App.t("Ignore last domain", "Letzte Domain ignorieren")

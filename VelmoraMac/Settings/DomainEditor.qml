@@ -41,7 +41,7 @@ Item {
             font.family: systemFont.font.family
             font.pixelSize: 13
             color: Surroundings.colors.label
-            selectionColor: Surroundings.colors.blue
+            selectionColor: Surroundings.colors.accent
             selectedTextColor: "white"
             selectByMouse: true
             textFormat: TextEdit.PlainText

@@ -15,6 +15,14 @@ Flickable {
     flickableDirection: Flickable.VerticalFlick
 
     T.ScrollBar.vertical: SlimScrollBar { }
+    Keys.onPressed: event => keys.press(event)
+
+    ScrollKeys {
+        id: keys
+
+        parent: root
+        view: root
+    }
 
     Column {
         id: column

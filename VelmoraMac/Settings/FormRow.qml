@@ -1,19 +1,20 @@
 import QtQuick
 import VelmoraMac
 
-// A row of a form: a label with an optional note below it, and a control at the end.
+// A row of a form: a label with its control at the end, or a control alone, and a note below it.
 Item {
     id: root
 
     property string label
     property string note
-    // A failure the user should know of, in the note's place below it.
+    property bool noteFirst: false // The note stands above the control.
+    // A failure the user should know of, below everything else.
     property string problem
     default property alias control: trailing.data
     readonly property bool isFirst: parent !== null && parent.children[0] === root
 
     width: parent?.width ?? 0
-    implicitHeight: Math.max(38, texts.implicitHeight + 20)
+    implicitHeight: Math.max(38, rows.implicitHeight + 20)
 
     RoundedBox {
         anchors {
@@ -27,44 +28,53 @@ Item {
         color: Surroundings.colors.separator
     }
     Column {
-        id: texts
+        id: rows
 
         anchors {
             left: parent.left
             leftMargin: 10
-            right: trailing.left
-            rightMargin: trailing.width > 0 ? 12 : 0
+            right: parent.right
+            rightMargin: 10
             verticalCenter: parent.verticalCenter
         }
-        spacing: 3
+        spacing: 5
 
-        SystemText {
-            visible: root.label !== ""
+        FormNote {
+            visible: root.noteFirst && root.note !== ""
             width: parent.width
-            text: root.label
-            color: Surroundings.colors.label
-            wrapMode: Text.Wrap
+            text: root.noteFirst ? root.note : ""
+        }
+        Item {
+            width: parent.width
+            height: Math.max(root.label !== "" ? title.implicitHeight : 0, trailing.height)
+
+            SystemText {
+                id: title
+
+                anchors.verticalCenter: parent.verticalCenter
+                visible: root.label !== ""
+                width: trailing.width > 0 ? trailing.x - 12 : parent.width
+                text: root.label
+                color: Surroundings.colors.label
+                wrapMode: Text.Wrap
+            }
+            Row {
+                id: trailing
+
+                anchors.verticalCenter: parent.verticalCenter
+                x: root.label !== "" ? parent.width - width : 0
+            }
         }
         FormNote {
-            visible: root.note !== ""
+            visible: !root.noteFirst && root.note !== ""
             width: parent.width
-            text: root.note
+            text: root.noteFirst ? "" : root.note
         }
         FormNote {
             visible: root.problem !== ""
             width: parent.width
             text: root.problem
-            color: Surroundings.darkAppearance ? Qt.lighter(Surroundings.colors.red, 1.25)
-                                               : Qt.darker(Surroundings.colors.red, 1.45)
-        }
-    }
-    Row {
-        id: trailing
-
-        anchors {
-            right: parent.right
-            rightMargin: 10
-            verticalCenter: parent.verticalCenter
+            color: Surroundings.colors.problem
         }
     }
 }

@@ -146,6 +146,7 @@ FormPage {
 
         FormRow {
             note: root.updateController.statusText(App.state.language)
+            noteFirst: true
 
             SystemButton {
                 text: App.t("Check for Updates...", "Nach Updates suchen...")

@@ -8,11 +8,19 @@ Item {
 
     readonly property bool isEmpty: App.state.historyEntries.length === 0
 
+    Keys.onPressed: event => keys.press(event)
+
+    ScrollKeys {
+        id: keys
+
+        view: list
+    }
+
     Item {
         id: header
 
         x: 16
-        y: 10
+        y: 16
         width: root.width - 32
         height: titles.height
 

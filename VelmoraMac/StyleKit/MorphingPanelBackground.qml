@@ -1,7 +1,7 @@
 import QtQuick
 import VelmoraMac
 
-// The popover's panel: a rounded backdrop over the theme's material that grows from a smaller shape to the whole item.
+// The popover's panel: a rounded backdrop that grows from a smaller shape to the whole item.
 PremiumBackground {
     id: root
 
@@ -14,8 +14,6 @@ PremiumBackground {
 
     themePalette: Surroundings.palette
     cornerRadius: 30
-    material: Surroundings.material(themePalette)
-    cover: themePalette.materialOpacity
     scrim: themePalette.overlayScrim
     restingShade: 0.1
     shade: 0.1 + 0.24 * Math.max(0, 1 - progress)

@@ -4,32 +4,87 @@
 
 #include <algorithm>
 
-QColor PanelGround::material(const VelmoraThemePalette &palette)
+namespace {
+
+constexpr double smallText = 4.5; // The ratio that the guidelines ask for.
+constexpr double mostShade = 0.34;
+constexpr double shadeStep = 0.02;
+// Where cards stand the glows are seen with at most this part of their opacity.
+constexpr float glowPart = 0.6F;
+
+QColor faded(QColor color, float part)
 {
-    return palette.backgroundColors.value(1, Qt::black);
+    color.setAlphaF(color.alphaF() * part);
+    return color;
 }
 
-QColor PanelGround::colorAt(const QColor &gradient, double down, const QColor &scrim, double cover,
-                            const QColor &material)
+// A translucent colour over another one, as one colour that covers the same.
+QColor combined(const QColor &upper, const QColor &lower)
 {
-    QColor veil = scrim;
-    veil.setAlphaF(static_cast<float>(std::min(1.0, scrim.alphaF() * (1 + 0.6 * down))));
-    QColor veiled = gradient;
-    veiled.setAlphaF(1);
-    veiled = Contrast::over(veil, veiled);
-    veiled.setAlphaF(static_cast<float>(cover));
-    return Contrast::over(veiled, material);
+    const float u = upper.alphaF();
+    const float l = lower.alphaF() * (1 - u);
+    if (u + l <= 0)
+        return Qt::transparent;
+    const auto component = [=](float a, float b) { return (a * u + b * l) / (u + l); };
+    return QColor::fromRgbF(component(upper.redF(), lower.redF()), component(upper.greenF(), lower.greenF()),
+                            component(upper.blueF(), lower.blueF()), u + l);
+}
+
+bool isLight(const VelmoraThemePalette &palette)
+{
+    return palette.primaryText.lightnessF() < 0.5F;
+}
+
+} // namespace
+
+QColor PanelGround::colorAt(const QColor &gradient, const QColor &scrim)
+{
+    QColor opaque = gradient;
+    opaque.setAlphaF(1);
+    return Contrast::over(scrim, opaque);
+}
+
+QList<QColor> PanelGround::panel(const VelmoraThemePalette &palette)
+{
+    QList<QColor> grounds;
+    for (const QColor &color : palette.backgroundColors) {
+        const QColor plain = colorAt(color, palette.overlayScrim);
+        grounds.append(plain);
+        for (const QColor &glow : {palette.glowPrimary, palette.glowSecondary})
+            grounds.append(Contrast::over(faded(glow, glowPart), plain));
+    }
+    return grounds;
+}
+
+QColor PanelGround::card(const VelmoraThemePalette &palette)
+{
+    const QList<QColor> grounds = panel(palette);
+    const bool light = isLight(palette);
+    for (double shade = 0; shade < mostShade; shade += shadeStep) {
+        const QColor fill =
+            combined(palette.cardFill, light ? QColor::fromRgbF(1, 1, 1, static_cast<float>(shade))
+                                             : QColor::fromRgbF(0, 0, 0, static_cast<float>(shade)));
+        const bool carries = std::all_of(grounds.begin(), grounds.end(), [&](const QColor &ground) {
+            const QColor seen = Contrast::over(fill, ground);
+            return Contrast::ratio(palette.secondaryText, seen) >= smallText &&
+                   Contrast::ratio(palette.successAccent, seen) >= smallText;
+        });
+        if (carries || shade + shadeStep >= mostShade)
+            return fill;
+    }
+    return palette.cardFill;
+}
+
+QColor PanelGround::sealShade(const VelmoraThemePalette &palette)
+{
+    return isLight(palette) ? QColor::fromRgbF(1, 1, 1, 0.7F) : QColor::fromRgbF(0, 0, 0, 0.4F);
 }
 
 QList<QColor> PanelGround::behindCards(const VelmoraThemePalette &palette)
 {
-    QList<QColor> grounds;
-    const auto count = palette.backgroundColors.size();
-    for (qsizetype i = 0; i < count; ++i) {
-        const double down = static_cast<double>(i) / static_cast<double>(std::max<qsizetype>(count - 1, 1));
-        const QColor panel = colorAt(palette.backgroundColors[i], down, palette.overlayScrim,
-                                     palette.materialOpacity, material(palette));
-        grounds.append(Contrast::over(palette.cardFill, panel));
-    }
+    QList<QColor> grounds = panel(palette);
+    const QColor fill = card(palette);
+    for (QColor &ground : grounds)
+        ground = Contrast::over(fill, ground);
     return grounds;
 }

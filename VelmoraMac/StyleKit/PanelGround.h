@@ -5,17 +5,23 @@
 #include <QColor>
 #include <QList>
 
-// The visible colours of the popover's panel: a theme's gradient on its material, under its scrim.
+// The visible colours of the popover's panel: a theme's gradient under its scrim, and the cards on it.
+//
+// What is behind the window is not blurred by the desktop; the material under the gradient is the gradient itself.
 namespace PanelGround {
 
-// The material under a theme's gradient. Opaque.
-[[nodiscard]] QColor material(const VelmoraThemePalette &palette);
+// An opaque colour of the gradient under `scrim`.
+[[nodiscard]] QColor colorAt(const QColor &gradient, const QColor &scrim);
 
-// `gradient`, an opaque colour, covering `material` with the opacity `cover`, `down` from 0 at the top to 1
-// at the bottom. The scrim is more opaque towards the bottom, where the themes' gradients are brightest and
-// the texts smallest.
-[[nodiscard]] QColor colorAt(const QColor &gradient, double down, const QColor &scrim, double cover,
-                             const QColor &material);
+// The panel behind its cards, from top to bottom, with and without its glows.
+[[nodiscard]] QList<QColor> panel(const VelmoraThemePalette &palette);
+
+// The fill of a card: the theme's, over as much shade as the theme's texts need to be read on the brightest part
+// of the panel (on the darkest in a light theme), but never more than a third.
+[[nodiscard]] QColor card(const VelmoraThemePalette &palette);
+
+// The shade of the seal: dark, in a light theme white.
+[[nodiscard]] QColor sealShade(const VelmoraThemePalette &palette);
 
 // The backgrounds of the texts on the panel's cards, from top to bottom.
 [[nodiscard]] QList<QColor> behindCards(const VelmoraThemePalette &palette);

@@ -11,7 +11,7 @@ RoundedBox {
 
     implicitHeight: column.implicitHeight + 18
     radius: 15
-    color: Surroundings.palette.cardFill
+    color: Surroundings.cardColor
     borderColor: Surroundings.palette.cardStroke
 
     Column {
@@ -28,6 +28,7 @@ RoundedBox {
         SystemText {
             width: parent.width
             text: root.label.toUpperCase()
+            Accessible.name: root.label // As it is spoken: capitals may be read letter by letter.
             pointSize: 8
             font.weight: Font.DemiBold
             font.letterSpacing: 0.3
@@ -35,8 +36,10 @@ RoundedBox {
             elide: Text.ElideRight
         }
         NumericText {
+            objectName: "value"
             value: root.value
             pointSize: 20
+            maximumWidth: column.width
             color: root.tint
         }
     }

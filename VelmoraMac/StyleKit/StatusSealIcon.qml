@@ -28,7 +28,7 @@ Item {
         width: root.side * 2.6
         height: width
         color: root.tint
-        opacity: 2 * (0.13 + 0.11 * root.light)
+        opacity: 0.13 + 0.11 * root.light
         scale: 1 + 0.08 * root.light
     }
     RoundedBox {
@@ -43,11 +43,17 @@ Item {
     RoundedBox {
         anchors.fill: parent
         radius: width / 2
+        color: Surroundings.sealShade(Surroundings.palette)
+        scale: 1 + 0.035 * root.light
+    }
+    RoundedBox {
+        anchors.fill: parent
+        radius: width / 2
         color: Qt.alpha(root.tint, 0.13 + 0.11 * root.light)
         borderColor: Qt.alpha(root.ringColor, 0.22)
         scale: 1 + 0.035 * root.light
     }
-    SymbolImage {
+    FadingSymbol {
         anchors.centerIn: parent
         symbolName: root.symbolName
         color: root.tint

@@ -2,6 +2,7 @@
 
 #include "Contrast.h"
 #include "EngineSingleton.h"
+#include "FormColors.h"
 #include "PanelGround.h"
 
 #include <algorithm>
@@ -11,12 +12,18 @@ namespace {
 // The ratios that the guidelines ask for.
 constexpr double smallText = 4.5;
 constexpr double largeText = 3;
+// What opacity and light, the panel's vignette and a darker glow take away from a ratio.
+constexpr double lightLoss = 1.42;
+constexpr double vignetteLoss = 1.16;
+constexpr double glowLoss = 1.2;
+constexpr float litSeal = 0.24F; // The opacity of the glow and of the fill.
 
 } // namespace
 
 Surroundings::Surroundings(QObject *parent)
     : QObject(parent)
 {
+    show(themePalette());
 }
 
 Surroundings *Surroundings::in(QQmlEngine &engine)
@@ -36,7 +43,8 @@ void Surroundings::setDarkAppearance(bool dark)
         return;
     darkAppearance_ = dark;
     Q_EMIT darkAppearanceChanged();
-    Q_EMIT paletteChanged();
+    palette_ = {}; // Colours of forms change with the appearance even where the theme's stay.
+    show(themePalette());
 }
 
 void Surroundings::setReducedMotion(bool reduced)
@@ -60,6 +68,21 @@ void Surroundings::setTheme(VelmoraTheme theme)
     if (theme == theme_)
         return;
     theme_ = theme;
+    show(themePalette());
+}
+
+void Surroundings::fadeFrom(const VelmoraThemePalette &palette, double part)
+{
+    show(part == 1 ? themePalette() : VelmoraThemePalette::mixed(palette, themePalette(), part));
+}
+
+void Surroundings::show(const VelmoraThemePalette &palette)
+{
+    if (palette == palette_)
+        return;
+    palette_ = palette;
+    colors_ = FormColors::of(palette, SystemColors::of(darkAppearance_));
+    cardColor_ = PanelGround::card(palette);
     Q_EMIT paletteChanged();
 }
 
@@ -68,9 +91,37 @@ QString Surroundings::themeName(VelmoraTheme theme, AppLanguage language)
     return VelmoraThemePalette::themeName(theme, language);
 }
 
+QColor Surroundings::sealShade(const VelmoraThemePalette &palette)
+{
+    return PanelGround::sealShade(palette);
+}
+
 QColor Surroundings::legible(const QColor &tint, const VelmoraThemePalette &palette)
 {
     return Contrast::legible(tint, PanelGround::behindCards(palette), smallText);
+}
+
+QColor Surroundings::legibleOnLight(const QColor &tint, const VelmoraThemePalette &palette)
+{
+    return Contrast::legible(tint, PanelGround::behindCards(palette), smallText * lightLoss);
+}
+
+QColor Surroundings::legibleOnPanel(const QColor &tint, const VelmoraThemePalette &palette)
+{
+    return Contrast::legible(tint, PanelGround::panel(palette), smallText * vignetteLoss);
+}
+
+QColor Surroundings::legibleInGlow(const QColor &tint, const VelmoraThemePalette &palette)
+{
+    QColor glow = tint;
+    glow.setAlphaF(litSeal);
+    QList<QColor> grounds = PanelGround::behindCards(palette);
+    for (QColor &ground : grounds) { // Its glow, the shade of the seal, its fill.
+        ground = Contrast::over(glow, ground);
+        ground = Contrast::over(PanelGround::sealShade(palette), ground);
+        ground = Contrast::over(glow, ground);
+    }
+    return Contrast::legible(tint, grounds, largeText * glowLoss);
 }
 
 QColor Surroundings::legibleLarge(const QColor &tint, const VelmoraThemePalette &palette)
@@ -95,9 +146,4 @@ QColor Surroundings::lit(const QColor &color, double brightness, double saturati
     const double alpha = color.alpha() < 255 ? std::min(1.0, color.alphaF() + brightness) : 1.0;
     return QColor::fromRgbF(component(color.redF()), component(color.greenF()), component(color.blueF()),
                             static_cast<float>(alpha));
-}
-
-QColor Surroundings::material(const VelmoraThemePalette &palette)
-{
-    return PanelGround::material(palette);
 }

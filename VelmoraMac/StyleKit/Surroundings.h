@@ -20,7 +20,10 @@ class Surroundings : public QObject {
     Q_PROPERTY(bool darkAppearance READ darkAppearance WRITE setDarkAppearance NOTIFY darkAppearanceChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
     Q_PROPERTY(bool blendsWindows READ blendsWindows WRITE setBlendsWindows NOTIFY blendsWindowsChanged)
-    Q_PROPERTY(SystemColors colors READ colors NOTIFY darkAppearanceChanged)
+    // Of forms, windows and menus: the system's in the colours of the theme.
+    Q_PROPERTY(SystemColors colors READ colors NOTIFY paletteChanged)
+    // The fill of a card on the popover's panel.
+    Q_PROPERTY(QColor cardColor READ cardColor NOTIFY paletteChanged)
     // The colours of the theme under this appearance.
     Q_PROPERTY(VelmoraThemePalette palette READ palette NOTIFY paletteChanged)
     // Every VelmoraTheme, in the order in which they are offered.
@@ -49,11 +52,17 @@ public:
 
     void setBlendsWindows(bool blends);
 
-    [[nodiscard]] SystemColors colors() const { return SystemColors::of(darkAppearance_); }
+    [[nodiscard]] SystemColors colors() const { return colors_; }
 
-    [[nodiscard]] VelmoraThemePalette palette() const { return VelmoraThemePalette::of(theme_, colors()); }
+    [[nodiscard]] QColor cardColor() const { return cardColor_; }
 
+    // On the way from one theme to another what is between the two.
+    [[nodiscard]] VelmoraThemePalette palette() const { return palette_; }
+
+    // At once.
     void setTheme(Velmora::VelmoraTheme theme);
+    // Shows `part`, 0 to 1, of the way from other colours to those of the theme.
+    void fadeFrom(const VelmoraThemePalette &palette, double part);
 
     [[nodiscard]] static QList<int> themes() { return allValues<Velmora::VelmoraTheme>(); }
 
@@ -61,10 +70,16 @@ public:
     // `color` with `brightness` added to each component and its saturation multiplied, keeping the luminance. A
     // translucent one covers more of what is behind it, too: most are white, which cannot get lighter.
     Q_INVOKABLE static QColor lit(const QColor &color, double brightness, double saturation);
-    // The opaque material under the theme's backdrop.
-    Q_INVOKABLE static QColor material(const VelmoraThemePalette &palette);
     // `tint`, made darker or lighter as far as small text of that colour needs it on the theme's panel.
     Q_INVOKABLE static QColor legible(const QColor &tint, const VelmoraThemePalette &palette);
+    // The same for the line in the main card, which is translucent and stands on rings and light.
+    Q_INVOKABLE static QColor legibleOnLight(const QColor &tint, const VelmoraThemePalette &palette);
+    // The same for small text on the panel itself.
+    Q_INVOKABLE static QColor legibleOnPanel(const QColor &tint, const VelmoraThemePalette &palette);
+    // What lies between the seal and its glow, so that its symbol can be seen.
+    Q_INVOKABLE static QColor sealShade(const VelmoraThemePalette &palette);
+    // The same for the symbol of the seal.
+    Q_INVOKABLE static QColor legibleInGlow(const QColor &tint, const VelmoraThemePalette &palette);
     // The same for large text, which needs less.
     Q_INVOKABLE static QColor legibleLarge(const QColor &tint, const VelmoraThemePalette &palette);
     // The same for small text in a link row.
@@ -77,8 +92,18 @@ Q_SIGNALS:
     void paletteChanged();
 
 private:
+    [[nodiscard]] VelmoraThemePalette themePalette() const
+    {
+        return VelmoraThemePalette::of(theme_, SystemColors::of(darkAppearance_));
+    }
+
+    void show(const VelmoraThemePalette &palette);
+
     bool darkAppearance_ = false;
     bool reducedMotion_ = false;
     bool blendsWindows_ = true;
     VelmoraTheme theme_ = VelmoraTheme::graphite;
+    VelmoraThemePalette palette_;
+    SystemColors colors_; // These two are made of the palette.
+    QColor cardColor_;
 };

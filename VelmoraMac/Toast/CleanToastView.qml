@@ -17,10 +17,14 @@ Item {
     readonly property string title: offersCleaning ? App.t("Trackers found", "Tracker gefunden")
                                                    : App.t("Cleaned", "Bereinigt")
     readonly property string subtitle: LocalizedStrings.removedCount(result.removedCount, App.state.language)
+    // The window's, where it cannot be translucent.
+    readonly property color ground: background.material
     // A toast that cannot be blended with the desktop does not fade in.
     property bool entered: !Surroundings.blendsWindows
     property bool shine: false
 
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: title + ", " + subtitle
     implicitWidth: 342
     implicitHeight: offersCleaning ? 118 : 86
 
@@ -40,6 +44,8 @@ Item {
         dampingFraction: 0.78
 
         ToastBackgroundModifier {
+            id: background
+
             anchors.fill: parent
             warning: root.offersCleaning
         }

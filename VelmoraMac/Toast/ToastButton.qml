@@ -33,7 +33,7 @@ PressButton {
     background: RoundedBox {
         radius: 7
         // A deep blue: the label is translucent and could not be read on the usual one.
-        color: Qt.darker(Surroundings.colors.blue, root.down ? 1.9 : 1.65)
+        color: Qt.darker(Surroundings.colors.blue, root.down ? 2 : (root.hovered ? 1.7 : 1.8))
 
         FocusRing {
             shown: root.visualFocus

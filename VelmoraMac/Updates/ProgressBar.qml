@@ -15,30 +15,17 @@ RoundedBox {
     Accessible.name: label
 
     RoundedBox {
-        id: fill
-
-        property real position
-
         height: parent.height
         radius: parent.radius
-        color: Surroundings.colors.blue
+        aligned: root.progress >= 0
+        color: Surroundings.colors.accent
         width: root.progress < 0 ? root.width / 4 : root.width * Math.min(1, root.progress)
-        x: root.progress < 0 ? (root.width - width) * position : 0
+        x: root.progress >= 0 ? 0 : (root.width - width) * (Surroundings.reducedMotion ? 0.5 : motion.value)
+    }
+    BreathingValue {
+        id: motion
 
-        SequentialAnimation on position {
-            running: root.visible && root.progress < 0
-            loops: Animation.Infinite
-
-            NumberAnimation {
-                to: 1
-                duration: 900
-                easing.type: Easing.InOutQuad
-            }
-            NumberAnimation {
-                to: 0
-                duration: 900
-                easing.type: Easing.InOutQuad
-            }
-        }
+        duration: 0.9
+        running: root.visible && root.progress < 0 && !Surroundings.reducedMotion
     }
 }

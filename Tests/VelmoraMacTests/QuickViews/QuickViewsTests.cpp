@@ -1,4 +1,5 @@
 #include <VelmoraMac/QuickViews/QuickViews.h>
+#include <VelmoraMac/StyleKit/Surroundings.h>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -155,15 +156,16 @@ private Q_SLOTS:
         windows_.blend(true);
     }
 
-    void aWindowHasTheGroundOfTheAppearanceBeforeItsFirstFrame()
+    void aWindowHasTheGroundOfTheThemeBeforeItsFirstFrame()
     {
-        appearance_.become(Appearance::ColorScheme::dark);
         const QUrl source = QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s));
         const auto window = views_->makeWindow({source, {}, {}}, {u"Title"_s, QSize(9, 9), QSize(9, 9), {}});
         const auto views = QGuiApplication::allWindows();
         const auto *shown = qobject_cast<QQuickView *>(views.last());
+        auto *surroundings = Surroundings::in(*shown->engine());
+        QCOMPARE(shown->color(), surroundings->colors().windowBackground);
         QVERIFY(shown->color().lightnessF() < 0.3F);
-        appearance_.become(Appearance::ColorScheme::light);
+        surroundings->setTheme(VelmoraTheme::light);
         QVERIFY(shown->color().lightnessF() > 0.8F);
     }
 

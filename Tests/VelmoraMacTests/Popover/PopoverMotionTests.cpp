@@ -1,0 +1,146 @@
+#include <QTest>
+
+#include <Rehearsal/ItemTree.h>
+#include <Rehearsal/Scenes.h>
+#include <Runner/RegisteredTest.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto frame = 16ms;
+
+// How much two pictures of one size differ: the mean over all components, 0 to 255.
+double difference(const QImage &a, const QImage &b)
+{
+    double sum = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x) {
+            const QRgb p = a.pixel(x, y);
+            const QRgb q = b.pixel(x, y);
+            sum +=
+                std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
+        }
+    }
+    return sum / (3.0 * a.width() * a.height());
+}
+
+} // namespace
+
+class PopoverMotionTests : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+
+    void initTestCase() { prepareFont(u"Inter"_s); }
+
+    void changesOfStateTakeTime_data()
+    {
+        QTest::addColumn<bool>("recolours");
+        QTest::newRow("pausing") << false;
+        QTest::newRow("another theme") << true;
+    }
+
+    void changesOfStateTakeTime()
+    {
+        QFETCH(bool, recolours);
+        StageSetup setup = everydaySetup();
+        setup.theme = VelmoraTheme::aurora;
+        Stage stage(setup);
+        stage.state->record(shopResult());
+        stage.showPopover();
+        stage.pass(2s);
+
+        const QImage before = stage.picture();
+        if (recolours)
+            stage.state->setAppTheme(VelmoraTheme::light);
+        else
+            stage.state->setAutoCleanEnabled(false);
+        const QImage first = stage.picture();
+        stage.pass(160ms);
+        const QImage middle = stage.picture();
+        stage.pass(2s);
+        const QImage after = stage.picture();
+
+        const double whole = difference(before, after);
+        QVERIFY(whole > 1);
+        QVERIFY2(difference(before, first) < 0.02 * whole,
+                 qPrintable(QString::number(difference(before, first))));
+        QVERIFY(difference(before, middle) > 0.1 * whole);
+        QVERIFY(difference(after, middle) > 0.02 * whole);
+    }
+
+    void theFirstCleaningGrowsThePopoverWithoutAJump()
+    {
+        Stage stage({});
+        QQuickItem *popover = stage.showPopover();
+        stage.pass(1s);
+        const auto *hero = popover->findChild<QQuickItem *>(u"hero"_s);
+        const auto *card = popover->findChild<QQuickItem *>(u"lastLink"_s);
+        const double shortHero = hero->height();
+        double heroHeight = shortHero;
+        double cardHeight = card->height();
+
+        stage.state->record(shopResult());
+        for (auto time = 0ms; time < 320ms; time += frame) {
+            if (time > 0ms)
+                stage.pass(frame);
+            const QImage picture = stage.picture();
+            QCOMPARE(popover->height(), static_cast<double>(stage.window()->height()));
+            QVERIFY2(hero->height() >= heroHeight && hero->height() < heroHeight + 20,
+                     qPrintable(QString::number(hero->height())));
+            QVERIFY(card->height() >= cardHeight && card->height() < cardHeight + 20);
+            // What the window has grown, and no more, is shared by the two.
+            QVERIFY(std::abs(hero->mapRectToScene(hero->boundingRect()).bottom() -
+                             (stage.window()->height() - 16 - card->height() - 24 -
+                              popover->findChild<QQuickItem *>(u"stats"_s)->height())) < 1.5);
+            heroHeight = hero->height();
+            cardHeight = card->height();
+        }
+        QCOMPARE(stage.window()->height(), 536);
+        QVERIFY(heroHeight > shortHero + 50);
+    }
+
+    void digitsRollWhenTheirNumberChanges()
+    {
+        StageSetup setup;
+        setup.links = 99;
+        Stage stage(setup);
+        QQuickItem *popover = stage.showPopover();
+        stage.pass(1s);
+        const auto texts = [popover] { return ItemTree::texts(*popover).join(u' '); };
+        QVERIFY(texts().contains(u"LINKS 9 9 REMOVED"_s));
+        auto *number = popover->findChild<QQuickItem *>(u"value"_s);
+        const double narrow = number->implicitWidth();
+
+        stage.state->record(shopResult());
+        stage.pass(frame);
+        const double opening = number->implicitWidth();
+        // The places from the right: each has its old digit, if any, and its new one.
+        QVERIFY2(texts().contains(u"LINKS 9 0 9 0 1 REMOVED"_s), qPrintable(texts()));
+        stage.pass(1s);
+
+        QVERIFY(texts().contains(u"LINKS 0 0 1 REMOVED"_s));
+        QVERIFY(opening < narrow + 0.5 * (number->implicitWidth() - narrow));
+    }
+
+    void eightDigitsFit()
+    {
+        StageSetup setup;
+        setup.links = 88888888;
+        setup.trackers = 66666666;
+        Stage stage(setup);
+        QQuickItem *popover = stage.showPopover();
+        stage.pass(1s);
+        for (const auto *number : popover->findChildren<QQuickItem *>(u"value"_s)) {
+            const auto *tile = number->parentItem()->parentItem();
+            QVERIFY2(number->mapRectToItem(tile, QRectF(0, 0, number->implicitWidth(), 1)).right() <=
+                         tile->width() - 8.5,
+                     qPrintable(QString::number(number->implicitWidth())));
+        }
+    }
+};
+
+static const RegisteredGuiTest<PopoverMotionTests> registered;
+#include "PopoverMotionTests.moc"

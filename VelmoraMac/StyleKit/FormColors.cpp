@@ -1,0 +1,48 @@
+#include "FormColors.h"
+
+#include "Contrast.h"
+#include "PanelGround.h"
+
+namespace {
+
+// The ratios that the guidelines ask for.
+constexpr double smallText = 4.6; // A little more: colours are rounded.
+constexpr double graphics = 3;
+constexpr float scrimPart = 0.4F; // Forms have no luminous ends to tone down.
+
+QColor at(QColor color, float opacity)
+{
+    color.setAlphaF(opacity);
+    return color;
+}
+
+} // namespace
+
+SystemColors FormColors::of(const VelmoraThemePalette &palette, const SystemColors &system)
+{
+    const bool isLight = palette.primaryText.lightnessF() < 0.5F;
+    const QColor window =
+        PanelGround::colorAt(palette.backgroundColors.value(1),
+                             at(palette.overlayScrim, palette.overlayScrim.alphaF() * scrimPart));
+    const QColor paneFill = at(palette.cardFill, palette.cardFill.alphaF() * 0.4F);
+    const QColor card = Contrast::over(palette.cardFill, Contrast::over(paneFill, window));
+    const QColor control = Contrast::over(at(palette.primaryText, 0.09F), card);
+    const QList<QColor> surfaces{window, card, control, Contrast::over(palette.linkRowFill, window)};
+
+    SystemColors colors = system;
+    colors.label = palette.primaryText;
+    colors.secondaryLabel = Contrast::legible(palette.secondaryText, surfaces, smallText);
+    colors.problem = Contrast::legible(system.red, surfaces, smallText);
+    colors.accent = Contrast::legible(system.blue, {Qt::white}, smallText);
+    colors.focus = Contrast::legible(palette.infoAccent, surfaces, graphics);
+    colors.separator = palette.cardStroke;
+    colors.windowBackground = window;
+    colors.textBackground = Contrast::over(palette.linkRowFill, window);
+    colors.paneFill = paneFill;
+    colors.cardFill = palette.cardFill;
+    colors.cardStroke = palette.cardStroke;
+    colors.controlFill = at(palette.primaryText, 0.09F);
+    colors.controlRaised = isLight ? QColor(Qt::white) : Contrast::over(at(Qt::white, 0.12F), card);
+    colors.buttonFill = isLight ? QColor(Qt::white) : at(Qt::white, 0.14F);
+    return colors;
+}
