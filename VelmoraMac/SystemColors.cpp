@@ -20,6 +20,7 @@ SystemColors light()
         .accent = {0, 105, 220},
         .focus = {0, 122, 255},
         .problem = {176, 41, 33},
+        .removed = {176, 41, 33},
         .label = grey(0, 0.85),
         // 0.5 is usual, but gives small print less contrast than 4.5 : 1.
         .secondaryLabel = grey(0, 0.58),
@@ -49,6 +50,7 @@ SystemColors dark()
         .accent = {0, 105, 220},
         .focus = {10, 132, 255},
         .problem = {255, 120, 110},
+        .removed = {255, 120, 110},
         .label = grey(0xff, 0.85),
         .secondaryLabel = grey(0xff, 0.63),
         .separator = grey(0xff, 0.09),

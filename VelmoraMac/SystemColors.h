@@ -18,6 +18,7 @@ struct SystemColors {
     Q_PROPERTY(QColor accent MEMBER accent)
     Q_PROPERTY(QColor focus MEMBER focus)
     Q_PROPERTY(QColor problem MEMBER problem)
+    Q_PROPERTY(QColor removed MEMBER removed)
     Q_PROPERTY(QColor label MEMBER label)
     Q_PROPERTY(QColor secondaryLabel MEMBER secondaryLabel)
     Q_PROPERTY(QColor separator MEMBER separator)
@@ -36,6 +37,7 @@ public:
     QColor accent;  // A fill that carries white text.
     QColor focus;   // Of the ring around what has the keyboard.
     QColor problem; // Of texts that tell of a failure.
+    QColor removed; // Of what a cleaning has taken out of a link.
     QColor label;
     QColor secondaryLabel; // Legible as small print on every surface below.
     QColor separator;

@@ -26,7 +26,9 @@ Item {
         steps[Qt.Key_End] = Infinity;
         const step = steps[event.key];
         event.accepted = step !== undefined;
-        if (event.accepted)
+        if (step === Infinity && view instanceof ListView)
+            (view as ListView).positionViewAtEnd(); // Its height is an estimate.
+        else if (event.accepted)
             scrollTo(view.contentY + step);
     }
 

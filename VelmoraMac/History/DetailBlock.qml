@@ -69,7 +69,7 @@ Column {
         RemovedPartsHighlighter {
             document: root.cleanedValue !== "" ? text.textDocument : null
             cleanedText: root.cleanedValue
-            tint: Surroundings.colors.problem
+            tint: Surroundings.colors.removed
         }
         FocusRing {
             shown: text.activeFocus

@@ -67,7 +67,7 @@ RoundedBox {
                 title: App.t("Before", "Vorher") + LocalizedStrings.beginningNote(root.entry.originalBytes, App.state.language)
                 value: root.entry.originalText
                 otherValue: root.entry.cleanedText
-                removedTint: Surroundings.colors.problem
+                removedTint: Surroundings.colors.removed
             }
             HistoryLine {
                 width: parent.width

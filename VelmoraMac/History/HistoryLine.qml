@@ -12,7 +12,7 @@ RoundedBox {
 
     implicitHeight: column.implicitHeight + 20
     radius: 12
-    color: Surroundings.colors.controlFill
+    color: Surroundings.palette.linkRowFill
 
     Column {
         id: column

@@ -16,6 +16,16 @@ QColor at(QColor color, float opacity)
     return color;
 }
 
+// As light as white text on it allows.
+QColor raised(const QColor &card)
+{
+    constexpr float step = 0.02F;
+    float light = 0.28F;
+    while (light > step && Contrast::ratio(Qt::white, Contrast::over(at(Qt::white, light), card)) < smallText)
+        light -= step;
+    return Contrast::over(at(Qt::white, light), card);
+}
+
 } // namespace
 
 SystemColors FormColors::of(const VelmoraThemePalette &palette, const SystemColors &system)
@@ -27,7 +37,8 @@ SystemColors FormColors::of(const VelmoraThemePalette &palette, const SystemColo
     const QColor paneFill = at(palette.cardFill, palette.cardFill.alphaF() * 0.4F);
     const QColor card = Contrast::over(palette.cardFill, Contrast::over(paneFill, window));
     const QColor control = Contrast::over(at(palette.primaryText, 0.09F), card);
-    const QList<QColor> surfaces{window, card, control, Contrast::over(palette.linkRowFill, window)};
+    const QList<QColor> surfaces{window, card, control, Contrast::over(palette.linkRowFill, card),
+                                 Contrast::over(palette.linkRowFill, window)};
 
     SystemColors colors = system;
     colors.label = palette.primaryText;
@@ -35,6 +46,9 @@ SystemColors FormColors::of(const VelmoraThemePalette &palette, const SystemColo
     colors.problem = Contrast::legible(system.red, surfaces, smallText);
     colors.accent = Contrast::legible(system.blue, {Qt::white}, smallText);
     colors.focus = Contrast::legible(palette.infoAccent, surfaces, graphics);
+    colors.removed = Contrast::legible(
+        palette.dangerAccent,
+        {Contrast::over(palette.linkRowFill, card), Contrast::over(palette.linkRowFill, window)}, smallText);
     colors.separator = palette.cardStroke;
     colors.windowBackground = window;
     colors.textBackground = Contrast::over(palette.linkRowFill, window);
@@ -42,7 +56,7 @@ SystemColors FormColors::of(const VelmoraThemePalette &palette, const SystemColo
     colors.cardFill = palette.cardFill;
     colors.cardStroke = palette.cardStroke;
     colors.controlFill = at(palette.primaryText, 0.09F);
-    colors.controlRaised = isLight ? QColor(Qt::white) : Contrast::over(at(Qt::white, 0.12F), card);
+    colors.controlRaised = isLight ? QColor(Qt::white) : raised(card);
     colors.buttonFill = isLight ? QColor(Qt::white) : at(Qt::white, 0.14F);
     return colors;
 }
