@@ -42,6 +42,13 @@ std::vector<Scene> popoverScenes()
              return popover; // Half a second into the pulse.
          },
          500ms},
+    };
+}
+
+// On the way from one state to another.
+std::vector<Scene> popoverMotionScenes()
+{
+    return {
         {u"popover-growing"_s, true,
          [](Stage &stage) {
              QQuickItem *popover = stage.showPopover();
@@ -213,7 +220,8 @@ const std::vector<Scene> &allScenes()
 {
     static const std::vector<Scene> scenes = [] {
         std::vector<Scene> all;
-        for (const auto &group : {popoverScenes(), toastScenes(), settingsScenes(), updateScenes()})
+        for (const auto &group :
+             {popoverScenes(), popoverMotionScenes(), toastScenes(), settingsScenes(), updateScenes()})
             all.insert(all.end(), group.begin(), group.end());
         return all;
     }();

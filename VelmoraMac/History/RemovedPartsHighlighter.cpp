@@ -1,6 +1,6 @@
 #include "RemovedPartsHighlighter.h"
 
-#include "RemovedParts.h"
+#include <VelmoraMac/Texts/RemovedParts.h>
 
 #include <QTextDocument>
 

@@ -1,6 +1,6 @@
 #include "LinkLine.h"
 
-#include "RemovedParts.h"
+#include <VelmoraMac/Texts/RemovedParts.h>
 
 #include <QFontMetricsF>
 #include <QGuiApplication>

@@ -1,4 +1,4 @@
-#include <VelmoraMac/Texts/LinkLine.h>
+#include <VelmoraMac/History/LinkLine.h>
 #include <VelmoraMac/Texts/RemovedParts.h>
 
 #include <QColor>
