@@ -82,6 +82,13 @@ std::vector<Scene> popoverMotionScenes()
              return popover;
          },
          96ms},
+        {u"popover-opening"_s, true, [](Stage &stage) { return popoverWith(stage, shopResult()); }, 260ms},
+    };
+}
+
+std::vector<Scene> popoverClosingScenes()
+{
+    return {
         {u"popover-closing"_s, true,
          [](Stage &stage) {
              QQuickItem *popover = popoverWith(stage, shopResult());
@@ -90,7 +97,6 @@ std::vector<Scene> popoverMotionScenes()
              return popover;
          },
          64ms},
-        {u"popover-opening"_s, true, [](Stage &stage) { return popoverWith(stage, shopResult()); }, 260ms},
     };
 }
 
@@ -220,8 +226,8 @@ const std::vector<Scene> &allScenes()
 {
     static const std::vector<Scene> scenes = [] {
         std::vector<Scene> all;
-        for (const auto &group :
-             {popoverScenes(), popoverMotionScenes(), toastScenes(), settingsScenes(), updateScenes()})
+        for (const auto &group : {popoverScenes(), popoverMotionScenes(), popoverClosingScenes(),
+                                  toastScenes(), settingsScenes(), updateScenes()})
             all.insert(all.end(), group.begin(), group.end());
         return all;
     }();
