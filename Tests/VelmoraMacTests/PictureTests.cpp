@@ -44,7 +44,10 @@ class PictureTests : public QObject {
         QCOMPARE(picture.size(), expected.size());
         QImage difference;
         const int count = differing(picture, expected, difference);
-        if (count == 0)
+        // Where a point is not a whole number of half pixels, edges of repainted regions fall within pixels, and which
+        // regions are repainted depends on the moments of the frames.
+        const double toleratedPart = scale() == u"1.25" ? 0.02 : 0;
+        if (count <= toleratedPart * picture.width() * picture.height())
             return;
         const QString beside = QDir::current().absoluteFilePath(name);
         picture.save(beside + u"-actual.png"_s);
