@@ -208,9 +208,10 @@ LinkCleaningResult LinkCleaner::clean(std::string_view text) const
     return result;
 }
 
-bool LinkCleaner::appendCleaned(std::string_view text, std::string &output, CleaningVisitor *visitor) const
+bool LinkCleaner::appendCleaned(std::string_view text, std::string &output, CleaningVisitor *visitor,
+                                TextExtent extent) const
 {
-    const std::size_t copied = cleanLinks(text, TextExtent::piece, *rules_, output, visitor);
+    const std::size_t copied = cleanLinks(text, extent, *rules_, output, visitor);
     output += text.substr(copied);
     return copied != 0;
 }

@@ -4,6 +4,7 @@
 #include <VelmoraCore/LinkCleanerConfiguration.h>
 #include <VelmoraCore/LinkCleaningResult.h>
 #include <VelmoraCore/RemovedQueryItem.h>
+#include <VelmoraCore/TextExtent.h>
 
 #include <cstddef>
 #include <memory>
@@ -54,10 +55,10 @@ public:
     [[nodiscard]] LinkCleaningResult clean(std::string_view text) const;
 
     // Appends the text as `clean` makes it to `output`, which is no part of it, and says whether anything was
-    // removed. For streams: the text is a piece of a longer one, so that a link is never taken for all that was
-    // copied; nothing is allocated but what `output` lacks, and what was removed is kept nowhere but shown to
-    // the visitor, if there is one.
-    bool appendCleaned(std::string_view text, std::string &output, CleaningVisitor *visitor = nullptr) const;
+    // removed. For streams, whose texts are pieces, and for large texts: nothing is allocated but what `output`
+    // lacks, and what was removed is kept nowhere but shown to the visitor, if there is one.
+    bool appendCleaned(std::string_view text, std::string &output, CleaningVisitor *visitor = nullptr,
+                       TextExtent extent = TextExtent::piece) const;
 
     // The changes that `clean` makes, in the order of the text. Costs no memory when there are none.
     [[nodiscard]] std::vector<LinkEdit> edits(std::string_view text) const;

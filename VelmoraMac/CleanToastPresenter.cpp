@@ -32,13 +32,18 @@ CleanToastPresenter::CleanToastPresenter(PanelFactory &panels, const Screens &sc
 
 void CleanToastPresenter::show(const CleaningResult &result)
 {
+    if (accepted_ == result) { // Whoever has just asked for it need not be told.
+        accepted_.reset();
+        return;
+    }
     present(toastView(result, false), toastOptions(QSize(342, 86), false), 2250ms);
 }
 
 void CleanToastPresenter::showTrackerWarning(const CleaningResult &result, std::function<void()> cleanAction)
 {
     View view = toastView(result, true);
-    view.requests.push_back({"cleanRequested", [this, action = std::move(cleanAction)] {
+    view.requests.push_back({"cleanRequested", [this, result, action = std::move(cleanAction)] {
+                                 accepted_ = result;
                                  action();
                                  dismiss();
                              }});
@@ -48,6 +53,7 @@ void CleanToastPresenter::showTrackerWarning(const CleaningResult &result, std::
 void CleanToastPresenter::present(const View &content, const PanelOptions &options,
                                   std::chrono::nanoseconds duration)
 {
+    accepted_.reset();
     expiry_.startOver();
     auto panel = panels_.makePanel(content, options);
     panel->setFrame(position(options.size), FrameChange::atOnce);

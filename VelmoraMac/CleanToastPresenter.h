@@ -2,11 +2,13 @@
 
 #include <VelmoraMac/Shell/CleaningNotices.h>
 #include <VelmoraMac/Shell/Panel.h>
+#include <VelmoraMac/State/CleaningResult.h>
 #include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/Screens.h>
 
 #include <chrono>
 #include <memory>
+#include <optional>
 
 // Shows one toast at a time at the top right of the main screen; a newer one replaces an older one at once.
 class CleanToastPresenter final : public CleaningNotices {
@@ -15,7 +17,8 @@ public:
 
     // Short, without buttons; clicks pass through it.
     void show(const CleaningResult &result) override;
-    // Stays longer and offers `cleanAction`, after which no toast is on screen.
+    // Stays longer and offers `cleanAction`, after which no toast is on screen: the notice that the accepted result
+    // was applied, which comes as soon as the clipboard is taken, is not shown.
     void showTrackerWarning(const CleaningResult &result, std::function<void()> cleanAction) override;
 
 private:
@@ -26,5 +29,6 @@ private:
     PanelFactory &panels_;
     const Screens &screens_;
     std::unique_ptr<Panel> panel_;
-    DelayedSteps expiry_; // Only the latest toast's time ends a toast.
+    std::optional<CleaningResult> accepted_; // From a warning; its notice is still to come.
+    DelayedSteps expiry_;                    // Only the latest toast's time ends a toast.
 };

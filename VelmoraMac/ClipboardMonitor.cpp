@@ -114,7 +114,8 @@ void ClipboardMonitor::inspect(const std::string &text)
     CleaningResult result;
     RemovedNames names(result);
     auto cleanedText = std::make_shared<std::string>();
-    if (!cleaner().appendCleaned(text, *cleanedText, &names) || *cleanedText == text)
+    const bool hadTrackers = cleaner().appendCleaned(text, *cleanedText, &names, velmora::TextExtent::whole);
+    if (!hadTrackers || *cleanedText == text)
         return;
     keepText(text, result.originalText, result.originalBytes);
     keepText(*cleanedText, result.cleanedText, result.cleanedBytes);

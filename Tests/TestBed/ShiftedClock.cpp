@@ -26,6 +26,7 @@ const volatile std::int64_t *openShift()
 
 } // namespace
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's names are reserved ones.
 extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec *time) noexcept
 {
     static const auto original = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "clock_gettime"));

@@ -1,31 +1,13 @@
 #include "Corpora.h"
 
+#include "Numbers.h"
+
 #include <array>
-#include <cstdint>
 #include <string_view>
 
 namespace corpora {
 
 namespace {
-
-// The same numbers on every machine, unlike the standard's distributions.
-class Numbers {
-public:
-    std::size_t below(std::size_t bound)
-    {
-        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
-        return static_cast<std::size_t>(state_ >> 33) % bound;
-    }
-
-    template<std::size_t count>
-    std::string_view pick(const std::array<std::string_view, count> &words)
-    {
-        return words[below(count)];
-    }
-
-private:
-    std::uint64_t state_ = 1;
-};
 
 constexpr std::array<std::string_view, 32> words = {
     "the",   "river", "of",     "morning", "and", "a",      "letter",  "to",    "window", "was", "bright",
@@ -89,7 +71,7 @@ std::string prose(std::size_t size)
 
 std::string proseWithLinks(std::size_t size, std::size_t distance)
 {
-    Numbers numbers;
+    Numbers numbers(1);
     std::string text;
     text.reserve(size + 512);
     std::size_t next = distance / 2;
@@ -106,7 +88,7 @@ std::string proseWithLinks(std::size_t size, std::size_t distance)
 
 std::string linkLines(std::size_t count)
 {
-    Numbers numbers;
+    Numbers numbers(1);
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
         appendLink(text, numbers);
@@ -117,7 +99,7 @@ std::string linkLines(std::size_t count)
 
 std::string denseLinks(std::size_t count)
 {
-    Numbers numbers;
+    Numbers numbers(1);
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
         text += "https://";

@@ -123,10 +123,33 @@ private Q_SLOTS:
         const auto warning = panels->records.front();
         warning->request("cleanRequested");
 
-        QCOMPARE(panels->records.size(), size_t{2});
         QVERIFY(panels->visible().empty());
         fakes->time.pass(10s);
         QVERIFY(panels->visible().empty());
+    }
+
+    // The clipboard is taken a little later.
+    void aNoticeThatFollowsAnAcceptedWarningIsNotShownButTheNextOneIs()
+    {
+        const CleaningResult result = resultOf(u"https://a.example/"_s);
+        toasts->showTrackerWarning(result, [] {});
+        onScreen().request("cleanRequested");
+        toasts->show(result);
+        QVERIFY(panels->visible().empty());
+
+        toasts->show(result);
+        QCOMPARE(panels->visible().size(), size_t{1});
+    }
+
+    void aWarningThatWasNotAcceptedKeepsNoNoticeFromTheScreen()
+    {
+        const CleaningResult result = resultOf(u"https://a.example/"_s);
+        toasts->showTrackerWarning(result, [] {});
+        onScreen().request("cleanRequested");
+        toasts->showTrackerWarning(result, [] {});
+        toasts->show(result);
+        QCOMPARE(panels->visible().size(), size_t{1});
+        QCOMPARE(onScreen().frame.height(), 86);
     }
 
     void withoutAScreenTheNoticeIsStillShown()

@@ -21,6 +21,7 @@ namespace {
 const std::string tracked = "https://a.example/?id=7&utm_source=x";
 const std::string cleaned = "https://a.example/?id=7";
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): a handler of signals gets nothing passed in.
 const FakePasteboard *watched = nullptr;
 
 // In a child process: tells whether the clipboard had been taken when the program gave up.

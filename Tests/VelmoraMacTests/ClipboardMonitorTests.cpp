@@ -126,6 +126,15 @@ private Q_SLOTS:
         QCOMPARE(state->totalCleaned(), 1);
     }
 
+    // What stands behind the comma could be the text's own only if there were a text.
+    void aLinkThatIsTheWholeCopyLosesTheWholeOfItsLastValue()
+    {
+        monitor->start(*state);
+        fakes->pasteboard.copy("https://a.example/?utm_source=a,b");
+        fakes->time.pass(220ms);
+        QCOMPARE(contents(), std::string("https://a.example/"));
+    }
+
     void theSameLinkCopiedTwiceIsCleanedTwice()
     {
         monitor->start(*state);

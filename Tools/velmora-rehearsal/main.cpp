@@ -123,6 +123,31 @@ bool shoot(const Scene &scene, const StageSetup &setup, std::chrono::millisecond
     return written && stage.warnings.isEmpty();
 }
 
+// One of the looks of a scene: themes, or appearances of the desktop where the theme changes nothing.
+StageSetup lookOf(const Scene &scene, int variant)
+{
+    StageSetup setup = everydaySetup();
+    setup.darkAppearance = scene.themed ? variant != static_cast<int>(VelmoraTheme::light) : variant == 1;
+    if (scene.themed)
+        setup.theme = static_cast<VelmoraTheme>(variant);
+    return setup;
+}
+
+bool shootScene(const Scene &scene, AppLanguage language, const QString &folder, const QString &suffix)
+{
+    const int variants = scene.themed ? static_cast<int>(allValues<VelmoraTheme>().size()) : 2;
+    bool good = true;
+    for (int variant = 0; variant < variants; ++variant) {
+        StageSetup setup = lookOf(scene, variant);
+        setup.language = language;
+        const QString look =
+            scene.themed ? rawValue(setup.theme) : (setup.darkAppearance ? u"dark"_s : u"light"_s);
+        const QString name = u"%1-%2-%3%4.png"_s.arg(scene.name, look, rawValue(language), suffix);
+        good = shoot(scene, setup, scene.time, folder + u'/' + name) && good;
+    }
+    return good;
+}
+
 // Every scene in both languages, in all themes or both appearances, at the scale this process runs with.
 bool shootGallery(const QString &folder, const QString &suffix)
 {
@@ -132,21 +157,8 @@ bool shootGallery(const QString &folder, const QString &suffix)
     }
     bool good = true;
     for (const Scene &scene : allScenes()) {
-        const int variants = scene.themed ? static_cast<int>(allValues<VelmoraTheme>().size()) : 2;
-        for (const AppLanguage language : {AppLanguage::english, AppLanguage::german}) {
-            for (int variant = 0; variant < variants; ++variant) {
-                StageSetup setup = everydaySetup();
-                setup.language = language;
-                setup.darkAppearance =
-                    scene.themed ? variant != static_cast<int>(VelmoraTheme::light) : variant == 1;
-                if (scene.themed)
-                    setup.theme = static_cast<VelmoraTheme>(variant);
-                const QString look =
-                    scene.themed ? rawValue(setup.theme) : (setup.darkAppearance ? u"dark"_s : u"light"_s);
-                const QString name = u"%1-%2-%3%4.png"_s.arg(scene.name, look, rawValue(language), suffix);
-                good = shoot(scene, setup, scene.time, folder + u'/' + name) && good;
-            }
-        }
+        for (const AppLanguage language : {AppLanguage::english, AppLanguage::german})
+            good = shootScene(scene, language, folder, suffix) && good;
     }
     return good;
 }

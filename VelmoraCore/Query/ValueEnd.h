@@ -1,12 +1,11 @@
 #pragma once
 
+#include <VelmoraCore/TextExtent.h>
+
 #include <cstddef>
 #include <string_view>
 
 namespace velmora {
-
-// Whether a text is all there is, as what was copied is, or was cut out of a longer one.
-enum class TextExtent { whole, piece };
 
 // Where the value from `value` to before `end`, the last one of a link that begins at `link`, certainly ends:
 // before a separator of columns and lists, which the values of trackers hold in escaped form, and before what

@@ -18,21 +18,8 @@ using Problem = DefaultsStore::Problem;
 using Plant = std::function<bool(const QByteArray &path)>; // Makes something that is no file.
 
 // The store starts whatever is in its folder and in its database.
-class HostileStoreTests : public QObject {
+class HostileStoreTests : public QObject, private TestHome {
     Q_OBJECT
-
-    std::optional<QTemporaryDir> home_;
-
-    [[nodiscard]] QString folder() const { return home_->filePath(QStringLiteral("velmora")); }
-
-    [[nodiscard]] QString path() const { return folder() + QStringLiteral("/defaults.sqlite"); }
-
-    void store(qint64 number) const { SqliteDefaultsStore(folder()).setInteger(u"number", number); }
-
-    [[nodiscard]] std::optional<qint64> stored() const
-    {
-        return SqliteDefaultsStore(folder()).integer(u"number");
-    }
 
     // Changes the database as another program could.
     void run(const QByteArray &sql) const
@@ -45,7 +32,7 @@ class HostileStoreTests : public QObject {
 
 private Q_SLOTS:
 
-    void init() { home_.emplace(); }
+    void init() { begin(); }
 
     void whatIsNoFileIsSetAside_data()
     {
@@ -93,7 +80,7 @@ private Q_SLOTS:
         QCOMPARE(mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
         QCOMPARE(chmod(QFile::encodeName(folder()).constData(), 0500), 0);
         if (geteuid() == 0) {
-            QCOMPARE(chmod(QFile::encodeName(home_->path()).constData(), 0755), 0);
+            QCOMPARE(chmod(QFile::encodeName(home()).constData(), 0755), 0);
             QCOMPARE(chown(QFile::encodeName(folder()).constData(), nobody, nobody), 0);
         }
         const OrdinaryUser user;
@@ -144,7 +131,7 @@ private Q_SLOTS:
         if (geteuid() != 0)
             QSKIP("only the superuser can play another user");
         QVERIFY(QDir().mkpath(folder()));
-        QCOMPARE(chmod(QFile::encodeName(home_->path()).constData(), 0755), 0);
+        QCOMPARE(chmod(QFile::encodeName(home()).constData(), 0755), 0);
         QCOMPARE(chmod(QFile::encodeName(folder()).constData(), 0777), 0);
         QCOMPARE(seteuid(nobody), 0);
         {

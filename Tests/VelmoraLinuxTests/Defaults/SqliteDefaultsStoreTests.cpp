@@ -76,25 +76,12 @@ private:
 
 } // namespace
 
-class SqliteDefaultsStoreTests : public QObject {
+class SqliteDefaultsStoreTests : public QObject, private TestHome {
     Q_OBJECT
-
-    std::optional<QTemporaryDir> home_;
-
-    [[nodiscard]] QString folder() const { return home_->filePath(u"velmora"_s); }
-
-    [[nodiscard]] QString path() const { return folder() + u"/defaults.sqlite"_s; }
-
-    void store(qint64 number) const { SqliteDefaultsStore(folder()).setInteger(u"number", number); }
-
-    [[nodiscard]] std::optional<qint64> stored() const
-    {
-        return SqliteDefaultsStore(folder()).integer(u"number");
-    }
 
 private Q_SLOTS:
 
-    void init() { home_.emplace(); }
+    void init() { begin(); }
 
     void valuesComeBackWithTheirTypes()
     {
@@ -266,7 +253,7 @@ private Q_SLOTS:
         const QByteArray place = QFile::encodeName(folder());
         const QByteArray file = QFile::encodeName(path());
         if (geteuid() == 0) {
-            QCOMPARE(chmod(QFile::encodeName(home_->path()).constData(), 0755), 0);
+            QCOMPARE(chmod(QFile::encodeName(home()).constData(), 0755), 0);
             QCOMPARE(chown(place.constData(), nobody, nobody), 0);
             QCOMPARE(chown(file.constData(), nobody, nobody), 0);
         }

@@ -15,25 +15,12 @@
 
 using namespace Qt::StringLiterals;
 
-class StoredPiecesTests : public QObject {
+class StoredPiecesTests : public QObject, private TestHome {
     Q_OBJECT
-
-    std::optional<QTemporaryDir> home_;
-
-    [[nodiscard]] QString folder() const { return home_->filePath(u"velmora"_s); }
-
-    [[nodiscard]] QString path() const { return folder() + u"/defaults.sqlite"_s; }
-
-    void store(qint64 number) const { SqliteDefaultsStore(folder()).setInteger(u"number", number); }
-
-    [[nodiscard]] std::optional<qint64> stored() const
-    {
-        return SqliteDefaultsStore(folder()).integer(u"number");
-    }
 
 private Q_SLOTS:
 
-    void init() { home_.emplace(); }
+    void init() { begin(); }
 
     void aLongValueCostsThePiecesThatAreNew()
     {
