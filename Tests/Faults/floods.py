@@ -5,7 +5,6 @@ Usage: floods.py PROGRAM [ROUNDS]      ROUNDS: of each kind, 5 without it
 
 Three kinds: none, two programs that paste without waiting for answers, three that call a method on the bus likewise.
 """
-import ctypes
 import pathlib
 import signal
 import socket
