@@ -48,10 +48,10 @@ void collect(QQuickItem &item, double opacity, const QRectF &clip, QList<SeenTex
         return;
     const QRectF inside = item.clip() ? clip.intersected(frame) : clip;
     if (isText(item) && !item.property("text").toString().isEmpty()) {
-        const QFont font = item.property("font").value<QFont>();
+        const auto font = item.property("font").value<QFont>();
         const QSizeF size(item.property("contentWidth").toDouble(),
                           item.property("contentHeight").toDouble());
-        QColor color = item.property("color").value<QColor>();
+        auto color = item.property("color").value<QColor>();
         color.setAlphaF(color.alphaF() * static_cast<float>(seen));
         const QRect place = QRectF(frame.topLeft(), size).intersected(frame).intersected(inside).toRect();
         const bool isLarge =
@@ -60,7 +60,7 @@ void collect(QQuickItem &item, double opacity, const QRectF &clip, QList<SeenTex
             texts.append({item.property("text").toString(), color, place, isLarge ? largeText : smallText});
     }
     if (isSymbol(item)) {
-        QColor color = item.property("color").value<QColor>();
+        auto color = item.property("color").value<QColor>();
         color.setAlphaF(color.alphaF() * static_cast<float>(seen));
         // Its corners are empty.
         const QRectF drawn =

@@ -7,8 +7,8 @@
 namespace {
 
 constexpr double smallText = 4.5; // The ratio that the guidelines ask for.
-constexpr double mostShade = 0.34;
-constexpr double shadeStep = 0.02;
+constexpr int shadeSteps = 17;
+constexpr float shadeStep = 0.02F;
 // Where cards stand the glows are seen with at most this part of their opacity.
 constexpr float glowPart = 0.6F;
 
@@ -59,20 +59,22 @@ QList<QColor> PanelGround::panel(const VelmoraThemePalette &palette)
 QColor PanelGround::card(const VelmoraThemePalette &palette)
 {
     const QList<QColor> grounds = panel(palette);
-    const bool light = isLight(palette);
-    for (double shade = 0; shade < mostShade; shade += shadeStep) {
-        const QColor fill =
-            combined(palette.cardFill, light ? QColor::fromRgbF(1, 1, 1, static_cast<float>(shade))
-                                             : QColor::fromRgbF(0, 0, 0, static_cast<float>(shade)));
-        const bool carries = std::all_of(grounds.begin(), grounds.end(), [&](const QColor &ground) {
+    const auto carriesTexts = [&](const QColor &fill) {
+        return std::all_of(grounds.begin(), grounds.end(), [&](const QColor &ground) {
             const QColor seen = Contrast::over(fill, ground);
             return Contrast::ratio(palette.secondaryText, seen) >= smallText &&
                    Contrast::ratio(palette.successAccent, seen) >= smallText;
         });
-        if (carries || shade + shadeStep >= mostShade)
-            return fill;
+    };
+    QColor fill = palette.cardFill;
+    for (int step = 0; step < shadeSteps; ++step) {
+        const float shade = static_cast<float>(step) * shadeStep;
+        fill = combined(palette.cardFill, isLight(palette) ? QColor::fromRgbF(1, 1, 1, shade)
+                                                           : QColor::fromRgbF(0, 0, 0, shade));
+        if (carriesTexts(fill))
+            break;
     }
-    return palette.cardFill;
+    return fill;
 }
 
 QColor PanelGround::sealShade(const VelmoraThemePalette &palette)
