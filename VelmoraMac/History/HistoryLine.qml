@@ -8,7 +8,7 @@ RoundedBox {
     required property string title
     required property string value
     property string otherValue // The same link after its cleaning, or before it.
-    property var removedTint   // Of what the cleaning has removed.
+    property color removedTint: "transparent" // Of what the cleaning has removed.
 
     implicitHeight: column.implicitHeight + 20
     radius: 12

@@ -74,7 +74,8 @@ QString LinkLine::styled(const QString &text, const QString &other, double width
     font.setPixelSize(pixelSize);
     font.setWeight(static_cast<QFont::Weight>(weight));
     const QString line = oneLine(text);
-    const auto parts = tint.isValid() ? RemovedParts::in(line, oneLine(other)) : QList<RemovedParts::Part>();
+    const auto parts = tint.isValid() && tint.alpha() > 0 ? RemovedParts::in(line, oneLine(other))
+                                                          : QList<RemovedParts::Part>();
     const auto [head, tail] = cut(line, oneLine(other), width, QFontMetricsF(font));
     QString styled = run(line, 0, head, parts, tint);
     if (head + tail < line.size())

@@ -12,7 +12,8 @@ Item {
     property int weight: Font.Bold
     property color color: "black"
     readonly property string text: value.toFixed(0)
-    readonly property real fittedSize: Math.min(pointSize, pointSize * maximumWidth / Math.max(1, whole.advanceWidth))
+    // Whole, because fonts have whole sizes and a fraction would be rounded up.
+    readonly property int fittedSize: Math.floor(pointSize * Math.min(1, maximumWidth / Math.max(1, whole.advanceWidth)))
 
     implicitWidth: digits.width
     implicitHeight: line.height

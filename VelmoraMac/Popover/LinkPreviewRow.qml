@@ -9,7 +9,7 @@ RoundedBox {
     required property string linkText
     required property string otherText // The same link after its cleaning, or before it.
     required property color tint
-    property var removedTint // Of what the cleaning has removed.
+    property color removedTint: "transparent" // Of what the cleaning has removed.
 
     implicitHeight: column.implicitHeight + 16
     radius: 11
