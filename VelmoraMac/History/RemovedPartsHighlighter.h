@@ -3,7 +3,6 @@
 #include <QColor>
 #include <QPointer>
 #include <QQuickTextDocument>
-#include <QSyntaxHighlighter>
 #include <qqmlintegration.h>
 
 // Tints in the document of a text view, which shows a text before its cleaning, what the cleaning has removed. The
@@ -29,7 +28,7 @@ private:
     class Highlighter;
 
     QPointer<QQuickTextDocument> document_;
-    QPointer<QSyntaxHighlighter> highlighter_; // Belongs to the document.
+    QPointer<Highlighter> highlighter_; // Belongs to the document.
     QString cleanedText_;
     QColor tint_;
 };

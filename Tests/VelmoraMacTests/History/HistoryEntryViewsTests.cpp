@@ -1,5 +1,9 @@
+#include <QQuickTextDocument>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
 
 #include <Rehearsal/ItemTree.h>
 #include <Rehearsal/Scenes.h>
@@ -22,6 +26,17 @@ class HistoryEntryViewsTests : public QObject {
     {
         return stage.show(u"History/HistoryEntryRow"_s, {{u"entry"_s, QVariant::fromValue(entry)}},
                           {590, 210});
+    }
+
+    // Of the text view in `item` that shows `text`.
+    static QTextDocument *documentOf(const QQuickItem &item, const QString &text)
+    {
+        for (const QQuickItem *child : item.findChildren<QQuickItem *>()) {
+            auto *document = child->property("textDocument").value<QQuickTextDocument *>();
+            if (document != nullptr && child->property("text") == text)
+                return document->textDocument();
+        }
+        return nullptr;
     }
 
     static CleanHistoryEntry sameEntry()
@@ -115,6 +130,22 @@ private Q_SLOTS:
 
         const QStringList details = ItemTree::texts(*stage.showDetails(entry));
         QVERIFY(details.contains(entry.originalText) && details.contains(entry.cleanedText));
+    }
+
+    // Each line is highlighted on its own, and the whole text must not be compared again for each.
+    void whatWasRemovedIsTintedInTheLastOfManyLines()
+    {
+        Stage stage({});
+        CleanHistoryEntry entry;
+        entry.cleanedText = u"a\n"_s.repeated(45'000) + u"https://a.example/"_s;
+        entry.originalText = entry.cleanedText + u"?gclid=1"_s;
+        const QTextBlock line = documentOf(*stage.showDetails(entry), entry.originalText)->lastBlock();
+        const QList<QTextLayout::FormatRange> tinted = line.layout()->formats();
+
+        QCOMPARE(line.text(), u"https://a.example/?gclid=1"_s);
+        QCOMPARE(tinted.size(), 1);
+        QCOMPARE(tinted.first().start, 18);
+        QCOMPARE(tinted.first().length, 8);
     }
 
     void theButtonsWriteToTheClipboard()
