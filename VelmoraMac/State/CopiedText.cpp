@@ -1,37 +1,13 @@
 #include "CopiedText.h"
 
+#include <VelmoraCore/Text/Utf8.h>
+
 #include <algorithm>
 
 namespace {
 
 constexpr char16_t escapedByte = 0xDC00;          // Plus the byte, which is 0x80 at least.
 constexpr QChar beginningMark = char16_t(0xDC00); // Behind it stands how many bytes the whole text has.
-
-// Bytes at `at` that make one character of valid UTF-8; 0 when they do not.
-std::size_t characterLength(std::string_view bytes, std::size_t at)
-{
-    const auto byte = [&](std::size_t i) {
-        return at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U;
-    };
-    const auto isContinuation = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
-    const unsigned lead = byte(0);
-    if (lead < 0x80)
-        return 1;
-    if (lead >= 0xC2 && lead <= 0xDF)
-        return isContinuation(1) ? 2 : 0;
-    if (lead >= 0xE0 && lead <= 0xEF) {
-        const bool isOverlong = lead == 0xE0 && byte(1) < 0xA0;
-        const bool isSurrogate = lead == 0xED && byte(1) > 0x9F;
-        return isContinuation(1) && isContinuation(2) && !isOverlong && !isSurrogate ? 3 : 0;
-    }
-    if (lead >= 0xF0 && lead <= 0xF4) {
-        const bool isOverlong = lead == 0xF0 && byte(1) < 0x90;
-        const bool isTooLarge = lead == 0xF4 && byte(1) > 0x8F;
-        return isContinuation(1) && isContinuation(2) && isContinuation(3) && !isOverlong && !isTooLarge ? 4
-                                                                                                         : 0;
-    }
-    return 0;
-}
 
 bool isEscapedByte(QStringView text, qsizetype at)
 {
@@ -52,7 +28,8 @@ QString textFromBytes(std::string_view bytes)
         text += QString::fromUtf8(bytes.data() + begin, static_cast<qsizetype>(at - begin));
     };
     while (at < bytes.size()) {
-        if (const std::size_t length = characterLength(bytes, at)) {
+        const auto [value, length] = velmora::utf8::decode(bytes, at);
+        if (value != velmora::utf8::illFormed) {
             at += length;
             continue;
         }
@@ -91,8 +68,7 @@ CopiedText CopiedText::from(std::string_view bytes, std::size_t limit, std::size
         return {textFromBytes(bytes), 0};
     std::size_t end = std::min(beginning, bytes.size());
     // Not in the middle of a character, which has three bytes more than its first at most.
-    for (int step = 0; step < 3 && end > 0 && (static_cast<unsigned char>(bytes[end]) & 0xC0U) == 0x80U;
-         ++step)
+    for (int step = 0; step < 3 && end > 0 && velmora::utf8::isContinuation(bytes, end); ++step)
         --end;
     return {textFromBytes(bytes.substr(0, end)), static_cast<qint64>(bytes.size())};
 }
