@@ -33,7 +33,6 @@ SystemColors light()
         .controlFill = grey(0, 0.07),
         .controlRaised = grey(0xff),
         .buttonFill = grey(0xff),
-        .material = grey(0xf2, 0.85),
     };
 }
 
@@ -62,7 +61,6 @@ SystemColors dark()
         .controlFill = grey(0xff, 0.1),
         .controlRaised = grey(0x6b),
         .buttonFill = grey(0xff, 0.16),
-        .material = grey(0x26, 0.8),
     };
 }
 

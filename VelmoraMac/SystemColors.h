@@ -30,7 +30,6 @@ struct SystemColors {
     Q_PROPERTY(QColor controlFill MEMBER controlFill)
     Q_PROPERTY(QColor controlRaised MEMBER controlRaised)
     Q_PROPERTY(QColor buttonFill MEMBER buttonFill)
-    Q_PROPERTY(QColor material MEMBER material)
 
 public:
     QColor blue, pink, orange, yellow, mint, cyan, red;
@@ -47,7 +46,6 @@ public:
     QColor cardFill, cardStroke;       // Sections of a form.
     QColor controlFill, controlRaised; // A track or button, and the part raised above it.
     QColor buttonFill;                 // Of a push button.
-    QColor material;                   // In place of translucent glass: the desktop does not blur.
 
     [[nodiscard]] static SystemColors of(bool darkAppearance);
     bool operator==(const SystemColors &) const = default;

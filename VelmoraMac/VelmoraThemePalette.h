@@ -58,5 +58,9 @@ public:
                                                    const VelmoraThemePalette &to, double part);
     // As the settings name the theme.
     [[nodiscard]] static QString themeName(Velmora::VelmoraTheme theme, Velmora::AppLanguage language);
+
+    // Whether dark text stands on light grounds.
+    [[nodiscard]] bool isLight() const { return primaryText.lightnessF() < 0.5F; }
+
     bool operator==(const VelmoraThemePalette &) const = default;
 };

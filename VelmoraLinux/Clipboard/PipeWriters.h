@@ -22,8 +22,6 @@ public:
 
     void write(FileDescriptor pipe, std::shared_ptr<const std::string> text);
 
-    [[nodiscard]] bool isIdle() const { return writers_.empty(); }
-
 private:
     struct Writer;
     using Place = std::list<Writer>::iterator;

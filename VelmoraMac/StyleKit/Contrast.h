@@ -6,6 +6,11 @@
 // The contrast of a text and its background, as the Web Content Accessibility Guidelines (WCAG 2) define it.
 namespace Contrast {
 
+// The ratios that level AA asks for.
+inline constexpr double smallText = 4.5;
+inline constexpr double largeText = 3;
+inline constexpr double graphics = 3;
+
 // A translucent `upper` blended over an opaque `ground` (source over).
 [[nodiscard]] QColor over(const QColor &upper, const QColor &ground);
 

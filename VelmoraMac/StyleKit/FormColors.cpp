@@ -5,10 +5,8 @@
 
 namespace {
 
-// The ratios that the guidelines ask for.
-constexpr double smallText = 4.6; // A little more: colours are rounded.
-constexpr double graphics = 3;
-constexpr float scrimPart = 0.4F; // Forms have no luminous ends to tone down.
+constexpr double smallText = Contrast::smallText + 0.1; // Colours are rounded.
+constexpr float scrimPart = 0.4F;                       // Forms have no luminous ends to tone down.
 
 QColor at(QColor color, float opacity)
 {
@@ -30,7 +28,7 @@ QColor raised(const QColor &card)
 
 SystemColors FormColors::of(const VelmoraThemePalette &palette, const SystemColors &system)
 {
-    const bool isLight = palette.primaryText.lightnessF() < 0.5F;
+    const bool isLight = palette.isLight();
     const QColor window =
         PanelGround::colorAt(palette.backgroundColors.value(1),
                              at(palette.overlayScrim, palette.overlayScrim.alphaF() * scrimPart));
@@ -45,7 +43,7 @@ SystemColors FormColors::of(const VelmoraThemePalette &palette, const SystemColo
     colors.secondaryLabel = Contrast::legible(palette.secondaryText, surfaces, smallText);
     colors.problem = Contrast::legible(system.red, surfaces, smallText);
     colors.accent = Contrast::legible(system.blue, {Qt::white}, smallText);
-    colors.focus = Contrast::legible(palette.infoAccent, surfaces, graphics);
+    colors.focus = Contrast::legible(palette.infoAccent, surfaces, Contrast::graphics);
     colors.removed = Contrast::legible(
         palette.dangerAccent,
         {Contrast::over(palette.linkRowFill, card), Contrast::over(palette.linkRowFill, window)}, smallText);

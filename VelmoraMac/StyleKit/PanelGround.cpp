@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr double smallText = 4.5; // The ratio that the guidelines ask for.
 constexpr int shadeSteps = 17;
 constexpr float shadeStep = 0.02F;
 // Where cards stand the glows are seen with at most this part of their opacity.
@@ -28,11 +27,6 @@ QColor combined(const QColor &upper, const QColor &lower)
     const auto component = [=](float a, float b) { return (a * u + b * l) / (u + l); };
     return QColor::fromRgbF(component(upper.redF(), lower.redF()), component(upper.greenF(), lower.greenF()),
                             component(upper.blueF(), lower.blueF()), u + l);
-}
-
-bool isLight(const VelmoraThemePalette &palette)
-{
-    return palette.primaryText.lightnessF() < 0.5F;
 }
 
 } // namespace
@@ -62,15 +56,15 @@ QColor PanelGround::card(const VelmoraThemePalette &palette)
     const auto carriesTexts = [&](const QColor &fill) {
         return std::all_of(grounds.begin(), grounds.end(), [&](const QColor &ground) {
             const QColor seen = Contrast::over(fill, ground);
-            return Contrast::ratio(palette.secondaryText, seen) >= smallText &&
-                   Contrast::ratio(palette.successAccent, seen) >= smallText;
+            return Contrast::ratio(palette.secondaryText, seen) >= Contrast::smallText &&
+                   Contrast::ratio(palette.successAccent, seen) >= Contrast::smallText;
         });
     };
     QColor fill = palette.cardFill;
     for (int step = 0; step < shadeSteps; ++step) {
         const float shade = static_cast<float>(step) * shadeStep;
-        fill = combined(palette.cardFill, isLight(palette) ? QColor::fromRgbF(1, 1, 1, shade)
-                                                           : QColor::fromRgbF(0, 0, 0, shade));
+        fill = combined(palette.cardFill, palette.isLight() ? QColor::fromRgbF(1, 1, 1, shade)
+                                                            : QColor::fromRgbF(0, 0, 0, shade));
         if (carriesTexts(fill))
             break;
     }
@@ -79,7 +73,7 @@ QColor PanelGround::card(const VelmoraThemePalette &palette)
 
 QColor PanelGround::sealShade(const VelmoraThemePalette &palette)
 {
-    return isLight(palette) ? QColor::fromRgbF(1, 1, 1, 0.7F) : QColor::fromRgbF(0, 0, 0, 0.4F);
+    return palette.isLight() ? QColor::fromRgbF(1, 1, 1, 0.7F) : QColor::fromRgbF(0, 0, 0, 0.4F);
 }
 
 QList<QColor> PanelGround::behindCards(const VelmoraThemePalette &palette)

@@ -9,9 +9,6 @@
 
 namespace {
 
-// The ratios that the guidelines ask for.
-constexpr double smallText = 4.5;
-constexpr double largeText = 3;
 // What opacity and light, the panel's vignette and a darker glow take away from a ratio.
 constexpr double lightLoss = 1.42;
 constexpr double vignetteLoss = 1.16;
@@ -98,17 +95,17 @@ QColor Surroundings::sealShade(const VelmoraThemePalette &palette)
 
 QColor Surroundings::legible(const QColor &tint, const VelmoraThemePalette &palette)
 {
-    return Contrast::legible(tint, PanelGround::behindCards(palette), smallText);
+    return Contrast::legible(tint, PanelGround::behindCards(palette), Contrast::smallText);
 }
 
 QColor Surroundings::legibleOnLight(const QColor &tint, const VelmoraThemePalette &palette)
 {
-    return Contrast::legible(tint, PanelGround::behindCards(palette), smallText * lightLoss);
+    return Contrast::legible(tint, PanelGround::behindCards(palette), Contrast::smallText * lightLoss);
 }
 
 QColor Surroundings::legibleOnPanel(const QColor &tint, const VelmoraThemePalette &palette)
 {
-    return Contrast::legible(tint, PanelGround::panel(palette), smallText * vignetteLoss);
+    return Contrast::legible(tint, PanelGround::panel(palette), Contrast::smallText * vignetteLoss);
 }
 
 QColor Surroundings::legibleInGlow(const QColor &tint, const VelmoraThemePalette &palette)
@@ -121,12 +118,12 @@ QColor Surroundings::legibleInGlow(const QColor &tint, const VelmoraThemePalette
         ground = Contrast::over(PanelGround::sealShade(palette), ground);
         ground = Contrast::over(glow, ground);
     }
-    return Contrast::legible(tint, grounds, largeText * glowLoss);
+    return Contrast::legible(tint, grounds, Contrast::largeText * glowLoss);
 }
 
 QColor Surroundings::legibleLarge(const QColor &tint, const VelmoraThemePalette &palette)
 {
-    return Contrast::legible(tint, PanelGround::behindCards(palette), largeText);
+    return Contrast::legible(tint, PanelGround::behindCards(palette), Contrast::largeText);
 }
 
 QColor Surroundings::legibleInRow(const QColor &tint, const VelmoraThemePalette &palette)
@@ -134,7 +131,7 @@ QColor Surroundings::legibleInRow(const QColor &tint, const VelmoraThemePalette 
     QList<QColor> grounds = PanelGround::behindCards(palette);
     for (QColor &ground : grounds)
         ground = Contrast::over(palette.linkRowFill, ground);
-    return Contrast::legible(tint, grounds, smallText);
+    return Contrast::legible(tint, grounds, Contrast::smallText);
 }
 
 QColor Surroundings::lit(const QColor &color, double brightness, double saturation)
