@@ -61,7 +61,6 @@ void AppState::loadStatistics()
     totalTrackersRemoved_ = defaults.integer(totalTrackersRemovedKey).value_or(0);
     cleanedToday_ = normalizedCleanedToday();
     history_ = CleanHistory::fromJson(defaults.data(historyEntriesKey).value_or(QByteArray()));
-    historyEntries_ = history_.entries();
 }
 
 AppState::~AppState()
@@ -249,7 +248,7 @@ void AppState::remember(const CleaningResult &result, const QDateTime &moment)
     entry.cleanedBytes = result.cleanedBytes;
     entry.setCleanedAt(moment);
     history_.prepend(std::move(entry));
-    assign(historyEntries_, history_.entries(), &AppState::historyEntriesChanged);
+    Q_EMIT historyEntriesChanged();
     dependencies_.defaults.setPieces(historyEntriesKey, history_.pieces());
 }
 
@@ -286,7 +285,9 @@ void AppState::addIgnoredHostFromLastResult()
 
 void AppState::clearHistory()
 {
+    const bool wasEmpty = history_.entries().isEmpty();
     history_ = {};
-    assign(historyEntries_, {}, &AppState::historyEntriesChanged);
+    if (!wasEmpty)
+        Q_EMIT historyEntriesChanged();
     dependencies_.defaults.remove(historyEntriesKey);
 }

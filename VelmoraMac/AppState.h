@@ -120,7 +120,7 @@ private:
     VELMORA_OBSERVABLE(QDateTime, lastCleanedAt, {}) // Invalid while there was no cleaning.
     // The outcome of the last action, a sentence for the user; empty when it succeeded.
     VELMORA_OBSERVABLE(QString, lastError, {})
-    VELMORA_OBSERVABLE(QList<CleanHistoryEntry>, historyEntries, {}) // Newest first, at most 30.
+    Q_PROPERTY(QList<CleanHistoryEntry> historyEntries READ historyEntries NOTIFY historyEntriesChanged)
 
 public:
     explicit AppState(const Dependencies &dependencies, QObject *parent = nullptr);
@@ -133,6 +133,11 @@ public:
 
     [[nodiscard]] ClipboardReach clipboardReach() const;
     Q_SIGNAL void clipboardReachChanged();
+
+    // Newest first, at most 30.
+    [[nodiscard]] const QList<CleanHistoryEntry> &historyEntries() const { return history_.entries(); }
+
+    Q_SIGNAL void historyEntriesChanged();
 
     // For views with a text of their own to copy or paste.
     [[nodiscard]] Pasteboard &pasteboard() const { return dependencies_.pasteboard; }
@@ -193,7 +198,7 @@ private:
     void loadStatistics();
     qint64 normalizedCleanedToday();
 
-    CleanHistory history_; // What `historyEntries` shows.
+    CleanHistory history_;
     AppTab activeAppTab_ = AppTab::general;
     // Written by every cleaning and read by nothing; they must not gain behaviour.
     QString lastOriginalClipboardValue_;
