@@ -49,6 +49,17 @@ bool isMarkOpen(std::string_view text, std::size_t link, char mark)
     return isOpen;
 }
 
+// What closes an escaped quote or parenthesis that stands directly before the link, as in "%22link%22"; empty without
+// one. Behind the letter of another escape, as in "%3C", no link begins.
+std::string_view closingEscape(std::string_view textBefore)
+{
+    if (textBefore.ends_with("%22"))
+        return "%22";
+    if (textBefore.ends_with("%27"))
+        return "%27";
+    return textBefore.ends_with("%28") ? "%29" : std::string_view();
+}
+
 // Whether the text is this link and nothing else, as copied from an address bar.
 bool isWholeText(std::string_view text, std::size_t link, std::size_t end)
 {
@@ -96,6 +107,8 @@ std::size_t certainValueEnd(std::string_view text, TextExtent extent, std::size_
     while (length < all.size() && !(characters::is(all[length], characters::doubtful) &&
                                     endsValue(all.substr(length), length == 0, before == '=')))
         ++length;
+    if (const std::string_view closing = closingEscape(text.substr(0, link)); !closing.empty())
+        length = std::min(length, all.find(closing));
     if (before == '_' && (end == text.size() || text[end] != '_'))
         length = std::min(length, beforeLastMark(all));
     const bool isCut = length < all.size();
