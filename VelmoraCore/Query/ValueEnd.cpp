@@ -49,6 +49,19 @@ bool isMarkOpen(std::string_view text, std::size_t link, char mark)
     return isOpen;
 }
 
+// Where a bracket stands that is not closed in the value; its end without one.
+std::size_t beforeOpenBracket(std::string_view value)
+{
+    std::size_t open = 0; // Of all kinds alike, closed further back.
+    for (std::size_t at = value.size(); at > 0; --at) {
+        if (isOneOf(value[at - 1], ")]}"))
+            ++open;
+        else if (isOneOf(value[at - 1], "([{") && open-- == 0)
+            return at - 1;
+    }
+    return value.size();
+}
+
 // What closes an escaped quote or parenthesis that stands directly before the link, as in "%22link%22"; empty without
 // one. Behind the letter of another escape, as in "%3C", no link begins.
 std::string_view closingEscape(std::string_view textBefore)
@@ -112,6 +125,8 @@ std::size_t certainValueEnd(std::string_view text, TextExtent extent, std::size_
     if (before == '_' && (end == text.size() || text[end] != '_'))
         length = std::min(length, beforeLastMark(all));
     const bool isCut = length < all.size();
+    if (isCut) // As in "file.{c,h}".
+        length = beforeOpenBracket(all.substr(0, length));
     const bool closesTag = !isCut && end < text.size() && text[end] == '>' && before != '<';
     const bool closesMark = all.ends_with('_') && isMarkOpen(text, link, '_');
     const std::string_view signs = closesTag ? "*~^$@%-=/" : closesMark ? "_*~^$@%" : "*~^$@%";
