@@ -5,6 +5,11 @@
 #include <VelmoraMac/State/AppTypes.h>
 #include <VelmoraMac/VelmoraThemePalette.h>
 
+#include <QObject>
+
+class QQmlEngine;
+class Surroundings;
+
 // Moves the colours of an engine's views to those of another theme, on a spring. Lives as long as `surroundings`.
 class ThemeTransition : public QObject {
     Q_OBJECT

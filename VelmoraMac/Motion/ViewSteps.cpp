@@ -3,6 +3,7 @@
 #include "AnimationClock.h"
 
 #include <QQmlEngine>
+#include <QQmlInfo>
 
 void ViewSteps::classBegin()
 {
