@@ -41,6 +41,7 @@ LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &tok
     , windows_(display_.get(), token)
     , pointer_(display_.get())
     , screens_(display_.get())
+    , panels_(LayerPanels::create(scheduler_))
     , appearance_(QDBusConnection::sessionBus())
     , notifications_(QDBusConnection::sessionBus(), identifier)
     , statusItem_({.bus = QDBusConnection::sessionBus(),
@@ -77,9 +78,10 @@ Platform LinuxPlatform::platform()
             .statusItem = statusItem_,
             .windows = windows_,
             .pointer = pointer_,
-            .screens = screens_,
+            .screens = panels_ ? panels_->screens() : screens_,
             .appearance = appearance_,
             .notifications = notifications_,
+            .panelSurfaces = panels_.get(),
             .releaseMemory = trimWorkingSet};
 }
 

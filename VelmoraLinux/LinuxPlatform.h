@@ -4,6 +4,7 @@
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
 #include <VelmoraLinux/Network/QtHttpsClient.h>
 #include <VelmoraLinux/Notifications/DBusNotifications.h>
+#include <VelmoraLinux/Panels/LayerPanels.h>
 #include <VelmoraLinux/Process/BundleInfoFile.h>
 #include <VelmoraLinux/Process/EnvironmentLanguage.h>
 #include <VelmoraLinux/StatusItem/LinuxStatusItem.h>
@@ -47,6 +48,7 @@ private:
     X11WindowManager windows_;
     X11PointerMonitor pointer_;
     X11WorkAreas screens_;
+    std::unique_ptr<LayerPanels> panels_; // Null where panels are windows.
     DesktopAppearance appearance_;
     DBusNotifications notifications_;
     LinuxStatusItem statusItem_;

@@ -19,7 +19,11 @@ View toastView(const CleaningResult &result, bool offersCleaning)
 
 PanelOptions toastOptions(QSize size, bool acceptsMouse)
 {
-    return {.size = size, .acceptsMouse = acceptsMouse, .cornerRadius = cornerRadius, .cancelled = {}};
+    return {.size = size,
+            .acceptsMouse = acceptsMouse,
+            .cornerRadius = cornerRadius,
+            .cancelled = {},
+            .followsUser = true};
 }
 } // namespace
 

@@ -37,7 +37,8 @@ VelmoraMacApp::VelmoraMacApp(const Platform &platform)
               .screens = platform.screens,
               .scheduler = platform.scheduler,
               .appearance = platform.appearance,
-              .releaseMemory = platform.releaseMemory})
+              .releaseMemory = platform.releaseMemory,
+              .surfaces = platform.panelSurfaces})
     , menus_(views_)
     , delegate_(std::make_shared<AppDelegate>(
           platform,

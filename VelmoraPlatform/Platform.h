@@ -6,6 +6,7 @@
 #include "DefaultsStore.h"
 #include "HttpsClient.h"
 #include "LoginItem.h"
+#include "PanelSurfaces.h"
 #include "Pasteboard.h"
 #include "PointerMonitor.h"
 #include "Scheduler.h"
@@ -38,6 +39,9 @@ struct Platform {
     const Screens &screens;
     Appearance &appearance;
     UserNotifications &notifications;
+
+    // Null where panels are always windows.
+    PanelSurfaces *panelSurfaces = nullptr;
 
     // Called when the application has just freed much memory.
     std::function<void()> releaseMemory = [] {};

@@ -1,16 +1,12 @@
 #include "DataControlServer.h"
 
+#include "CompositorThread.h"
+
 #include <fcntl.h>
-#include <sys/eventfd.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 
 #include <array>
-#include <cstring>
 #include <data-control-server-header.h>
 #include <functional>
-#include <future>
-#include <mutex>
 #include <wayland-server.h>
 
 namespace {
@@ -21,21 +17,6 @@ struct Selection {
     DataControlServer::Manner manner = DataControlServer::Manner::prompt;
     wl_resource *source = nullptr;
 };
-
-FileDescriptor listenAt(const QByteArray &path)
-{
-    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
-    ::unlink(path.constData());
-    const bool listens =
-        ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
-        ::listen(socket.get(), 8) == 0;
-    if (!listens)
-        qFatal("no compositor can listen at %s", path.constData());
-    return socket;
-}
 
 // Blocks as a program does that has nothing else to do.
 void writeAll(const FileDescriptor &pipe, const std::string &text, bool again)
@@ -58,13 +39,10 @@ public:
     ~Compositor();
     Q_DISABLE_COPY_MOVE(Compositor)
 
-    void loop() { wl_display_run(display_); }
-
-    void end() { wl_display_terminate(display_); }
-
-    void post(std::packaged_task<void()> task);
-
-    void flush() { wl_display_flush_clients(display_); }
+    void run(const std::function<void(Compositor &)> &action)
+    {
+        thread_.run([this, &action] { action(*this); });
+    }
 
     void select(int index, Selection selection);
     void selectPrimary(const Forms &forms);
@@ -97,15 +75,11 @@ private:
     wl_resource *makeOffer(wl_resource *device, const Selection &selection);
     void tell(wl_resource *device, const Selection &selection);
     void receive(Selection &selection, const std::string &type, FileDescriptor pipe);
-    void runTasks();
 
     struct Requests;
 
-    wl_display *display_;
+    CompositorThread thread_;
     std::vector<Seat> seats_;
-    FileDescriptor wakeUp_;
-    std::mutex mutex_;
-    std::vector<std::packaged_task<void()>> tasks_;
     std::vector<std::thread> programs_;
     std::vector<FileDescriptor> heldPipes_; // Of programs that hang.
 };
@@ -180,8 +154,7 @@ const std::vector<std::string> &DataControlServer::Compositor::typesOf(wl_resour
 }
 
 DataControlServer::Compositor::Compositor(Protocol protocol, int seats, const QByteArray &path)
-    : display_(wl_display_create())
-    , wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+    : thread_(path)
 {
     seats_.reserve(static_cast<std::size_t>(seats));
     for (int i = 0; i < seats; ++i) {
@@ -192,7 +165,7 @@ DataControlServer::Compositor::Compositor(Protocol protocol, int seats, const QB
                 wl_resource_create(client, &wl_seat_interface, static_cast<int>(version), id);
             wl_resource_set_implementation(resource, nullptr, data, nullptr);
         };
-        seat.global = wl_global_create(display_, &wl_seat_interface, 1, &seat, bind);
+        seat.global = wl_global_create(thread_.display(), &wl_seat_interface, 1, &seat, bind);
     }
     static const wl_interface wlrManager = [] {
         wl_interface interface = ext_data_control_manager_v1_interface;
@@ -204,48 +177,18 @@ DataControlServer::Compositor::Compositor(Protocol protocol, int seats, const QB
         static_cast<Compositor *>(data)->bindManager(client, version, id);
     };
     if (protocol != Protocol::none)
-        wl_global_create(display_,
+        wl_global_create(thread_.display(),
                          protocol == Protocol::ext ? &ext_data_control_manager_v1_interface : &wlrManager,
                          protocol == Protocol::ext ? 1 : 2, this, bind);
-    FileDescriptor socket = listenAt(path);
-    wl_display_add_socket_fd(display_, ::dup(socket.get()));
-    wl_event_loop_add_fd(
-        wl_display_get_event_loop(display_), wakeUp_.get(), WL_EVENT_READABLE,
-        [](int, std::uint32_t, void *data) {
-            static_cast<Compositor *>(data)->runTasks();
-            return 0;
-        },
-        this);
+    thread_.begin();
 }
 
 DataControlServer::Compositor::~Compositor()
 {
-    wl_display_destroy_clients(display_);
+    thread_.end();
     heldPipes_.clear();
     for (std::thread &program : programs_)
         program.join();
-    wl_display_destroy(display_);
-}
-
-void DataControlServer::Compositor::post(std::packaged_task<void()> task)
-{
-    const std::lock_guard lock(mutex_);
-    tasks_.push_back(std::move(task));
-    ::eventfd_write(wakeUp_.get(), 1);
-}
-
-void DataControlServer::Compositor::runTasks()
-{
-    eventfd_t count = 0;
-    ::eventfd_read(wakeUp_.get(), &count);
-    std::vector<std::packaged_task<void()>> tasks;
-    {
-        const std::lock_guard lock(mutex_);
-        tasks.swap(tasks_);
-    }
-    for (auto &task : tasks) {
-        task();
-    }
 }
 
 void DataControlServer::Compositor::bindManager(wl_client *client, std::uint32_t version, std::uint32_t id)
@@ -351,27 +294,16 @@ QByteArray DataControlServer::display() const
 void DataControlServer::start()
 {
     compositor_ = std::make_unique<Compositor>(protocol_, seats_, display());
-    thread_ = std::thread([this] { compositor_->loop(); });
 }
 
 void DataControlServer::stop()
 {
-    if (!compositor_)
-        return;
-    run([](Compositor &compositor) { compositor.end(); });
-    thread_.join();
     compositor_.reset();
 }
 
 void DataControlServer::run(const std::function<void(Compositor &)> &action)
 {
-    std::packaged_task<void()> task([this, &action] {
-        action(*compositor_);
-        compositor_->flush();
-    });
-    std::future<void> done = task.get_future();
-    compositor_->post(std::move(task));
-    done.wait();
+    compositor_->run(action);
 }
 
 void DataControlServer::copy(const Forms &forms, Manner manner, int seat)

@@ -9,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 // A Wayland compositor that knows nothing but seats and their clipboards, on a thread of its own, and the
@@ -70,5 +69,4 @@ private:
     int seats_;
     QTemporaryDir folder_;
     std::unique_ptr<Compositor> compositor_;
-    std::thread thread_;
 };

@@ -9,7 +9,9 @@ import subprocess
 import sys
 import tempfile
 
-from x11_desktop import TIMEOUT, Desktop, wait_until
+from wayland_pointer import Pointer
+from x11_desktop import PANEL, SIZE, TIMEOUT, Desktop, wait_until
+from x11_person import Rect
 
 ORDINARY_USER = "VELMORA_TEST_ORDINARY_USER"
 
@@ -28,10 +30,13 @@ def as_ordinary_user():
 
 
 class SwayDesktop(Desktop):
-    """sway without a bar. `xwayland`: whether X11 programs can run too; `display` is then the X11 display."""
+    """sway, side by side on as many screens as there are `scales`; `bar` is the edge at which swaybar shows icons.
 
-    def __init__(self, program, xwayland=True):
-        self.program, self.tray_kind = program, "none"
+    `xwayland`: whether X11 programs can run too; `display` is then the X11 display."""
+
+    def __init__(self, program, xwayland=True, bar=None, scales=(1,)):
+        self.program, self.tray_kind, self.bar, self.scales = program, "sni" if bar else "none", bar, scales
+        self.pointer = None
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="velmora-sway-"))
         self.processes, self.person = [], None
         self.env = {name: os.environ[name] for name in ("PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS")
@@ -54,13 +59,18 @@ class SwayDesktop(Desktop):
         """sway alone knows its displays, so it writes them down itself."""
         names = self.folder / "displays"
         configuration = self.folder / "sway.conf"
+        outputs = "\n".join(f"output HEADLESS-{number} mode --custom {round(SIZE[0] * scale)}x{round(SIZE[1] * scale)}@60Hz "
+                            f"scale {scale} position {SIZE[0] * (number - 1)} 0"
+                            for number, scale in enumerate(self.scales, 1))
         configuration.write_text(f"""xwayland {"force" if xwayland else "disable"}
-output HEADLESS-1 mode --custom 1280x800@60Hz
+{outputs}
+seat * hide_cursor 100
+{self.bar_configuration()}
 exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}.new {names}'
 """)
         self.sway = self.start("sway", "sway", "--unsupported-gpu", "-c", configuration, env={
             "WLR_BACKENDS": "headless", "WLR_RENDERER": "pixman", "WLR_LIBINPUT_NO_DEVICES": "1",
-            "WLR_HEADLESS_OUTPUTS": "1"})
+            "WLR_HEADLESS_OUTPUTS": str(len(self.scales))})
         wait_until("sway", lambda: names.exists() or self.sway.poll() is not None)
         if self.sway.poll() is not None:
             raise AssertionError("sway has ended:\n" + self.log("sway"))
@@ -68,6 +78,20 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
         if xwayland:
             self.env["DISPLAY"] = display[0]
             wait_until("XWayland", lambda: "screen #0" in self.ask("xdpyinfo"))
+        self.pointer = Pointer(self.env, (SIZE[0] * len(self.scales), SIZE[1]))
+        if self.bar:
+            wait_until("the bar's host", lambda: "boolean true" in self.watcher_property("IsStatusNotifierHostRegistered"))
+
+    def bar_configuration(self):
+        if not self.bar:
+            return ""
+        return f"bar {{\n position {self.bar}\n height {PANEL}\n tray_output *\n status_command sleep 3600\n}}"
+
+    def close(self):
+        if self.pointer:
+            self.pointer.close()
+            self.pointer = None
+        super().close()
 
     def state(self):
         lines = [f"{process.name}: {process.args}, status {process.poll()}" for process in self.processes]
@@ -92,19 +116,65 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
         """The names under which the clipboard's contents can be had."""
         return self.ask("wl-paste", "--list-types").split()
 
+    def type(self, text):
+        # The pause lets programs learn the keyboard that wtype plugs in for it.
+        self.ask("wtype", "-s", "100", text)
+
+    def focused_screen(self):
+        outputs = json.loads(self.ask("swaymsg", "-r", "-t", "get_outputs"))
+        return next((output["rect"]["x"] // SIZE[0] for output in outputs if output["focused"]), None)
+
     def focus_x11_window(self):
         """An X11 program of another kind with the focus: only then sway passes X11 copies on."""
-        self.start("listener", "xev", "-event", "keyboard")
+        self.start("listener", "stdbuf", "-oL", "xev", "-event", "keyboard", "-event", "button")
         wait_until("the listener's focus", lambda: self.focused() == "Event Tester")
+
+    def nodes(self):
+        """Everything that sway arranges: screens, workspaces, windows."""
+        nodes = [json.loads(self.ask("swaymsg", "-r", "-t", "get_tree"))]
+        for node in nodes:
+            nodes += node["nodes"] + node["floating_nodes"]
+        return nodes
 
     def focused(self):
         """The name of the window with the focus."""
-        nodes = [json.loads(self.ask("swaymsg", "-r", "-t", "get_tree"))]
-        for node in nodes:
-            if node["focused"]:
-                return node["name"]
-            nodes += node["nodes"] + node["floating_nodes"]
-        return None
+        return next((node["name"] for node in self.nodes() if node["focused"]), None)
+
+    def arranged_windows(self):
+        """The names of the windows that sway has given a place; panels are none of them."""
+        return [node["name"] for node in self.nodes() if node["type"] in ("con", "floating_con") and node.get("pid")]
+
+    # What is to be seen
+
+    def pixels(self, rect):
+        """Width, height and the bytes of a part of one screen, at that screen's scale; three bytes a pixel."""
+        data = subprocess.run(["grim", "-t", "ppm", "-g", f"{rect.x},{rect.y} {rect.width}x{rect.height}", "-"],
+                              env=self.env, check=True, stdout=subprocess.PIPE, timeout=TIMEOUT).stdout
+        width, height = (int(word) for word in data.split(maxsplit=3)[1:3])
+        return width, height, data[-3 * width * height:]
+
+    def picture(self, rect):
+        width, height, data = self.pixels(rect)
+        return [[tuple(data[3 * x:3 * x + 3]) for x in range(y * width, (y + 1) * width)] for y in range(height)]
+
+    def free_area(self, screen=0):
+        """A screen without its bar."""
+        return Rect(SIZE[0] * screen, PANEL if self.bar == "top" else 0, SIZE[0], SIZE[1] - (PANEL if self.bar else 0))
+
+    def seen(self, screen=0):
+        """Where something stands out from the empty desktop, in points of the whole desktop; nothing when it is empty."""
+        free = self.free_area(screen)
+        width, height, data = self.pixels(free)
+        rows = [data[3 * width * y:3 * width * (y + 1)] for y in range(height)]
+        ground = rows[height // 2][:3] * width
+        marked = [y for y, row in enumerate(rows) if row != ground]
+        if not marked:
+            return None
+        left = min(len(os.path.commonprefix([rows[y], ground])) for y in marked) // 3
+        right = width - min(len(os.path.commonprefix([rows[y][::-1], ground])) for y in marked) // 3
+        scale = self.scales[screen]
+        return Rect(free.x + round(left / scale), free.y + round(marked[0] / scale), round((right - left) / scale),
+                    round((marked[-1] + 1 - marked[0]) / scale))
 
     def keepers(self):
         """The processes that keep a text after its program has ended."""

@@ -7,27 +7,18 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-constexpr int growthTime = 200; // Milliseconds.
-} // namespace
-
 QuickPanel::QuickPanel(QuickWindow window, const PanelOptions &options, WindowManager &windows,
                        const Appearance &appearance)
     : window_(std::move(window))
     , cancelled_(options.cancelled)
     , windows_(windows)
-    , appearance_(appearance)
-    , frame_(QPoint(), options.size)
+    , frame_(options.size, appearance, [this](const QRect &frame) { windows_.place(*window_, frame); })
 {
     windows_.makePanel(*window_, {options.acceptsMouse, options.cornerRadius});
     followSurroundings();
     window_->setTitle(u"Velmora"_s); // Never seen, but read by assistive tools.
     window_->resize(options.size);
     window_->installEventFilter(this);
-    growth_.setDuration(growthTime);
-    growth_.setEasingCurve(QEasingCurve::InOutQuad);
-    connect(&growth_, &QVariantAnimation::valueChanged, this,
-            [this](const QVariant &frame) { windows_.place(*window_, frame.toRect()); });
 }
 
 // What of the view is translucent shows the theme's material where nothing composites.
@@ -51,21 +42,6 @@ void QuickPanel::followSurroundings()
     });
 }
 
-void QuickPanel::setFrame(const QRect &frame, FrameChange change)
-{
-    const QRect shown =
-        growth_.state() == QAbstractAnimation::Running ? growth_.currentValue().toRect() : frame_;
-    growth_.stop();
-    frame_ = frame;
-    if (change == FrameChange::atOnce || appearance_.reducesMotion()) {
-        windows_.place(*window_, frame);
-        return;
-    }
-    growth_.setStartValue(shown);
-    growth_.setEndValue(frame);
-    growth_.start();
-}
-
 void QuickPanel::orderFront()
 {
     window_->show();
@@ -74,7 +50,7 @@ void QuickPanel::orderFront()
 
 void QuickPanel::orderOut()
 {
-    growth_.stop();
+    frame_.stop();
     window_->hide();
 }
 

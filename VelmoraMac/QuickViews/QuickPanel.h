@@ -1,12 +1,11 @@
 #pragma once
 
+#include "FrameAnimation.h"
 #include "QuickViews.h"
 
 #include <VelmoraMac/Shell/Panel.h>
 
-#include <QVariantAnimation>
-
-// A panel whose content is a Qt Quick view.
+// A panel that is a window whose content is a Qt Quick view.
 class QuickPanel : public QObject, public Panel {
     Q_OBJECT
 
@@ -14,9 +13,9 @@ public:
     QuickPanel(QuickWindow window, const PanelOptions &options, WindowManager &windows,
                const Appearance &appearance);
 
-    [[nodiscard]] QRect frame() const override { return frame_; }
+    [[nodiscard]] QRect frame() const override { return frame_.frame(); }
 
-    void setFrame(const QRect &frame, FrameChange change) override;
+    void setFrame(const QRect &frame, FrameChange change) override { frame_.change(frame, change); }
 
     [[nodiscard]] bool isVisible() const override { return window_->isVisible(); }
 
@@ -33,7 +32,5 @@ private:
     QuickWindow window_;
     std::function<void()> cancelled_;
     WindowManager &windows_;
-    const Appearance &appearance_;
-    QRect frame_;
-    QVariantAnimation growth_;
+    FrameAnimation frame_;
 };

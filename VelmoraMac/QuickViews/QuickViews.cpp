@@ -2,6 +2,7 @@
 
 #include "QuickAppWindow.h"
 #include "QuickPanel.h"
+#include "SurfacePanel.h"
 #include "ViewEnvironment.h"
 #include "ViewRequest.h"
 
@@ -38,6 +39,10 @@ QuickViews::~QuickViews() = default;
 
 std::unique_ptr<Panel> QuickViews::makePanel(const View &view, const PanelOptions &options)
 {
+    PanelSurfaces *surfaces = dependencies_.surfaces;
+    if (surfaces != nullptr && surfaces->areOffered() && !options.acceptsMouse)
+        return std::make_unique<SurfacePanel>(loadOffscreen(view), options, *surfaces,
+                                              dependencies_.appearance);
     return std::make_unique<QuickPanel>(load(view), options, dependencies_.windows, dependencies_.appearance);
 }
 
@@ -50,9 +55,10 @@ std::unique_ptr<AppWindow> QuickViews::makeWindow(const View &view, const AppWin
 QuickWindow QuickViews::load(const View &view)
 {
     QuickWindow window(new QQuickView(&engine(), nullptr));
-    liveViews_.append(window.get());
-    idle_.startOver();
-    connect(window.get(), &QObject::destroyed, this, [this, gone = window.get()] { viewDestroyed(gone); });
+    keepWhile(*window, [view = window.get()] {
+        view->hide();
+        view->setSource({});
+    });
     window->setColor(Qt::transparent);
     window->setResizeMode(QQuickView::SizeRootObjectToView);
     window->setInitialProperties(view.properties);
@@ -60,6 +66,23 @@ QuickWindow QuickViews::load(const View &view)
     for (const View::Request &request : view.requests)
         ViewRequest::connect(window->rootObject(), request);
     return window;
+}
+
+OffscreenPicture QuickViews::loadOffscreen(const View &view)
+{
+    OffscreenPicture picture(new OffscreenView(engine(), view));
+    keepWhile(*picture, [view = picture.get()] { view->close(); });
+    for (const View::Request &request : view.requests)
+        ViewRequest::connect(picture->rootItem(), request);
+    return picture;
+}
+
+// The engine lives at least as long as `view`.
+void QuickViews::keepWhile(QObject &view, std::function<void()> close)
+{
+    liveViews_.emplace(&view, std::move(close));
+    idle_.startOver();
+    connect(&view, &QObject::destroyed, this, [this, gone = &view] { viewDestroyed(gone); });
 }
 
 QQmlEngine &QuickViews::engine()
@@ -94,16 +117,14 @@ void QuickViews::forgetEngine()
 
 void QuickViews::closeAll()
 {
-    for (QQuickView *view : std::as_const(liveViews_)) {
-        view->hide();
-        view->setSource({});
-    }
+    for (const auto &[view, close] : liveViews_)
+        close();
 }
 
-void QuickViews::viewDestroyed(QQuickView *view)
+void QuickViews::viewDestroyed(const QObject *view)
 {
-    liveViews_.removeOne(view);
-    if (!liveViews_.isEmpty())
+    liveViews_.erase(view);
+    if (!liveViews_.empty())
         return;
     idle_.after(releaseDelay, [this] { dependencies_.releaseMemory(); });
     idle_.after(engineDelay, [this] { forgetEngine(); });

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "OffscreenView.h"
+
 #include <VelmoraMac/Shell/AppWindow.h>
 #include <VelmoraMac/Shell/Panel.h>
 #include <VelmoraPlatform/Appearance.h>
 #include <VelmoraPlatform/DelayedSteps.h>
+#include <VelmoraPlatform/PanelSurfaces.h>
 #include <VelmoraPlatform/Scheduler.h>
 #include <VelmoraPlatform/Screens.h>
 #include <VelmoraPlatform/WindowManager.h>
@@ -12,20 +15,25 @@
 #include <QQmlEngine>
 #include <QQuickView>
 
+#include <functional>
+#include <map>
 #include <memory>
 
 class AppState;
 
-// Deletes a view's window later: a handler of the view may still be running.
+// Deletes a view later: a handler of the view may still be running.
 struct DeferredDelete {
     void operator()(QQuickView *window) const
     {
         window->hide();
         window->deleteLater();
     }
+
+    void operator()(OffscreenView *view) const { view->deleteLater(); }
 };
 
 using QuickWindow = std::unique_ptr<QQuickView, DeferredDelete>;
+using OffscreenPicture = std::unique_ptr<OffscreenView, DeferredDelete>;
 
 // Shows views with Qt Quick. The engine is created for the first view and destroyed a while after the last one
 // is closed, so that a waiting agent needs no memory for it.
@@ -40,6 +48,7 @@ public:
         Scheduler &scheduler;
         Appearance &appearance;
         std::function<void()> releaseMemory;
+        PanelSurfaces *surfaces = nullptr; // Null where panels are always windows.
     };
 
     explicit QuickViews(Dependencies dependencies);
@@ -58,17 +67,21 @@ public:
     // A window, not shown yet, whose root object is `view`.
     [[nodiscard]] QuickWindow load(const View &view);
 
+    // The same, drawn off screen.
+    [[nodiscard]] OffscreenPicture loadOffscreen(const View &view);
+
     [[nodiscard]] const Dependencies &dependencies() const { return dependencies_; }
 
 private:
     QQmlEngine &engine();
     void followDesktop();
     void forgetEngine();
-    void viewDestroyed(QQuickView *view);
+    void keepWhile(QObject &view, std::function<void()> close);
+    void viewDestroyed(const QObject *view);
 
     Dependencies dependencies_;
     AppState *state_ = nullptr;
     std::unique_ptr<QQmlEngine> engine_;
-    QList<QQuickView *> liveViews_;
+    std::map<const QObject *, std::function<void()>> liveViews_; // What closes each of them at once.
     DelayedSteps idle_; // Releases memory after the last view, unless another one is loaded by then.
 };

@@ -13,7 +13,8 @@ enum class FrameChange {
     animated, // The window follows within a fraction of a second; `frame` is the final frame at once.
 };
 
-// A borderless window above all others, on every desktop, that never takes the focus.
+// A borderless window above all others, on every desktop, that never takes the focus from the user's own windows.
+// Where the desktop has something better for panels than windows, it is that.
 //
 // Frames are in points with the origin at the top left of the desktop. Destroying a panel removes it from the
 // screen; a handler of its view's requests may do that.
@@ -35,8 +36,11 @@ struct PanelOptions {
     bool acceptsMouse = true;
     // Of the panel's shape, where the desktop does not composite windows.
     int cornerRadius = 0;
-    // Called when the panel has the keyboard and the user presses Escape.
-    std::function<void()> cancelled;
+    // Called when the panel has the keyboard and the user presses Escape or turns to something else, and when the
+    // desktop removes the panel. A panel without it never has the keyboard.
+    std::function<void()> cancelled = {};
+    // Shown where the user works, as far as the desktop tells; its frame counts from the main screen.
+    bool followsUser = false;
 };
 
 class PanelFactory {

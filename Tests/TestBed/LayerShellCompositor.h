@@ -1,0 +1,73 @@
+#pragma once
+
+#include "CompositorThread.h"
+#include "LayerShellServer.h"
+
+#include <list>
+
+struct wl_global;
+struct wl_interface;
+struct wl_resource;
+
+// What a LayerShellServer does on its thread.
+class LayerShellServer::Compositor {
+public:
+    Compositor(const Offer &offer, const QByteArray &path);
+
+    ~Compositor() { thread_.end(); }
+    Q_DISABLE_COPY_MOVE(Compositor)
+
+    void run(const std::function<void(Compositor &)> &action)
+    {
+        thread_.run([this, &action] { action(*this); });
+    }
+
+    struct Surface {
+        Compositor *compositor = nullptr;
+        wl_resource *proxy = nullptr;
+        wl_resource *role = nullptr;
+        wl_resource *fraction = nullptr;
+        Panel pending;
+        Panel current;
+        wl_resource *buffer = nullptr; // Attached since the last commit.
+        std::vector<wl_resource *> callbacks;
+        std::uint32_t configuration = 0; // The last serial that was sent, and that was acknowledged.
+        std::uint32_t acknowledged = 0;
+    };
+
+    Surface &newest() { return *shown().back(); }
+
+    std::vector<Surface *> shown();
+    void configure(Surface &surface);
+    static void showPicture(Surface &surface);
+    [[nodiscard]] wl_resource *outputOf(const Surface &surface, int output) const;
+
+    void removeOutput(int output);
+
+    QStringList faults;
+    bool holdsConfigurations = false;
+
+private:
+    struct Output {
+        Compositor *compositor = nullptr;
+        int index = 0;
+        double scale = 1;
+        wl_global *global = nullptr;
+        std::vector<wl_resource *> proxies;
+
+        [[nodiscard]] QPoint corner() const;
+    };
+
+    template<typename Implementation>
+    void offer(const wl_interface &interface, int version, const Implementation &implementation);
+    void offerOutput(Output &output);
+    void commit(Surface &surface);
+    static void readPicture(Surface &surface);
+
+    struct Requests;
+
+    CompositorThread thread_;
+    std::vector<Output> outputs_;
+    std::list<Surface> surfaces_;
+    std::uint32_t serial_ = 0;
+};

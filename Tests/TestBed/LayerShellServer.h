@@ -1,0 +1,82 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMargins>
+#include <QPointF>
+#include <QRect>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+// A Wayland compositor that shows nothing but surfaces of the layer shell, on a thread of its own. Does what a test
+// says, and remembers what clients ask for.
+class LayerShellServer {
+public:
+    struct Offer {
+        bool shell = true;
+        bool viewports = true;
+        bool fractions = true;
+        bool outputFrames = true;
+        // Of each screen; they are 1280 x 800 points and stand side by side.
+        std::vector<double> scales = {1.0};
+    };
+
+    // A surface with a role, as its client has committed it.
+    struct Panel {
+        QSize size;
+        std::uint32_t anchors = 0;
+        QMargins margins;
+        std::uint32_t keyboard = 0;
+        std::uint32_t layer = 0;
+        int zone = 0;
+        int output = -1; // Its place in `scales`; -1 leaves the choice to the compositor.
+        bool acceptsInput = true;
+        int pictures = 0; // Commits with a new picture.
+        QSize pixels;     // Of the last one.
+        int bufferScale = 1;
+        QSize destination;
+        std::uint32_t centre = 0; // Of the picture, as in a QRgb.
+    };
+
+    explicit LayerShellServer(Offer offer);
+    ~LayerShellServer();
+    Q_DISABLE_COPY_MOVE(LayerShellServer)
+
+    // As for $WAYLAND_DISPLAY.
+    [[nodiscard]] QByteArray display() const;
+
+    // The compositor ends, with all its connections; and begins again under the same name.
+    void stop();
+    void start();
+
+    // What exists now, oldest first. What follows is about the newest of them.
+    [[nodiscard]] std::vector<Panel> panels();
+    // What clients have done against the protocol's rules.
+    [[nodiscard]] QStringList faults();
+    // Whether a client has acknowledged every configuration.
+    [[nodiscard]] bool isAcknowledged();
+
+    // Without this a surface is configured by its first commit.
+    void holdConfigurations();
+    void configure();
+    // The last picture is on screen; the client may send the next one.
+    void showPicture();
+    void enterOutput(int output);
+    void leaveOutput(int output);
+    void preferScale(double scale);
+    void close();
+    void removeOutput(int output);
+
+private:
+    class Compositor; // Lives on the thread.
+
+    void run(const std::function<void(Compositor &)> &action);
+
+    Offer offer_;
+    QTemporaryDir folder_;
+    std::unique_ptr<Compositor> compositor_;
+};

@@ -1,0 +1,141 @@
+#include "LayerPanels.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr auto longestStart = std::chrono::seconds(2);
+constexpr std::chrono::nanoseconds firstRetry = std::chrono::milliseconds(250);
+constexpr std::chrono::nanoseconds lastRetry = std::chrono::seconds(8);
+
+} // namespace
+
+// On screen while it has a layer surface.
+class LayerPanels::Surface : public PanelSurface {
+public:
+    Surface(LayerPanels &panels, const PanelSurfaceTraits &traits, Handlers handlers)
+        : panels_(panels)
+        , traits_(traits)
+        , handlers_(std::move(handlers))
+        , onScreen_{.draw = handlers_.draw, .input = handlers_.input, .removed = [this] { remove(); }}
+    {
+    }
+
+    ~Surface() override { takeAway(); }
+
+    Q_DISABLE_COPY_MOVE(Surface)
+
+    void setFrame(const QRect &frame) override
+    {
+        frame_ = frame;
+        if (layer_)
+            layer_->setFrame(frame);
+    }
+
+    void show() override
+    {
+        if (layer_ || !panels_.areOffered())
+            return;
+        panels_.shown_.push_back(this);
+        layer_ = std::make_unique<LayerSurface>(LayerSurface::Dependencies{*panels_.shell_, panels_.outputs_},
+                                                traits_, onScreen_, frame_);
+    }
+
+    void hide() override { takeAway(); }
+
+    [[nodiscard]] bool isVisible() const override { return layer_ != nullptr; }
+
+    void requestPicture() override
+    {
+        if (layer_)
+            layer_->requestPicture();
+    }
+
+    void remove()
+    {
+        takeAway();
+        const auto removed = handlers_.removed; // May destroy this object.
+        removed();
+    }
+
+private:
+    void takeAway()
+    {
+        layer_.reset();
+        std::erase(panels_.shown_, this);
+    }
+
+    LayerPanels &panels_;
+    PanelSurfaceTraits traits_;
+    Handlers handlers_;
+    Handlers onScreen_;
+    QRect frame_;
+    std::unique_ptr<LayerSurface> layer_;
+};
+
+std::unique_ptr<LayerPanels> LayerPanels::create(Scheduler &scheduler, QByteArray display)
+{
+    std::unique_ptr<LayerPanels> made(new LayerPanels(scheduler, std::move(display)));
+    // Once for what the compositor offers, once for its screens.
+    if (!made->connect() || !made->connection_->roundTrip(longestStart) || !made->areOffered() ||
+        !made->connection_->roundTrip(longestStart))
+        return nullptr;
+    return made;
+}
+
+LayerPanels::LayerPanels(Scheduler &scheduler, QByteArray display)
+    : display_(std::move(display))
+    , retryDelay_(firstRetry)
+    , connectionSteps_(scheduler)
+{
+}
+
+LayerPanels::~LayerPanels()
+{
+    disconnect();
+}
+
+std::unique_ptr<PanelSurface> LayerPanels::makeSurface(const PanelSurfaceTraits &traits,
+                                                       PanelSurface::Handlers handlers)
+{
+    return std::make_unique<Surface>(*this, traits, std::move(handlers));
+}
+
+bool LayerPanels::connect()
+{
+    connection_ = WaylandConnection::open(display_);
+    if (!connection_)
+        return false;
+    // The end of a connection must not come from within one of its own calls.
+    connection_->setLostHandler([this] { connectionSteps_.after({}, [this] { reconnectLater(); }); });
+    shell_ = std::make_unique<LayerShell>(
+        *connection_, LayerShell::Handlers{.outputAdded =
+                                               [this](std::uint32_t name, std::uint32_t version) {
+                                                   retryDelay_ = firstRetry; // The compositor works.
+                                                   outputs_.add(*shell_, name, version);
+                                               },
+                                           .outputManagerAdded = [this] { outputs_.describe(*shell_); },
+                                           .removed = [this](std::uint32_t name) { outputs_.remove(name); }});
+    return true;
+}
+
+void LayerPanels::disconnect()
+{
+    connectionSteps_.startOver();
+    while (!shown_.empty())
+        shown_.back()->remove();
+    outputs_.disconnect();
+    shell_.reset();
+    connection_.reset();
+}
+
+void LayerPanels::reconnectLater()
+{
+    disconnect();
+    connectionSteps_.after(retryDelay_, [this] {
+        if (!connect())
+            reconnectLater();
+    });
+    retryDelay_ = std::min(retryDelay_ * 2, lastRetry);
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "LayerSurface.h"
+#include "WaylandOutputs.h"
+
+#include <VelmoraPlatform/DelayedSteps.h>
+#include <VelmoraPlatform/PanelSurfaces.h>
+
+#include <QByteArray>
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+// Panels by the protocol wlr-layer-shell-unstable-v1, on a connection of our own. When that is lost the panels are
+// removed, and it is made again after a while.
+class LayerPanels : public PanelSurfaces {
+public:
+    // Null when the compositor does not offer the protocol. An empty name stands for $WAYLAND_DISPLAY.
+    [[nodiscard]] static std::unique_ptr<LayerPanels> create(Scheduler &scheduler, QByteArray display = {});
+    ~LayerPanels() override;
+    Q_DISABLE_COPY_MOVE(LayerPanels)
+
+    [[nodiscard]] bool areOffered() const override { return shell_ != nullptr && shell_->isComplete(); }
+
+    [[nodiscard]] std::unique_ptr<PanelSurface> makeSurface(const PanelSurfaceTraits &traits,
+                                                            PanelSurface::Handlers handlers) override;
+
+    // Frames of panels are in these screens' points.
+    [[nodiscard]] const Screens &screens() const { return outputs_; }
+
+private:
+    class Surface;
+
+    LayerPanels(Scheduler &scheduler, QByteArray display);
+    [[nodiscard]] bool connect();
+    void disconnect();
+    void reconnectLater();
+
+    QByteArray display_;
+    std::chrono::nanoseconds retryDelay_;
+    std::unique_ptr<WaylandConnection> connection_;
+    std::unique_ptr<LayerShell> shell_;
+    WaylandOutputs outputs_;
+    std::vector<Surface *> shown_;
+    DelayedSteps connectionSteps_;
+};

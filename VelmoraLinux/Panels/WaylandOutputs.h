@@ -1,0 +1,59 @@
+#pragma once
+
+#include "LayerShell.h"
+
+#include <VelmoraPlatform/Screens.h>
+
+#include <QSize>
+
+#include <list>
+
+struct wl_output;
+struct zxdg_output_v1;
+
+// The screens of a Wayland compositor, in the space in which it arranges them.
+class WaylandOutputs : public Screens {
+public:
+    WaylandOutputs() = default;
+    ~WaylandOutputs() override;
+    Q_DISABLE_COPY_MOVE(WaylandOutputs)
+
+    void add(const LayerShell &shell, std::uint32_t name, std::uint32_t version);
+    void remove(std::uint32_t name);
+    // Asks for what is told by a protocol of its own, once that is known.
+    void describe(const LayerShell &shell);
+    // Before the connection ends. The frames stay known until others are.
+    void disconnect();
+
+    [[nodiscard]] QRect mainWorkArea() const override;
+    [[nodiscard]] QRect workAreaAt(QPoint point) const override;
+
+    // The screen that holds `point`; null when none does.
+    [[nodiscard]] wl_output *outputAt(QPoint point) const;
+    // How many pixels a point has; on the finest screen for null.
+    [[nodiscard]] double scaleOf(const wl_output *output) const;
+
+private:
+    struct Output {
+        std::uint32_t name = 0;
+        wl_output *proxy = nullptr;
+        zxdg_output_v1 *description = nullptr;
+        int scale = 1;
+        QPoint corner;
+        QSize pixels;
+        bool isTurned = false; // By a quarter, so that width and height change places.
+        QRect logical;         // As told by the description; empty without one.
+
+        [[nodiscard]] QSize turnedPixels() const;
+        [[nodiscard]] QRect frame() const;
+        [[nodiscard]] double exactScale() const;
+    };
+
+    static void describe(const LayerShell &shell, Output &output);
+    static void release(Output &output);
+
+    struct Listeners;
+
+    std::list<Output> outputs_; // Listeners point to the elements.
+    QRect lastMain_;
+};
