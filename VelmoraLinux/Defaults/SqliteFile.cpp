@@ -210,12 +210,15 @@ Outcome SqliteFile::checkSchema()
     return createSchema();
 }
 
-// Runs for an existing file, too: this write shows early whether writing is possible.
+// Runs for an existing file, too: this write shows early whether writing is possible. The first step is for a new
+// file only: the journal that SQLite needs to make it has to be gone from the disk before there is a write-ahead log,
+// or it could come back with a cut of the power and undo everything.
 Outcome SqliteFile::createSchema()
 {
     for (const char *step :
-         {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA secure_delete=ON",
-          "PRAGMA wal_autocheckpoint=0", "BEGIN IMMEDIATE", StoredPieces::schema, schema}) {
+         {"PRAGMA synchronous=EXTRA", "PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL",
+          "PRAGMA secure_delete=ON", "PRAGMA wal_autocheckpoint=0", "BEGIN IMMEDIATE", StoredPieces::schema,
+          schema}) {
         const Outcome outcome = run(database_.get(), step);
         if (outcome != Outcome::done)
             return outcome;
