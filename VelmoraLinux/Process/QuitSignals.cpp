@@ -14,19 +14,18 @@ constexpr std::array quitSignals{SIGTERM, SIGINT, SIGHUP};
 // Global because a signal handler has no other access.
 int wakeUp = -1; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
-// Runs from a signal on. Who hears of it at once has the time that an orderly end takes.
+// Runs from a signal on; longer than an orderly end takes that waits in vain for a clipboard manager.
 timer_t patience = {}; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
-constexpr itimerspec longestWait = {.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = 250'000'000}};
-constexpr long atOnce = 50'000'000; // Nanoseconds.
+constexpr itimerspec longestEnd = {.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = 270'000'000}};
 
 void noteSignal(int)
 {
     const eventfd_t one = 1;
     [[maybe_unused]] const auto written = ::write(wakeUp, &one, sizeof one);
-    ::timer_settime(patience, 0, &longestWait, nullptr);
+    ::timer_settime(patience, 0, &longestEnd, nullptr);
 }
 
-// The event loop is kept busy. Nothing is lost: what was set is stored.
+// The event loop is kept busy, or the end takes too long. Nothing is lost: what was set is stored.
 void endAtOnce(int)
 {
     ::_exit(0);
@@ -40,12 +39,6 @@ QuitSignals::QuitSignals()
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, [] {
         eventfd_t count = 0;
         ::eventfd_read(wakeUp, &count);
-        itimerspec left = {};
-        ::timer_gettime(patience, &left);
-        if (longestWait.it_value.tv_nsec - left.it_value.tv_nsec < atOnce) {
-            constexpr itimerspec never = {};
-            ::timer_settime(patience, 0, &never, nullptr);
-        }
         QCoreApplication::quit();
     });
     sigevent onTime = {};

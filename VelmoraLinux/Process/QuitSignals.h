@@ -5,8 +5,8 @@
 #include <memory>
 
 // Makes SIGTERM, SIGINT and SIGHUP quit the application's event loop, except those that were ignored when the
-// program was started. When the event loop does not hear of a signal at once, because somebody floods it, the
-// program ends after a quarter of a second whatever it does. At most one object exists at a time.
+// program was started. Where that takes longer than 0.27 s, because somebody floods the event loop or the machine
+// has no time for it, the program ends then whatever it does. At most one object exists at a time.
 class QuitSignals {
 public:
     QuitSignals();

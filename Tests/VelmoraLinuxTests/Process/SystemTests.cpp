@@ -41,6 +41,23 @@ private Q_SLOTS:
         QCOMPARE(WEXITSTATUS(status), 0);
     }
 
+    // The same when it does hear of it, and its end does not come to an end.
+    void aSignalEndsAProgramThatEndsTooSlowly()
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            const QuitSignals signals;
+            raise(SIGTERM);
+            QCoreApplication::processEvents();
+            while (true)
+                continue;
+        }
+        int status = -1;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QVERIFY(WIFEXITED(status));
+        QCOMPARE(WEXITSTATUS(status), 0);
+    }
+
     void stepsRunInTheOrderOfTheirTimesAndOfAsking()
     {
         EventLoopScheduler scheduler;
