@@ -105,5 +105,6 @@ StandardUpdater::Dependencies LinuxPlatform::updaterDependencies(UpdateUserDrive
             .network = {.userAgent = title + u'/' + QCoreApplication::applicationVersion()},
             .openPage = [](const QUrl &page) { QDesktopServices::openUrl(page); },
             .quit = [] { QCoreApplication::quit(); },
+            .whenStanding = [this](std::function<void()> done) { whenStanding(std::move(done)); },
             .lastUpdateFailed = lastUpdateFailed};
 }

@@ -52,7 +52,8 @@ void LinuxStatusItem::connectHosts()
     connect(&registration_, &StatusNotifierRegistration::hostChanged, this, [this] {
         hostKnown_ = true;
         chooseHost();
-        whenHostIsKnown(std::exchange(hostBecameKnown_, nullptr));
+        for (auto &done : std::exchange(hostBecameKnown_, {}))
+            whenHostIsKnown(std::move(done));
     });
     connect(&item_, &StatusNotifierItem::activationTokenProvided, this,
             [this](const QByteArray &token) { dependencies_.activationToken.keep(token); });
@@ -92,8 +93,8 @@ void LinuxStatusItem::chooseHost()
 void LinuxStatusItem::whenHostIsKnown(std::function<void()> done)
 {
     if (!hostKnown_)
-        hostBecameKnown_ = std::move(done);
-    else if (done)
+        hostBecameKnown_.push_back(std::move(done));
+    else
         QMetaObject::invokeMethod(this, done, Qt::QueuedConnection);
 }
 

@@ -16,6 +16,9 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <functional>
+#include <vector>
+
 // The status icon of Linux desktops: a StatusNotifierItem where a host shows those, otherwise a window in a
 // system tray of the older System Tray Protocol (XEmbed). Hosts may start after us, end and start again.
 class LinuxStatusItem : public QObject, public StatusItem {
@@ -76,7 +79,7 @@ private:
     double opacity_ = 1;
     bool visible_ = true;
     bool hostKnown_ = false;
-    std::function<void()> hostBecameKnown_;
+    std::vector<std::function<void()>> hostBecameKnown_;
     QElapsedTimer sinceRegistration_;
     std::optional<QRect> clickAnchor_;
 

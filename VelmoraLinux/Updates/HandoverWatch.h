@@ -11,7 +11,8 @@
 // This can only be known after the old process has ended, because both cannot own the bus name, the clipboard
 // and the settings. So a copy of the old process stays behind, without its connections, windows and threads.
 // It lets the new process go on when the old one has ended, and waits for its report. Without one it
-// exchanges the versions again and starts the old one.
+// exchanges the versions again and starts the old one. Until the report the old version's files are the watch's;
+// from then on they are the new version's, which removes them.
 namespace HandoverWatch {
 
 // The variable that is set when the old version was started again.

@@ -14,8 +14,7 @@ namespace {
 constexpr QStringView rolloutGroupKey = u"SUUpdateGroupIdentifier";
 constexpr QStringView skippedVersionKey = u"SUSkippedVersion";
 constexpr int rolloutGroups = 7;
-constexpr auto cleanUpDelay =
-    10s; // From then on a new version counts as started, and the old one is removed.
+constexpr auto cleanUpDelay = 10s; // After the start has succeeded: out of the way of what a start has to do.
 
 QString machine()
 {
@@ -69,10 +68,11 @@ void StandardUpdater::start()
         steps_.after(0s, [this] {
             show(UpdateStep::failed, UpdateProblem::notStarted, UpdateUserDriver::Attention::quiet);
         });
-    steps_.after(cleanUpDelay, [this] {
+    const auto discard = [this] {
         if (!session_->isRunning())
             installer_->discard();
-    });
+    };
+    dependencies_.whenStanding(steps_.guarded([this, discard] { steps_.after(cleanUpDelay, discard); }));
 }
 
 void StandardUpdater::checkForUpdates()

@@ -25,7 +25,10 @@ public:
         QString downloadFolder;
         HttpsDownloader::Settings network;
         std::function<void(const QUrl &page)> openPage;
-        std::function<void()> quit;    // Quits the application.
+        std::function<void()> quit; // Quits the application.
+        // Calls `done` once, when a start has succeeded: the old version that an update left beside this one is not
+        // touched before, because HandoverWatch may have to bring it back.
+        std::function<void(std::function<void()> done)> whenStanding;
         bool lastUpdateFailed = false; // This version was started again because its successor failed.
     };
 

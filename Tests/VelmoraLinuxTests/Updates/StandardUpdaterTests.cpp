@@ -13,6 +13,7 @@
 #include <Fakes/FakeBundleInfo.h>
 #include <Fakes/MemoryDefaultsStore.h>
 #include <Fakes/RecordingUpdateDriver.h>
+#include <Fakes/VirtualTime.h>
 #include <Runner/RegisteredTest.h>
 #include <TestBed/HttpsTestServer.h>
 #include <sys/resource.h>
@@ -191,6 +192,27 @@ private Q_SLOTS:
                  oldProgram); // Kept until the new one has settled.
         Replacement(installation()).cleanUp();
         QVERIFY(!QFile::exists(hidden()));
+    }
+
+    // The old version's files are the watch's until this start has succeeded, however long that takes.
+    void theOldVersionIsRemovedWhenTheNewOneStands()
+    {
+        VirtualTime time;
+        QVERIFY(QDir().mkpath(hidden()));
+        QFile::setPermissions(hidden(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        installProgram(hidden() + u"/other"_s, "0", oldProgram);
+        makeUpdater(nullptr, &time);
+
+        time.pass(1h);
+        updater_.reset(); // Ends what it does in the background.
+        QVERIFY(QFile::exists(hidden() + u"/other/bin/velmora"_s));
+
+        makeUpdater(nullptr, &time);
+        standing_();
+        time.pass(10s - 1ms);
+        QVERIFY(QFile::exists(hidden() + u"/other/bin/velmora"_s));
+        time.pass(1ms);
+        QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(hidden()), patience);
     }
 
     void aNewVersionThatDoesNotStartIsReplacedByTheOldOne_data()
@@ -490,13 +512,13 @@ private:
         socket.disconnectFromHost();
     }
 
-    void makeUpdater(const TestCertificate *trusted = nullptr)
+    void makeUpdater(const TestCertificate *trusted = nullptr, Scheduler *scheduler = nullptr)
     {
         updater_.reset();
         updater_ = std::make_unique<StandardUpdater>(
             StandardUpdater::Dependencies{
                 .defaults = *defaults_,
-                .scheduler = scheduler_,
+                .scheduler = scheduler != nullptr ? *scheduler : scheduler_,
                 .clock = clock_,
                 .bundle = bundle_,
                 .driver = driver_,
@@ -506,7 +528,8 @@ private:
                             .idleTimeout = 15s,
                             .userAgent = u"Velmora/1.0"_s},
                 .openPage = [](const QUrl &) {},
-                .quit = [this] { ++quits_; }},
+                .quit = [this] { ++quits_; },
+                .whenStanding = [this](std::function<void()> done) { standing_ = std::move(done); }},
             UpdateConfiguration{feed_.value_or(feedUrl()), key_.value_or(keys_.publicBase64())});
     }
 
@@ -557,6 +580,7 @@ private:
     RecordingUpdateDriver driver_;
     std::unique_ptr<QTemporaryDir> folder_;
     std::unique_ptr<HttpsTestServer> server_;
+    std::function<void()> standing_; // To be called when the start has succeeded.
     Release release_;
     std::optional<QUrl> feed_;
     std::optional<QString> key_;
