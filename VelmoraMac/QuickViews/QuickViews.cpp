@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QQuickItem>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -59,6 +60,8 @@ QuickWindow QuickViews::load(const View &view)
         view->hide();
         view->setSource({});
     });
+    connect(window.get(), &QWindow::visibleChanged, this,
+            [this, view = window.get()](bool isVisible) { setHidden(*view, !isVisible); });
     window->setColor(Qt::transparent);
     window->setResizeMode(QQuickView::SizeRootObjectToView);
     window->setInitialProperties(view.properties);
@@ -80,7 +83,7 @@ OffscreenPicture QuickViews::loadOffscreen(const View &view)
 // The engine lives at least as long as `view`.
 void QuickViews::keepWhile(QObject &view, std::function<void()> close)
 {
-    liveViews_.emplace(&view, std::move(close));
+    liveViews_.emplace(&view, LiveView{.close = std::move(close)});
     idle_.startOver();
     connect(&view, &QObject::destroyed, this, [this, gone = &view] { viewDestroyed(gone); });
 }
@@ -117,15 +120,31 @@ void QuickViews::forgetEngine()
 
 void QuickViews::closeAll()
 {
-    for (const auto &[view, close] : liveViews_)
-        close();
+    for (const auto &[view, live] : liveViews_)
+        live.close();
+}
+
+void QuickViews::setHidden(const QObject &view, bool isHidden)
+{
+    liveViews_.at(&view).isHidden = isHidden;
+    idle_.startOver();
+    releaseWhenIdle();
 }
 
 void QuickViews::viewDestroyed(const QObject *view)
 {
     liveViews_.erase(view);
-    if (!liveViews_.empty())
+    releaseWhenIdle();
+}
+
+void QuickViews::releaseWhenIdle()
+{
+    const bool isIdle = std::all_of(liveViews_.begin(), liveViews_.end(),
+                                    [](const auto &entry) { return entry.second.isHidden; });
+    if (!isIdle)
         return;
+    idle_.startOver();
     idle_.after(releaseDelay, [this] { dependencies_.releaseMemory(); });
-    idle_.after(engineDelay, [this] { forgetEngine(); });
+    if (liveViews_.empty())
+        idle_.after(engineDelay, [this] { forgetEngine(); });
 }

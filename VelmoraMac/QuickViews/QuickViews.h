@@ -36,7 +36,8 @@ using QuickWindow = std::unique_ptr<QQuickView, DeferredDelete>;
 using OffscreenPicture = std::unique_ptr<OffscreenView, DeferredDelete>;
 
 // Shows views with Qt Quick. The engine is created for the first view and destroyed a while after the last one
-// is closed, so that a waiting agent needs no memory for it.
+// is gone, so that a waiting agent needs no memory for it. The settings window is kept when it is closed, and the
+// engine with it; what drawing needed is given back then, too.
 class QuickViews : public QObject, public PanelFactory, public AppWindowFactory {
     Q_OBJECT
 
@@ -73,15 +74,22 @@ public:
     [[nodiscard]] const Dependencies &dependencies() const { return dependencies_; }
 
 private:
+    struct LiveView {
+        std::function<void()> close; // At once, while others still have it.
+        bool isHidden = false;       // It has been on screen, and will be again.
+    };
+
     QQmlEngine &engine();
     void followDesktop();
     void forgetEngine();
     void keepWhile(QObject &view, std::function<void()> close);
+    void setHidden(const QObject &view, bool isHidden);
     void viewDestroyed(const QObject *view);
+    void releaseWhenIdle();
 
     Dependencies dependencies_;
     AppState *state_ = nullptr;
     std::unique_ptr<QQmlEngine> engine_;
-    std::map<const QObject *, std::function<void()>> liveViews_; // What closes each of them at once.
-    DelayedSteps idle_; // Releases memory after the last view, unless another one is loaded by then.
+    std::map<const QObject *, LiveView> liveViews_;
+    DelayedSteps idle_; // Releases memory after the last view, unless another one is loaded or shown by then.
 };

@@ -135,6 +135,30 @@ private Q_SLOTS:
         QCOMPARE(releases_, 2);
     }
 
+    void aWindowThatIsKeptGivesMemoryBackWhenItIsClosed()
+    {
+        const std::unique_ptr<AppWindow> window = views_->makeWindow(
+            {QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s)), {}, {}}, {});
+        time_->pass(1h);
+        QCOMPARE(releases_, 0); // It is about to be shown.
+        window->bringToFront();
+        time_->pass(1h);
+        QCOMPARE(releases_, 0);
+
+        QGuiApplication::allWindows().constFirst()->hide(); // The close button.
+        time_->pass(2s);
+        QCOMPARE(releases_, 1);
+        time_->pass(1h);
+        QCOMPARE(releases_, 1); // Its engine stays.
+
+        window->bringToFront();
+        QGuiApplication::allWindows().constFirst()->hide();
+        time_->pass(1s);
+        window->bringToFront();
+        time_->pass(1h);
+        QCOMPARE(releases_, 1);
+    }
+
     void aPanelIsOpaqueWhileNothingComposites()
     {
         const auto open = panel();
