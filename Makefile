@@ -4,7 +4,7 @@
 JOBS ?= $(shell nproc)
 KILLS ?= 1000
 
-.PHONY: all help packages build run test asan checks lint format bench fuzz faults rehearsal package install clean
+.PHONY: all help packages build run test asan checks lint format bench fuzz faults soak rehearsal package install clean
 
 all: build
 
@@ -53,11 +53,16 @@ bench: packages ## Measure the engine
 fuzz: packages ## Run each fuzzer for a minute
 	Tools/dev/fuzz
 
-faults: packages ## Kill and flood the program, and look at what is lost; takes about half an hour
+faults: packages ## Kill, flood, cut off and lie to the program, and look at what is lost; takes most of an hour
 	cmake --preset release
 	cmake --build --preset program -j $(JOBS)
-	Tests/Faults/kills.py build/release/bin/velmora $(KILLS)
-	Tests/Faults/floods.py build/release/bin/velmora
+	cmake --build build/release -j $(JOBS) --target VelmoraLinuxTests velmora-shifted-clock
+	Tests/Faults/run build/release $(KILLS)
+
+soak: packages ## Copy a hundred thousand times and look whether anything grows; takes about forty minutes
+	cmake --preset release
+	cmake --build --preset program -j $(JOBS)
+	Tests/Faults/soak.py build/release/bin/velmora
 
 package: packages ## Make a .deb and a relocatable tarball, in build/packages
 	JOBS=$(JOBS) Tools/release/package

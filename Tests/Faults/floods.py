@@ -7,20 +7,18 @@ Three kinds: none, two programs that paste without waiting for answers, three th
 """
 import pathlib
 import signal
-import socket
 import statistics
-import struct
 import subprocess
 import sys
 import threading
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
+from bus_client import BusClient  # noqa: E402
 from x11_desktop import Desktop, wait_until  # noqa: E402
 from x11_person import LIBRARY, Handle, Pointer  # noqa: E402
 
 LIBRARY.XCreateSimpleWindow.restype = Handle
-NO_REPLY = 1
 
 
 class Flood(threading.Thread):
@@ -54,37 +52,14 @@ class Pastes(Flood):
         LIBRARY.XSync(self.server, 1)
 
 
-def padded(data, size):
-    return data + b"\0" * (-len(data) % size)
-
-
-def text(value):
-    return struct.pack("<I", len(value)) + value + b"\0"
-
-
 class Calls(Flood):
     def __init__(self, desktop):
         super().__init__()
-        self.socket = socket.socket(socket.AF_UNIX)
-        self.socket.connect(desktop.env["DBUS_SESSION_BUS_ADDRESS"].split("path=")[1])
-        self.socket.send(b"\0AUTH EXTERNAL\r\nDATA\r\n")
-        self.socket.recv(1000)
-        self.socket.send(b"BEGIN\r\n")
-        self.serial = 0
-        self.socket.send(self.call(b"org.freedesktop.DBus", b"/org/freedesktop/DBus", b"org.freedesktop.DBus", b"Hello", 0))
-
-    def call(self, service, path, interface, member, flags=NO_REPLY):
-        self.serial += 1
-        fields = b""
-        for code, kind, value in ((1, b"o", path), (2, b"s", interface), (3, b"s", member), (6, b"s", service)):
-            fields = padded(fields, 8) + bytes([code, 1]) + kind + b"\0" + text(value)
-        head = b"l\1" + bytes([flags]) + b"\1" + struct.pack("<III", 0, self.serial, len(fields)) + fields
-        return padded(head, 8)
+        self.bus = BusClient(desktop.env["DBUS_SESSION_BUS_ADDRESS"])
 
     def pour(self):
-        calls = [self.call(b"app.velmora.Velmora", b"/StatusNotifierItem", b"org.kde.StatusNotifierItem", b"Scroll")
-                 for _ in range(200)]
-        self.socket.sendall(b"".join(calls))
+        self.bus.send(b"".join(self.bus.call("app.velmora.Velmora", "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Scroll")
+                               for _ in range(200)))
 
 
 def time_to_end(program, kind, count):

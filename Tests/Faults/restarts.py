@@ -1,0 +1,134 @@
+#!/usr/bin/env python3
+"""Takes away what velmora needs of a session while it runs, gives it back, and starts it twice at once.
+
+Usage: restarts.py PROGRAM [ROUNDS]      ROUNDS: of each kind, 10 without it
+
+tray        the panel ends and comes back: the icon comes back, copies are cleaned with and without it
+compositor  the same
+bus         the bus ends for good: copies are cleaned without it, and SIGTERM ends the program
+server      the X server ends: the program ends with status 0, its store is whole, and it starts on another server
+twice       two starts at once, with and without a bus: one program stays, and its store is whole
+"""
+import pathlib
+import signal
+import sqlite3
+import subprocess
+import sys
+import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
+from x11_desktop import Desktop, wait_until  # noqa: E402
+
+number = 0
+
+
+def clean_one(desktop):
+    """A copy has to be cleaned."""
+    global number
+    number += 1
+    desktop.copy(f"https://shop.example/?id={number}&utm_source=mail")
+    wait_until("the cleaned link", lambda: desktop.clipboard() == f"https://shop.example/?id={number}", 5)
+
+
+def store_is_whole(desktop):
+    path = pathlib.Path(desktop.env["XDG_DATA_HOME"]) / "velmora/defaults.sqlite"
+    with sqlite3.connect(path) as connection:
+        if connection.execute("PRAGMA integrity_check").fetchone() != ("ok",) or list(path.parent.glob("*damaged*")):
+            raise AssertionError("the store is damaged")
+
+
+def tray(program, rounds):
+    with Desktop(program, tray="xembed", compositor=False) as desktop:
+        desktop.start_velmora()
+        desktop.wait_for_icon()
+        for _ in range(rounds):
+            desktop.stop(desktop.tray)
+            clean_one(desktop)
+            desktop.start_tray()
+            wait_until("the icon", desktop.icon)
+            clean_one(desktop)
+        return desktop.log("velmora")
+
+
+def compositor(program, rounds):
+    with Desktop(program, tray="none") as desktop:
+        desktop.start_velmora()
+        wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+        for _ in range(rounds):
+            desktop.stop(desktop.compositor)
+            clean_one(desktop)
+            desktop.start_compositor()
+            clean_one(desktop)
+        return desktop.log("velmora")
+
+
+def bus(program, rounds):
+    for _ in range(rounds):
+        with Desktop(program, tray="none", compositor=False) as desktop:
+            velmora = desktop.start_velmora()
+            wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+            clean_one(desktop)
+            desktop.stop(next(process for process in desktop.processes if process.name == "bus"), signal.SIGKILL)
+            for _ in range(3):
+                clean_one(desktop)
+            velmora.terminate()
+            if velmora.wait(5) != 0:
+                raise AssertionError(f"ended with {velmora.returncode}")
+            store_is_whole(desktop)
+    return desktop.log("velmora")
+
+
+def server(program, rounds):
+    with Desktop(program, tray="none", compositor=False) as desktop:
+        for _ in range(rounds):
+            velmora = desktop.start_velmora()
+            wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+            clean_one(desktop)
+            desktop.person.close()
+            desktop.person = None
+            desktop.stop(next(process for process in desktop.processes if process.name == "server"), signal.SIGKILL)
+            if velmora.wait(5) != 0:
+                raise AssertionError(f"ended with {velmora.returncode}")
+            desktop.processes.remove(velmora)
+            store_is_whole(desktop)
+            desktop.start_server()
+    return ""  # Of a lost server the toolkit tells itself.
+
+
+def twice(program, rounds):
+    for has_bus in (True, False):
+        with Desktop(program, tray="none", compositor=False, bus=has_bus) as desktop:
+            for _ in range(rounds):
+                pair = [desktop.start("velmora", program) for _ in range(2)]
+                wait_until("the end of one of them", lambda: [process.poll() for process in pair].count(None) == 1)
+                time.sleep(0.3)
+                if [process.poll() for process in pair].count(None) != 1:
+                    raise AssertionError("none of the two has stayed")
+                clean_one(desktop)
+                for process in pair:
+                    if process.poll() not in (None, 0):
+                        raise AssertionError(f"the second one ended with {process.returncode}: {desktop.log('velmora')}")
+                    desktop.stop(process)
+                store_is_whole(desktop)
+    return desktop.log("velmora")
+
+
+def main():
+    if len(sys.argv) not in (2, 3):
+        sys.exit(__doc__.split("\n\n")[1])
+    program = str(pathlib.Path(sys.argv[1]).resolve())
+    rounds = int(sys.argv[2]) if len(sys.argv) == 3 else 10
+    failed = False
+    for kind in (tray, compositor, bus, server, twice):
+        try:
+            said = kind(program, rounds)
+            outcome = f"it said: {said}" if said else "as it should be"
+            failed |= bool(said)
+        except (AssertionError, subprocess.TimeoutExpired, sqlite3.Error) as problem:
+            outcome, failed = str(problem), True
+        print(f"{kind.__name__:12} {rounds} rounds: {outcome}", flush=True)
+    sys.exit(1 if failed else 0)
+
+
+if __name__ == "__main__":
+    main()
