@@ -137,8 +137,8 @@ private Q_SLOTS:
 
     void aWindowThatIsKeptGivesMemoryBackWhenItIsClosed()
     {
-        const std::unique_ptr<AppWindow> window = views_->makeWindow(
-            {QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s)), {}, {}}, {});
+        const std::unique_ptr<AppWindow> window =
+            views_->makeWindow({QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s)), {}, {}}, {});
         time_->pass(1h);
         QCOMPARE(releases_, 0); // It is about to be shown.
         window->bringToFront();
