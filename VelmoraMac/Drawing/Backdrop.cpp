@@ -22,15 +22,26 @@ struct Glow {
 constexpr std::array glows = {Glow{{148, 112}, {-212, -182}, 230}, Glow{{-172, -120}, {174, 136}, 210}};
 constexpr double sheen = 0.15; // The opacity of the white light along the top edge.
 
-void castShade(QPainter &painter, const QSize &size, double opacity)
+// A vignette of black at full opacity.
+QImage vignette(const QSize &size)
 {
-    if (opacity < 0.002)
-        return;
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
     QRadialGradient shade(QPointF(size.width() / 2.0, size.height() / 2.0),
                           std::hypot(size.width(), size.height()) / 2);
     shade.setColorAt(0.35, Qt::transparent);
-    shade.setColorAt(1, QColor::fromRgbF(0, 0, 0, static_cast<float>(opacity)));
-    painter.fillRect(QRect(QPoint(), size), shade);
+    shade.setColorAt(1, Qt::black);
+    QPainter(&image).fillRect(image.rect(), shade);
+    return image;
+}
+
+void castShade(QPainter &painter, const QImage &vignette, double opacity)
+{
+    if (opacity < 0.002)
+        return;
+    painter.setOpacity(opacity);
+    painter.drawImage(QPoint(), vignette);
+    painter.setOpacity(1);
 }
 
 } // namespace
@@ -76,12 +87,14 @@ void Backdrop::prepare(const QSize &pixels, double ratio)
     const bool recoloured = stale_;
     stale_ = false;
     canvas_ = {};
+    if (vignette_.size() != pixels)
+        vignette_ = vignette(pixels);
     QList<QColor> colors = palette_.backgroundColors;
     for (QColor &color : colors)
         color = PanelGround::colorAt(color, scrim_);
     ground_ = SoftPictures::gradient(pixels, colors, sheen);
     QPainter painter(&ground_);
-    castShade(painter, ground_.size(), restingShade_);
+    castShade(painter, vignette_, restingShade_);
     if (!recoloured)
         return;
     for (std::size_t glow = 0; glow < glows.size(); ++glow) {
@@ -99,11 +112,13 @@ void Backdrop::compose(double ratio)
         return;
     drawnAt_ = places;
     drawnShade_ = shade_;
-    canvas_ = ground_.copy();
+    if (canvas_.size() != ground_.size())
+        canvas_ = QImage(ground_.size(), ground_.format());
     QPainter painter(&canvas_);
+    painter.drawImage(QPoint(), ground_);
     for (std::size_t glow = 0; glow < glows.size(); ++glow)
         painter.drawImage(drawnAt_[glow], glows_[glow]);
-    castShade(painter, canvas_.size(), shade_ - restingShade_);
+    castShade(painter, vignette_, shade_ - restingShade_);
 }
 
 void Backdrop::draw(QPainter &painter)
@@ -114,28 +129,51 @@ void Backdrop::draw(QPainter &painter)
     compose(ratio);
 
     const QRectF shape = boundingRect().adjusted(sideInset_, topInset_, -sideInset_, -bottomInset_);
-    const bool fills = shape == boundingRect() && PixelGrid::isUpright(painter);
-    if (!fills) {
+    if (!PixelGrid::isUpright(painter)) {
         drawShape(painter, shape, ratio);
         return;
     }
-    // At rest only the bands with the corners are a shape; what is between them is copied.
-    const QRectF whole = PixelGrid::aligned(painter, shape);
-    const QRectF middle =
-        PixelGrid::aligned(painter, whole.adjusted(0, cornerRadius_ + 1, 0, -cornerRadius_ - 1));
-    for (const QRectF &band :
-         {QRectF(whole.topLeft(), middle.topRight()), QRectF(middle.bottomLeft(), whole.bottomRight())}) {
-        painter.save();
-        painter.setClipRect(band, Qt::IntersectClip);
-        drawShape(painter, whole, ratio);
-        painter.restore();
-    }
-    const QRect place = painter.deviceTransform().mapRect(middle).toRect();
+    const QRect place =
+        painter.deviceTransform().mapRect(PixelGrid::aligned(painter, shape)).toAlignedRect();
     const QPoint origin = painter.deviceTransform().map(QPointF()).toPoint();
     painter.save();
     PixelGrid::countPixels(painter);
-    painter.drawImage(place.topLeft(), canvas_, place.translated(-origin));
+    drawPixels(painter, place, origin, cornerRadius_ * ratio);
     painter.restore();
+}
+
+// Only the corners are a shape; the rest is copied.
+void Backdrop::drawPixels(QPainter &painter, const QRect &place, const QPoint &origin, double radius)
+{
+    const int side = qCeil(radius);
+    if (corners_.width() != 2 * side) {
+        corners_ = QImage(2 * side, 2 * side, QImage::Format_ARGB32_Premultiplied);
+        corners_.fill(Qt::transparent);
+        QPainter pen(&corners_);
+        pen.setRenderHint(QPainter::Antialiasing);
+        pen.setPen(Qt::NoPen);
+        pen.setBrush(Qt::black);
+        pen.drawRoundedRect(corners_.rect(), radius, radius);
+    }
+    const auto copy = [&](const QRect &part) {
+        painter.drawImage(part.topLeft(), canvas_, part.translated(-origin));
+    };
+    copy(place.adjusted(side, 0, -side, side - place.height()));
+    copy(place.adjusted(0, side, 0, -side));
+    copy(place.adjusted(side, place.height() - side, -side, 0));
+    QImage piece(side, side, corners_.format());
+    for (const int right : {0, 1})
+        for (const int below : {0, 1}) {
+            const QPoint corner(right != 0 ? place.right() + 1 - side : place.left(),
+                                below != 0 ? place.bottom() + 1 - side : place.top());
+            QPainter pen(&piece);
+            pen.setCompositionMode(QPainter::CompositionMode_Source);
+            pen.drawImage(QPoint(), corners_, QRect(right * side, below * side, side, side));
+            pen.setCompositionMode(QPainter::CompositionMode_SourceIn);
+            pen.drawImage(QPoint(), canvas_, QRect(corner - origin, piece.size()));
+            pen.end();
+            painter.drawImage(corner, piece);
+        }
 }
 
 void Backdrop::drawShape(QPainter &painter, const QRectF &shape, double ratio) const

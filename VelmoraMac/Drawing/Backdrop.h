@@ -98,6 +98,8 @@ private:
     void prepare(const QSize &pixels, double ratio);
     void compose(double ratio);
     void drawShape(QPainter &painter, const QRectF &shape, double ratio) const;
+    // `place` counts pixels of the device, as does `origin`, the place of the canvas.
+    void drawPixels(QPainter &painter, const QRect &place, const QPoint &origin, double radius);
     [[nodiscard]] QPoint glowPlace(std::size_t glow, double ratio) const;
 
     VelmoraThemePalette palette_;
@@ -109,6 +111,8 @@ private:
     double sideInset_ = 0, topInset_ = 0, bottomInset_ = 0;
 
     bool stale_ = true; // The pictures below belong to other colours.
+    QImage vignette_;   // Of the size of the ground.
+    QImage corners_;    // The shape's four corners, without what is between them.
     QImage ground_;     // The unchanging part: gradient, scrim, sheen and the resting shade.
     std::array<QImage, 2> glows_;
     QImage canvas_; // Ground, glows and the moving part of the shade, as last drawn.

@@ -9,15 +9,26 @@
 #include <private/qquickitem_p.h>
 #include <private/qsgadaptationlayer_p.h>
 
-#include <cmath>
+#include <algorithm>
+#include <array>
 #include <map>
 #include <memory>
 
 namespace {
 
-// Steps too small to be seen share one picture.
-constexpr double blurStep = 0.5;
-constexpr size_t keptLevels = 16;
+// Steps too small to be seen share one picture; the more it is blurred, the larger they are.
+constexpr std::array blurLevels = {0.0, 0.5, 1.0, 1.5, 2.0, 3.0, 4.0, 5.0, 6.0, 8.0, 10.0, 12.0, 14.0, 16.0};
+
+std::size_t nearestLevel(double sigma)
+{
+    const auto *const above = std::lower_bound(blurLevels.begin(), blurLevels.end(), sigma);
+    if (above == blurLevels.begin())
+        return 0;
+    const auto index = static_cast<std::size_t>(above - blurLevels.begin());
+    if (above == blurLevels.end() || sigma - *(above - 1) < *above - sigma)
+        return index - 1;
+    return index;
+}
 
 class EffectNode : public QSGNode {
 public:
@@ -36,7 +47,7 @@ public:
     void update(QSGLayer *layer, double sigma, const QRectF &place)
     {
         layer_ = layer;
-        level_ = static_cast<int>(std::lround(sigma / blurStep));
+        level_ = nearestLevel(sigma);
         image_->setRect(place);
         stale_ = true;
     }
@@ -78,17 +89,15 @@ private:
             return {};
         if (const auto found = levels_.find(level_); found != levels_.end())
             return found->second;
-        if (levels_.size() >= keptLevels)
-            levels_.clear();
-        const QImage result = PictureFilters::blurred(layer_->toImage(), level_ * blurStep);
+        const QImage result = PictureFilters::blurred(layer_->toImage(), blurLevels[level_]);
         return levels_.emplace(level_, result).first->second;
     }
 
     QQuickWindow *window_;
     QSGImageNode *image_;
     QPointer<QSGLayer> layer_;
-    int level_ = 0; // Of the blur, in steps.
-    std::map<int, QImage> levels_;
+    std::size_t level_ = 0;
+    std::map<std::size_t, QImage> levels_;
     qint64 shown_ = 0;
     bool stale_ = true;
 };

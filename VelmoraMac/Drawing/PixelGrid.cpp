@@ -1,5 +1,6 @@
 #include "PixelGrid.h"
 
+#include <QColor>
 #include <QImage>
 #include <QPainter>
 
@@ -7,6 +8,8 @@
 #include <cmath>
 
 namespace {
+
+constexpr int bandLines = 64; // Fewer than Qt shares among threads.
 
 // A line is equally wide wherever it stands; what is wider ends at the pixel nearest to its end.
 double farEdge(double near, double far, double scale)
@@ -51,6 +54,12 @@ void PixelGrid::countPixels(QPainter &painter)
 {
     painter.resetTransform();
     painter.setTransform(painter.deviceTransform().inverted());
+}
+
+void PixelGrid::fillPixels(QPainter &painter, const QRect &rect, const QColor &color)
+{
+    for (int top = rect.top(); top <= rect.bottom(); top += bandLines)
+        painter.fillRect(rect.left(), top, rect.width(), std::min(bandLines, rect.bottom() + 1 - top), color);
 }
 
 void PixelGrid::drawPixels(QPainter &painter, const QPoint &place, const QImage &picture)

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QPoint>
+#include <QRect>
 #include <QRectF>
 
+class QColor;
 class QImage;
 class QPainter;
 
@@ -24,6 +26,10 @@ namespace PixelGrid {
 
 // From now on `painter` counts pixels of its device instead of points.
 void countPixels(QPainter &painter);
+
+// Fills a rectangle, which counts pixels of the device. In bands: Qt's raster engine hands what it fills in many lines to
+// other threads, and to wake these costs more than such fills.
+void fillPixels(QPainter &painter, const QRect &rect, const QColor &color);
 
 // Draws a picture pixel by pixel, its top left corner at `place`, which counts pixels of the device.
 void drawPixels(QPainter &painter, const QPoint &place, const QImage &picture);

@@ -24,9 +24,9 @@ void RoundedBox::draw(QPainter &painter)
     const double radius = std::min({radius_, box.width() / 2, box.height() / 2});
     const double line = PixelGrid::lineWidth(painter, borderWidth_);
     const double scale = PixelGrid::scale(painter);
-    const double needed = 2 * std::ceil(radius * scale) + 2;
-    const bool hasMiddle = std::min(box.width(), box.height()) * scale >= needed;
-    if (aligned_ && hasMiddle && !endColor_.isValid() && PixelGrid::isUpright(painter))
+    const double needed = 2 * std::ceil(radius * scale);
+    const bool holdsCorners = std::min(box.width(), box.height()) * scale >= needed - 0.01;
+    if (aligned_ && holdsCorners && !endColor_.isValid() && PixelGrid::isUpright(painter))
         drawPixels(painter, painter.deviceTransform().mapRect(box).toRect(), radius * scale,
                    qRound(line * scale));
     else
@@ -78,17 +78,17 @@ void RoundedBox::drawPixels(QPainter &painter, const QRect &box, double radius, 
                                      below != 0 ? inside.bottom() + 1 : box.top()),
                               corners_, QRect(right * side, below * side, side, side));
     if (color_.alpha() > 0) {
-        painter.fillRect(QRect(inside.left(), box.top(), inside.width(), side), color_);
-        painter.fillRect(QRect(box.left(), inside.top(), box.width(), inside.height()), color_);
-        painter.fillRect(QRect(inside.left(), inside.bottom() + 1, inside.width(), side), color_);
+        PixelGrid::fillPixels(painter, QRect(inside.left(), box.top(), inside.width(), side), color_);
+        PixelGrid::fillPixels(painter, QRect(box.left(), inside.top(), box.width(), inside.height()), color_);
+        PixelGrid::fillPixels(painter, QRect(inside.left(), inside.bottom() + 1, inside.width(), side), color_);
     }
     if (borderColor_.alpha() > 0) {
-        painter.fillRect(QRect(inside.left(), box.top(), inside.width(), line), borderColor_);
-        painter.fillRect(QRect(inside.left(), box.bottom() + 1 - line, inside.width(), line), borderColor_);
+        PixelGrid::fillPixels(painter, QRect(inside.left(), box.top(), inside.width(), line), borderColor_);
+        PixelGrid::fillPixels(painter, QRect(inside.left(), box.bottom() + 1 - line, inside.width(), line), borderColor_);
         const int start = side > 0 ? inside.top() : box.top() + line;
         const int length = side > 0 ? inside.height() : box.height() - 2 * line;
-        painter.fillRect(QRect(box.left(), start, line, length), borderColor_);
-        painter.fillRect(QRect(box.right() + 1 - line, start, line, length), borderColor_);
+        PixelGrid::fillPixels(painter, QRect(box.left(), start, line, length), borderColor_);
+        PixelGrid::fillPixels(painter, QRect(box.right() + 1 - line, start, line, length), borderColor_);
     }
     painter.restore();
 }

@@ -38,7 +38,6 @@ PremiumBackground {
             bottomMargin: root.bottomInset
         }
         radius: root.cornerRadius
-        aligned: root.small === 0
         color: "transparent"
         borderColor: root.themePalette.cardStroke
     }
