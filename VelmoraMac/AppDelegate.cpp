@@ -49,6 +49,9 @@ void AppDelegate::applicationShouldPerform(ApplicationInstance::Action action)
     case ApplicationInstance::Action::settings:
         showAppWindow(AppTab::general);
         break;
+    case ApplicationInstance::Action::popover:
+        statusBarController_->showPopoverForKeyboard();
+        break;
     case ApplicationInstance::Action::pauseOrResume:
         state.setAutoCleanEnabled(!state.autoCleanEnabled());
         break;

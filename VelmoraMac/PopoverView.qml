@@ -11,6 +11,8 @@ Item {
     id: root
 
     required property PopoverAnimationState popoverAnimation
+    // Whether it was opened by keys: shows at once where the keyboard is.
+    property bool takesKeyboard: false
 
     signal openHistory
 
@@ -60,6 +62,7 @@ Item {
     implicitHeight: 386 // Whatever it shows: its window grows first, and the view follows the window.
 
     Component.onCompleted: playOpeningAnimation()
+    onHeaderVisibleChanged: if (headerVisible && takesKeyboard) header.takeKeyboard()
     Component.onDestruction: steps.startOver()
 
     ViewSteps {

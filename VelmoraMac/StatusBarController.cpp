@@ -58,6 +58,7 @@ void StatusBarController::configureStatusItem()
             showContextMenu();
         },
         [this] { closePopoverAtOnce(); },
+        [this] { togglePopoverByKeys(); },
     });
     dependencies_.statusItem.setToolTip(u"Velmora"_s);
 }
@@ -146,30 +147,56 @@ void StatusBarController::togglePopover()
 {
     if (statusItemClicksBlocked_)
         return;
-    if (popoverPanel_ && popoverPanel_->isVisible())
+    if (showsPopover())
         closePopover();
     else
-        openPopover();
+        openPopover(Input::pointer);
 }
 
-void StatusBarController::openPopover()
+// Not blocked after an opening: keys do not bounce.
+void StatusBarController::togglePopoverByKeys()
 {
+    if (showsPopover() && !isClosingPopover_)
+        closePopover();
+    else
+        openPopover(Input::keyboard);
+}
+
+void StatusBarController::showPopoverForKeyboard()
+{
+    if (showsPopover() && !isClosingPopover_)
+        popoverPanel_->takeKeyboard();
+    else
+        openPopover(Input::keyboard);
+}
+
+bool StatusBarController::showsPopover() const
+{
+    return popoverPanel_ && popoverPanel_->isVisible();
+}
+
+void StatusBarController::openPopover(Input input)
+{
+    isClosingPopover_ = false; // The panel that is closing is replaced below.
     blockStatusItemClicks(clicksBlockedAfterOpening);
-    const auto panel = makePopoverPanel();
+    const auto panel = makePopoverPanel(input);
     popoverAnchor_ = dependencies_.statusItem.anchor();
     panel->setFrame(popoverFrameFor(popoverSize()), FrameChange::atOnce);
     if (popoverPanel_)
         popoverPanel_->orderOut();
     popoverPanel_ = panel;
+    if (input == Input::keyboard)
+        popoverPanel_->takeKeyboard();
     popoverPanel_->orderFront();
     dependencies_.telemetry.track(TelemetryEventName::menuPopoverOpened, appState_);
     dependencies_.pointer.start([this](const PointerMonitor::Press &press) { mousePressed(press); });
 }
 
-std::shared_ptr<Panel> StatusBarController::makePopoverPanel()
+std::shared_ptr<Panel> StatusBarController::makePopoverPanel(Input input)
 {
     const View view{QUrl(u"qrc:/qt/qml/VelmoraMac/PopoverView.qml"_s),
-                    {{u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimationState_)}},
+                    {{u"popoverAnimation"_s, QVariant::fromValue(&popoverAnimationState_)},
+                     {u"takesKeyboard"_s, input == Input::keyboard}},
                     {{"openHistory", [this] {
                           closePopover();
                           showAppWindow(AppTab::history);
@@ -177,6 +204,7 @@ std::shared_ptr<Panel> StatusBarController::makePopoverPanel()
     return dependencies_.panels.makePanel(view, {.size = popoverSize(),
                                                  .acceptsMouse = true,
                                                  .cornerRadius = popoverCornerRadius,
+                                                 .takesKeyboard = input == Input::keyboard,
                                                  .cancelled = [this] { closePopover(); }});
 }
 
@@ -196,7 +224,7 @@ QRect StatusBarController::popoverFrameFor(QSize size) const
 
 void StatusBarController::updatePopoverSize()
 {
-    if (!popoverPanel_ || !popoverPanel_->isVisible() || isClosingPopover_)
+    if (!showsPopover() || isClosingPopover_)
         return;
     // The same place: the edge that faces the icon stays.
     popoverPanel_->setFrame(popoverFrameFor(popoverSize()), FrameChange::animated);

@@ -45,7 +45,12 @@ public:
                         std::weak_ptr<AppWindowPresenting> windowPresenter, Dependencies dependencies);
     ~StatusBarController() override;
 
+    // Opens the popover and gives it the keyboard; one that is open gets it.
+    void showPopoverForKeyboard();
+
 private:
+    enum class Input { pointer, keyboard };
+
     void configureStatusItem();
     void observeState();
     template<typename Signal>
@@ -60,8 +65,10 @@ private:
     void pulseStatusIcon();
 
     void togglePopover();
-    void openPopover();
-    [[nodiscard]] std::shared_ptr<Panel> makePopoverPanel();
+    void togglePopoverByKeys();
+    void openPopover(Input input);
+    [[nodiscard]] std::shared_ptr<Panel> makePopoverPanel(Input input);
+    [[nodiscard]] bool showsPopover() const;
     [[nodiscard]] QSize popoverSize() const;
     [[nodiscard]] QRect popoverFrameFor(QSize size) const;
     void updatePopoverSize();

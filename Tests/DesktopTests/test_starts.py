@@ -42,6 +42,8 @@ class StartTests(test_shell.DesktopTest):
         wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
         self.assertEqual(self.run_again(desktop, "--pause"), ("", 0))
         wait_until("the end of the pause", lambda: "Pause Cleaning" in desktop.menu())
+        self.assertEqual(self.run_again(desktop, "--popover"), ("", 0))
+        wait_until("the popover", desktop.popover)
         self.assertEqual(self.run_again(desktop, "--settings"), ("", 0))
         wait_until("the settings window", desktop.settings_window)
         self.assertEqual(self.run_again(desktop, "--quit"), ("", 0))
@@ -52,6 +54,38 @@ class StartTests(test_shell.DesktopTest):
         desktop = self.desktop(tray="none")
         desktop.start("velmora", test_shell.PROGRAM, "--settings")
         wait_until("the settings window", desktop.settings_window)
+
+    def test_the_popover_that_keys_open_has_the_keyboard_and_gives_it_back(self):
+        desktop = self.desktop(tray="none")
+        desktop.open_listener("200x100+900+600")
+        desktop.start_velmora()
+        wait_until("the menu on the bus", desktop.menu)
+        self.run_again(desktop, "--popover")
+        wait_until("the popover", desktop.popover)
+        desktop.settle()
+        desktop.key("space")  # The switch is the first stop.
+        wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
+        desktop.key("Tab", "shift+Tab", "space")
+        wait_until("the end of the pause", lambda: "Pause Cleaning" in desktop.menu())
+        self.assertEqual(desktop.typed(), "")
+        desktop.key("Escape")
+        wait_until("the popover's end", lambda: not desktop.popover())
+        desktop.key("a")
+        wait_until("what is typed into the earlier window", lambda: desktop.typed() == "a")
+        self.run_again(desktop, "--popover")
+        wait_until("the popover", desktop.popover)
+        desktop.settle()
+        desktop.key("Tab", "Return")  # The history.
+        wait_until("the history", desktop.settings_window)
+        wait_until("the popover's end", lambda: not desktop.popover())
+
+    def test_a_popover_that_keys_opened_closes_when_they_go_elsewhere(self):
+        desktop = self.started()
+        self.run_again(desktop, "--popover")
+        wait_until("the popover", desktop.popover)
+        desktop.settle()
+        desktop.open_listener("200x100+900+600")
+        wait_until("the popover's end", lambda: not desktop.popover())
 
     def test_a_program_that_does_not_answer_is_named(self):
         desktop = self.started()

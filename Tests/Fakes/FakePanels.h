@@ -18,6 +18,7 @@ public:
         QRect frame;
         QStringList frameChanges; // "at once" or "animated", in order.
         bool visible = false;
+        int keyboardRequests = 0;
         bool exists = true;
         quintptr windowId = 0;
 
@@ -84,6 +85,8 @@ private:
         void orderFront() override { record_->visible = true; }
 
         void orderOut() override { record_->visible = false; }
+
+        void takeKeyboard() override { ++record_->keyboardRequests; }
 
         [[nodiscard]] quintptr windowId() const override { return record_->windowId; }
 

@@ -48,7 +48,7 @@ class InstallScriptTests(unittest.TestCase):
         self.assertEqual(self.installed(), {ENTRY, *OTHERS})
         lines = (self.data / ENTRY).read_text().splitlines()
         self.assertEqual([line for line in lines if line.startswith("Exec=")],
-                         [f'Exec="{folder}/bin/velmora"{option}' for option in ("", " --settings", " --pause", " --quit")])
+                         [f'Exec="{folder}/bin/velmora"{option}' for option in ("", " --popover", " --settings", " --pause", " --quit")])
         self.assertIn(f"TryExec={folder}/bin/velmora", lines)
         other = self.data / "applications/other.desktop"
         other.write_text("")

@@ -30,6 +30,10 @@ class FakeWindowManager final : public WindowManager {
 public:
     void makePanel(QWindow &, const PanelTraits &) override {}
 
+    void giveKeyboard(QWindow &) override {}
+
+    void returnKeyboard(QWindow &) override {}
+
     void place(QWindow &, const QRect &) override {}
 
     [[nodiscard]] bool blendsWindows() const override { return true; }
@@ -205,6 +209,9 @@ private Q_SLOTS:
         app.delegate->applicationShouldPerform(ApplicationInstance::Action::settings);
         QVERIFY(app.windows.visible);
         QCOMPARE(app.shownTab(), u"general"_s);
+        app.delegate->applicationShouldPerform(ApplicationInstance::Action::popover);
+        QCOMPARE(app.panels.visible().size(), size_t{1});
+        QCOMPARE(app.panels.visible().front()->keyboardRequests, 1);
         app.delegate->applicationShouldPerform(ApplicationInstance::Action::pauseOrResume);
         QVERIFY(!app.delegate->appState().autoCleanEnabled());
         app.delegate->applicationShouldPerform(ApplicationInstance::Action::pauseOrResume);

@@ -384,6 +384,45 @@ private Q_SLOTS:
         QVERIFY(shell.menus.menus.empty());
     }
 
+    void onlyKeysOpenAPopoverThatTakesTheKeyboard()
+    {
+        Shell shell;
+        shell.launch();
+        shell.click();
+        QVERIFY(!shell.popover().options.takesKeyboard);
+        QCOMPARE(shell.popover().view.properties.value(u"takesKeyboard"_s), QVariant(false));
+        QCOMPARE(shell.popover().keyboardRequests, 0);
+        shell.controller->showPopoverForKeyboard(); // It is open: it only gets the keyboard.
+        QCOMPARE(shell.panels.visible().size(), size_t{1});
+        QCOMPARE(shell.popover().keyboardRequests, 1);
+
+        shell.item.events.activatedByKeys();
+        QCOMPARE(shell.closeRequests(), 1);
+        shell.fakes.time.pass(250ms);
+        QVERIFY(shell.panels.visible().empty());
+        shell.item.events.activatedByKeys();
+        QVERIFY(shell.popover().options.takesKeyboard);
+        QCOMPARE(shell.popover().view.properties.value(u"takesKeyboard"_s), QVariant(true));
+        QCOMPARE(shell.popover().keyboardRequests, 1);
+    }
+
+    void keysOpenANewPopoverWhileOneIsClosing()
+    {
+        Shell shell;
+        shell.launch();
+        shell.controller->showPopoverForKeyboard();
+        shell.popover().options.cancelled();
+        shell.fakes.time.pass(100ms);
+        shell.controller->showPopoverForKeyboard();
+        QCOMPARE(shell.panels.visible().size(), size_t{1});
+        shell.fakes.time.pass(1s);
+        QCOMPARE(shell.panels.visible().size(), size_t{1});
+        QCOMPARE(shell.popover().keyboardRequests, 1);
+        shell.popover().options.cancelled();
+        shell.fakes.time.pass(250ms);
+        QVERIFY(shell.panels.visible().empty());
+    }
+
     void escapeClosesWithAnimation()
     {
         Shell shell;

@@ -12,8 +12,10 @@ struct Named {
     std::string_view name;
 };
 
-constexpr std::array<Named, 3> names{
-    {{Action::settings, "settings"}, {Action::pauseOrResume, "pause"}, {Action::quit, "quit"}}};
+constexpr std::array<Named, 4> names{{{Action::settings, "settings"},
+                                      {Action::popover, "popover"},
+                                      {Action::pauseOrResume, "pause"},
+                                      {Action::quit, "quit"}}};
 
 } // namespace
 

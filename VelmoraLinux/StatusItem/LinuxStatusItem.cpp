@@ -60,8 +60,9 @@ void LinuxStatusItem::connectHosts()
     connect(&item_, &StatusNotifierItem::activated, this, [this](QPoint nativeHint) {
         sinceRegistration_.invalidate(); // From now on AboutToShow means that the user opens the menu.
         clickAnchor_ = anchorOfClick(nativeHint);
-        if (events_.activated)
-            events_.activated();
+        const auto &event = isKeyboardActivation(nativeHint) ? events_.activatedByKeys : events_.activated;
+        if (event)
+            event();
     });
     connect(&item_, &StatusNotifierItem::menuRequested, this, [this](QPoint nativeHint) {
         clickAnchor_ = anchorOfClick(nativeHint);
@@ -206,6 +207,16 @@ QRect LinuxStatusItem::anchorOfClick(QPoint nativeHint) const
     if (!frame)
         return {};
     return click ? anchorAround(*click, *frame) : fallbackAnchor(*frame);
+}
+
+bool LinuxStatusItem::isKeyboardActivation(QPoint nativeHint) const
+{
+    const std::optional<QPoint> click = pointer();
+    if (!click)
+        return false;
+    const QPoint hint = toPoints(nativeHint);
+    return !isPointerOnIcon(screenFrame(QGuiApplication::screenAt(*click)), click,
+                            screenFrame(QGuiApplication::screenAt(hint)), hint);
 }
 
 std::optional<QRect> LinuxStatusItem::embeddedGeometry() const

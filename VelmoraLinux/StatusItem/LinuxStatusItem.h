@@ -66,6 +66,8 @@ private:
     [[nodiscard]] std::optional<QPoint> pointer() const;
     [[nodiscard]] std::optional<QRect> embeddedGeometry() const;
     [[nodiscard]] QRect anchorOfClick(QPoint nativeHint) const;
+    // Whether the host says that it was activated while the pointer was elsewhere.
+    [[nodiscard]] bool isKeyboardActivation(QPoint nativeHint) const;
 
     Dependencies dependencies_;
     QString id_;

@@ -16,7 +16,7 @@ constexpr quint32 sourceIsThePager = 2; // Window managers follow requests made 
 
 // Without those that a tooltip has anyway Qt makes the native window twice, and what was asked of the first,
 // such as letting clicks through, is lost.
-constexpr Qt::WindowFlags panelFlags = Qt::ToolTip | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+constexpr Qt::WindowFlags panelHints = Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                                        Qt::X11BypassWindowManagerHint | Qt::NoDropShadowWindowHint;
 
 QRegion roundedRegion(QSize size, int radius)
@@ -73,12 +73,45 @@ void X11WindowManager::setBlendsWindows(bool blends)
 
 void X11WindowManager::makePanel(QWindow &window, const PanelTraits &traits)
 {
-    window.setFlags(panelFlags);
+    // Compositors of Wayland give no tooltip the keyboard.
+    window.setFlags((traits.takesKeyboard ? Qt::Window : Qt::ToolTip) | panelHints);
     window.setFlag(Qt::WindowTransparentForInput, !traits.acceptsMouse);
     QSurfaceFormat format = window.requestedFormat();
     format.setAlphaBufferSize(8);
     window.setFormat(format);
     window.setProperty(cornerRadiusProperty, traits.cornerRadius);
+}
+
+void X11WindowManager::giveKeyboard(QWindow &panel)
+{
+    if (connection_ == nullptr) {
+        panel.requestActivate();
+        return;
+    }
+    if (const xcb_window_t owner = keyboardOwner(); owner != windowId(panel))
+        earlierKeyboardOwner_ = owner;
+    setKeyboardOwner(windowId(panel));
+}
+
+void X11WindowManager::returnKeyboard(QWindow &panel)
+{
+    if (connection_ != nullptr && keyboardOwner() == windowId(panel))
+        setKeyboardOwner(earlierKeyboardOwner_);
+}
+
+xcb_window_t X11WindowManager::keyboardOwner() const
+{
+    const XcbReply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection_->xcb(), xcb_get_input_focus(connection_->xcb()), nullptr));
+    return reply ? reply->focus : xcb_window_t{XCB_INPUT_FOCUS_POINTER_ROOT};
+}
+
+void X11WindowManager::setKeyboardOwner(xcb_window_t window)
+{
+    // Not by Qt, which asks with the time of the last event that it has seen: others may be newer. A window that is
+    // gone by now is an error of the server's, which is overlooked.
+    xcb_set_input_focus(connection_->xcb(), XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);
+    connection_->flush();
 }
 
 void X11WindowManager::place(QWindow &panel, const QRect &frame)

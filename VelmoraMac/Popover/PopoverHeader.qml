@@ -3,6 +3,10 @@ import VelmoraMac
 
 // The popover's first row: name, status, and the switch for cleaning.
 Item {
+    function takeKeyboard() {
+        cleaningSwitch.forceActiveFocus(Qt.TabFocusReason);
+    }
+
     implicitHeight: 34
 
     SpringColor {
@@ -38,6 +42,8 @@ Item {
         }
     }
     PremiumSwitchToggleStyle {
+        id: cleaningSwitch
+
         anchors {
             right: parent.right
             verticalCenter: parent.verticalCenter

@@ -5,6 +5,8 @@
 #include <QKeyEvent>
 #include <QQuickItem>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 QuickPanel::QuickPanel(QuickWindow window, const PanelOptions &options, WindowManager &windows,
@@ -14,7 +16,7 @@ QuickPanel::QuickPanel(QuickWindow window, const PanelOptions &options, WindowMa
     , windows_(windows)
     , frame_(options.size, appearance, [this](const QRect &frame) { windows_.place(*window_, frame); })
 {
-    windows_.makePanel(*window_, {options.acceptsMouse, options.cornerRadius});
+    windows_.makePanel(*window_, {options.acceptsMouse, options.cornerRadius, options.takesKeyboard});
     followSurroundings();
     window_->setTitle(u"Velmora"_s); // Never seen, but read by assistive tools.
     window_->resize(options.size);
@@ -51,15 +53,51 @@ void QuickPanel::orderFront()
 void QuickPanel::orderOut()
 {
     frame_.stop();
+    if (std::exchange(keyboard_, Keyboard::none) == Keyboard::taken)
+        windows_.returnKeyboard(*window_);
     window_->hide();
+}
+
+void QuickPanel::takeKeyboard()
+{
+    keyboard_ = Keyboard::wanted;
+    giveKeyboardWhenExposed();
+}
+
+void QuickPanel::giveKeyboardWhenExposed()
+{
+    if (keyboard_ != Keyboard::wanted || !window_->isExposed())
+        return;
+    keyboard_ = Keyboard::taken;
+    windows_.giveKeyboard(*window_);
+}
+
+void QuickPanel::cancel()
+{
+    const auto cancelled = cancelled_; // It may delete this panel.
+    if (cancelled)
+        cancelled();
 }
 
 bool QuickPanel::eventFilter(QObject *watched, QEvent *event)
 {
-    const bool isEscape =
-        event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
-    if (watched != window_.get() || !isEscape || !cancelled_)
+    if (watched != window_.get())
         return QObject::eventFilter(watched, event);
-    cancelled_();
-    return true;
+    switch (event->type()) {
+    case QEvent::Expose:
+        giveKeyboardWhenExposed();
+        break;
+    case QEvent::FocusOut:
+        if (keyboard_ == Keyboard::taken)
+            QMetaObject::invokeMethod(this, [this] { cancel(); }, Qt::QueuedConnection);
+        break;
+    case QEvent::KeyPress:
+        if (static_cast<QKeyEvent *>(event)->key() != Qt::Key_Escape || !cancelled_)
+            break;
+        cancel();
+        return true;
+    default:
+        break;
+    }
+    return QObject::eventFilter(watched, event);
 }

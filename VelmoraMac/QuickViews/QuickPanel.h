@@ -21,16 +21,22 @@ public:
 
     void orderFront() override;
     void orderOut() override;
+    void takeKeyboard() override;
 
     [[nodiscard]] quintptr windowId() const override { return window_->winId(); }
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    enum class Keyboard { none, wanted, taken };
+
     void followSurroundings();
+    void giveKeyboardWhenExposed();
+    void cancel();
 
     QuickWindow window_;
     std::function<void()> cancelled_;
     WindowManager &windows_;
     FrameAnimation frame_;
+    Keyboard keyboard_ = Keyboard::none;
 };

@@ -24,6 +24,10 @@ public:
 
     void orderFront() override;
     void orderOut() override;
+
+    // Only panels that do not accept the mouse are surfaces, and those are not asked to.
+    void takeKeyboard() override {}
+
     // No press of a mouse is on it: the pointer monitor sees windows only.
     [[nodiscard]] quintptr windowId() const override;
 

@@ -13,8 +13,8 @@ enum class FrameChange {
     animated, // The window follows within a fraction of a second; `frame` is the final frame at once.
 };
 
-// A borderless window above all others, on every desktop, that never takes the focus from the user's own windows.
-// Where the desktop has something better for panels than windows, it is that.
+// A borderless window above all others, on every desktop, that takes the focus from the user's own windows only where it is
+// asked to. Where the desktop has something better for panels than windows, it is that.
 //
 // Frames are in points with the origin at the top left of the desktop. Destroying a panel removes it from the
 // screen; a handler of its view's requests may do that.
@@ -26,6 +26,8 @@ public:
     [[nodiscard]] virtual bool isVisible() const = 0;
     virtual void orderFront() = 0;
     virtual void orderOut() = 0;
+    // Gives it the keyboard, as soon as it is on screen. It is cancelled when the user gives that to another window.
+    virtual void takeKeyboard() = 0;
     // The window in PointerMonitor::Press.
     [[nodiscard]] virtual quintptr windowId() const = 0;
 };
@@ -41,6 +43,8 @@ struct PanelOptions {
     std::function<void()> cancelled = {};
     // Shown where the user works, as far as the desktop tells; its frame counts from the main screen.
     bool followsUser = false;
+    // Whether takeKeyboard() will be called before it is shown.
+    bool takesKeyboard = false;
 };
 
 class PanelFactory {

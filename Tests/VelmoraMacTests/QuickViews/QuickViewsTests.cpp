@@ -16,7 +16,11 @@ namespace {
 
 class PlainWindowManager final : public WindowManager {
 public:
-    void makePanel(QWindow &, const PanelTraits &) override {}
+    void makePanel(QWindow &, const PanelTraits &traits) override { lastTraits = traits; }
+
+    void giveKeyboard(QWindow &) override { log.append(u"given"_s); }
+
+    void returnKeyboard(QWindow &) override { log.append(u"returned"_s); }
 
     void place(QWindow &window, const QRect &) override { lastPlaced = &window; }
 
@@ -33,6 +37,8 @@ public:
     }
 
     QWindow *lastPlaced = nullptr;
+    PanelTraits lastTraits;
+    QStringList log; // Of the keyboard.
 
 private:
     bool blends_ = true;
@@ -71,10 +77,11 @@ class QuickViewsTests : public QObject {
     std::unique_ptr<QuickViews> views_;
     int releases_ = 0;
 
-    [[nodiscard]] std::unique_ptr<Panel> panel() const
+    [[nodiscard]] std::unique_ptr<Panel> panel(bool takesKeyboard = false,
+                                               const std::function<void()> &cancelled = {}) const
     {
         return views_->makePanel({QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s)), {}, {}},
-                                 {QSize(100, 100), true, 0, {}});
+                                 {.size = QSize(100, 100), .takesKeyboard = takesKeyboard, .cancelled = cancelled});
     }
 
     static void close(std::unique_ptr<Panel> panel)
@@ -178,6 +185,51 @@ private Q_SLOTS:
         second->setFrame(QRect(0, 0, 100, 100), FrameChange::atOnce);
         QCOMPARE(qobject_cast<QQuickView *>(windows_.lastPlaced)->color().alpha(), 255);
         windows_.blend(true);
+    }
+
+    void aPanelGetsTheKeyboardOnceItIsOnScreenAndGivesItBack()
+    {
+        windows_.log.clear();
+        int cancellations = 0;
+        const auto open = panel(true, [&cancellations] { ++cancellations; });
+        QVERIFY(windows_.lastTraits.takesKeyboard);
+        open->setFrame(QRect(0, 0, 100, 100), FrameChange::atOnce);
+        open->takeKeyboard();
+        QCOMPARE(windows_.log, QStringList());
+        open->orderFront();
+        auto *window = qobject_cast<QQuickView *>(windows_.lastPlaced);
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QCOMPARE(windows_.log, QStringList{u"given"_s});
+
+        QFocusEvent leaves(QEvent::FocusOut);
+        QCoreApplication::sendEvent(window, &leaves);
+        QTRY_COMPARE(cancellations, 1);
+        QTest::keyClick(window, Qt::Key_Escape);
+        QCOMPARE(cancellations, 2);
+
+        open->orderOut();
+        QCOMPARE(windows_.log, (QStringList{u"given"_s, u"returned"_s}));
+        QCoreApplication::sendEvent(window, &leaves);
+        QCoreApplication::processEvents();
+        QCOMPARE(cancellations, 2);
+    }
+
+    void aPanelOpenedByThePointerLeavesTheKeyboardAlone()
+    {
+        windows_.log.clear();
+        int cancellations = 0;
+        const auto open = panel(false, [&cancellations] { ++cancellations; });
+        QVERIFY(!windows_.lastTraits.takesKeyboard);
+        open->setFrame(QRect(0, 0, 100, 100), FrameChange::atOnce);
+        open->orderFront();
+        auto *window = qobject_cast<QQuickView *>(windows_.lastPlaced);
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QFocusEvent leaves(QEvent::FocusOut);
+        QCoreApplication::sendEvent(window, &leaves);
+        QCoreApplication::processEvents();
+        open->orderOut();
+        QCOMPARE(windows_.log, QStringList());
+        QCOMPARE(cancellations, 0);
     }
 
     void aWindowHasTheGroundOfTheThemeBeforeItsFirstFrame()
