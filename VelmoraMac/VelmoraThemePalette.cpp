@@ -179,6 +179,15 @@ VelmoraThemePalette VelmoraThemePalette::mixed(const VelmoraThemePalette &from, 
     return palette;
 }
 
+VelmoraThemePalette VelmoraThemePalette::withIncreasedContrast() const
+{
+    VelmoraThemePalette palette = *this;
+    palette.secondaryText = palette.mutedText = primaryText;
+    palette.cardStroke = at(primaryText, 0.7);
+    palette.increasedContrast = true;
+    return palette;
+}
+
 VelmoraThemePalette VelmoraThemePalette::of(VelmoraTheme theme, const SystemColors &system)
 {
     return themeOf(theme).palette(system);

@@ -49,13 +49,16 @@ public:
     QColor badgeText;
     QColor overlayScrim;
     double materialOpacity = 1;
-    QList<QColor> switchColors; // Two: the gradient of a switch that is on.
+    QList<QColor> switchColors;     // Two: the gradient of a switch that is on.
+    bool increasedContrast = false; // For people who need more of it.
 
     // Some colours of a theme are the system's and follow the desktop's appearance.
     [[nodiscard]] static VelmoraThemePalette of(Velmora::VelmoraTheme theme, const SystemColors &system);
     // The colours `part` of the way from one palette to another. A spring may go a little beyond either end.
     [[nodiscard]] static VelmoraThemePalette mixed(const VelmoraThemePalette &from,
                                                    const VelmoraThemePalette &to, double part);
+    // The same colours for people who need more contrast: texts are opaque, outlines seen from afar.
+    [[nodiscard]] VelmoraThemePalette withIncreasedContrast() const;
     // As the settings name the theme.
     [[nodiscard]] static QString themeName(Velmora::VelmoraTheme theme, Velmora::AppLanguage language);
 

@@ -49,6 +49,8 @@ public:
 
     [[nodiscard]] bool reducesMotion() const override { return false; }
 
+    [[nodiscard]] bool increasesContrast() const override { return false; }
+
     void addChangeHandler(ChangeHandler) override {}
 };
 

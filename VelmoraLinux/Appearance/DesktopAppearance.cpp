@@ -7,6 +7,9 @@
 #include <QGuiApplication>
 #include <QPalette>
 
+#include <algorithm>
+#include <array>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -36,6 +39,16 @@ Appearance::ColorScheme DesktopAppearance::colorScheme() const
     const QPalette palette = QGuiApplication::palette();
     const bool isDark = palette.windowText().color().lightnessF() > palette.window().color().lightnessF();
     return isDark ? ColorScheme::dark : ColorScheme::light;
+}
+
+bool DesktopAppearance::increasesContrast() const
+{
+    if (portalContrast_)
+        return *portalContrast_;
+    const QPalette palette = QGuiApplication::palette();
+    const std::array colors{palette.windowText().color().rgb(), palette.window().color().rgb()};
+    const auto isExtreme = [](QRgb color) { return color == qRgb(0, 0, 0) || color == qRgb(255, 255, 255); };
+    return colors[0] != colors[1] && std::all_of(colors.begin(), colors.end(), isExtreme);
 }
 
 void DesktopAppearance::addChangeHandler(ChangeHandler handler)
@@ -78,6 +91,10 @@ bool DesktopAppearance::applySetting(const QString &key, const QVariant &value)
             portalScheme_ = ColorScheme::dark;
         else if (scheme == 2)
             portalScheme_ = ColorScheme::light;
+        return true;
+    }
+    if (key == "contrast"_L1) { // 0: no preference, 1: higher.
+        portalContrast_ = value.toUInt() == 1;
         return true;
     }
     if (key == "reduced-motion"_L1) {

@@ -10,7 +10,7 @@
 #include <vector>
 
 // Reads the settings portal (org.freedesktop.portal.Settings) and follows its changes. Without a portal the
-// palette decides between light and dark.
+// palette decides between light and dark, and whether the contrast is increased: themes for that are black and white.
 class DesktopAppearance : public QObject, public Appearance {
     Q_OBJECT
 
@@ -20,6 +20,8 @@ public:
     [[nodiscard]] ColorScheme colorScheme() const override;
 
     [[nodiscard]] bool reducesMotion() const override { return reducesMotion_; }
+
+    [[nodiscard]] bool increasesContrast() const override;
 
     void addChangeHandler(ChangeHandler handler) override;
 
@@ -33,6 +35,7 @@ private:
 
     QDBusConnection bus_;
     std::optional<ColorScheme> portalScheme_;
+    std::optional<bool> portalContrast_;
     bool reducesMotion_ = false;
     std::vector<ChangeHandler> handlers_;
 };

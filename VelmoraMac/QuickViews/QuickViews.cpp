@@ -109,6 +109,7 @@ void QuickViews::followDesktop()
         return;
     surroundings->setDarkAppearance(dependencies_.appearance.colorScheme() == Appearance::ColorScheme::dark);
     surroundings->setReducedMotion(dependencies_.appearance.reducesMotion());
+    surroundings->setIncreasedContrast(dependencies_.appearance.increasesContrast());
     surroundings->setBlendsWindows(dependencies_.windows.blendsWindows());
 }
 

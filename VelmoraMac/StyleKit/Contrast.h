@@ -10,6 +10,9 @@ namespace Contrast {
 inline constexpr double smallText = 4.5;
 inline constexpr double largeText = 3;
 inline constexpr double graphics = 3;
+// Those of level AAA.
+inline constexpr double smallTextEnhanced = 7;
+inline constexpr double largeTextEnhanced = 4.5;
 
 // A translucent `upper` blended over an opaque `ground` (source over).
 [[nodiscard]] QColor over(const QColor &upper, const QColor &ground);

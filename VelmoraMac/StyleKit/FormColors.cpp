@@ -5,8 +5,8 @@
 
 namespace {
 
-constexpr double smallText = Contrast::smallText + 0.1; // Colours are rounded.
-constexpr float scrimPart = 0.4F;                       // Forms have no luminous ends to tone down.
+constexpr double rounding = 0.1;  // Of colours, in a ratio.
+constexpr float scrimPart = 0.4F; // Forms have no luminous ends to tone down.
 
 QColor at(QColor color, float opacity)
 {
@@ -19,7 +19,8 @@ QColor raised(const QColor &card)
 {
     constexpr float step = 0.02F;
     float light = 0.28F;
-    while (light > step && Contrast::ratio(Qt::white, Contrast::over(at(Qt::white, light), card)) < smallText)
+    while (light > step && Contrast::ratio(Qt::white, Contrast::over(at(Qt::white, light), card)) <
+                               Contrast::smallText + rounding)
         light -= step;
     return Contrast::over(at(Qt::white, light), card);
 }
@@ -29,6 +30,7 @@ QColor raised(const QColor &card)
 SystemColors FormColors::of(const VelmoraThemePalette &palette, const SystemColors &system)
 {
     const bool isLight = palette.isLight();
+    const double smallText = PanelGround::smallText(palette) + rounding;
     const QColor window =
         PanelGround::colorAt(palette.backgroundColors.value(1),
                              at(palette.overlayScrim, palette.overlayScrim.alphaF() * scrimPart));

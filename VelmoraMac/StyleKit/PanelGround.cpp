@@ -31,6 +31,16 @@ QColor combined(const QColor &upper, const QColor &lower)
 
 } // namespace
 
+double PanelGround::smallText(const VelmoraThemePalette &palette)
+{
+    return palette.increasedContrast ? Contrast::smallTextEnhanced : Contrast::smallText;
+}
+
+double PanelGround::largeText(const VelmoraThemePalette &palette)
+{
+    return palette.increasedContrast ? Contrast::largeTextEnhanced : Contrast::largeText;
+}
+
 QColor PanelGround::colorAt(const QColor &gradient, const QColor &scrim)
 {
     QColor opaque = gradient;
@@ -53,11 +63,12 @@ QList<QColor> PanelGround::panel(const VelmoraThemePalette &palette)
 QColor PanelGround::card(const VelmoraThemePalette &palette)
 {
     const QList<QColor> grounds = panel(palette);
+    const double wanted = smallText(palette);
     const auto carriesTexts = [&](const QColor &fill) {
         return std::all_of(grounds.begin(), grounds.end(), [&](const QColor &ground) {
             const QColor seen = Contrast::over(fill, ground);
-            return Contrast::ratio(palette.secondaryText, seen) >= Contrast::smallText &&
-                   Contrast::ratio(palette.successAccent, seen) >= Contrast::smallText;
+            return Contrast::ratio(palette.secondaryText, seen) >= wanted &&
+                   Contrast::ratio(palette.successAccent, seen) >= wanted;
         });
     };
     QColor fill = palette.cardFill;

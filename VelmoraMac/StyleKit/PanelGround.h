@@ -10,6 +10,10 @@
 // What is behind the window is not blurred by the desktop; the material under the gradient is the gradient itself.
 namespace PanelGround {
 
+// The contrast that texts of a theme are to have: of level AA, of level AAA where it is increased.
+[[nodiscard]] double smallText(const VelmoraThemePalette &palette);
+[[nodiscard]] double largeText(const VelmoraThemePalette &palette);
+
 // An opaque colour of the gradient under `scrim`.
 [[nodiscard]] QColor colorAt(const QColor &gradient, const QColor &scrim);
 

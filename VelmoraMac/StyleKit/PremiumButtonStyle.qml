@@ -40,7 +40,7 @@ PressButton {
     background: RoundedBox {
         radius: 13
         color: hover.lit(Qt.alpha(root.fill, root.fillOpacity))
-        borderColor: Qt.rgba(1, 1, 1, 0.1)
+        borderColor: Surroundings.increasedContrast ? Surroundings.palette.cardStroke : Qt.rgba(1, 1, 1, 0.1)
 
         FocusRing {
             shown: root.visualFocus

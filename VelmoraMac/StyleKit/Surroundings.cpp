@@ -52,6 +52,20 @@ void Surroundings::setReducedMotion(bool reduced)
     Q_EMIT reducedMotionChanged();
 }
 
+void Surroundings::setIncreasedContrast(bool increased)
+{
+    if (increased == increasedContrast_)
+        return;
+    increasedContrast_ = increased;
+    show(themePalette());
+}
+
+VelmoraThemePalette Surroundings::themePalette() const
+{
+    const VelmoraThemePalette palette = VelmoraThemePalette::of(theme_, SystemColors::of(darkAppearance_));
+    return increasedContrast_ ? palette.withIncreasedContrast() : palette;
+}
+
 void Surroundings::setBlendsWindows(bool blends)
 {
     if (blends == blendsWindows_)
@@ -95,17 +109,19 @@ QColor Surroundings::sealShade(const VelmoraThemePalette &palette)
 
 QColor Surroundings::legible(const QColor &tint, const VelmoraThemePalette &palette)
 {
-    return Contrast::legible(tint, PanelGround::behindCards(palette), Contrast::smallText);
+    return Contrast::legible(tint, PanelGround::behindCards(palette), PanelGround::smallText(palette));
 }
 
 QColor Surroundings::legibleOnLight(const QColor &tint, const VelmoraThemePalette &palette)
 {
-    return Contrast::legible(tint, PanelGround::behindCards(palette), Contrast::smallText * lightLoss);
+    return Contrast::legible(tint, PanelGround::behindCards(palette),
+                             PanelGround::smallText(palette) * lightLoss);
 }
 
 QColor Surroundings::legibleOnPanel(const QColor &tint, const VelmoraThemePalette &palette)
 {
-    return Contrast::legible(tint, PanelGround::panel(palette), Contrast::smallText * vignetteLoss);
+    return Contrast::legible(tint, PanelGround::panel(palette),
+                             PanelGround::smallText(palette) * vignetteLoss);
 }
 
 QColor Surroundings::legibleInGlow(const QColor &tint, const VelmoraThemePalette &palette)
@@ -118,12 +134,12 @@ QColor Surroundings::legibleInGlow(const QColor &tint, const VelmoraThemePalette
         ground = Contrast::over(PanelGround::sealShade(palette), ground);
         ground = Contrast::over(glow, ground);
     }
-    return Contrast::legible(tint, grounds, Contrast::largeText * glowLoss);
+    return Contrast::legible(tint, grounds, PanelGround::largeText(palette) * glowLoss);
 }
 
 QColor Surroundings::legibleLarge(const QColor &tint, const VelmoraThemePalette &palette)
 {
-    return Contrast::legible(tint, PanelGround::behindCards(palette), Contrast::largeText);
+    return Contrast::legible(tint, PanelGround::behindCards(palette), PanelGround::largeText(palette));
 }
 
 QColor Surroundings::legibleInRow(const QColor &tint, const VelmoraThemePalette &palette)
@@ -131,7 +147,7 @@ QColor Surroundings::legibleInRow(const QColor &tint, const VelmoraThemePalette 
     QList<QColor> grounds = PanelGround::behindCards(palette);
     for (QColor &ground : grounds)
         ground = Contrast::over(palette.linkRowFill, ground);
-    return Contrast::legible(tint, grounds, Contrast::smallText);
+    return Contrast::legible(tint, grounds, PanelGround::smallText(palette));
 }
 
 QColor Surroundings::lit(const QColor &color, double brightness, double saturation)

@@ -19,6 +19,7 @@ class Surroundings : public QObject {
     QML_SINGLETON
     Q_PROPERTY(bool darkAppearance READ darkAppearance WRITE setDarkAppearance NOTIFY darkAppearanceChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
+    Q_PROPERTY(bool increasedContrast READ increasedContrast WRITE setIncreasedContrast NOTIFY paletteChanged)
     Q_PROPERTY(bool blendsWindows READ blendsWindows WRITE setBlendsWindows NOTIFY blendsWindowsChanged)
     // Of forms, windows and menus: the system's in the colours of the theme.
     Q_PROPERTY(SystemColors colors READ colors NOTIFY paletteChanged)
@@ -45,6 +46,11 @@ public:
     [[nodiscard]] bool reducedMotion() const { return reducedMotion_; }
 
     void setReducedMotion(bool reduced);
+
+    // True: texts are opaque, outlines are seen from afar, and the guidelines' stricter ratios hold.
+    [[nodiscard]] bool increasedContrast() const { return increasedContrast_; }
+
+    void setIncreasedContrast(bool increased);
 
     // Whether translucent parts of a window show what is behind it. If not, a panel is opaque inside its shape,
     // and nothing of it can fade.
@@ -92,15 +98,13 @@ Q_SIGNALS:
     void paletteChanged();
 
 private:
-    [[nodiscard]] VelmoraThemePalette themePalette() const
-    {
-        return VelmoraThemePalette::of(theme_, SystemColors::of(darkAppearance_));
-    }
+    [[nodiscard]] VelmoraThemePalette themePalette() const;
 
     void show(const VelmoraThemePalette &palette);
 
     bool darkAppearance_ = false;
     bool reducedMotion_ = false;
+    bool increasedContrast_ = false;
     bool blendsWindows_ = true;
     VelmoraTheme theme_ = VelmoraTheme::graphite;
     VelmoraThemePalette palette_;

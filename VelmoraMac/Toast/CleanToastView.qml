@@ -81,7 +81,7 @@ Item {
                     text: root.subtitle
                     pointSize: 11
                     font.weight: Font.Medium
-                    color: Qt.rgba(0, 0, 0, 0.78)
+                    color: Qt.rgba(0, 0, 0, Surroundings.increasedContrast ? 1 : 0.78)
                     elide: Text.ElideRight
                 }
                 Loader {

@@ -11,5 +11,5 @@ GlassPane {
                       Qt.alpha(Surroundings.colors.pink, 0.1)]
                    : [Qt.alpha(Surroundings.colors.blue, 0.24), Qt.alpha(Surroundings.colors.pink, 0.14),
                       Qt.rgba(1, 1, 1, 0.1)]
-    outline: Qt.rgba(0, 0, 0, 0.22)
+    outline: Qt.rgba(0, 0, 0, Surroundings.increasedContrast ? 0.7 : 0.22)
 }

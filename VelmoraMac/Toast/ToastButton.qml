@@ -5,7 +5,7 @@ import VelmoraMac
 PressButton {
     id: root
 
-    readonly property color labelColor: Qt.rgba(1, 1, 1, 0.66)
+    readonly property color labelColor: Qt.rgba(1, 1, 1, Surroundings.increasedContrast ? 1 : 0.66)
 
     horizontalPadding: 9
     verticalPadding: 4

@@ -95,7 +95,7 @@ private Q_SLOTS:
         changes_ = 0;
         service_ = QDBusConnection::connectToBus(daemon_->address(), u"portal"_s);
         portal_ = std::make_unique<FakeSettingsPortal>();
-        QGuiApplication::setPalette(paletteWith(Qt::black, Qt::white));
+        QGuiApplication::setPalette(paletteWith(QColor(0x10, 0x10, 0x10), Qt::white));
     }
 
     void cleanup()
@@ -120,9 +120,14 @@ private Q_SLOTS:
         QCOMPARE(changes_, 2);
         change(appearanceGroup, u"reduced-motion"_s, 1U);
         QTRY_VERIFY(appearance_->reducesMotion());
+        QVERIFY(!appearance_->increasesContrast());
+        change(appearanceGroup, u"contrast"_s, 1U);
+        QTRY_VERIFY(appearance_->increasesContrast());
+        change(appearanceGroup, u"contrast"_s, 0U);
+        QTRY_VERIFY(!appearance_->increasesContrast());
         change(appearanceGroup, u"color-scheme"_s, 0U);
         QTRY_COMPARE(appearance_->colorScheme(), Appearance::ColorScheme::light);
-        QCOMPARE(changes_, 4);
+        QCOMPARE(changes_, 6);
     }
 
     void thePortalDecides_data()
@@ -155,9 +160,13 @@ private Q_SLOTS:
         makeAppearance();
         QCOMPARE(appearance_->colorScheme(), Appearance::ColorScheme::light);
         QVERIFY(!appearance_->reducesMotion());
+        QVERIFY(!appearance_->increasesContrast());
         QGuiApplication::setPalette(paletteWith(Qt::white, Qt::black));
         QTRY_VERIFY(changes_ > 0);
         QCOMPARE(appearance_->colorScheme(), Appearance::ColorScheme::dark);
+        QVERIFY(appearance_->increasesContrast());
+        QGuiApplication::setPalette(paletteWith(QColor(0xee, 0xee, 0xee), QColor(0x22, 0x22, 0x22)));
+        QVERIFY(!appearance_->increasesContrast());
     }
 };
 
