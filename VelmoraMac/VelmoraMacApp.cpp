@@ -5,6 +5,7 @@
 #include <VelmoraMac/Texts/LocalizedStrings.h>
 
 #include <QGuiApplication>
+#include <QIcon>
 #include <QQuickWindow>
 
 using namespace Qt::StringLiterals;
@@ -17,6 +18,7 @@ constexpr std::chrono::seconds startingTime(2); // Memory that only the start ne
 const Platform &prepared(const Platform &platform)
 {
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setWindowIcon(AppAssets::windowIcon());
     // The same pixels on every machine, without a driver and its memory.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     LocalizedStrings::setSystemLanguage(&platform.language);

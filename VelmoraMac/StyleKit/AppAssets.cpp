@@ -84,6 +84,15 @@ AppAssets::Picture AppAssets::image(const QString &name, int pixels)
     return {empty, {}};
 }
 
+QIcon AppAssets::windowIcon()
+{
+    QIcon icon;
+    for (const QString &size : {u"16"_s, u"32"_s, u"64"_s})
+        icon.addFile(u":/velmora/window-icons/"_s + size + u".png"_s);
+    icon.addFile(u":/velmora/images/velmora-app-icon.png"_s);
+    return icon;
+}
+
 std::unique_ptr<QSvgRenderer> AppAssets::symbolOutline(const QString &name)
 {
     const QString path = u":/velmora/symbols/"_s + name + u".svg"_s;

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+class QIcon;
 class QSvgRenderer;
 
 // The application's named pictures and symbols.
@@ -24,6 +25,9 @@ void setResourceFolder(const QString &folder);
 
 // The picture `name`, fitted into a square of `pixels` by `pixels`. Zero: as large as it was drawn.
 [[nodiscard]] Picture image(const QString &name, int pixels = 0);
+
+// The application's icon for windows, in the sizes that window managers show. Needs a QGuiApplication.
+[[nodiscard]] QIcon windowIcon();
 
 // The drawing of the symbol `name`, black; null when there is none.
 [[nodiscard]] std::unique_ptr<QSvgRenderer> symbolOutline(const QString &name);

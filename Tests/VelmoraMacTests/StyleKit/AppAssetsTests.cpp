@@ -1,6 +1,7 @@
 #include <VelmoraMac/StyleKit/AppAssets.h>
 
 #include <QDir>
+#include <QIcon>
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
@@ -49,6 +50,18 @@ private Q_SLOTS:
         AppAssets::setResourceFolder(folder.path());
 
         QCOMPARE(colorOf(u"velmora-app-icon"_s), QColor(Qt::red));
+    }
+
+    void windowsHaveAnIconInTheSizesOfTitleBars()
+    {
+        const QIcon icon = AppAssets::windowIcon();
+        for (const int side : {16, 32, 64, 128}) {
+            QVERIFY2(icon.availableSizes().contains(QSize(side, side)), qPrintable(QString::number(side)));
+            const QImage picture = icon.pixmap(QSize(side, side), 1.0).toImage();
+            QCOMPARE(picture.size(), QSize(side, side));
+            QCOMPARE(picture.pixelColor(side / 2, 1).alpha() > 200,
+                     side < 64); // Small ones fill their square.
+        }
     }
 
     void theProductsPicturesAreThereWithoutABundle()
