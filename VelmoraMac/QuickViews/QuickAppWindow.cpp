@@ -3,8 +3,14 @@
 #include <VelmoraMac/StyleKit/Surroundings.h>
 
 #include <QEvent>
+#include <QQuickItem>
+
+#include <algorithm>
 
 namespace {
+
+constexpr int largest = 16384;
+constexpr QSize frame(4, 34); // What a window manager draws around a window: known only when it is on screen.
 
 // Reports the close button. Owned by the window that it watches.
 class CloseWatcher final : public QObject {
@@ -36,11 +42,27 @@ QuickAppWindow::QuickAppWindow(QuickWindow window, const AppWindowOptions &optio
 {
     window_->setTitle(options.title);
     // On a small screen both are smaller; the views scroll.
-    const QSize room = screens.mainWorkArea().size();
-    window_->setMinimumSize(room.isEmpty() ? options.minimumSize : options.minimumSize.boundedTo(room));
-    window_->resize(room.isEmpty() ? options.contentSize : options.contentSize.boundedTo(room));
+    window_->setMinimumSize(options.minimumSize.boundedTo(room()));
+    window_->resize(options.contentSize.boundedTo(room()));
+    if (const QQuickItem *view = window_->rootObject(); view != nullptr && options.fitsContent) {
+        fitContent();
+        QObject::connect(view, &QQuickItem::implicitHeightChanged, window_.get(), [this] { fitContent(); });
+    }
     followSurroundings();
     window_->installEventFilter(new CloseWatcher(options.closed, window_.get()));
+}
+
+QSize QuickAppWindow::room() const
+{
+    const QSize area = screens_.mainWorkArea().size();
+    return area.isEmpty() ? QSize(largest, largest) : area - frame;
+}
+
+void QuickAppWindow::fitContent()
+{
+    const int height = std::min(qCeil(window_->rootObject()->implicitHeight()), room().height());
+    window_->setMinimumHeight(height);
+    window_->resize(window_->width(), height);
 }
 
 // Before the view's first frame, and beside it while the window grows.

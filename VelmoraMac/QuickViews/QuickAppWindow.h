@@ -18,6 +18,9 @@ public:
 
 private:
     void followSurroundings();
+    void fitContent();
+    // How large the view may be.
+    [[nodiscard]] QSize room() const;
 
     QuickWindow window_;
     WindowManager &windows_;

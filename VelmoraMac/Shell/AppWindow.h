@@ -25,6 +25,8 @@ struct AppWindowOptions {
     QString title;
     QSize contentSize;
     QSize minimumSize;
+    // As tall as the view says that it has to be, now and later; `contentSize` gives the width.
+    bool fitsContent = false;
     std::function<void()> closed = [] {}; // The close button was pressed.
 };
 

@@ -12,7 +12,13 @@ Rectangle {
     readonly property bool stacksButtons: skip.visible && skip.width + buttons.width + 60 > width
 
     implicitWidth: 500
-    implicitHeight: 320
+    // As tall as its step: notes are seen through a pane, of which a few lines are enough.
+    readonly property real textBottom: Math.max(icon.y + icon.height, message.y + message.height)
+    readonly property real contentBottom: updateWindow.notes !== "" ? message.y + message.height + 14 + Math.min(164, notes.height + 16)
+                                        : updateWindow.working ? Math.max(textBottom, bar.y + bar.height) : textBottom
+    readonly property real footHeight: buttons.height > 0 ? buttons.height + 14 : 0
+
+    implicitHeight: Math.ceil(contentBottom + footHeight + (stacksButtons ? skip.height + 10 : 0) + 20)
     color: Surroundings.colors.windowBackground
     focus: true
     Accessible.role: Accessible.Dialog
@@ -63,6 +69,8 @@ Rectangle {
         color: Surroundings.colors.secondaryLabel
     }
     ProgressBar {
+        id: bar
+
         anchors {
             left: headline.left
             right: headline.right

@@ -2,6 +2,7 @@
 #include <VelmoraMac/StyleKit/Surroundings.h>
 
 #include <QFile>
+#include <QQuickItem>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -51,6 +52,8 @@ public:
 
     [[nodiscard]] bool reducesMotion() const override { return false; }
 
+    [[nodiscard]] bool increasesContrast() const override { return false; }
+
     void addChangeHandler(ChangeHandler handler) override { changed_ = std::move(handler); }
 
     void become(ColorScheme scheme)
@@ -80,8 +83,9 @@ class QuickViewsTests : public QObject {
     [[nodiscard]] std::unique_ptr<Panel> panel(bool takesKeyboard = false,
                                                const std::function<void()> &cancelled = {}) const
     {
-        return views_->makePanel({QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s)), {}, {}},
-                                 {.size = QSize(100, 100), .takesKeyboard = takesKeyboard, .cancelled = cancelled});
+        return views_->makePanel(
+            {QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s)), {}, {}},
+            {.size = QSize(100, 100), .takesKeyboard = takesKeyboard, .cancelled = cancelled});
     }
 
     static void close(std::unique_ptr<Panel> panel)
@@ -243,6 +247,38 @@ private Q_SLOTS:
         QVERIFY(shown->color().lightnessF() < 0.3F);
         surroundings->setTheme(VelmoraTheme::light);
         QVERIFY(shown->color().lightnessF() > 0.8F);
+    }
+
+    void aWindowFitsASmallScreenWithItsFrame()
+    {
+        screens_.workArea = QRect(0, 0, 800, 480);
+        const QUrl source = QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s));
+        const auto window = views_->makeWindow(
+            {source, {}, {}},
+            {.title = u"T"_s, .contentSize = QSize(660, 640), .minimumSize = QSize(640, 610)});
+        const QWindow *shown = QGuiApplication::allWindows().last();
+        QCOMPARE(shown->size(), QSize(660, 446));
+        QCOMPARE(shown->minimumSize(), QSize(640, 446));
+        screens_.workArea = FakeScreens().workArea;
+    }
+
+    void aWindowThatFitsItsContentFollowsIt()
+    {
+        QFile file(folder_.filePath(u"Tall.qml"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("import QtQuick\nItem { implicitHeight: 150 }\n");
+        file.close();
+        const auto window = views_->makeWindow({QUrl::fromLocalFile(file.fileName()), {}, {}},
+                                               {.title = u"T"_s,
+                                                .contentSize = QSize(500, 320),
+                                                .minimumSize = QSize(500, 100),
+                                                .fitsContent = true});
+        auto *shown = qobject_cast<QQuickView *>(QGuiApplication::allWindows().last());
+        QCOMPARE(shown->size(), QSize(500, 150));
+        shown->rootObject()->setImplicitHeight(210.5);
+        QCOMPARE(shown->size(), QSize(500, 211));
+        shown->rootObject()->setImplicitHeight(5000);
+        QCOMPARE(shown->height(), screens_.workArea.height() - 34);
     }
 
     void viewsThatOutliveTheFactoryHarmNobody()

@@ -5,7 +5,7 @@
 
 #include <Fakes/FakeAppWindows.h>
 #include <Rehearsal/ItemTree.h>
-#include <Rehearsal/Stage.h>
+#include <Rehearsal/Scenes.h>
 #include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
@@ -42,6 +42,25 @@ class UpdateViewTests : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+
+    void itIsAsTallAsItsStepNeeds()
+    {
+        Stage stage(everydaySetup());
+        UpdateReport report = foundUpdate();
+        const double withNotes = stage.showUpdate(report)->implicitHeight();
+        report.notes = u"One line."_s;
+        const double withOneLine = stage.showUpdate(report)->implicitHeight();
+        report.notes.clear();
+        report.step = UpdateStep::ready;
+        QQuickItem *ready = stage.showUpdate(report);
+        QVERIFY(withNotes > withOneLine + 60);
+        QVERIFY(withOneLine > ready->implicitHeight() + 30);
+        QVERIFY2(ready->implicitHeight() < 170, qPrintable(QString::number(ready->implicitHeight())));
+        report.step = UpdateStep::failed;
+        report.problem = UpdateProblem::badSignature;
+        stage.updateWindow->show(report, UpdateUserDriver::Attention::front); // Follows at once.
+        QVERIFY(ready->implicitHeight() > 100);
+    }
 
     void initTestCase()
     {
