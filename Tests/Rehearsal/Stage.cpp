@@ -110,8 +110,12 @@ QQuickItem *Stage::showDetails(const CleanHistoryEntry &entry)
 QQuickItem *Stage::showUpdate(const UpdateReport &report, QSize size)
 {
     updateWindow->show(report, UpdateUserDriver::Attention::front);
-    return show(u"Updates/UpdateView"_s, {{u"updateWindow"_s, QVariant::fromValue(updateWindow.get())}},
-                size);
+    QQuickItem *view =
+        show(u"Updates/UpdateView"_s, {{u"updateWindow"_s, QVariant::fromValue(updateWindow.get())}},
+             size.isEmpty() ? QSize(500, 320) : size);
+    if (view != nullptr && size.isEmpty())
+        view_->resize(500, qCeil(view->implicitHeight()));
+    return view;
 }
 
 void Stage::pass(std::chrono::milliseconds time)
@@ -137,5 +141,10 @@ void Stage::growPopover(std::chrono::milliseconds step)
 QImage Stage::picture()
 {
     QCoreApplication::processEvents();
+    // Another ground lets everything be drawn anew: what is drawn in parts has other pixels along their edges where a
+    // point is a fraction of pixels, and which parts there were depends on the moments of the frames.
+    view_->setColor(desk.darker());
+    (void)view_->grabWindow();
+    view_->setColor(desk);
     return view_->grabWindow();
 }

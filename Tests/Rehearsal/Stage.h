@@ -50,7 +50,8 @@ public:
     QQuickItem *showToast(const CleaningResult &result, bool offersCleaning);
     QQuickItem *showSettings(AppTab tab, QSize size = QSize(660, 640));
     QQuickItem *showDetails(const CleanHistoryEntry &entry);
-    QQuickItem *showUpdate(const UpdateReport &report, QSize size = QSize(500, 320));
+    QQuickItem *showUpdate(const UpdateReport &report,
+                           QSize size = {}); // As its window shows it without a size.
 
     // Closes the window.
     void clear() { view_.reset(); }

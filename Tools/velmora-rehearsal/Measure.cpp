@@ -118,8 +118,8 @@ void measurePopover()
         closing.push_back(framesOf(stage, 15));
     }
     std::sort(warm.begin(), warm.end());
-    QTextStream(stdout) << u"first frame: %1 ms cold, %2 ms warm\n"_s.arg(cold, 0, 'f', 1).arg(
-        warm[warm.size() / 2], 0, 'f', 1);
+    QTextStream(stdout) << u"first frame: %1 ms cold, %2 ms warm\n"_s.arg(cold, 0, 'f', 1)
+                               .arg(warm[warm.size() / 2], 0, 'f', 1);
     middleOf(opening).print(u"popover opening (0.6 s)"_s);
     middleOf(closing).print(u"popover closing (0.25 s)"_s);
 }

@@ -5,6 +5,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QGuiApplication>
+#include <QPainter>
 #include <QProcess>
 #include <QTextStream>
 
@@ -12,18 +13,22 @@
 
 #include <algorithm>
 #include <optional>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int badArguments = 2;
+constexpr std::chrono::milliseconds filmStep(32);
+constexpr int filmGap = 4; // Pixels between two pictures.
 
 struct Options {
     StageSetup setup = everydaySetup();
     const Scene *scene = nullptr;
     std::optional<std::chrono::milliseconds> time;
     QString output;
+    QString film;
     QString gallery;
     bool measures = false;
     bool lists = false;
@@ -55,11 +60,29 @@ QList<QCommandLineOption> commandLine()
         {u"reduced-motion"_s, u"As on a desktop that asks for less motion."_s},
         {u"time"_s, u"Milliseconds after which the picture is taken."_s, u"ms"_s},
         {u"output"_s, u"Write the picture of --scene to this PNG file."_s, u"file"_s},
+        {u"film"_s,
+         u"Write a strip of pictures of --scene, one for each 32 ms of --time or of 640 ms, to this PNG file."_s,
+         u"file"_s},
         {u"shoot"_s, u"Write the whole gallery into this folder, at one and two pixels a point."_s,
          u"folder"_s},
         {u"measure"_s, u"Print frame times of the popover and the history."_s},
         {u"font"_s, u"The font of all texts."_s, u"family"_s, u"Inter"_s},
     };
+}
+
+// False after a message on stderr.
+bool readTime(const QCommandLineParser &line, Options &options)
+{
+    if (!line.isSet(u"time"_s))
+        return true;
+    bool isNumber = false;
+    const int time = line.value(u"time"_s).toInt(&isNumber);
+    if (!isNumber || time < 0) {
+        complain(u"--time wants milliseconds"_s);
+        return false;
+    }
+    options.time = std::chrono::milliseconds(time);
+    return true;
 }
 
 // The options, or nothing after a message on stderr.
@@ -77,15 +100,11 @@ std::optional<Options> read(const QCommandLineParser &line)
     options.setup.language = *language;
     options.setup.darkAppearance = appearance == u"dark";
     options.setup.reducedMotion = line.isSet(u"reduced-motion"_s);
-    if (line.isSet(u"time"_s)) {
-        bool isNumber = false;
-        const int time = line.value(u"time"_s).toInt(&isNumber);
-        if (!isNumber || time < 0) {
-            complain(u"--time wants milliseconds"_s);
-            return {};
-        }
-        options.time = std::chrono::milliseconds(time);
-    }
+    if (!readTime(line, options))
+        return {};
+    options.output = line.value(u"output"_s);
+    options.film = line.value(u"film"_s);
+    const bool draws = !options.output.isEmpty() || !options.film.isEmpty();
     if (line.isSet(u"scene"_s)) {
         options.scene = sceneNamed(line.value(u"scene"_s));
         if (options.scene == nullptr) {
@@ -93,14 +112,12 @@ std::optional<Options> read(const QCommandLineParser &line)
             return {};
         }
     }
-    options.output = line.value(u"output"_s);
     options.gallery = line.value(u"shoot"_s);
     options.measures = line.isSet(u"measure"_s);
     options.lists = line.isSet(u"list"_s);
     const bool hasJob =
         options.lists || options.measures || !options.gallery.isEmpty() || options.scene != nullptr;
-    if (!hasJob || (!options.output.isEmpty() && options.scene == nullptr) ||
-        !line.positionalArguments().isEmpty()) {
+    if (!hasJob || (draws && options.scene == nullptr) || !line.positionalArguments().isEmpty()) {
         complain(u"say --list, --scene, --shoot or --measure; see --help"_s);
         return {};
     }
@@ -118,6 +135,35 @@ bool shoot(const Scene &scene, const StageSetup &setup, std::chrono::millisecond
     for (const QString &warning : std::as_const(stage.warnings))
         complain(warning);
     const bool written = stage.picture().save(path, "PNG");
+    if (!written)
+        complain(u"cannot write "_s + path);
+    return written && stage.warnings.isEmpty();
+}
+
+// Pictures of a scene from its first moment on, side by side.
+bool film(const Scene &scene, const StageSetup &setup, std::chrono::milliseconds time, const QString &path)
+{
+    Stage stage(setup);
+    if (scene.show(stage) == nullptr) {
+        complain(scene.name + u": "_s + stage.warnings.join(u'\n'));
+        return false;
+    }
+    std::vector<QImage> pictures;
+    int height = 0;
+    for (std::chrono::milliseconds at{0}; at <= time; at += filmStep) {
+        if (at > std::chrono::milliseconds(0))
+            stage.pass(filmStep);
+        pictures.push_back(stage.picture());
+        height = std::max(height, pictures.back().height());
+    }
+    const int width = pictures.front().width() + filmGap;
+    QImage strip(width * static_cast<int>(pictures.size()), height, QImage::Format_RGB32);
+    strip.fill(Qt::black);
+    QPainter painter(&strip);
+    for (std::size_t i = 0; i < pictures.size(); ++i)
+        painter.drawImage(QPoint(width * static_cast<int>(i), 0), pictures[i]);
+    painter.end();
+    const bool written = strip.save(path, "PNG");
     if (!written)
         complain(u"cannot write "_s + path);
     return written && stage.warnings.isEmpty();
@@ -202,6 +248,9 @@ int perform(const Options &options, const QString &font)
             good = shootLargeGallery(options.gallery, font) && good;
         return good ? 0 : 1;
     }
+    if (!options.film.isEmpty())
+        return film(*options.scene, options.setup, options.time.value_or(20 * filmStep), options.film) ? 0
+                                                                                                       : 1;
     if (!options.output.isEmpty())
         return shoot(*options.scene, options.setup, options.time.value_or(options.scene->time),
                      options.output)
@@ -219,7 +268,7 @@ int main(int argc, char **argv)
             return QByteArrayView(argument).startsWith(option);
         });
     };
-    const bool isWatched = has("--scene") && !has("--output");
+    const bool isWatched = has("--scene") && !has("--output") && !has("--film");
     if (!isWatched && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen"); // Pictures need no desktop.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
