@@ -133,8 +133,7 @@ void Backdrop::draw(QPainter &painter)
         drawShape(painter, shape, ratio);
         return;
     }
-    const QRect place =
-        painter.deviceTransform().mapRect(PixelGrid::aligned(painter, shape)).toAlignedRect();
+    const QRect place = painter.deviceTransform().mapRect(PixelGrid::aligned(painter, shape)).toAlignedRect();
     const QPoint origin = painter.deviceTransform().map(QPointF()).toPoint();
     painter.save();
     PixelGrid::countPixels(painter);

@@ -80,11 +80,13 @@ void RoundedBox::drawPixels(QPainter &painter, const QRect &box, double radius, 
     if (color_.alpha() > 0) {
         PixelGrid::fillPixels(painter, QRect(inside.left(), box.top(), inside.width(), side), color_);
         PixelGrid::fillPixels(painter, QRect(box.left(), inside.top(), box.width(), inside.height()), color_);
-        PixelGrid::fillPixels(painter, QRect(inside.left(), inside.bottom() + 1, inside.width(), side), color_);
+        PixelGrid::fillPixels(painter, QRect(inside.left(), inside.bottom() + 1, inside.width(), side),
+                              color_);
     }
     if (borderColor_.alpha() > 0) {
         PixelGrid::fillPixels(painter, QRect(inside.left(), box.top(), inside.width(), line), borderColor_);
-        PixelGrid::fillPixels(painter, QRect(inside.left(), box.bottom() + 1 - line, inside.width(), line), borderColor_);
+        PixelGrid::fillPixels(painter, QRect(inside.left(), box.bottom() + 1 - line, inside.width(), line),
+                              borderColor_);
         const int start = side > 0 ? inside.top() : box.top() + line;
         const int length = side > 0 ? inside.height() : box.height() - 2 * line;
         PixelGrid::fillPixels(painter, QRect(box.left(), start, line, length), borderColor_);

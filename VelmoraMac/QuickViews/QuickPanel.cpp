@@ -2,6 +2,7 @@
 
 #include <VelmoraMac/StyleKit/Surroundings.h>
 
+#include <QAccessible>
 #include <QKeyEvent>
 #include <QQuickItem>
 
@@ -48,6 +49,16 @@ void QuickPanel::orderFront()
 {
     window_->show();
     window_->raise();
+    announce();
+}
+
+// A notice is read when assistive tools hear that it is shown: Qt tells them of changes only, and it is made visible.
+void QuickPanel::announce()
+{
+    if (QQuickItem *view = window_->rootObject(); view != nullptr && QAccessible::isActive()) {
+        QAccessibleEvent shown(view, QAccessible::ObjectShow);
+        QAccessible::updateAccessibility(&shown);
+    }
 }
 
 void QuickPanel::orderOut()
@@ -89,7 +100,8 @@ bool QuickPanel::eventFilter(QObject *watched, QEvent *event)
         break;
     case QEvent::FocusOut:
         if (keyboard_ == Keyboard::taken)
-            QMetaObject::invokeMethod(this, [this] { cancel(); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                this, [this] { cancel(); }, Qt::QueuedConnection);
         break;
     case QEvent::KeyPress:
         if (static_cast<QKeyEvent *>(event)->key() != Qt::Key_Escape || !cancelled_)

@@ -33,6 +33,7 @@ private:
     void followSurroundings();
     void giveKeyboardWhenExposed();
     void cancel();
+    void announce();
 
     QuickWindow window_;
     std::function<void()> cancelled_;
