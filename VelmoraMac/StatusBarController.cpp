@@ -204,8 +204,8 @@ std::shared_ptr<Panel> StatusBarController::makePopoverPanel(Input input)
     return dependencies_.panels.makePanel(view, {.size = popoverSize(),
                                                  .acceptsMouse = true,
                                                  .cornerRadius = popoverCornerRadius,
-                                                 .takesKeyboard = input == Input::keyboard,
-                                                 .cancelled = [this] { closePopover(); }});
+                                                 .cancelled = [this] { closePopover(); },
+                                                 .takesKeyboard = input == Input::keyboard});
 }
 
 QSize StatusBarController::popoverSize() const

@@ -85,7 +85,7 @@ class QuickViewsTests : public QObject {
     {
         return views_->makePanel(
             {QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s)), {}, {}},
-            {.size = QSize(100, 100), .takesKeyboard = takesKeyboard, .cancelled = cancelled});
+            {.size = QSize(100, 100), .cancelled = cancelled, .takesKeyboard = takesKeyboard});
     }
 
     static void close(std::unique_ptr<Panel> panel)

@@ -18,6 +18,10 @@ class NoWindowManager final : public WindowManager {
 public:
     void makePanel(QWindow &, const PanelTraits &) override { ++panels; }
 
+    void giveKeyboard(QWindow &) override {}
+
+    void returnKeyboard(QWindow &) override {}
+
     void place(QWindow &, const QRect &) override {}
 
     [[nodiscard]] bool blendsWindows() const override { return true; }
@@ -34,6 +38,8 @@ public:
     [[nodiscard]] ColorScheme colorScheme() const override { return ColorScheme::light; }
 
     [[nodiscard]] bool reducesMotion() const override { return reduced; }
+
+    [[nodiscard]] bool increasesContrast() const override { return false; }
 
     void addChangeHandler(ChangeHandler) override {}
 
