@@ -10,7 +10,22 @@
 namespace {
 
 constexpr int largest = 16384;
-constexpr QSize frame(4, 34); // What a window manager draws around a window: known only when it is on screen.
+constexpr QSize
+    decoration(4, 34); // What a window manager draws around a window: known only when it is on screen.
+
+// How large a view may be.
+QSize roomOn(const Screens &screens)
+{
+    const QSize area = screens.mainWorkArea().size();
+    return area.isEmpty() ? QSize(largest, largest) : area - decoration;
+}
+
+void fitContent(QQuickView &window, const Screens &screens)
+{
+    const int height = std::min(qCeil(window.rootObject()->implicitHeight()), roomOn(screens).height());
+    window.setMinimumHeight(height);
+    window.resize(window.width(), height);
+}
 
 // Reports the close button. Owned by the window that it watches.
 class CloseWatcher final : public QObject {
@@ -42,27 +57,15 @@ QuickAppWindow::QuickAppWindow(QuickWindow window, const AppWindowOptions &optio
 {
     window_->setTitle(options.title);
     // On a small screen both are smaller; the views scroll.
-    window_->setMinimumSize(options.minimumSize.boundedTo(room()));
-    window_->resize(options.contentSize.boundedTo(room()));
+    window_->setMinimumSize(options.minimumSize.boundedTo(roomOn(screens)));
+    window_->resize(options.contentSize.boundedTo(roomOn(screens)));
     if (const QQuickItem *view = window_->rootObject(); view != nullptr && options.fitsContent) {
-        fitContent();
-        QObject::connect(view, &QQuickItem::implicitHeightChanged, window_.get(), [this] { fitContent(); });
+        const auto fit = [window = window_.get(), &screens] { fitContent(*window, screens); };
+        fit();
+        QObject::connect(view, &QQuickItem::implicitHeightChanged, window_.get(), fit);
     }
     followSurroundings();
     window_->installEventFilter(new CloseWatcher(options.closed, window_.get()));
-}
-
-QSize QuickAppWindow::room() const
-{
-    const QSize area = screens_.mainWorkArea().size();
-    return area.isEmpty() ? QSize(largest, largest) : area - frame;
-}
-
-void QuickAppWindow::fitContent()
-{
-    const int height = std::min(qCeil(window_->rootObject()->implicitHeight()), room().height());
-    window_->setMinimumHeight(height);
-    window_->resize(window_->width(), height);
 }
 
 // Before the view's first frame, and beside it while the window grows.

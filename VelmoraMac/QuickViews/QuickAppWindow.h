@@ -18,9 +18,6 @@ public:
 
 private:
     void followSurroundings();
-    void fitContent();
-    // How large the view may be.
-    [[nodiscard]] QSize room() const;
 
     QuickWindow window_;
     WindowManager &windows_;
