@@ -96,7 +96,9 @@ public:
 
     Element describe(const Reference &reference, int depth)
     {
-        Element element{.reference = reference, .depth = depth};
+        Element element;
+        element.reference = reference;
+        element.depth = depth;
         element.role = ask(reference, accessible, u"GetRoleName"_s).value(0).toString();
         element.name = property(reference, accessible, u"Name"_s).toString();
         const auto bits = qdbus_cast<QList<uint>>(

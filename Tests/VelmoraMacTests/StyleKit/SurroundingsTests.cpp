@@ -1,3 +1,4 @@
+#include <VelmoraMac/StyleKit/Contrast.h>
 #include <VelmoraMac/StyleKit/PanelGround.h>
 #include <VelmoraMac/StyleKit/Surroundings.h>
 
