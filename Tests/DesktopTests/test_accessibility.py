@@ -195,8 +195,7 @@ class KeyboardDayTests(AccessibleTest):
 
     def use_the_popover(self, desktop):
         self.run_again(desktop, "--popover")
-        wait_until("the popover", desktop.popover)
-        desktop.settle()
+        wait_until("the popover", desktop.popover_for_keys)
         desktop.key("space")
         wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
         desktop.key("space")

@@ -61,8 +61,7 @@ class StartTests(test_shell.DesktopTest):
         desktop.start_velmora()
         wait_until("the menu on the bus", desktop.menu)
         self.run_again(desktop, "--popover")
-        wait_until("the popover", desktop.popover)
-        desktop.settle()
+        wait_until("the popover", desktop.popover_for_keys)
         desktop.key("space")  # The switch is the first stop.
         wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
         desktop.key("Tab", "shift+Tab", "space")
@@ -73,8 +72,7 @@ class StartTests(test_shell.DesktopTest):
         desktop.key("a")
         wait_until("what is typed into the earlier window", lambda: desktop.typed() == "a")
         self.run_again(desktop, "--popover")
-        wait_until("the popover", desktop.popover)
-        desktop.settle()
+        wait_until("the popover", desktop.popover_for_keys)
         desktop.key("Tab", "Return")  # The history.
         wait_until("the history", desktop.settings_window)
         wait_until("the popover's end", lambda: not desktop.popover())
@@ -82,8 +80,7 @@ class StartTests(test_shell.DesktopTest):
     def test_a_popover_that_keys_opened_closes_when_they_go_elsewhere(self):
         desktop = self.started()
         self.run_again(desktop, "--popover")
-        wait_until("the popover", desktop.popover)
-        desktop.settle()
+        wait_until("the popover", desktop.popover_for_keys)
         desktop.open_listener("200x100+900+600")
         wait_until("the popover's end", lambda: not desktop.popover())
 

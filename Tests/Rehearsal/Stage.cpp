@@ -141,10 +141,5 @@ void Stage::growPopover(std::chrono::milliseconds step)
 QImage Stage::picture()
 {
     QCoreApplication::processEvents();
-    // Another ground lets everything be drawn anew: what is drawn in parts has other pixels along their edges where a
-    // point is a fraction of pixels, and which parts there were depends on the moments of the frames.
-    view_->setColor(desk.darker());
-    (void)view_->grabWindow();
-    view_->setColor(desk);
     return view_->grabWindow();
 }

@@ -293,6 +293,11 @@ class Desktop:
     def popover(self):
         return self.window_of_width(lambda width: width == 306)
 
+    def popover_for_keys(self):
+        """The popover, once it has the keyboard. It is never at rest: wait for what it does."""
+        owner = self.person.keyboard_owner()
+        return next((window.rect for window in self.windows() if window.rect.width == 306 and window.number == owner), None)
+
     def toast(self):
         return self.window_of_width(lambda width: width == 342)
 

@@ -103,6 +103,12 @@ class Person:
     def owns_selection(self, name):
         return LIBRARY.XGetSelectionOwner(self.display, self.atom(name)) != 0
 
+    def keyboard_owner(self):
+        """The number of the window that gets what is typed."""
+        window, revert = Handle(), Number()
+        LIBRARY.XGetInputFocus(self.display, ctypes.byref(window), ctypes.byref(revert))
+        return window.value
+
     def words(self, name, window=None):
         """The numbers of a window's property, the root window's without one; none when it is missing."""
         return self._property(name, window or self.root.value, 32)

@@ -30,9 +30,11 @@ class PictureTests : public QObject {
         if (part.isEmpty())
             return picture;
         const double pixels = scale().toDouble();
-        return picture.copy(
-            QRectF(part.x() * pixels, part.y() * pixels, part.width() * pixels, part.height() * pixels)
-                .toRect());
+        const QRectF place(part.x() * pixels, part.y() * pixels, part.width() * pixels,
+                           part.height() * pixels);
+        // Whole pixels: the last one of a window whose size is a fraction of pixels is never drawn.
+        return picture.copy(QRect(QPoint(qCeil(place.left()), qCeil(place.top())),
+                                  QPoint(qFloor(place.right()) - 1, qFloor(place.bottom()) - 1)));
     }
 
     static void compare(const QImage &picture, const QString &name)

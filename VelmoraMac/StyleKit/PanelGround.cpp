@@ -7,6 +7,7 @@
 namespace {
 
 constexpr int shadeSteps = 17;
+constexpr int increasedShadeSteps = 40;
 constexpr float shadeStep = 0.02F;
 // Where cards stand the glows are seen with at most this part of their opacity.
 constexpr float glowPart = 0.6F;
@@ -72,7 +73,8 @@ QColor PanelGround::card(const VelmoraThemePalette &palette)
         });
     };
     QColor fill = palette.cardFill;
-    for (int step = 0; step < shadeSteps; ++step) {
+    const int steps = palette.increasedContrast ? increasedShadeSteps : shadeSteps;
+    for (int step = 0; step < steps; ++step) {
         const float shade = static_cast<float>(step) * shadeStep;
         fill = combined(palette.cardFill, palette.isLight() ? QColor::fromRgbF(1, 1, 1, shade)
                                                             : QColor::fromRgbF(0, 0, 0, shade));

@@ -21,7 +21,8 @@ namespace PanelGround {
 [[nodiscard]] QList<QColor> panel(const VelmoraThemePalette &palette);
 
 // The fill of a card: the theme's, over as much shade as the theme's texts need to be read on the brightest part
-// of the panel (on the darkest in a light theme), but never more than a third.
+// of the panel (on the darkest in a light theme), but never more than a third; where the contrast is increased,
+// than four fifths.
 [[nodiscard]] QColor card(const VelmoraThemePalette &palette);
 
 // The shade of the seal: dark, in a light theme white.

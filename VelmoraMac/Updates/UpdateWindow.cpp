@@ -26,7 +26,7 @@ void UpdateWindow::show(const UpdateReport &report, Attention attention)
                     {}};
     window_ = windows_.makeWindow(view, {.title = u"Velmora"_s,
                                          .contentSize = QSize(500, 320),
-                                         .minimumSize = QSize(500, 100),
+                                         .minimumSize = QSize(500, 220),
                                          .fitsContent = true,
                                          .closed = [this] { close(); }});
     window_->centre();

@@ -139,5 +139,5 @@ private Q_SLOTS:
     }
 };
 
-static const RegisteredTest<AppAssetsTests> registered;
+static const RegisteredGuiTest<AppAssetsTests> registered;
 #include "AppAssetsTests.moc"
