@@ -2,7 +2,6 @@
 
 #include <VelmoraMac/StyleKit/Surroundings.h>
 
-#include <QAccessible>
 #include <QKeyEvent>
 #include <QQuickItem>
 
@@ -49,16 +48,6 @@ void QuickPanel::orderFront()
 {
     window_->show();
     window_->raise();
-    announce();
-}
-
-// A notice is read when assistive tools hear that it is shown: Qt tells them of changes only, and it is made visible.
-void QuickPanel::announce()
-{
-    if (QQuickItem *view = window_->rootObject(); view != nullptr && QAccessible::isActive()) {
-        QAccessibleEvent shown(view, QAccessible::ObjectShow);
-        QAccessible::updateAccessibility(&shown);
-    }
 }
 
 void QuickPanel::orderOut()

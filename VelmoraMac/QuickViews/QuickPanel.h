@@ -33,7 +33,6 @@ private:
     void followSurroundings();
     void giveKeyboardWhenExposed();
     void cancel();
-    void announce();
 
     QuickWindow window_;
     std::function<void()> cancelled_;
