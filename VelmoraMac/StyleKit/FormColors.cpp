@@ -31,9 +31,9 @@ SystemColors FormColors::of(const VelmoraThemePalette &palette, const SystemColo
 {
     const bool isLight = palette.isLight();
     const double smallText = PanelGround::smallText(palette) + rounding;
-    const QColor window =
-        PanelGround::colorAt(palette.backgroundColors.value(1),
-                             at(palette.overlayScrim, palette.overlayScrim.alphaF() * scrimPart));
+    const float scrim = palette.increasedContrast ? 1 : scrimPart;
+    const QColor window = PanelGround::colorAt(
+        palette.backgroundColors.value(1), at(palette.overlayScrim, palette.overlayScrim.alphaF() * scrim));
     const QColor paneFill = at(palette.cardFill, palette.cardFill.alphaF() * 0.4F);
     const QColor card = Contrast::over(palette.cardFill, Contrast::over(paneFill, window));
     const QColor control = Contrast::over(at(palette.primaryText, 0.09F), card);
