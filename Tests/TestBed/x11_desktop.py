@@ -294,9 +294,10 @@ class Desktop:
         return self.window_of_width(lambda width: width == 306)
 
     def popover_for_keys(self):
-        """The popover, once it has the keyboard. It is never at rest: wait for what it does."""
+        """The popover, once it has the keyboard and the knob of its switch is drawn. It is never at rest."""
         owner = self.person.keyboard_owner()
-        return next((window.rect for window in self.windows() if window.rect.width == 306 and window.number == owner), None)
+        rect = next((window.rect for window in self.windows() if window.rect.width == 306 and window.number == owner), None)
+        return rect if rect and min(self.picture(Rect(rect.right - 29, rect.y + 33, 1, 1))[0][0]) > 200 else None
 
     def toast(self):
         return self.window_of_width(lambda width: width == 342)
