@@ -61,6 +61,7 @@ extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t cl
     return result;
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): as above.
 extern "C" __attribute__((visibility("default"))) int gettimeofday(timeval *time, void * /*zone*/) noexcept
 {
     timespec now = {};

@@ -46,7 +46,7 @@ int writeFile(sqlite3_file *file, const void *bytes, int size, sqlite3_int64 off
 {
     const auto &self = recorded(file);
     if (self.disk != nullptr)
-        self.disk->record({.kind = Step::write,
+        self.disk->record({.kind = Step::writes,
                            .file = *self.name,
                            .offset = offset,
                            .bytes = QByteArray(static_cast<const char *>(bytes), size)});
@@ -57,7 +57,7 @@ int truncateFile(sqlite3_file *file, sqlite3_int64 size)
 {
     const auto &self = recorded(file);
     if (self.disk != nullptr)
-        self.disk->record({.kind = Step::truncate, .file = *self.name, .offset = size, .bytes = {}});
+        self.disk->record({.kind = Step::truncates, .file = *self.name, .offset = size, .bytes = {}});
     return pass<&sqlite3_io_methods::xTruncate>(file, size);
 }
 
@@ -65,7 +65,7 @@ int syncFile(sqlite3_file *file, int)
 {
     const auto &self = recorded(file);
     if (self.disk != nullptr)
-        self.disk->record({.kind = Step::sync, .file = *self.name, .bytes = {}});
+        self.disk->record({.kind = Step::syncs, .file = *self.name, .bytes = {}});
     return SQLITE_OK;
 }
 
@@ -127,7 +127,7 @@ struct RecordedDisk::FileSystem {
         auto &self = of(vfs);
         const QString name = QFile::decodeName(path);
         if (self.disk->isRecorded(name))
-            self.disk->record({.kind = Step::remove,
+            self.disk->record({.kind = Step::removes,
                                .file = QFileInfo(name).fileName(),
                                .bytes = {},
                                .isSynced = isSynced != 0});
@@ -169,7 +169,7 @@ qsizetype RecordedDisk::syncs() const
 {
     const std::lock_guard lock(mutex_);
     return std::count_if(steps_.begin(), steps_.end(),
-                         [](const Step &step) { return step.kind == Step::sync; });
+                         [](const Step &step) { return step.kind == Step::syncs; });
 }
 
 void RecordedDisk::record(Step step)
@@ -187,11 +187,11 @@ namespace {
 
 void apply(RecordedDisk::Files &files, const Step &step)
 {
-    if (step.kind == Step::remove) {
+    if (step.kind == Step::removes) {
         files.remove(step.file);
-    } else if (step.kind == Step::truncate) {
+    } else if (step.kind == Step::truncates) {
         files[step.file].resize(step.offset, '\0');
-    } else if (step.kind == Step::write) {
+    } else if (step.kind == Step::writes) {
         QByteArray &file = files[step.file];
         if (file.size() < step.offset + step.bytes.size())
             file.resize(step.offset + step.bytes.size(), '\0');
@@ -202,7 +202,7 @@ void apply(RecordedDisk::Files &files, const Step &step)
 // Each sector of the write by itself, about half of them.
 void applyTorn(RecordedDisk::Files &files, const Step &step, std::mt19937 &random)
 {
-    if (step.kind != Step::write) {
+    if (step.kind != Step::writes) {
         if (random() % 2 == 0)
             apply(files, step);
         return;
@@ -210,7 +210,7 @@ void applyTorn(RecordedDisk::Files &files, const Step &step, std::mt19937 &rando
     for (qint64 begin = step.offset; begin < step.offset + step.bytes.size();) {
         const qint64 end = std::min((begin / sector + 1) * sector, step.offset + step.bytes.size());
         if (random() % 2 == 0)
-            apply(files, {.kind = Step::write,
+            apply(files, {.kind = Step::writes,
                           .file = step.file,
                           .offset = begin,
                           .bytes = step.bytes.mid(begin - step.offset, end - begin)});
@@ -225,7 +225,7 @@ RecordedDisk::Files RecordedDisk::afterCut(qsizetype steps, Unsynced unsynced, s
     const std::lock_guard lock(mutex_);
     QMap<QString, qsizetype> lastSync;
     for (qsizetype i = 0; i < steps; ++i) {
-        if (steps_[i].kind == Step::sync || steps_[i].isSynced)
+        if (steps_[i].kind == Step::syncs || steps_[i].isSynced)
             lastSync[steps_[i].file] = i;
     }
     Files files;

@@ -32,7 +32,7 @@ public:
     [[nodiscard]] Files afterCut(qsizetype steps, Unsynced unsynced, std::mt19937 &random) const;
 
     struct Step {
-        enum Kind { write, truncate, remove, sync };
+        enum Kind { writes, truncates, removes, syncs };
 
         Kind kind;
         QString file;
