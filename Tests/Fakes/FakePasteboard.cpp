@@ -6,8 +6,9 @@ void FakePasteboard::readString(TextHandler done)
 {
     using namespace std::chrono_literals;
     ++reads;
-    const auto answer = [this, asked = changeCount_, hears = answers, done = std::move(done)] {
-        done(hears && asked == changeCount_ ? contents_ : std::nullopt);
+    const auto answer = [this, asked = changeCount_, text = contents_, hears = answers,
+                         done = std::move(done)] {
+        done(hears && (asked == changeCount_ || givesOutdated) ? text : std::nullopt);
     };
     if (answers && answerDelay == 0ns)
         answer();
@@ -19,6 +20,7 @@ void FakePasteboard::clear()
 {
     change({});
     cleared_ = true;
+    ++clears;
 }
 
 void FakePasteboard::setString(std::string text, OutcomeHandler outcome)

@@ -53,6 +53,8 @@ public:
     std::chrono::nanoseconds answerDelay{0}; // From the asking to the answer.
     std::vector<std::string> written;        // Our own texts, in order.
     int reads = 0;
+    int clears = 0;
+    bool givesOutdated = false; // A late answer is what was asked for, though a newer copy has come.
     // From a write to its outcome, and what that is. A copy by another program in between overtakes it.
     std::chrono::nanoseconds settleTime{0};
     bool gives = true;

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QStringList>
 
+#include <functional>
+
 // Keeps every event and sends nothing.
 class RecordingTelemetrySink final : public TelemetrySink {
 public:
@@ -16,6 +18,7 @@ public:
     void track(TelemetryEventName event, const AppState &, const Properties &extraProperties) override
     {
         events.append({event, extraProperties});
+        heard();
     }
 
     [[nodiscard]] QStringList names() const
@@ -27,4 +30,5 @@ public:
     }
 
     QList<Event> events;
+    std::function<void()> heard = [] {}; // Runs with each event.
 };

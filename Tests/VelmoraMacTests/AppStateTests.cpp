@@ -70,6 +70,7 @@ private Q_SLOTS:
         AppState state(fakes->dependencies());
         QCOMPARE(state.cleanedToday(), 0);
         QCOMPARE(fakes->defaults.integer(u"cleanedToday"), 0);
+        QCOMPARE(fakes->defaults.writes, QStringList({u"todayKey"_s, u"cleanedToday"_s}));
 
         state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
         QCOMPARE(state.cleanedToday(), 1);
@@ -188,6 +189,17 @@ private Q_SLOTS:
         QCOMPARE(historyFromJson(*fakes->defaults.data(u"historyEntries"))->size(), 1);
     }
 
+    void clearingAnEmptyHistoryRemovesItsKeyAndAnnouncesNothing()
+    {
+        AppState state(fakes->dependencies());
+        fakes->defaults.writes.clear();
+        const QSignalSpy announced(&state, &AppState::historyEntriesChanged);
+
+        state.clearHistory();
+        QCOMPARE(fakes->defaults.writes, QStringList(u"-historyEntries"_s));
+        QCOMPARE(announced.size(), 0);
+    }
+
     void aDamagedHistoryReadsAsEmptyAndIsReplacedByTheNextCleaning()
     {
         fakes->defaults.place(u"historyEntries"_s, QByteArray("[{\"id\":1}]"));
@@ -211,6 +223,7 @@ private Q_SLOTS:
         QCOMPARE(fakes->pasteboard.contents().value(), "https://a.example/");
         state.restoreOriginalLink(entry);
         QCOMPARE(fakes->pasteboard.contents().value(), "https://a.example/?tracked");
+        QCOMPARE(fakes->pasteboard.clears, 2);
 
         QCOMPARE(state.totalCleaned(), 1);
         QCOMPARE(state.historyEntries().size(), 1);
@@ -244,6 +257,14 @@ private Q_SLOTS:
         state.addIgnoredHostFromLastResult();
         QCOMPARE(state.ignoredDomainsText(), u"   a.example"_s);
         QCOMPARE(state.ignoredHosts(), std::set<std::string>{"a.example"});
+    }
+
+    void theLastDomainIsThatOfTheCleanedText()
+    {
+        AppState state(fakes->dependencies());
+        state.record({u"https://tracked.example/?si=x"_s, u"https://clean.example/"_s, {u"si"_s}});
+        state.addIgnoredHostFromLastResult();
+        QCOMPARE(state.ignoredDomainsText(), u"clean.example"_s);
     }
 
     void linksWithoutAHostArePassedOver()

@@ -253,6 +253,19 @@ private Q_SLOTS:
         QCOMPARE(state->totalCleaned(), 1);
     }
 
+    void anOutdatedAnswerDoesNotReplaceANewerCopy()
+    {
+        monitor->start(*state);
+        fakes->pasteboard.answerDelay = 100ms;
+        fakes->pasteboard.givesOutdated = true;
+        fakes->pasteboard.copy(tracked);
+        fakes->time.pass(270ms); // Asked at 220 ms.
+        fakes->pasteboard.copy("nothing to clean");
+        fakes->time.pass(1s);
+        QCOMPARE(contents(), "nothing to clean");
+        QCOMPARE(state->totalCleaned(), 0);
+    }
+
     void anOwnerThatHangsCostsOnlyItsOwnCopy()
     {
         monitor->start(*state);

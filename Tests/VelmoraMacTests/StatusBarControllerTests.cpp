@@ -261,6 +261,16 @@ private Q_SLOTS:
         QVERIFY(shell.pointer.isListening());
     }
 
+    void thePopoverIsReportedWhenItIsOnScreen()
+    {
+        Shell shell;
+        shell.launch();
+        size_t onScreen = 0;
+        shell.fakes.telemetry.heard = [&] { onScreen = shell.panels.visible().size(); };
+        shell.click();
+        QCOMPARE(onScreen, size_t{1});
+    }
+
     void withALastResultThePopoverIsTaller()
     {
         Shell shell;
@@ -542,6 +552,15 @@ private Q_SLOTS:
                          u"Einstellungen"_s, u"Nach Updates suchen..."_s, QString(), u"Velmora beenden"_s}));
         QCOMPARE(shell.item.menu[1].check, StatusMenuEntry::Check::on);
         QCOMPARE(shell.item.menu[0].check, StatusMenuEntry::Check::none);
+    }
+
+    void aChangeOfTheLanguageAloneChangesMenuAndTooltip()
+    {
+        Shell shell;
+        shell.launch();
+        shell.appState().setLanguage(AppLanguage::german);
+        QCOMPARE(shell.menuTitles().constFirst(), u"Bereinigung pausieren"_s);
+        QCOMPARE(shell.item.toolTip, u"Velmora \u00b7 Aktiv \u00b7 0 links bereinigt"_s);
     }
 
     void eachEntryDoesItsWork()
