@@ -47,8 +47,11 @@ lint: packages ## Read all sources with clang-tidy, qmllint and the linters of t
 format: packages ## Format the C++ sources
 	Tools/dev/format --write
 
-bench: packages ## Measure the engine
+bench: packages ## Measure the engine, and what it costs to let the program run all day
 	Tools/dev/bench
+	cmake --preset release
+	cmake --build --preset program -j $(JOBS)
+	Tools/dev/measure-day build/release/bin/velmora
 
 fuzz: packages ## Run each fuzzer for a minute
 	Tools/dev/fuzz
