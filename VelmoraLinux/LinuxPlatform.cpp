@@ -46,10 +46,11 @@ LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &tok
     , notifications_(QDBusConnection::sessionBus(), identifier)
     , statusItem_({.bus = QDBusConnection::sessionBus(),
                    .xcb = display_.get(),
-                   .screens = screens_,
+                   .screens = panels_ ? panels_->screens() : screens_,
                    .appearance = appearance_,
                    .activationToken = token,
-                   .iconFolder = iconFolder()},
+                   .iconFolder = iconFolder(),
+                   .locateIcon = iconLocator()},
                   identifier, title)
 {
     // An agent whose clipboard has gone for good has nothing left to do.
@@ -83,6 +84,15 @@ Platform LinuxPlatform::platform()
             .notifications = notifications_,
             .panelSurfaces = panels_.get(),
             .releaseMemory = trimWorkingSet};
+}
+
+std::function<void(QPoint, std::function<void(const QRect &)>)> LinuxPlatform::iconLocator()
+{
+    if (!panels_)
+        return {};
+    return [this](QPoint hint, std::function<void(const QRect &)> done) {
+        panels_->locateIcon(hint, std::move(done));
+    };
 }
 
 void LinuxPlatform::whenStanding(std::function<void()> done)

@@ -32,6 +32,7 @@ public:
     void whenStanding(std::function<void()> done);
 
 private:
+    [[nodiscard]] std::function<void(QPoint, std::function<void(const QRect &)>)> iconLocator();
     [[nodiscard]] StandardUpdater::Dependencies updaterDependencies(UpdateUserDriver &driver);
 
     ApplicationInstance &instance_;

@@ -14,6 +14,7 @@ PROGRAM = ""
 TRACKED = "https://shop.example/item?id=1&utm_source=mail&fbclid=abc"
 CLEANED = "https://shop.example/item?id=1"
 TOAST = (342, 86)
+POPOVER, GROWN = (306, 386), (306, 536)
 
 
 class PanelTest(unittest.TestCase):
@@ -22,6 +23,9 @@ class PanelTest(unittest.TestCase):
         self.addCleanup(self.end, desktop)
         desktop.start_velmora()
         wait_until("the menu on the bus", desktop.menu)
+        for screen in range(len(desktop.scales)):
+            if desktop.bar:
+                wait_until("the icon", lambda place=desktop.icon_place(screen): desktop.is_drawn_at(place))
         return desktop
 
     def end(self, desktop):
@@ -55,8 +59,8 @@ class ToastTests(PanelTest):
         place = self.toast_frame(desktop).center
         ground = desktop.picture(Rect(*place, 1, 1))
         wait_until("the toast over the window", lambda: desktop.picture(Rect(*place, 1, 1)) != ground)
-        desktop.pointer.click(place)
-        desktop.type("a")
+        desktop.click(place)
+        desktop.key("a")
         wait_until("the key", lambda: desktop.typed() == "a")
         self.assertEqual(desktop.presses(), 1)
         self.assertNotEqual(desktop.picture(Rect(*place, 1, 1)), ground, "the toast has gone too early")
@@ -82,12 +86,165 @@ class ToastTests(PanelTest):
     def test_it_is_where_the_user_works(self):
         desktop = self.start(scales=(1, 1), bar="top")
         for screen in (1, 0):
-            desktop.pointer.click((SIZE[0] * screen + 200, 400))
+            desktop.click((SIZE[0] * screen + 200, 400))
             wait_until("the focus", lambda: desktop.focused_screen() == screen)
             desktop.copy_natively(TRACKED)
             self.wait_for(desktop, self.toast_frame(desktop, screen), screen)
             self.assertIsNone(desktop.seen(1 - screen))
             wait_until("its end", lambda: not desktop.seen(screen))
+
+
+class PopoverTests(PanelTest):
+    def open(self, desktop, screen=0):
+        desktop.click(desktop.icon_place(screen))
+        frame = self.popover_frame(desktop, screen)
+        self.wait_for(desktop, frame, screen)
+        return frame
+
+    def popover_frame(self, desktop, screen=0, size=POPOVER):
+        free = desktop.free_area(screen)
+        return Rect(free.right - 8 - size[0], free.y + 8 if desktop.bar == "top" else free.bottom - 8 - size[1], *size)
+
+    @staticmethod
+    def has_switch(desktop, frame):
+        """Whether the white knob of the switch is on its dark ground, which comes last."""
+        knob, ground = (desktop.picture(Rect(frame.x + x, frame.y + 32, 1, 1))[0][0] for x in (278, 150))
+        return min(knob) > 230 and max(ground) < 90
+
+    def wait_for_end(self, desktop, screen=0):
+        wait_until("the popover's end", lambda: not desktop.seen(screen))
+
+    def test_it_stands_beside_the_icon_and_is_no_window(self):
+        for bar in ("top", "bottom"):
+            for scale in (1, 1.5, 2):
+                with self.subTest(bar=bar, scale=scale):
+                    desktop = self.start(bar=bar, scales=(scale,))
+                    self.open(desktop)
+                    self.assertEqual(desktop.arranged_windows(), [])
+                    desktop.click(desktop.icon_place())
+                    self.wait_for_end(desktop)
+
+    def test_it_is_on_the_screen_of_the_click(self):
+        desktop = self.start(bar="top", scales=(1, 1))
+        for screen in (1, 0):
+            self.open(desktop, screen)
+            self.assertIsNone(desktop.seen(1 - screen))
+            desktop.key("Escape")
+            self.wait_for_end(desktop, screen)
+
+    def test_escape_closes_it_and_the_keyboard_goes_back(self):
+        desktop = self.start(bar="top")
+        desktop.focus_x11_window()
+        before = desktop.seen()
+        desktop.click(desktop.icon_place())
+        place = Rect(*self.popover_frame(desktop).center, 1, 1)
+        ground = desktop.picture(place)
+        wait_until("the popover", lambda: desktop.picture(place) != ground)
+        desktop.key("Escape")
+        wait_until("its end", lambda: desktop.picture(place) == ground)
+        self.assertEqual(desktop.seen(), before)
+        desktop.key("b")
+        wait_until("the key", lambda: desktop.typed() == "b")
+
+    def test_a_click_elsewhere_closes_it_and_reaches_its_window(self):
+        desktop = self.start(bar="top")
+        desktop.focus_by_click_only()
+        desktop.focus_x11_window()
+        place = Rect(*self.popover_frame(desktop).center, 1, 1)
+        ground = desktop.picture(place)
+        desktop.click(desktop.icon_place())
+        wait_until("the popover", lambda: desktop.picture(place) != ground)
+        desktop.rest_in_x11_window((300, 500))
+        self.assertNotEqual(desktop.picture(place), ground, "closed before the click")
+        desktop.click((300, 500))
+        wait_until("its end", lambda: desktop.picture(place) == ground)
+        self.assertEqual(desktop.presses(), 1)
+        desktop.key("c")
+        wait_until("the key", lambda: desktop.typed() == "c")
+
+    def test_the_way_to_it_does_not_close_it(self):
+        """By default sway gives the keyboard to the window under the mouse."""
+        desktop = self.start(bar="top")
+        desktop.focus_x11_window()
+        frame = self.popover_frame(desktop)
+        place = Rect(*frame.center, 1, 1)
+        ground = desktop.picture(place)
+        icon = desktop.icon_place()
+        desktop.click(icon)
+        wait_until("the opened popover", lambda: self.has_switch(desktop, frame))
+        for y in range(icon[1], frame.center[1], 3):
+            desktop.move((icon[0], y))
+        desktop.key("Tab", "space")
+        wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
+        self.assertNotEqual(desktop.picture(place), ground)
+        desktop.move((300, 500))
+        wait_until("its end", lambda: desktop.picture(place) == ground)
+
+    def test_it_grows_away_from_the_bar(self):
+        for bar in ("top", "bottom"):
+            with self.subTest(bar=bar):
+                desktop = self.start(bar=bar)
+                self.open(desktop)
+                desktop.copy_natively(TRACKED)
+                grown = self.popover_frame(desktop, size=GROWN)
+                wait_until("the grown popover alone", lambda: desktop.seen() == grown)
+
+    def test_its_switch_can_be_used_by_keys_and_by_the_mouse(self):
+        desktop = self.start(bar="top")
+        frame = self.open(desktop)
+        self.assertIn("Pause Cleaning", desktop.menu())
+        desktop.key("Tab", "space")
+        wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
+        desktop.click((frame.right - 42, frame.y + 33))
+        wait_until("the end of the pause", lambda: "Pause Cleaning" in desktop.menu())
+
+
+class MenuTests(PanelTest):
+    """Our own menu: swaybar leaves it to us to show one."""
+
+    def open(self, desktop):
+        desktop.click(desktop.icon_place(), button=3)
+        free = desktop.free_area()
+
+        def menu():
+            frame = desktop.seen()
+            distance = frame and (frame.y - free.y if desktop.bar == "top" else free.bottom - frame.bottom)
+            return frame if frame and frame.width >= 180 and distance == 4 else None
+
+        frame = wait_until("the menu, 4 points from the bar", menu)
+        self.assertEqual(desktop.arranged_windows(), [])
+        return frame
+
+    def wait_for_end(self, desktop):
+        wait_until("the menu's end", lambda: not desktop.seen())
+
+    def test_it_can_be_used_by_keys(self):
+        desktop = self.start(bar="bottom")
+        self.open(desktop)
+        desktop.key("Escape")
+        self.wait_for_end(desktop)
+        self.open(desktop)
+        desktop.key("Down", "Return")
+        wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
+        self.wait_for_end(desktop)
+
+    def test_it_can_be_used_by_the_mouse(self):
+        desktop = self.start(bar="top")
+        menu = self.open(desktop)
+        desktop.click((menu.x + 60, menu.y + 5 + 13))
+        wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
+        self.wait_for_end(desktop)
+
+    def test_a_click_elsewhere_or_a_second_one_closes_it(self):
+        desktop = self.start(bar="top")
+        self.open(desktop)
+        desktop.click(desktop.icon_place(), button=3)
+        self.wait_for_end(desktop)
+        desktop.catch_up()
+        self.assertIsNone(desktop.seen())
+        self.open(desktop)
+        desktop.click((300, 500))
+        self.wait_for_end(desktop)
 
 
 if __name__ == "__main__":

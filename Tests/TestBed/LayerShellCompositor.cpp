@@ -1,7 +1,13 @@
 #include "LayerShellCompositor.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+#include <xkbcommon/xkbcommon.h>
+
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <fractional-scale-server-header.h>
 #include <layer-shell-server-header.h>
 #include <utility>
@@ -104,7 +110,15 @@ struct LayerShellServer::Compositor::Requests {
                std::int32_t left) { surface(resource).pending.margins = QMargins(left, top, right, bottom); },
         .set_keyboard_interactivity =
             [](wl_client *, wl_resource *resource, std::uint32_t keyboard) {
-                surface(resource).pending.keyboard = keyboard;
+                Surface &asking = surface(resource);
+                asking.pending.keyboard = keyboard;
+                asking.compositor->keyboardRequests << keyboard;
+                if (!asking.compositor->losesKeyboardOnDemand ||
+                    keyboard != ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND)
+                    return;
+                forDevices(asking.compositor->keyboards_, asking, [&asking](wl_resource *device) {
+                    wl_keyboard_send_leave(device, 1, asking.proxy);
+                });
             },
         .get_popup = [](wl_client *, wl_resource *, wl_resource *) {},
         .ack_configure =
@@ -171,11 +185,49 @@ struct LayerShellServer::Compositor::Requests {
         }};
 
     static constexpr struct wl_output_interface output = {.release = destroy};
+
+    static constexpr struct wl_pointer_interface pointer = {.set_cursor = [](wl_client *, wl_resource *,
+                                                                             std::uint32_t, wl_resource *,
+                                                                             std::int32_t, std::int32_t) {},
+                                                            .release = destroy};
+
+    static constexpr struct wl_keyboard_interface keyboard = {.release = destroy};
+
+    static constexpr struct wl_touch_interface touch = {.release = destroy};
+
+    static constexpr struct wl_seat_interface seat = {
+        .get_pointer =
+            [](wl_client *client, wl_resource *resource, std::uint32_t id) {
+                wl_resource *made = make(client, wl_pointer_interface, resource, id);
+                compositor(resource).pointers_.push_back(made);
+                wl_resource_set_implementation(
+                    made, &pointer, wl_resource_get_user_data(resource),
+                    [](wl_resource *gone) { std::erase(compositor(gone).pointers_, gone); });
+            },
+        .get_keyboard =
+            [](wl_client *client, wl_resource *resource, std::uint32_t id) {
+                wl_resource *made = make(client, wl_keyboard_interface, resource, id);
+                compositor(resource).keyboards_.push_back(made);
+                wl_resource_set_implementation(
+                    made, &keyboard, wl_resource_get_user_data(resource),
+                    [](wl_resource *gone) { std::erase(compositor(gone).keyboards_, gone); });
+                sendLayout(made);
+            },
+        .get_touch =
+            [](wl_client *client, wl_resource *resource, std::uint32_t id) {
+                wl_resource *made = make(client, wl_touch_interface, resource, id);
+                compositor(resource).touchScreens_.push_back(made);
+                wl_resource_set_implementation(
+                    made, &touch, wl_resource_get_user_data(resource),
+                    [](wl_resource *gone) { std::erase(compositor(gone).touchScreens_, gone); });
+            },
+        .release = destroy};
 };
 
 LayerShellServer::Compositor::Compositor(const Offer &offered, const QByteArray &path)
     : thread_(path)
 {
+    bar_ = offered.bar;
     wl_display_init_shm(thread_.display());
     offer(wl_compositor_interface, 4, Requests::compositorRequests);
     outputs_.reserve(offered.scales.size());
@@ -186,8 +238,9 @@ LayerShellServer::Compositor::Compositor(const Offer &offered, const QByteArray 
         output.scale = scale;
         offerOutput(output);
     }
+    offerSeat();
     if (offered.shell)
-        offer(zwlr_layer_shell_v1_interface, 4, Requests::shell);
+        offer(zwlr_layer_shell_v1_interface, offered.shellVersion, Requests::shell);
     if (offered.viewports)
         offer(wp_viewporter_interface, 1, Requests::viewporter);
     if (offered.fractions)
@@ -247,10 +300,13 @@ void LayerShellServer::Compositor::commit(Surface &surface)
             faults << QStringLiteral("a picture before the first configuration");
         readPicture(surface);
     }
-    const bool hasNewSize = surface.pending.size != surface.current.size;
+    const bool isNew = surface.configuration == 0 || surface.pending.size != surface.current.size;
+    const bool isSeen = surface.pending.pictures > surface.current.pictures;
     surface.current = surface.pending;
-    if (surface.role != nullptr && hasNewSize && !holdsConfigurations)
+    if (surface.role != nullptr && isNew && !holdsConfigurations)
         configure(surface);
+    if (isSeen)
+        coverPointer(surface);
 }
 
 void LayerShellServer::Compositor::readPicture(Surface &surface)
@@ -269,10 +325,67 @@ void LayerShellServer::Compositor::readPicture(Surface &surface)
 
 void LayerShellServer::Compositor::configure(Surface &surface)
 {
+    QSize size = surface.current.size;
+    if (!size.isValid()) // Held at all edges.
+        size = outputSize - QSize(0, surface.current.zone < 0 ? 0 : bar_);
     surface.configuration = ++serial_;
-    zwlr_layer_surface_v1_send_configure(surface.role, serial_,
-                                         static_cast<std::uint32_t>(surface.current.size.width()),
-                                         static_cast<std::uint32_t>(surface.current.size.height()));
+    zwlr_layer_surface_v1_send_configure(surface.role, serial_, static_cast<std::uint32_t>(size.width()),
+                                         static_cast<std::uint32_t>(size.height()));
+}
+
+void LayerShellServer::Compositor::coverPointer(const Surface &surface)
+{
+    if (!pointer || surface.current.output < 0 || surface.current.size.isValid())
+        return;
+    const QRect covered(outputs_.at(static_cast<std::size_t>(surface.current.output)).corner(), outputSize);
+    if (!covered.contains(*pointer))
+        return;
+    const QPoint place = *pointer - covered.topLeft();
+    forDevices(pointers_, surface, [&](wl_resource *device) {
+        wl_pointer_send_enter(device, ++serial_, surface.proxy, wl_fixed_from_int(place.x()),
+                              wl_fixed_from_int(place.y()));
+        wl_pointer_send_frame(device);
+    });
+}
+
+void LayerShellServer::Compositor::forDevices(const std::vector<wl_resource *> &devices,
+                                              const Surface &surface,
+                                              const std::function<void(wl_resource *device)> &tell)
+{
+    for (wl_resource *device : devices) {
+        if (wl_resource_get_client(device) == wl_resource_get_client(surface.proxy))
+            tell(device);
+    }
+}
+
+void LayerShellServer::Compositor::offerSeat()
+{
+    wl_global_create(thread_.display(), &wl_seat_interface, 5, this,
+                     [](wl_client *client, void *data, std::uint32_t version, std::uint32_t id) {
+                         wl_resource *resource =
+                             wl_resource_create(client, &wl_seat_interface, static_cast<int>(version), id);
+                         wl_resource_set_implementation(resource, &Requests::seat, data, nullptr);
+                         wl_seat_send_capabilities(resource, WL_SEAT_CAPABILITY_POINTER |
+                                                                 WL_SEAT_CAPABILITY_KEYBOARD |
+                                                                 WL_SEAT_CAPABILITY_TOUCH);
+                     });
+}
+
+// A layout of the United States.
+void LayerShellServer::Compositor::sendLayout(wl_resource *keyboard)
+{
+    xkb_context *context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
+    const xkb_rule_names names = {nullptr, nullptr, "us", nullptr, nullptr};
+    xkb_keymap *keymap = xkb_keymap_new_from_names(context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);
+    char *text = xkb_keymap_get_as_string(keymap, XKB_KEYMAP_FORMAT_TEXT_V1);
+    const std::size_t size = std::strlen(text) + 1;
+    const FileDescriptor file(::memfd_create("keyboard-layout", MFD_CLOEXEC));
+    if (::write(file.get(), text, size) == static_cast<ssize_t>(size))
+        wl_keyboard_send_keymap(keyboard, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, file.get(),
+                                static_cast<std::uint32_t>(size));
+    std::free(text);
+    xkb_keymap_unref(keymap);
+    xkb_context_unref(context);
 }
 
 void LayerShellServer::Compositor::showPicture(Surface &surface)

@@ -4,6 +4,7 @@
 #include "LayerShellServer.h"
 
 #include <list>
+#include <optional>
 
 struct wl_global;
 struct wl_interface;
@@ -44,7 +45,20 @@ public:
 
     void removeOutput(int output);
 
+    // What all devices of the seat of a panel's client are told.
+    static void forDevices(const std::vector<wl_resource *> &devices, const Surface &surface,
+                           const std::function<void(wl_resource *device)> &tell);
+
+    [[nodiscard]] const std::vector<wl_resource *> &pointers() const { return pointers_; }
+
+    [[nodiscard]] const std::vector<wl_resource *> &keyboards() const { return keyboards_; }
+
+    [[nodiscard]] const std::vector<wl_resource *> &touchScreens() const { return touchScreens_; }
+
+    std::optional<QPoint> pointer;
     QStringList faults;
+    QList<std::uint32_t> keyboardRequests;
+    bool losesKeyboardOnDemand = false;
     bool holdsConfigurations = false;
 
 private:
@@ -61,6 +75,9 @@ private:
     template<typename Implementation>
     void offer(const wl_interface &interface, int version, const Implementation &implementation);
     void offerOutput(Output &output);
+    void offerSeat();
+    static void sendLayout(wl_resource *keyboard);
+    void coverPointer(const Surface &surface);
     void commit(Surface &surface);
     static void readPicture(Surface &surface);
 
@@ -69,5 +86,9 @@ private:
     CompositorThread thread_;
     std::vector<Output> outputs_;
     std::list<Surface> surfaces_;
+    int bar_ = 0;
+    std::vector<wl_resource *> pointers_;
+    std::vector<wl_resource *> keyboards_;
+    std::vector<wl_resource *> touchScreens_;
     std::uint32_t serial_ = 0;
 };

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <fractional-scale-server-header.h>
 #include <layer-shell-server-header.h>
+#include <linux/input-event-codes.h>
 #include <utility>
 #include <wayland-server.h>
 
@@ -36,7 +37,8 @@ void LayerShellServer::stop()
 
 void LayerShellServer::run(const std::function<void(Compositor &)> &action)
 {
-    compositor_->run(action);
+    if (compositor_)
+        compositor_->run(action);
 }
 
 std::vector<LayerShellServer::Panel> LayerShellServer::panels()
@@ -113,4 +115,107 @@ void LayerShellServer::close()
 void LayerShellServer::removeOutput(int output)
 {
     run([output](Compositor &compositor) { compositor.removeOutput(output); });
+}
+
+void LayerShellServer::putPointer(QPoint place)
+{
+    run([place](Compositor &compositor) { compositor.pointer = place; });
+}
+
+void LayerShellServer::movePointer(QPointF place)
+{
+    run([place](Compositor &compositor) {
+        const auto &panel = compositor.newest();
+        Compositor::forDevices(compositor.pointers(), panel, [&](wl_resource *device) {
+            wl_pointer_send_enter(device, 1, panel.proxy, wl_fixed_from_double(place.x()),
+                                  wl_fixed_from_double(place.y()));
+            wl_pointer_send_frame(device);
+        });
+    });
+}
+
+void LayerShellServer::leavePointer()
+{
+    run([](Compositor &compositor) {
+        const auto &panel = compositor.newest();
+        Compositor::forDevices(compositor.pointers(), panel, [&](wl_resource *device) {
+            wl_pointer_send_leave(device, 1, panel.proxy);
+            wl_pointer_send_frame(device);
+        });
+    });
+}
+
+void LayerShellServer::pressLeftButton(bool isDown)
+{
+    run([isDown](Compositor &compositor) {
+        Compositor::forDevices(compositor.pointers(), compositor.newest(), [&](wl_resource *device) {
+            wl_pointer_send_button(device, 1, 0, BTN_LEFT,
+                                   isDown ? WL_POINTER_BUTTON_STATE_PRESSED
+                                          : WL_POINTER_BUTTON_STATE_RELEASED);
+            wl_pointer_send_frame(device);
+        });
+    });
+}
+
+void LayerShellServer::turnWheel(int clicks)
+{
+    run([clicks](Compositor &compositor) {
+        Compositor::forDevices(compositor.pointers(), compositor.newest(), [&](wl_resource *device) {
+            wl_pointer_send_axis_discrete(device, WL_POINTER_AXIS_VERTICAL_SCROLL, clicks);
+            wl_pointer_send_axis(device, 0, WL_POINTER_AXIS_VERTICAL_SCROLL, wl_fixed_from_int(10 * clicks));
+            wl_pointer_send_frame(device);
+        });
+    });
+}
+
+void LayerShellServer::touch(const std::vector<QPointF> &places)
+{
+    run([&places](Compositor &compositor) {
+        const auto &panel = compositor.newest();
+        Compositor::forDevices(compositor.touchScreens(), panel, [&](wl_resource *device) {
+            wl_touch_send_down(device, 1, 0, panel.proxy, 7, wl_fixed_from_double(places.front().x()),
+                               wl_fixed_from_double(places.front().y()));
+            for (const QPointF &place : places)
+                wl_touch_send_motion(device, 0, 7, wl_fixed_from_double(place.x()),
+                                     wl_fixed_from_double(place.y()));
+            wl_touch_send_up(device, 1, 0, 7);
+            wl_touch_send_frame(device);
+        });
+    });
+}
+
+void LayerShellServer::giveKeyboard(bool isGiven)
+{
+    run([isGiven](Compositor &compositor) {
+        const auto &panel = compositor.newest();
+        Compositor::forDevices(compositor.keyboards(), panel, [&](wl_resource *device) {
+            wl_array pressed = {};
+            if (isGiven)
+                wl_keyboard_send_enter(device, 1, panel.proxy, &pressed);
+            else
+                wl_keyboard_send_leave(device, 1, panel.proxy);
+        });
+    });
+}
+
+void LayerShellServer::pressKey(std::uint32_t code, bool isDown)
+{
+    run([=](Compositor &compositor) {
+        Compositor::forDevices(compositor.keyboards(), compositor.newest(), [&](wl_resource *device) {
+            wl_keyboard_send_key(device, 1, 0, code,
+                                 isDown ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
+        });
+    });
+}
+
+void LayerShellServer::loseKeyboardOnDemand()
+{
+    run([](Compositor &compositor) { compositor.losesKeyboardOnDemand = true; });
+}
+
+QList<std::uint32_t> LayerShellServer::keyboardRequests()
+{
+    QList<std::uint32_t> requests;
+    run([&requests](Compositor &compositor) { requests = compositor.keyboardRequests; });
+    return requests;
 }

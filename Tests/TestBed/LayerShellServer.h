@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QMargins>
 #include <QPointF>
 #include <QRect>
@@ -18,9 +19,12 @@ class LayerShellServer {
 public:
     struct Offer {
         bool shell = true;
+        int shellVersion = 4;
         bool viewports = true;
         bool fractions = true;
         bool outputFrames = true;
+        // What a bar takes of each screen's height.
+        int bar = 0;
         // Of each screen; they are 1280 x 800 points and stand side by side.
         std::vector<double> scales = {1.0};
     };
@@ -69,6 +73,23 @@ public:
     void leaveOutput(int output);
     void preferScale(double scale);
     void close();
+
+    // Where the mouse is, in points of all screens: a panel that covers the place gets it with its next picture.
+    void putPointer(QPoint place);
+    // The mouse comes to a place on the panel, or goes away from it.
+    void movePointer(QPointF place);
+    void leavePointer();
+    void pressLeftButton(bool isDown);
+    void turnWheel(int clicks);
+    // A finger comes, moves, and goes.
+    void touch(const std::vector<QPointF> &places);
+    void giveKeyboard(bool isGiven);
+    // From now on a panel that has the keyboard loses it when it asks for it on demand.
+    void loseKeyboardOnDemand();
+    // All that was asked for, in order; ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_...
+    [[nodiscard]] QList<std::uint32_t> keyboardRequests();
+    // By the number that the kernel has for it.
+    void pressKey(std::uint32_t code, bool isDown);
     void removeOutput(int output);
 
 private:

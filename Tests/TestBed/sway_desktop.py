@@ -9,7 +9,7 @@ import subprocess
 import sys
 import tempfile
 
-from wayland_pointer import Pointer
+from wayland_person import Person
 from x11_desktop import PANEL, SIZE, TIMEOUT, Desktop, wait_until
 from x11_person import Rect
 
@@ -36,7 +36,6 @@ class SwayDesktop(Desktop):
 
     def __init__(self, program, xwayland=True, bar=None, scales=(1,)):
         self.program, self.tray_kind, self.bar, self.scales = program, "sni" if bar else "none", bar, scales
-        self.pointer = None
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="velmora-sway-"))
         self.processes, self.person = [], None
         self.env = {name: os.environ[name] for name in ("PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS")
@@ -78,7 +77,7 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
         if xwayland:
             self.env["DISPLAY"] = display[0]
             wait_until("XWayland", lambda: "screen #0" in self.ask("xdpyinfo"))
-        self.pointer = Pointer(self.env, (SIZE[0] * len(self.scales), SIZE[1]))
+        self.person = Person(self.env, (SIZE[0] * len(self.scales), SIZE[1]))
         if self.bar:
             wait_until("the bar's host", lambda: "boolean true" in self.watcher_property("IsStatusNotifierHostRegistered"))
 
@@ -86,12 +85,6 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
         if not self.bar:
             return ""
         return f"bar {{\n position {self.bar}\n height {PANEL}\n tray_output *\n status_command sleep 3600\n}}"
-
-    def close(self):
-        if self.pointer:
-            self.pointer.close()
-            self.pointer = None
-        super().close()
 
     def state(self):
         lines = [f"{process.name}: {process.args}, status {process.poll()}" for process in self.processes]
@@ -116,9 +109,30 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
         """The names under which the clipboard's contents can be had."""
         return self.ask("wl-paste", "--list-types").split()
 
-    def type(self, text):
-        # The pause lets programs learn the keyboard that wtype plugs in for it.
-        self.ask("wtype", "-s", "100", text)
+    def key(self, *names):
+        for name in names:
+            self.person.tap_key(name)
+
+    def focus_by_click_only(self):
+        """By default the focus follows the mouse."""
+        self.ask("swaymsg", "focus_follows_mouse", "no")
+
+    def rest_in_x11_window(self, point):
+        """Moves the mouse over the white window of an X11 program and leaves it there until sway hides it.
+
+        XWayland loses a press that follows the move at once, as no person's does, when the focus moves with it."""
+        arrow = Rect(*point, 8, 12)
+
+        def is_hidden():
+            return all(pixel == (255, 255, 255) for row in self.picture(arrow) for pixel in row)
+
+        self.move(point)
+        wait_until("the mouse", lambda: not is_hidden())
+        wait_until("the mouse at rest", is_hidden)
+
+    def icon_place(self, screen=0):
+        """The first icon of the bar."""
+        return SIZE[0] * (screen + 1) - PANEL // 2, PANEL // 2 if self.bar == "top" else SIZE[1] - PANEL // 2
 
     def focused_screen(self):
         outputs = json.loads(self.ask("swaymsg", "-r", "-t", "get_outputs"))
@@ -128,6 +142,8 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
         """An X11 program of another kind with the focus: only then sway passes X11 copies on."""
         self.start("listener", "stdbuf", "-oL", "xev", "-event", "keyboard", "-event", "button")
         wait_until("the listener's focus", lambda: self.focused() == "Event Tester")
+        middle = Rect(SIZE[0] // 2, SIZE[1] // 2, 1, 1)
+        wait_until("its picture", lambda: self.picture(middle) == [[(255, 255, 255)]])
 
     def nodes(self):
         """Everything that sway arranges: screens, workspaces, windows."""
@@ -156,6 +172,11 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
     def picture(self, rect):
         width, height, data = self.pixels(rect)
         return [[tuple(data[3 * x:3 * x + 3]) for x in range(y * width, (y + 1) * width)] for y in range(height)]
+
+    def is_drawn_at(self, place):
+        """Whether something stands out from its ground around a place in the bar."""
+        _, _, data = self.pixels(Rect(place[0] - 8, place[1] - 8, 16, 16))
+        return max(data) - min(data) > 60
 
     def free_area(self, screen=0):
         """A screen without its bar."""

@@ -1,5 +1,7 @@
 #include "LayerPanels.h"
 
+#include <VelmoraLinux/StatusItem/StatusItemAnchor.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -38,8 +40,9 @@ public:
         if (layer_ || !panels_.areOffered())
             return;
         panels_.shown_.push_back(this);
-        layer_ = std::make_unique<LayerSurface>(LayerSurface::Dependencies{*panels_.shell_, panels_.outputs_},
-                                                traits_, onScreen_, frame_);
+        layer_ = std::make_unique<LayerSurface>(
+            LayerSurface::Dependencies{*panels_.shell_, panels_.outputs_, panels_.seat_}, traits_, onScreen_,
+            frame_);
     }
 
     void hide() override { takeAway(); }
@@ -85,7 +88,8 @@ std::unique_ptr<LayerPanels> LayerPanels::create(Scheduler &scheduler, QByteArra
 }
 
 LayerPanels::LayerPanels(Scheduler &scheduler, QByteArray display)
-    : display_(std::move(display))
+    : scheduler_(scheduler)
+    , display_(std::move(display))
     , retryDelay_(firstRetry)
     , connectionSteps_(scheduler)
 {
@@ -116,7 +120,16 @@ bool LayerPanels::connect()
                                                    outputs_.add(*shell_, name, version);
                                                },
                                            .outputManagerAdded = [this] { outputs_.describe(*shell_); },
-                                           .removed = [this](std::uint32_t name) { outputs_.remove(name); }});
+                                           .seatAdded =
+                                               [this](std::uint32_t name, std::uint32_t version) {
+                                                   seat_.addSeat(*shell_, name, version);
+                                               },
+                                           .removed =
+                                               [this](std::uint32_t name) {
+                                                   outputs_.remove(name);
+                                                   seat_.removeSeat(name);
+                                               }});
+    locator_ = std::make_unique<ClickLocator>(*shell_, outputs_, seat_, scheduler_);
     return true;
 }
 
@@ -125,6 +138,8 @@ void LayerPanels::disconnect()
     connectionSteps_.startOver();
     while (!shown_.empty())
         shown_.back()->remove();
+    locator_.reset();
+    seat_.disconnect();
     outputs_.disconnect();
     shell_.reset();
     connection_.reset();
@@ -138,4 +153,28 @@ void LayerPanels::reconnectLater()
             reconnectLater();
     });
     retryDelay_ = std::min(retryDelay_ * 2, lastRetry);
+}
+
+void LayerPanels::locateIcon(QPoint hint, std::function<void(const QRect &icon)> done)
+{
+    if (!areOffered())
+        return done(iconAt(std::nullopt));
+    const QRect screen = outputs_.frameAt(hint);
+    const bool isPlace =
+        isClickPosition(hint, screen.isEmpty() ? std::nullopt : std::optional(ScreenFrame{screen, screen}));
+    using Wanted = ClickLocator::Wanted;
+    locator_->locate(isPlace ? Wanted::workAreas : Wanted::workAreasAndPointer,
+                     [this, hint, isPlace, done = std::move(done)](std::optional<QPoint> pointer) {
+                         done(iconAt(isPlace ? std::optional(hint) : pointer));
+                     });
+}
+
+QRect LayerPanels::iconAt(const std::optional<QPoint> &click)
+{
+    if (!click) {
+        const QRect area = outputs_.mainWorkArea();
+        return fallbackAnchor({outputs_.frameAt(area.center()), area});
+    }
+    outputs_.setClick(*click);
+    return anchorAround(*click, {outputs_.frameAt(*click), outputs_.workAreaAt(*click)});
 }

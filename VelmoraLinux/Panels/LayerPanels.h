@@ -1,6 +1,8 @@
 #pragma once
 
+#include "ClickLocator.h"
 #include "LayerSurface.h"
+#include "SeatInput.h"
 #include "WaylandOutputs.h"
 
 #include <VelmoraPlatform/DelayedSteps.h>
@@ -26,6 +28,10 @@ public:
     [[nodiscard]] std::unique_ptr<PanelSurface> makeSurface(const PanelSurfaceTraits &traits,
                                                             PanelSurface::Handlers handlers) override;
 
+    // Where the icon is on which a bar reports a click, `hint` being what the bar knows of its place. `done` runs in
+    // the event loop, unless another click comes before.
+    void locateIcon(QPoint hint, std::function<void(const QRect &icon)> done);
+
     // Frames of panels are in these screens' points.
     [[nodiscard]] const Screens &screens() const { return outputs_; }
 
@@ -35,13 +41,17 @@ private:
     LayerPanels(Scheduler &scheduler, QByteArray display);
     [[nodiscard]] bool connect();
     void disconnect();
+    [[nodiscard]] QRect iconAt(const std::optional<QPoint> &click);
     void reconnectLater();
 
+    Scheduler &scheduler_;
     QByteArray display_;
     std::chrono::nanoseconds retryDelay_;
     std::unique_ptr<WaylandConnection> connection_;
     std::unique_ptr<LayerShell> shell_;
     WaylandOutputs outputs_;
+    SeatInput seat_;
+    std::unique_ptr<ClickLocator> locator_;
     std::vector<Surface *> shown_;
     DelayedSteps connectionSteps_;
 };

@@ -2,6 +2,16 @@
 
 #include <layer-shell-client-header.h>
 
+QRect workAreaBeside(const std::optional<QPoint> &click, const QRect &whole, QSize usable)
+{
+    QRect area(whole.topLeft(), usable.boundedTo(whole.size()));
+    if (!click || click->y() <= whole.center().y())
+        area.moveBottom(whole.bottom());
+    if (!click || click->x() <= whole.center().x())
+        area.moveRight(whole.right());
+    return area;
+}
+
 LayerPlacement layerPlacement(const QRect &frame, const QRect &workArea)
 {
     const QMargins distances(frame.left() - workArea.left(), frame.top() - workArea.top(),

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <QMargins>
+#include <QPoint>
 #include <QRect>
+#include <QSize>
 
 #include <cstdint>
+#include <optional>
 
 // Where a surface of the layer shell is: the edges of a work area that it is held at, and its distances from these. The
 // compositor knows better than we where the work area is, so a frame in ours comes out right in its own.
@@ -13,6 +16,10 @@ struct LayerPlacement {
 
     bool operator==(const LayerPlacement &) const = default;
 };
+
+// Where a work area of the size `usable` lies on the screen `whole`, of which bars take the rest: beside the click that
+// one of them was given, or below a bar at the top.
+[[nodiscard]] QRect workAreaBeside(const std::optional<QPoint> &click, const QRect &whole, QSize usable);
 
 // Holds `frame` at the edges of `workArea` that are nearest to it.
 [[nodiscard]] LayerPlacement layerPlacement(const QRect &frame, const QRect &workArea);

@@ -1,6 +1,7 @@
 #include "LayerShell.h"
 
 #include <algorithm>
+#include <cursor-shape-client-header.h>
 #include <fractional-scale-client-header.h>
 #include <layer-shell-client-header.h>
 #include <utility>
@@ -10,9 +11,8 @@
 
 namespace {
 
-// Damage in pixels of the buffer begins with the first, a way to destroy the shell's object with the second.
-constexpr std::uint32_t compositorVersion = 4;
-constexpr std::uint32_t shellVersion = 3;
+constexpr std::uint32_t compositorVersion = 4; // Tells damage in pixels of the buffer.
+constexpr std::uint32_t shellVersion = 4;      // Has the keyboard on demand.
 constexpr std::uint32_t outputManagerVersion = 2;
 
 } // namespace
@@ -38,16 +38,21 @@ LayerShell::LayerShell(WaylandConnection &connection, Handlers handlers)
 
 LayerShell::~LayerShell()
 {
+    if (cursorShapes_ != nullptr)
+        wp_cursor_shape_manager_v1_destroy(cursorShapes_);
     if (viewporter_ != nullptr)
         wp_viewporter_destroy(viewporter_);
     if (scales_ != nullptr)
         wp_fractional_scale_manager_v1_destroy(scales_);
     if (outputManager_ != nullptr)
         zxdg_output_manager_v1_destroy(outputManager_);
-    if (shell_ != nullptr && zwlr_layer_shell_v1_get_version(shell_) >= shellVersion)
+    if (shell_ != nullptr &&
+        zwlr_layer_shell_v1_get_version(shell_) >= ZWLR_LAYER_SHELL_V1_DESTROY_SINCE_VERSION)
         zwlr_layer_shell_v1_destroy(shell_);
     else if (shell_ != nullptr)
         wl_proxy_destroy(reinterpret_cast<wl_proxy *>(shell_));
+    if (subcompositor_ != nullptr)
+        wl_subcompositor_destroy(subcompositor_);
     if (memory_ != nullptr)
         wl_shm_destroy(memory_);
     if (compositor_ != nullptr)
@@ -66,13 +71,17 @@ void LayerShell::addGlobal(std::uint32_t name, std::string_view interface, std::
     };
     if (version >= compositorVersion)
         bind(compositor_, wl_compositor_interface, compositorVersion);
+    bind(subcompositor_, wl_subcompositor_interface, 1);
     bind(memory_, wl_shm_interface, 1);
     bind(shell_, zwlr_layer_shell_v1_interface, shellVersion);
     bind(outputManager_, zxdg_output_manager_v1_interface, outputManagerVersion);
     bind(scales_, wp_fractional_scale_manager_v1_interface, 1);
     bind(viewporter_, wp_viewporter_interface, 1);
+    bind(cursorShapes_, wp_cursor_shape_manager_v1_interface, 1);
     if (interface == wl_output_interface.name)
         handlers_.outputAdded(name, version);
+    if (interface == wl_seat_interface.name)
+        handlers_.seatAdded(name, version);
     if (interface == zxdg_output_manager_v1_interface.name)
         handlers_.outputManagerAdded();
 }

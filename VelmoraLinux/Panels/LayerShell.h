@@ -11,6 +11,8 @@
 struct wl_compositor;
 struct wl_registry;
 struct wl_shm;
+struct wl_subcompositor;
+struct wp_cursor_shape_manager_v1;
 struct wp_fractional_scale_manager_v1;
 struct wp_viewporter;
 struct zwlr_layer_shell_v1;
@@ -23,6 +25,7 @@ public:
         // Names are those in the registry.
         std::function<void(std::uint32_t name, std::uint32_t version)> outputAdded;
         std::function<void()> outputManagerAdded;
+        std::function<void(std::uint32_t name, std::uint32_t version)> seatAdded;
         std::function<void(std::uint32_t name)> removed;
     };
 
@@ -42,6 +45,8 @@ public:
 
     [[nodiscard]] wl_compositor *compositor() const { return compositor_; }
 
+    [[nodiscard]] wl_subcompositor *subcompositor() const { return subcompositor_; }
+
     [[nodiscard]] wl_shm *memory() const { return memory_; }
 
     [[nodiscard]] zwlr_layer_shell_v1 *shell() const { return shell_; }
@@ -49,6 +54,8 @@ public:
     [[nodiscard]] zxdg_output_manager_v1 *outputManager() const { return outputManager_; }
 
     [[nodiscard]] wp_fractional_scale_manager_v1 *scales() const { return scales_; }
+
+    [[nodiscard]] wp_cursor_shape_manager_v1 *cursorShapes() const { return cursorShapes_; }
 
     [[nodiscard]] wp_viewporter *viewporter() const { return viewporter_; }
 
@@ -61,9 +68,11 @@ private:
     Handlers handlers_;
     wl_registry *registry_;
     wl_compositor *compositor_ = nullptr;
+    wl_subcompositor *subcompositor_ = nullptr;
     wl_shm *memory_ = nullptr;
     zwlr_layer_shell_v1 *shell_ = nullptr;
     zxdg_output_manager_v1 *outputManager_ = nullptr;
     wp_fractional_scale_manager_v1 *scales_ = nullptr;
     wp_viewporter *viewporter_ = nullptr;
+    wp_cursor_shape_manager_v1 *cursorShapes_ = nullptr;
 };

@@ -51,8 +51,7 @@ struct LayerSurface::Listeners {
         .done = [](void *data, wl_callback *callback, std::uint32_t) {
             wl_callback_destroy(callback);
             self(data).shown_ = nullptr;
-            if (self(data).wantsPicture_)
-                self(data).draw();
+            self(data).handleShown();
         }};
 };
 
@@ -76,6 +75,7 @@ LayerSurface::LayerSurface(Dependencies dependencies, const PanelSurfaceTraits &
         fraction_ = wp_fractional_scale_manager_v1_get_fractional_scale(shell.scales(), surface_);
         wp_fractional_scale_v1_add_listener(fraction_, &Listeners::fraction, this);
     }
+    dependencies_.seat.listen(surface_, [this](QEvent &event) { handleInput(event); });
     giveRole();
     shell.connection().flush();
 }
@@ -87,9 +87,10 @@ void LayerSurface::giveRole()
     role_ = zwlr_layer_shell_v1_get_layer_surface(shell.shell(), surface_, output,
                                                   ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, purpose);
     zwlr_layer_surface_v1_add_listener(role_, &Listeners::role, this);
-    zwlr_layer_surface_v1_set_keyboard_interactivity(
-        role_, traits_.takesKeyboard ? ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE
-                                     : ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_NONE);
+    if (traits_.takesKeyboard) {
+        keyboard_.emplace(shell, surface_, role_);
+        fringe_.emplace(shell, surface_);
+    }
     place();
     if (!traits_.acceptsMouse) {
         wl_region *nothing = wl_compositor_create_region(shell.compositor());
@@ -101,6 +102,9 @@ void LayerSurface::giveRole()
 
 LayerSurface::~LayerSurface()
 {
+    dependencies_.seat.ignore(surface_);
+    keyboard_.reset();
+    fringe_.reset();
     if (shown_ != nullptr)
         wl_callback_destroy(shown_);
     if (viewport_ != nullptr)
@@ -110,6 +114,24 @@ LayerSurface::~LayerSurface()
     zwlr_layer_surface_v1_destroy(role_);
     wl_surface_destroy(surface_);
     dependencies_.shell.connection().flush();
+}
+
+void LayerSurface::handleInput(QEvent &event)
+{
+    if (keyboard_ && event.type() == QEvent::FocusIn)
+        keyboard_->handleEnter();
+    if (keyboard_ && event.type() == QEvent::FocusOut && !keyboard_->isTurnedAwayByLeave())
+        return;
+    const auto input = handlers_.input; // May destroy this object.
+    input(event);
+}
+
+void LayerSurface::handleShown()
+{
+    if (keyboard_)
+        keyboard_->handleShown();
+    if (wantsPicture_)
+        draw();
 }
 
 QRect LayerSurface::workArea() const
@@ -202,6 +224,8 @@ void LayerSurface::present(const QImage &picture, double scale)
         wp_viewport_set_destination(viewport_, frame_.width(), frame_.height());
     else
         wl_surface_set_buffer_scale(surface_, static_cast<int>(scale));
+    if (fringe_)
+        fringe_->surround(frame_.size());
     wl_surface_attach(surface_, buffer, 0, 0);
     wl_surface_damage_buffer(surface_, 0, 0, picture.width(), picture.height());
     shown_ = wl_surface_frame(surface_);

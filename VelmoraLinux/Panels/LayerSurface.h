@@ -1,8 +1,11 @@
 #pragma once
 
+#include "KeyboardClaim.h"
 #include "LayerPlacement.h"
 #include "LayerShell.h"
+#include "PanelFringe.h"
 #include "PixelBuffers.h"
+#include "SeatInput.h"
 #include "WaylandOutputs.h"
 
 #include <VelmoraPlatform/PanelSurfaces.h>
@@ -10,6 +13,7 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 #include <set>
 
 struct wl_callback;
@@ -25,6 +29,7 @@ public:
     struct Dependencies {
         LayerShell &shell;
         const WaylandOutputs &outputs;
+        SeatInput &seat;
     };
 
     // Appears as soon as the compositor is ready for its first picture.
@@ -41,6 +46,8 @@ public:
 
 private:
     void giveRole();
+    void handleInput(QEvent &event);
+    void handleShown();
     void configure(std::uint32_t serial);
     void drawSoon();
     void draw();
@@ -60,6 +67,8 @@ private:
     LayerPlacement placement_;
     wl_surface *surface_;
     zwlr_layer_surface_v1 *role_ = nullptr;
+    std::optional<KeyboardClaim> keyboard_;
+    std::optional<PanelFringe> fringe_;
     wp_fractional_scale_v1 *fraction_ = nullptr;
     wp_viewport *viewport_ = nullptr;
     wl_callback *shown_ = nullptr; // Answered when the last picture is on screen and the next one may follow.

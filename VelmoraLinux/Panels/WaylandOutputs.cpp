@@ -1,5 +1,7 @@
 #include "WaylandOutputs.h"
 
+#include "LayerPlacement.h"
+
 #include <algorithm>
 #include <wayland-client-protocol.h>
 #include <xdg-output-client-header.h>
@@ -126,24 +128,65 @@ void WaylandOutputs::release(Output &output)
 
 QRect WaylandOutputs::mainWorkArea() const
 {
-    return outputs_.empty() ? lastMain_ : outputs_.front().frame();
+    return outputs_.empty() ? lastMain_ : workAreaOf(outputs_.front());
 }
 
 QRect WaylandOutputs::workAreaAt(QPoint point) const
 {
-    for (const Output &output : outputs_) {
-        if (output.frame().contains(point))
-            return output.frame();
-    }
-    return mainWorkArea();
+    const Output *output = holderOf(point);
+    return output == nullptr ? mainWorkArea() : workAreaOf(*output);
 }
 
-wl_output *WaylandOutputs::outputAt(QPoint point) const
+QRect WaylandOutputs::workAreaOf(const Output &output) const
+{
+    const QRect whole = output.frame();
+    const bool isClicked = click_ && whole.contains(*click_);
+    return output.usable.isEmpty() ? whole
+                                   : workAreaBeside(isClicked ? click_ : std::nullopt, whole, output.usable);
+}
+
+const WaylandOutputs::Output *WaylandOutputs::holderOf(QPoint point) const
 {
     const auto holder = std::find_if(outputs_.begin(), outputs_.end(), [point](const Output &output) {
         return output.frame().contains(point);
     });
-    return holder == outputs_.end() ? nullptr : holder->proxy;
+    return holder == outputs_.end() ? nullptr : &*holder;
+}
+
+wl_output *WaylandOutputs::outputAt(QPoint point) const
+{
+    const Output *output = holderOf(point);
+    return output == nullptr ? nullptr : output->proxy;
+}
+
+QRect WaylandOutputs::frameAt(QPoint point) const
+{
+    return frameOf(outputAt(point));
+}
+
+QRect WaylandOutputs::frameOf(const wl_output *output) const
+{
+    for (const Output &known : outputs_) {
+        if (known.proxy == output)
+            return known.frame();
+    }
+    return {};
+}
+
+std::vector<wl_output *> WaylandOutputs::all() const
+{
+    std::vector<wl_output *> all;
+    for (const Output &output : outputs_)
+        all.push_back(output.proxy);
+    return all;
+}
+
+void WaylandOutputs::setUsableSize(const wl_output *output, QSize size)
+{
+    for (Output &known : outputs_) {
+        if (known.proxy == output)
+            known.usable = size;
+    }
 }
 
 double WaylandOutputs::scaleOf(const wl_output *output) const

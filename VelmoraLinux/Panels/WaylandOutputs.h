@@ -7,6 +7,8 @@
 #include <QSize>
 
 #include <list>
+#include <optional>
+#include <vector>
 
 struct wl_output;
 struct zxdg_output_v1;
@@ -30,6 +32,16 @@ public:
 
     // The screen that holds `point`; null when none does.
     [[nodiscard]] wl_output *outputAt(QPoint point) const;
+    [[nodiscard]] std::vector<wl_output *> all() const;
+    // The whole screen; empty for one that is gone.
+    [[nodiscard]] QRect frameOf(const wl_output *output) const;
+    [[nodiscard]] QRect frameAt(QPoint point) const;
+    // What bars leave of a screen.
+    void setUsableSize(const wl_output *output, QSize size);
+
+    // A bar was clicked there: it tells on which side of the work areas the bars are.
+    void setClick(QPoint click) { click_ = click; }
+
     // How many pixels a point has; on the finest screen for null.
     [[nodiscard]] double scaleOf(const wl_output *output) const;
 
@@ -43,6 +55,7 @@ private:
         QSize pixels;
         bool isTurned = false; // By a quarter, so that width and height change places.
         QRect logical;         // As told by the description; empty without one.
+        QSize usable;          // Empty as long as it is not known.
 
         [[nodiscard]] QSize turnedPixels() const;
         [[nodiscard]] QRect frame() const;
@@ -51,9 +64,12 @@ private:
 
     static void describe(const LayerShell &shell, Output &output);
     static void release(Output &output);
+    [[nodiscard]] const Output *holderOf(QPoint point) const;
+    [[nodiscard]] QRect workAreaOf(const Output &output) const;
 
     struct Listeners;
 
     std::list<Output> outputs_; // Listeners point to the elements.
     QRect lastMain_;
+    std::optional<QPoint> click_;
 };

@@ -59,16 +59,11 @@ void LinuxStatusItem::connectHosts()
             [this](const QByteArray &token) { dependencies_.activationToken.keep(token); });
     connect(&item_, &StatusNotifierItem::activated, this, [this](QPoint nativeHint) {
         sinceRegistration_.invalidate(); // From now on AboutToShow means that the user opens the menu.
-        clickAnchor_ = anchorOfClick(nativeHint);
-        const auto &event = isKeyboardActivation(nativeHint) ? events_.activatedByKeys : events_.activated;
-        if (event)
-            event();
+        handleClick(nativeHint,
+                    isKeyboardActivation(nativeHint) ? &Events::activatedByKeys : &Events::activated);
     });
-    connect(&item_, &StatusNotifierItem::menuRequested, this, [this](QPoint nativeHint) {
-        clickAnchor_ = anchorOfClick(nativeHint);
-        if (events_.menuRequested)
-            events_.menuRequested();
-    });
+    connect(&item_, &StatusNotifierItem::menuRequested, this,
+            [this](QPoint nativeHint) { handleClick(nativeHint, &Events::menuRequested); });
     connect(&embedded_, &XEmbedIcon::activated, this, [this] {
         if (events_.activated)
             events_.activated();
@@ -84,6 +79,19 @@ void LinuxStatusItem::connectHosts()
         if (!isHostProbe && events_.menuAboutToShow)
             events_.menuAboutToShow();
     });
+}
+
+void LinuxStatusItem::handleClick(QPoint nativeHint, std::function<void()> Events::*event)
+{
+    const auto report = [this, event](const QRect &icon) {
+        clickAnchor_ = icon;
+        if (const auto handler = events_.*event)
+            handler();
+    };
+    if (dependencies_.locateIcon)
+        dependencies_.locateIcon(nativeHint, report);
+    else
+        report(anchorOfClick(nativeHint));
 }
 
 void LinuxStatusItem::chooseHost()

@@ -33,6 +33,8 @@ public:
         ActivationToken &activationToken;
         // The theme with the icon's drawings, on a desktop that colours them; empty elsewhere.
         QString iconFolder = {};
+        // Finds the icon from the place that its host reports for a click, where that alone does not tell enough.
+        std::function<void(QPoint hint, std::function<void(const QRect &icon)> done)> locateIcon = {};
     };
 
     // `id` is the item's Id property, `title` the name that users read.
@@ -58,6 +60,7 @@ public:
 
 private:
     void connectHosts();
+    void handleClick(QPoint nativeHint, std::function<void()> Events::*event);
     void chooseHost();
     void showIcon();
     void fadeStep();

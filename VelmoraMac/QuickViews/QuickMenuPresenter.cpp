@@ -19,35 +19,85 @@ QuickMenuPresenter::QuickMenuPresenter(QuickViews &views)
 
 void QuickMenuPresenter::popUp(const StatusMenu &menu, const QRect &anchor, int minimumWidth)
 {
+    // By a second click on the icon, which a window's grab would have had.
+    const bool isAskedToClose = surface_ != nullptr;
     dismiss();
+    if (isAskedToClose)
+        return;
     model_ = std::make_unique<StatusMenuModel>(menu, minimumWidth);
     connect(model_.get(), &StatusMenuModel::chosen, this, [this](const std::function<void()> &action) {
         // The action runs after the menu is closed: it may open windows or end the process.
         QMetaObject::invokeMethod(this, action, Qt::QueuedConnection);
         dismiss();
     });
-    window_ = views_.load({QUrl(u"qrc:/qt/qml/VelmoraMac/QuickViews/StatusMenuView.qml"_s),
-                           {{u"menu"_s, QVariant::fromValue(model_.get())}},
-                           {}});
-    const QuickViews::Dependencies &desktop = views_.dependencies();
-    const QQuickItem *view = window_->rootObject();
+    const View view{QUrl(u"qrc:/qt/qml/VelmoraMac/QuickViews/StatusMenuView.qml"_s),
+                    {{u"menu"_s, QVariant::fromValue(model_.get())}},
+                    {}};
+    PanelSurfaces *surfaces = views_.dependencies().surfaces;
+    if (surfaces != nullptr && surfaces->areOffered())
+        showSurface(view, anchor, *surfaces);
+    else
+        showWindow(view, anchor);
+}
+
+QRect QuickMenuPresenter::frameFor(const QQuickItem *view, const QRect &anchor) const
+{
     const QSize size =
         view == nullptr ? QSize(1, 1) : QSizeF(view->implicitWidth(), view->implicitHeight()).toSize();
-    desktop.windows.makePanel(*window_, {true, cornerRadius});
-    desktop.windows.place(*window_, menuFrame(anchor, desktop.screens.workAreaAt(anchor.center()), size));
+    return menuFrame(anchor, views_.dependencies().screens.workAreaAt(anchor.center()), size);
+}
+
+void QuickMenuPresenter::showWindow(const View &view, const QRect &anchor)
+{
+    window_ = views_.load(view);
+    WindowManager &windows = views_.dependencies().windows;
+    windows.makePanel(*window_, {true, cornerRadius});
+    windows.place(*window_, frameFor(window_->rootObject(), anchor));
     window_->installEventFilter(this);
     window_->show();
     window_->raise();
 }
 
+void QuickMenuPresenter::showSurface(const View &view, const QRect &anchor, PanelSurfaces &surfaces)
+{
+    picture_ = views_.loadOffscreen(view);
+    const QRect frame = frameFor(picture_->rootItem(), anchor);
+    picture_->resize(frame.size());
+    surface_ = surfaces.makeSurface(
+        {.acceptsMouse = true, .takesKeyboard = true},
+        {.draw = [this](double scale) -> const QImage & { return picture_->draw(scale); },
+         .input = [this](QEvent &event) { handleInput(event); },
+         .removed = [this] { dismiss(); }});
+    connect(picture_.get(), &OffscreenView::changed, this, [this] {
+        if (surface_)
+            surface_->requestPicture();
+    });
+    surface_->setFrame(frame);
+    surface_->show();
+}
+
+void QuickMenuPresenter::handleInput(QEvent &event)
+{
+    if (event.type() == QEvent::FocusOut)
+        dismiss();
+    else if (event.type() == QEvent::KeyPress)
+        pressKey(static_cast<QKeyEvent &>(event));
+    else
+        picture_->deliver(event);
+}
+
 void QuickMenuPresenter::dismiss()
 {
-    if (!window_)
+    if (!model_)
         return;
-    window_->removeEventFilter(this);
-    window_->setMouseGrabEnabled(false);
-    window_->setKeyboardGrabEnabled(false);
-    window_ = nullptr;
+    surface_ = nullptr;
+    picture_ = nullptr;
+    if (window_) {
+        window_->removeEventFilter(this);
+        window_->setMouseGrabEnabled(false);
+        window_->setKeyboardGrabEnabled(false);
+        window_ = nullptr;
+    }
     model_.release()->deleteLater(); // Its view is deleted later, too.
 }
 

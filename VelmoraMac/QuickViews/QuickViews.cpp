@@ -41,7 +41,7 @@ QuickViews::~QuickViews() = default;
 std::unique_ptr<Panel> QuickViews::makePanel(const View &view, const PanelOptions &options)
 {
     PanelSurfaces *surfaces = dependencies_.surfaces;
-    if (surfaces != nullptr && surfaces->areOffered() && !options.acceptsMouse)
+    if (surfaces != nullptr && surfaces->areOffered())
         return std::make_unique<SurfacePanel>(loadOffscreen(view), options, *surfaces,
                                               dependencies_.appearance);
     return std::make_unique<QuickPanel>(load(view), options, dependencies_.windows, dependencies_.appearance);

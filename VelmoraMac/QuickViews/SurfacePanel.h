@@ -25,7 +25,7 @@ public:
     void orderFront() override;
     void orderOut() override;
 
-    // Only panels that do not accept the mouse are surfaces, and those are not asked to.
+    // A panel that can be cancelled has the keyboard as long as it is shown.
     void takeKeyboard() override {}
 
     // No press of a mouse is on it: the pointer monitor sees windows only.

@@ -125,7 +125,7 @@ private Q_SLOTS:
     {
         begin({.scales = {1, 1}});
         show(popoverTraits, QRect(2254, 8, 306, 386));
-        QCOMPARE(panel().keyboard, std::uint32_t(ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE));
+        QCOMPARE(panel().keyboard, std::uint32_t(ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND));
         QCOMPARE(panel().output, 1);
         QCOMPARE(panel().margins, QMargins(0, 8, 0, 0));
         QVERIFY(panel().acceptsInput);

@@ -13,6 +13,8 @@ constexpr std::uint32_t left = ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT;
 constexpr std::uint32_t right = ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
 } // namespace
 
+Q_DECLARE_METATYPE(std::optional<QPoint>)
+
 class LayerPlacementTests : public QObject {
     Q_OBJECT
 
@@ -51,6 +53,30 @@ private Q_SLOTS:
         const LayerPlacement placement = layerPlacement(frame, workArea);
         QCOMPARE(placement.anchors, anchors);
         QCOMPARE(placement.margins, margins);
+    }
+
+    void barsAreWhereTheClickWas_data()
+    {
+        QTest::addColumn<std::optional<QPoint>>("click");
+        QTest::addColumn<QSize>("usable");
+        QTest::addColumn<QRect>("area");
+        const QSize below(1280, 768);
+        const QSize beside(1240, 800);
+        QTest::newRow("no click") << std::optional<QPoint>() << below << QRect(1280, 32, 1280, 768);
+        QTest::newRow("top") << std::optional(QPoint(2500, 10)) << below << QRect(1280, 32, 1280, 768);
+        QTest::newRow("bottom") << std::optional(QPoint(2500, 790)) << below << QRect(1280, 0, 1280, 768);
+        QTest::newRow("left") << std::optional(QPoint(1290, 700)) << beside << QRect(1320, 0, 1240, 800);
+        QTest::newRow("right") << std::optional(QPoint(2550, 700)) << beside << QRect(1280, 0, 1240, 800);
+        QTest::newRow("no bar") << std::optional(QPoint(2500, 10)) << QSize(1280, 800)
+                                << QRect(1280, 0, 1280, 800);
+    }
+
+    void barsAreWhereTheClickWas()
+    {
+        QFETCH(std::optional<QPoint>, click);
+        QFETCH(QSize, usable);
+        QFETCH(QRect, area);
+        QCOMPARE(workAreaBeside(click, QRect(1280, 0, 1280, 800), usable), area);
     }
 };
 

@@ -7,44 +7,13 @@
 
 #include <Fakes/FakeDesktop.h>
 #include <Fakes/FakePanelSurfaces.h>
+#include <Fakes/FakeSurroundings.h>
 #include <Fakes/VirtualTime.h>
 #include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class NoWindowManager final : public WindowManager {
-public:
-    void makePanel(QWindow &, const PanelTraits &) override { ++panels; }
-
-    void giveKeyboard(QWindow &) override {}
-
-    void returnKeyboard(QWindow &) override {}
-
-    void place(QWindow &, const QRect &) override {}
-
-    [[nodiscard]] bool blendsWindows() const override { return true; }
-
-    void setBlendingHandler(std::function<void()>) override {}
-
-    void activate(QWindow &) override {}
-
-    int panels = 0;
-};
-
-class PlainAppearance final : public Appearance {
-public:
-    [[nodiscard]] ColorScheme colorScheme() const override { return ColorScheme::light; }
-
-    [[nodiscard]] bool reducesMotion() const override { return reduced; }
-
-    [[nodiscard]] bool increasesContrast() const override { return false; }
-
-    void addChangeHandler(ChangeHandler) override {}
-
-    bool reduced = false;
-};
 
 constexpr QRect frame(100, 40, 300, 200);
 
@@ -55,7 +24,7 @@ class SurfacePanelTests : public QObject {
     Q_OBJECT
 
     QTemporaryDir folder_;
-    NoWindowManager windows_;
+    PlainWindowManager windows_;
     FakeScreens screens_;
     PlainAppearance appearance_;
     FakePanelSurfaces surfaces_;

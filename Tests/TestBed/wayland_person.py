@@ -1,4 +1,5 @@
-"""The mouse of a Wayland desktop: just enough of the wire protocol to move it and to press its buttons."""
+"""A user of a Wayland desktop: just enough of the wire protocol to use a mouse and a keyboard, which stay plugged in."""
+import array
 import os
 import pathlib
 import socket
@@ -6,14 +7,24 @@ import struct
 import time
 
 BUTTONS = {1: 0x110, 2: 0x112, 3: 0x111}  # Left, middle, right.
-SHORT_PRESS = 0.03  # Seconds between a button's press and its release.
+KEYS = {"Escape": 1, "Tab": 15, "Return": 28, "space": 57, "Down": 108, "a": 30, "b": 48, "c": 46}  # As the kernel counts.
+LAYOUT = b"""xkb_keymap {
+  xkb_keycodes { include "evdev+aliases(qwerty)" };
+  xkb_types { include "complete" };
+  xkb_compat { include "complete" };
+  xkb_symbols { include "pc+us+inet(evdev)" };
+};
+\0"""
+SHORT_PRESS = 0.03  # Seconds between the press of a button or key and its release.
 DISPLAY, REGISTRY = 1, 2
 SYNC, GET_REGISTRY = 0, 1
 CREATE, MOTION_ABSOLUTE, BUTTON, FRAME = 0, 1, 2, 4
+KEYMAP, KEY = 0, 1
+TEXT_V1 = 1
 
 
-class Pointer:
-    """By wlr-virtual-pointer-unstable-v1. `size`: of all screens together, in points."""
+class Person:
+    """By wlr-virtual-pointer-unstable-v1 and virtual-keyboard-unstable-v1. `size`: of all screens together, in points."""
 
     def __init__(self, environment, size):
         self.size, self.last, self.globals = size, REGISTRY, {}
@@ -25,7 +36,18 @@ class Pointer:
         manager, seat = self.bind("zwlr_virtual_pointer_manager_v1"), self.bind("wl_seat")
         self.mouse = self.new()
         self.send(manager, CREATE, seat, self.mouse)
+        manager = self.bind("zwp_virtual_keyboard_manager_v1")
+        self.keyboard = self.new()
+        self.send(manager, CREATE, seat, self.keyboard)
+        self.send_layout()
         self.wait()
+
+    def send_layout(self):
+        file = os.memfd_create("layout")
+        os.write(file, LAYOUT)
+        message = struct.pack("=IIII", self.keyboard, 16 << 16 | KEYMAP, TEXT_V1, len(LAYOUT))
+        self.socket.sendmsg([message], [(socket.SOL_SOCKET, socket.SCM_RIGHTS, array.array("i", [file]))])
+        os.close(file)
 
     def close(self):
         self.socket.close()
@@ -92,3 +114,9 @@ class Pointer:
         self.press(button, True)
         time.sleep(SHORT_PRESS)
         self.press(button, False)
+
+    def tap_key(self, name):
+        for state in (1, 0):
+            self.send(self.keyboard, KEY, self.now(), KEYS[name], state)
+            self.wait()
+            time.sleep(SHORT_PRESS)

@@ -1,0 +1,77 @@
+#include "KeyboardClaim.h"
+
+#include "LayerShell.h"
+
+#include <layer-shell-client-header.h>
+#include <utility>
+#include <wayland-client-protocol.h>
+
+namespace {
+constexpr std::uint32_t onDemandVersion = 4;
+}
+
+struct KeyboardClaim::Listeners {
+    static constexpr wl_callback_listener trial = {.done = [](void *data, wl_callback *, std::uint32_t) {
+        static_cast<KeyboardClaim *>(data)->endTrial();
+    }};
+};
+
+KeyboardClaim::KeyboardClaim(const LayerShell &shell, wl_surface *surface, zwlr_layer_surface_v1 *role)
+    : shell_(shell)
+    , surface_(surface)
+    , role_(role)
+{
+    const bool canDemand = zwlr_layer_surface_v1_get_version(role) >= onDemandVersion;
+    ask(canDemand ? Way::onDemand : Way::exclusiveForGood);
+}
+
+KeyboardClaim::~KeyboardClaim()
+{
+    endTrial();
+}
+
+void KeyboardClaim::handleShown()
+{
+    if (hasKeyboard_ || way_ != Way::onDemand)
+        return;
+    ask(Way::exclusive);
+    wl_surface_commit(surface_);
+}
+
+void KeyboardClaim::handleEnter()
+{
+    hasKeyboard_ = true;
+    if (way_ != Way::exclusive)
+        return;
+    ask(Way::letGo);
+    wl_surface_commit(surface_);
+    trial_ = wl_display_sync(shell_.connection().display());
+    wl_callback_add_listener(trial_, &Listeners::trial, this);
+}
+
+bool KeyboardClaim::isTurnedAwayByLeave()
+{
+    hasKeyboard_ = false;
+    const bool isAnswer = trial_ != nullptr;
+    endTrial();
+    ask(isAnswer ? Way::exclusiveForGood : Way::none);
+    wl_surface_commit(surface_);
+    return !isAnswer;
+}
+
+void KeyboardClaim::ask(Way way)
+{
+    way_ = way;
+    std::uint32_t interactivity = ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_NONE;
+    if (way == Way::onDemand || way == Way::letGo)
+        interactivity = ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_ON_DEMAND;
+    else if (way != Way::none)
+        interactivity = ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE;
+    zwlr_layer_surface_v1_set_keyboard_interactivity(role_, interactivity);
+}
+
+void KeyboardClaim::endTrial()
+{
+    if (trial_ != nullptr)
+        wl_callback_destroy(std::exchange(trial_, nullptr));
+}
