@@ -1,15 +1,11 @@
 #include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/CharacterProperties.h>
+#include <VelmoraCore/Text/Normalization.h>
 #include <VelmoraCore/Text/Utf8.h>
 #include <VelmoraCore/Unicode.h>
 
-#include <unicode/bytestream.h>
-#include <unicode/normalizer2.h>
-#include <unicode/stringpiece.h>
-#include <unicode/uchar.h>
-
 #include <algorithm>
-#include <cstdint>
-#include <limits>
+#include <optional>
 
 namespace velmora {
 
@@ -19,26 +15,6 @@ bool isAscii(std::string_view text)
 {
     return std::none_of(text.begin(), text.end(),
                         [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
-}
-
-void append(std::string &text, char32_t point)
-{
-    const auto byte = [&text](char32_t value) { text.push_back(static_cast<char>(value)); };
-    if (point < 0x80) {
-        byte(point);
-    } else if (point < 0x800) {
-        byte(0xC0 | point >> 6);
-        byte(0x80 | (point & 0x3F));
-    } else if (point < 0x10000) {
-        byte(0xE0 | point >> 12);
-        byte(0x80 | (point >> 6 & 0x3F));
-        byte(0x80 | (point & 0x3F));
-    } else {
-        byte(0xF0 | point >> 18);
-        byte(0x80 | (point >> 12 & 0x3F));
-        byte(0x80 | (point >> 6 & 0x3F));
-        byte(0x80 | (point & 0x3F));
-    }
 }
 
 // The only letter whose lower case is more than one code point: "i" and a dot above.
@@ -72,7 +48,7 @@ char32_t lowercased(char32_t point)
 {
     if (point == utf8::illFormed || hasNoCases(point))
         return point;
-    return point == dottedCapitalI ? U'i' : static_cast<char32_t>(u_tolower(static_cast<UChar32>(point)));
+    return point == dottedCapitalI ? U'i' : lowerCase(point);
 }
 
 bool isWhitespace(char32_t point)
@@ -105,41 +81,32 @@ std::string_view trimmed(std::string_view text, Belongs belongs)
     return text;
 }
 
-const icu::Normalizer2 *composer()
-{
-    static const icu::Normalizer2 *const instance = [] {
-        UErrorCode error = U_ZERO_ERROR;
-        const icu::Normalizer2 *nfc = icu::Normalizer2::getNFCInstance(error);
-        return U_SUCCESS(error) ? nfc : nullptr;
-    }();
-    return instance;
-}
-
 // Putting marks in order takes the square of how many stand in a row, so texts with more than any writing has
-// are left as they are; so is what is not UTF-8 or more than ICU can count.
-bool mayBeComposed(std::string_view text)
+// are left as they are; so is what is not UTF-8.
+std::optional<std::u32string> composable(std::string_view text)
 {
     constexpr std::size_t mostMarks = 30;
-    if (text.size() > std::numeric_limits<int32_t>::max())
-        return false;
+    std::u32string points;
+    points.reserve(text.size());
     std::size_t marks = 0;
     for (std::size_t at = 0; at < text.size();) {
         const utf8::CodePoint point = utf8::decode(text, at);
         if (point.value == utf8::illFormed)
-            return false;
+            return std::nullopt;
         at += point.length;
         const bool isMark =
-            point.value >= 0x300 && (U_GET_GC_MASK(static_cast<UChar32>(point.value)) & U_GC_M_MASK) != 0;
+            point.value >= 0x300 && propertiesOf(point.value).category == CharacterCategory::mark;
         marks = isMark ? marks + 1 : 0;
         if (marks > mostMarks)
-            return false;
+            return std::nullopt;
+        points.push_back(point.value);
     }
-    return true;
+    return points;
 }
 
-int clusterBreak(char32_t point)
+ClusterBreak clusterBreak(char32_t point)
 {
-    return u_getIntPropertyValue(static_cast<UChar32>(point), UCHAR_GRAPHEME_CLUSTER_BREAK);
+    return propertiesOf(point).clusterBreak;
 }
 
 // An even number of flags halves before the cut leaves the next half to begin a flag of its own.
@@ -148,7 +115,7 @@ bool endsWithLoneRegionalIndicator(std::string_view text)
     bool lone = false;
     while (!text.empty()) {
         const utf8::CodePoint last = utf8::decodeBefore(text, text.size(), 0);
-        if (clusterBreak(last.value) != U_GCB_REGIONAL_INDICATOR)
+        if (clusterBreak(last.value) != ClusterBreak::regionalIndicator)
             break;
         lone = !lone;
         text.remove_suffix(last.length);
@@ -156,13 +123,14 @@ bool endsWithLoneRegionalIndicator(std::string_view text)
     return lone;
 }
 
-bool hangulJoins(int before, int after)
+bool hangulJoins(ClusterBreak before, ClusterBreak after)
 {
-    if (before == U_GCB_L)
-        return after == U_GCB_L || after == U_GCB_V || after == U_GCB_LV || after == U_GCB_LVT;
-    if (before == U_GCB_LV || before == U_GCB_V)
-        return after == U_GCB_V || after == U_GCB_T;
-    return (before == U_GCB_LVT || before == U_GCB_T) && after == U_GCB_T;
+    using enum ClusterBreak;
+    if (before == leading)
+        return after == leading || after == vowel || after == syllableWithoutTrailing || after == syllable;
+    if (before == syllableWithoutTrailing || before == vowel)
+        return after == vowel || after == trailing;
+    return (before == syllable || before == trailing) && after == trailing;
 }
 
 bool isVisibleAscii(char c)
@@ -170,9 +138,10 @@ bool isVisibleAscii(char c)
     return c > ' ' && c < '\x7F';
 }
 
-bool isControl(int clusterClass)
+bool isControl(ClusterBreak clusterClass)
 {
-    return clusterClass == U_GCB_CONTROL || clusterClass == U_GCB_CR || clusterClass == U_GCB_LF;
+    using enum ClusterBreak;
+    return clusterClass == control || clusterClass == carriageReturn || clusterClass == lineFeed;
 }
 
 } // namespace
@@ -191,10 +160,10 @@ std::string lowercased(std::string_view text)
         const char32_t lower = point.value < 0x80 ? point.value : lowercased(point.value);
         if (lower != point.value) {
             result.append(ascii, copied, at - copied);
-            append(result, lower);
+            utf8::append(result, lower);
             copied = at + point.length;
             if (point.value == dottedCapitalI)
-                append(result, dotAbove);
+                utf8::append(result, dotAbove);
         }
         at += point.length;
     }
@@ -213,16 +182,10 @@ std::string_view trimmedWhitespaceAndNewlines(std::string_view text)
 
 std::string canonicalForm(std::string text)
 {
-    if (isCertainlyComposed(text) || composer() == nullptr || !mayBeComposed(text))
+    if (isCertainlyComposed(text))
         return text;
-    const icu::StringPiece piece(text.data(), static_cast<int32_t>(text.size()));
-    UErrorCode error = U_ZERO_ERROR;
-    if (composer()->isNormalizedUTF8(piece, error))
-        return text;
-    std::string result;
-    icu::StringByteSink<std::string> sink(&result);
-    composer()->normalizeUTF8(0, piece, sink, nullptr, error);
-    return U_SUCCESS(error) ? result : text;
+    const std::optional<std::u32string> points = composable(text);
+    return points && mayNeedComposing(*points) ? utf8::encoded(composed(*points)) : text;
 }
 
 bool isCharacterBoundary(std::string_view text, std::size_t at)
@@ -234,17 +197,18 @@ bool isCharacterBoundary(std::string_view text, std::size_t at)
     const char32_t last = utf8::decodeBefore(before, before.size(), 0).value;
     if (last == utf8::illFormed || after == utf8::illFormed)
         return true;
-    const int left = clusterBreak(last);
-    const int right = clusterBreak(after);
-    if (left == U_GCB_CR && right == U_GCB_LF)
+    using enum ClusterBreak;
+    const ClusterBreak left = clusterBreak(last);
+    const ClusterBreak right = clusterBreak(after);
+    if (left == carriageReturn && right == lineFeed)
         return false;
     if (isControl(left) || isControl(right))
         return true;
-    if (right == U_GCB_EXTEND || right == U_GCB_ZWJ || right == U_GCB_SPACING_MARK || left == U_GCB_PREPEND)
+    if (right == extend || right == joiner || right == spacingMark || left == prepend)
         return false;
-    if (left == U_GCB_ZWJ && u_hasBinaryProperty(static_cast<UChar32>(after), UCHAR_EXTENDED_PICTOGRAPHIC))
+    if (left == joiner && propertiesOf(after).isPictographic)
         return false;
-    if (left == U_GCB_REGIONAL_INDICATOR && right == U_GCB_REGIONAL_INDICATOR)
+    if (left == regionalIndicator && right == regionalIndicator)
         return !endsWithLoneRegionalIndicator(before);
     return !hangulJoins(left, right);
 }

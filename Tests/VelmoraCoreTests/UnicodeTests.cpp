@@ -2,11 +2,6 @@
 #include <VelmoraCore/Unicode.h>
 
 #include <gtest/gtest.h>
-#include <unicode/normalizer2.h>
-#include <unicode/uchar.h>
-#include <unicode/unistr.h>
-
-#include <ios>
 
 namespace velmora {
 namespace {
@@ -125,33 +120,6 @@ TEST(IsCharacterBoundary, TellsWholeCharactersFromParts)
                           "1",
                           "\u0600"));
     EXPECT_TRUE(isPrefix("a\xFF"sv, "a"));
-}
-
-// The quick answers of both are those of ICU.
-TEST(Unicode, LowersAndComposesEveryCharacterAsIcuDoes)
-{
-    UErrorCode error = U_ZERO_ERROR;
-    const icu::Normalizer2 *composer = icu::Normalizer2::getNFCInstance(error);
-    ASSERT_TRUE(U_SUCCESS(error));
-    for (UChar32 point = 0x80; point < 0x10000; ++point) {
-        if (U_IS_SURROGATE(static_cast<char32_t>(point)))
-            continue;
-        for (const char *base : {"", "e", "か", "가", "И"}) {
-            const icu::UnicodeString text = icu::UnicodeString::fromUTF8(base).append(point);
-            std::string given;
-            text.toUTF8String(given);
-            std::string composed;
-            composer->normalize(text, error).toUTF8String(composed);
-            ASSERT_EQ(canonicalForm(given), composed) << std::hex << point;
-        }
-        std::string character;
-        std::string lower;
-        icu::UnicodeString(point).toUTF8String(character);
-        icu::UnicodeString(u_tolower(point)).toUTF8String(lower);
-        if (point != 0x130) { // Becomes two.
-            ASSERT_EQ(lowercased(character), lower) << std::hex << point;
-        }
-    }
 }
 
 TEST(Utf8, RefusesWhatIsNotWellFormed)

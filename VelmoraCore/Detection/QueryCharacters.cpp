@@ -1,10 +1,8 @@
 #include <VelmoraCore/Detection/QueryCharacters.h>
 #include <VelmoraCore/Detection/WrittenCharacter.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/CharacterProperties.h>
 #include <VelmoraCore/Text/Scripts.h>
-
-#include <unicode/uchar.h>
-#include <unicode/uscript.h>
 
 #include <array>
 
@@ -14,27 +12,26 @@ namespace {
 
 // Letters of no script of their own are signs beside letters: apostrophes, superscripts. The mark that
 // lengthens a vowel of Kana is the exception.
-bool isSign(UScriptCode script, char32_t point)
+bool isSign(ScriptGroup script, char32_t point)
 {
-    return script == USCRIPT_COMMON && !isOfScriptWithoutBlanks(point);
+    return script == ScriptGroup::common && !isOfScriptWithoutBlanks(point);
 }
 
 LinkCharacter properties(char32_t point)
 {
+    using enum CharacterCategory;
     LinkCharacter result;
     result.term = linkTerm(point);
     if (point > 0x10FFFF)
         return result;
-    const auto character = static_cast<UChar32>(point);
-    const uint32_t category = U_GET_GC_MASK(character);
-    UErrorCode error = U_ZERO_ERROR;
-    const UScriptCode script = uscript_getScript(character, &error);
-    const bool isNumber = (category & (U_GC_ND_MASK | U_GC_NL_MASK)) != 0;
-    const bool isLetter = (category & U_GC_L_MASK) != 0 && !isSign(script, point);
-    const bool isMark = (category & U_GC_M_MASK) != 0;
-    result.endsQuery = !isNumber && (U_FAILURE(error) || !(isLetter || isMark));
+    const CharacterProperties &character = propertiesOf(point);
+    const ScriptGroup script = character.script;
+    const bool isNumber = character.category == number;
+    const bool isLetter = character.category == letter && !isSign(script, point);
+    result.endsQuery = !isNumber && !isLetter && character.category != mark;
     result.endsAscii = result.endsQuery || (!isNumber && isOfScriptWithoutBlanks(point));
-    result.mayEndAscii = script != USCRIPT_LATIN && script != USCRIPT_INHERITED && script != USCRIPT_COMMON;
+    result.mayEndAscii =
+        script != ScriptGroup::latin && script != ScriptGroup::inherited && script != ScriptGroup::common;
     return result;
 }
 

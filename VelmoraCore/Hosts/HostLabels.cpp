@@ -2,10 +2,9 @@
 #include <VelmoraCore/Hosts/TopLevelDomains.h>
 #include <VelmoraCore/Text/ByteSearch.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/CharacterProperties.h>
 #include <VelmoraCore/Text/Scripts.h>
 #include <VelmoraCore/Text/Utf8.h>
-
-#include <unicode/uchar.h>
 
 #include <algorithm>
 #include <array>
@@ -128,11 +127,8 @@ std::optional<HostExtent> asciiHostExtent(std::string_view text, std::size_t beg
 // Symbols and emoji. Some hosts begin with them, but no top-level domain holds one.
 bool isSymbol(char32_t point)
 {
-    if (point > 0x10FFFF)
-        return false;
-    const auto character = static_cast<UChar32>(point);
-    return (U_GET_GC_MASK(character) & (U_GC_SO_MASK | U_GC_SM_MASK)) != 0 ||
-           u_hasBinaryProperty(character, UCHAR_EXTENDED_PICTOGRAPHIC) != 0;
+    const CharacterProperties &character = propertiesOf(point);
+    return character.category == CharacterCategory::symbol || character.isPictographic;
 }
 
 // Where the first symbol of the last label stands; the end of the host without one.
@@ -201,15 +197,15 @@ private:
 
 bool isHostCodePoint(char32_t point)
 {
-    if (point == utf8::illFormed)
-        return false;
-    if ((U_GET_GC_MASK(static_cast<UChar32>(point)) & (U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK)) != 0)
+    using enum CharacterCategory;
+    const CharacterProperties &character = propertiesOf(point);
+    if (character.category == letter || character.category == mark || character.category == number ||
+        character.category == otherNumber)
         return true;
     // The joiners and the marks beside letters that internationalised names may hold; emoji.
     constexpr std::array<char32_t, 11> others = {0xB7,  0x375,  0x5F3,  0x5F4,  0x6FD, 0x6FE,
                                                  0xF0B, 0x200C, 0x200D, 0x30FB, 0xFF0D};
-    return std::find(others.begin(), others.end(), point) != others.end() ||
-           u_hasBinaryProperty(static_cast<UChar32>(point), UCHAR_EXTENDED_PICTOGRAPHIC) != 0;
+    return std::find(others.begin(), others.end(), point) != others.end() || character.isPictographic;
 }
 
 bool isIdeographicDot(char32_t point)

@@ -1,13 +1,11 @@
 #include <VelmoraCore/Hosts/HostName.h>
+#include <VelmoraCore/Hosts/InternationalName.h>
 #include <VelmoraCore/QueryItem.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
 #include <VelmoraCore/Unicode.h>
 
-#include <unicode/uidna.h>
-
 #include <algorithm>
-#include <array>
-#include <memory>
+#include <optional>
 
 namespace velmora {
 
@@ -17,20 +15,6 @@ namespace {
 // least half as many as bytes in UTF-8.
 constexpr std::size_t longestInternationalName = 512;
 
-struct CloseIdna {
-    void operator()(UIDNA *idna) const { uidna_close(idna); }
-};
-
-const UIDNA *domainNameRules()
-{
-    static const std::unique_ptr<UIDNA, CloseIdna> rules = [] {
-        UErrorCode error = U_ZERO_ERROR;
-        return std::unique_ptr<UIDNA, CloseIdna>(uidna_openUTS46(
-            UIDNA_CHECK_BIDI | UIDNA_CHECK_CONTEXTJ | UIDNA_NONTRANSITIONAL_TO_ASCII, &error));
-    }();
-    return rules.get();
-}
-
 bool isAscii(std::string_view text)
 {
     return std::none_of(text.begin(), text.end(),
@@ -39,17 +23,8 @@ bool isAscii(std::string_view text)
 
 std::string asciiSpelling(std::string_view name)
 {
-    if (name.size() <= longestInternationalName && domainNameRules() != nullptr) {
-        std::array<char, longestInternationalName * 2> spelling{};
-        UIDNAInfo info = UIDNA_INFO_INITIALIZER;
-        UErrorCode error = U_ZERO_ERROR;
-        const int32_t length =
-            uidna_nameToASCII_UTF8(domainNameRules(), name.data(), static_cast<int32_t>(name.size()),
-                                   spelling.data(), static_cast<int32_t>(spelling.size()), &info, &error);
-        if (U_SUCCESS(error) && info.errors == 0)
-            return {spelling.data(), static_cast<std::size_t>(length)};
-    }
-    return canonicalForm(lowercased(name));
+    const auto spelling = name.size() <= longestInternationalName ? asciiName(name) : std::nullopt;
+    return spelling ? *spelling : canonicalForm(lowercased(name));
 }
 
 std::string_view withoutOuterDots(std::string_view host)

@@ -1,15 +1,13 @@
+#include <VelmoraCore/Hosts/InternationalName.h>
 #include <VelmoraCore/Hosts/TopLevelDomains.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
-#include <VelmoraCore/Text/Utf8.h>
 
 #include <libpsl.h>
-#include <unicode/bytestream.h>
-#include <unicode/normalizer2.h>
-#include <unicode/stringpiece.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <tuple>
 
@@ -62,20 +60,6 @@ bool isAsciiDomain(std::string_view label)
     return isListed(name.data());
 }
 
-// The label as domain names are compared: case folded, compatible forms unified.
-std::string folded(std::string_view label)
-{
-    UErrorCode error = U_ZERO_ERROR;
-    const icu::Normalizer2 *folding = icu::Normalizer2::getNFKCCasefoldInstance(error);
-    const icu::StringPiece piece(label.data(), static_cast<int32_t>(label.size()));
-    std::string result;
-    if (U_SUCCESS(error)) {
-        icu::StringByteSink<std::string> sink(&result);
-        folding->normalizeUTF8(0, piece, sink, nullptr, error);
-    }
-    return U_SUCCESS(error) ? result : std::string(label);
-}
-
 bool isKnown(std::string_view label)
 {
     const auto isNonAscii = [](char c) { return characters::is(c, characters::nonAscii); };
@@ -83,8 +67,8 @@ bool isKnown(std::string_view label)
         return label.size() <= longestLabel && isAsciiDomain(label);
     if (isListed(std::string(label).c_str()))
         return true;
-    const std::string name = folded(label);
-    return name != label && isListed(name.c_str());
+    const std::optional<std::string> name = foldedLabel(label);
+    return name && *name != label && isListed(name->c_str());
 }
 
 // Answers given before. A text names few domains again and again, and the list takes a third of a

@@ -75,4 +75,33 @@ std::size_t utf16Length(std::string_view text)
     return units;
 }
 
+void append(std::string &text, char32_t point)
+{
+    const auto byte = [&text](char32_t value) { text.push_back(static_cast<char>(value)); };
+    if (point < 0x80) {
+        byte(point);
+    } else if (point < 0x800) {
+        byte(0xC0 | point >> 6);
+        byte(0x80 | (point & 0x3F));
+    } else if (point < 0x10000) {
+        byte(0xE0 | point >> 12);
+        byte(0x80 | (point >> 6 & 0x3F));
+        byte(0x80 | (point & 0x3F));
+    } else {
+        byte(0xF0 | point >> 18);
+        byte(0x80 | (point >> 12 & 0x3F));
+        byte(0x80 | (point >> 6 & 0x3F));
+        byte(0x80 | (point & 0x3F));
+    }
+}
+
+std::string encoded(std::u32string_view points)
+{
+    std::string text;
+    text.reserve(points.size() * 2);
+    for (const char32_t point : points)
+        append(text, point);
+    return text;
+}
+
 } // namespace velmora::utf8

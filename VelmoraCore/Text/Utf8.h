@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace velmora::utf8 {
@@ -37,6 +38,10 @@ inline CodePoint decode(std::string_view text, std::size_t at)
 CodePoint decodeBefore(std::string_view text, std::size_t end, std::size_t floor);
 
 bool isWellFormed(std::string_view text);
+
+void append(std::string &text, char32_t point);
+
+std::string encoded(std::u32string_view points);
 
 // How many UTF-16 units a text takes. An ill-formed byte counts as one unit, a replacement character.
 std::size_t utf16Length(std::string_view text);
