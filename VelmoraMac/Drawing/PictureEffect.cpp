@@ -1,13 +1,10 @@
 #include "PictureEffect.h"
 
 #include "PictureFilters.h"
+#include "TextureImage.h"
 
 #include <QQuickWindow>
 #include <QSGImageNode>
-
-// Qt shows the pixels of a layer to its own items only.
-#include <private/qquickitem_p.h>
-#include <private/qsgadaptationlayer_p.h>
 
 #include <algorithm>
 #include <array>
@@ -44,9 +41,9 @@ public:
     }
 
     // `sigma` in pixels.
-    void update(QSGLayer *layer, double sigma, const QRectF &place)
+    void update(QSGDynamicTexture *texture, double sigma, const QRectF &place)
     {
-        layer_ = layer;
+        texture_ = texture;
         level_ = nearestLevel(sigma);
         image_->setRect(place);
         stale_ = true;
@@ -54,7 +51,7 @@ public:
 
     void preprocess() override
     {
-        const bool repainted = layer_ != nullptr && layer_->updateTexture();
+        const bool repainted = texture_ != nullptr && texture_->updateTexture();
         if (repainted)
             levels_.clear();
         if (!repainted && !stale_)
@@ -85,17 +82,18 @@ private:
 
     QImage picture()
     {
-        if (layer_ == nullptr)
+        if (texture_ == nullptr)
             return {};
         if (const auto found = levels_.find(level_); found != levels_.end())
             return found->second;
-        const QImage result = PictureFilters::blurred(layer_->toImage(), blurLevels[level_]);
+        const QImage result = PictureFilters::blurred(reader_.read(texture_), blurLevels[level_]);
         return levels_.emplace(level_, result).first->second;
     }
 
     QQuickWindow *window_;
     QSGImageNode *image_;
-    QPointer<QSGLayer> layer_;
+    QPointer<QSGDynamicTexture> texture_;
+    TextureImage reader_;
     std::size_t level_ = 0;
     std::map<std::size_t, QImage> levels_;
     qint64 shown_ = 0;
@@ -122,8 +120,6 @@ void PictureEffect::setSource(QQuickItem *source)
     release();
     source_ = source;
     if (source_ != nullptr) {
-        // Keeps the layer's item in the scene graph although it is not shown itself.
-        QQuickItemPrivate::get(source_)->refFromEffectItem(false);
         connect(source_, &QObject::destroyed, this, [this] {
             source_ = nullptr;
             update();
@@ -141,7 +137,6 @@ void PictureEffect::release()
     if (followedProvider_)
         followedProvider_->disconnect(this);
     followedProvider_ = nullptr;
-    QQuickItemPrivate::get(source_)->derefFromEffectItem(false);
     source_ = nullptr;
 }
 
@@ -154,7 +149,7 @@ void PictureEffect::setBlurRadius(double radius)
     Q_EMIT blurRadiusChanged();
 }
 
-// Of the layer, which has one only while its window is drawn.
+// Of the source, which has one only while its window is drawn.
 QSGTextureProvider *PictureEffect::provider()
 {
     QSGTextureProvider *provider = source_ != nullptr ? source_->textureProvider() : nullptr;
@@ -175,7 +170,7 @@ QSGNode *PictureEffect::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
     }
     if (node == nullptr)
         node = new EffectNode(window());
-    node->update(qobject_cast<QSGLayer *>(provider->texture()),
+    node->update(qobject_cast<QSGDynamicTexture *>(provider->texture()),
                  blurRadius_ * window()->effectiveDevicePixelRatio(), boundingRect());
     return node;
 }

@@ -5,11 +5,10 @@
 #include <QSGTextureProvider>
 #include <qqmlintegration.h>
 
-// Draws the picture of an item's layer blurred, on the CPU.
+// Draws the picture of an item blurred, on the CPU.
 //
-// For `layer.effect` of any item, with the software scene graph and without `layer.textureMirroring`. The
-// item has to include the margin into which the blur spreads. Blurred pictures are cached by level until the
-// item's picture changes.
+// Its source is a visible ShaderEffectSource, with the software scene graph. The item there has to include the
+// margin into which the blur spreads. Blurred pictures are cached by level until the item's picture changes.
 class PictureEffect : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT

@@ -22,21 +22,15 @@ Item {
     transform: Translate {
         y: root.offsetY * root.travel
     }
-    // The layer is larger than what it holds: a blur spreads beyond it. Not by a source rectangle, which Qt's software
-    // layers misplace on screens with more than one pixel a point.
+    // Larger than what it holds, because a blur spreads beyond it. Drawn through a picture to the very end of the motion:
+    // that and drawing directly differ a little while it is scaled.
     Item {
+        id: page
+
         anchors {
             fill: parent
             margins: -24
         }
-        // To the very end of the motion: what is drawn through a layer and what is drawn directly differ a little while
-        // it is scaled.
-        layer.enabled: motion.moving && !Surroundings.reducedMotion
-        layer.textureMirroring: ShaderEffectSource.NoMirroring
-        layer.effect: PictureEffect {
-            blurRadius: root.blurRadius
-        }
-
         Item {
             id: holder
 
@@ -45,6 +39,23 @@ Item {
                 margins: 24
             }
         }
+    }
+    ShaderEffectSource {
+        id: picture
+
+        readonly property bool used: motion.moving && !Surroundings.reducedMotion
+
+        anchors.fill: page
+        hideSource: used
+        // Invisible, Qt would not paint the picture.
+        opacity: 0
+        sourceItem: used ? page : null
+        textureMirroring: ShaderEffectSource.NoMirroring
+    }
+    PictureEffect {
+        anchors.fill: page
+        blurRadius: root.blurRadius
+        source: picture.used ? picture : null
     }
     SpringValue {
         id: motion
