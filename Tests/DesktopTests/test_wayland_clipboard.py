@@ -128,7 +128,7 @@ class EndTests(SwayTest):
 class StartTests(SwayTest):
     def said(self, environment):
         """What the program says on stderr when it cannot start, and its status."""
-        ended = subprocess.run([PROGRAM], env={"PATH": os.environ["PATH"], **environment}, stdin=subprocess.DEVNULL,
+        ended = subprocess.run([PROGRAM], env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", **environment}, stdin=subprocess.DEVNULL,
                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=TIMEOUT, check=False)
         return ended.stderr.decode(), ended.returncode
 
