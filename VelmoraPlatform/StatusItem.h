@@ -30,10 +30,10 @@ using StatusMenu = std::vector<StatusMenuEntry>;
 class StatusItem {
 public:
     struct Events {
-        std::function<void()> activated;       // Left click; `anchor` gives the position.
-        std::function<void()> menuRequested;   // Right click, when the application has to show the menu.
-        std::function<void()> menuAboutToShow; // The desktop itself opens the exported menu.
-        std::function<void()> activatedByKeys; // As a left click, but the pointer is elsewhere.
+        std::function<void()> activated = {};       // Left click; `anchor` gives the position.
+        std::function<void()> menuRequested = {};   // Right click, when the application has to show the menu.
+        std::function<void()> menuAboutToShow = {}; // The desktop itself opens the exported menu.
+        std::function<void()> activatedByKeys = {}; // As a left click, but the pointer is elsewhere.
     };
 
     virtual ~StatusItem() = default;

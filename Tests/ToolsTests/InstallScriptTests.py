@@ -47,8 +47,9 @@ class InstallScriptTests(unittest.TestCase):
         self.assertEqual(self.run_script(folder).returncode, 0)
         self.assertEqual(self.installed(), {ENTRY, *OTHERS})
         lines = (self.data / ENTRY).read_text().splitlines()
+        options = ("", " --popover", " --settings", " --pause", " --quit")
         self.assertEqual([line for line in lines if line.startswith("Exec=")],
-                         [f'Exec="{folder}/bin/velmora"{option}' for option in ("", " --popover", " --settings", " --pause", " --quit")])
+                         [f'Exec="{folder}/bin/velmora"{option}' for option in options])
         self.assertIn(f"TryExec={folder}/bin/velmora", lines)
         other = self.data / "applications/other.desktop"
         other.write_text("")

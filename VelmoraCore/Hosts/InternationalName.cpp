@@ -165,7 +165,7 @@ bool hasHyphensOfPrefix(std::u32string_view label)
 {
     std::size_t units = 0;
     while (units < 2 && !label.empty()) {
-        units += label.front() > 0xFFFF ? 2 : 1;
+        units += label.front() > 0xFFFF ? 2U : 1U;
         label.remove_prefix(1);
     }
     return units == 2 && label.starts_with(U"--");

@@ -241,7 +241,8 @@ private Q_SLOTS:
     {
         makeShownItem();
         QStringList events;
-        item_->setEvents({[&] { events += u"activated"_s; }, [&] { events += u"menu"_s; }, {}});
+        item_->setEvents(
+            {.activated = [&] { events += u"activated"_s; }, .menuRequested = [&] { events += u"menu"_s; }});
         QCOMPARE(item_->anchor(), std::nullopt);
         askItem(u"Activate"_s, {600, 300});
         QCOMPARE(events, QStringList(u"activated"_s));
@@ -269,7 +270,7 @@ private Q_SLOTS:
     {
         makeShownItem();
         int openings = 0;
-        item_->setEvents({{}, {}, [&] { ++openings; }});
+        item_->setEvents({.menuAboutToShow = [&] { ++openings; }});
         const auto openMenu = [this] {
             ask(DBusMenu::path(), u"com.canonical.dbusmenu"_s, u"AboutToShow"_s, {0});
         };
