@@ -128,8 +128,8 @@ class EndTests(SwayTest):
 class StartTests(SwayTest):
     def said(self, environment):
         """What the program says on stderr when it cannot start, and its status."""
-        ended = subprocess.run([PROGRAM], env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", **environment}, stdin=subprocess.DEVNULL,
-                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=TIMEOUT, check=False)
+        ended = subprocess.run([PROGRAM], env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", **environment}, check=False,
+                               stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT)
         return ended.stderr.decode(), ended.returncode
 
     def test_without_a_desktop_it_says_so(self):

@@ -1,7 +1,6 @@
 #include "PictureEffect.h"
 
 #include "PictureFilters.h"
-#include "TextureImage.h"
 
 #include <QQuickWindow>
 #include <QSGImageNode>
@@ -10,6 +9,7 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -29,9 +29,10 @@ std::size_t nearestLevel(double sigma)
 
 class EffectNode : public QSGNode {
 public:
-    explicit EffectNode(QQuickWindow *window)
+    EffectNode(QQuickWindow *window, std::weak_ptr<TextureImage> reader)
         : window_(window)
         , image_(window->createImageNode())
+        , reader_(std::move(reader))
     {
         setFlag(UsePreprocess);
         image_->setFiltering(QSGTexture::Linear);
@@ -82,18 +83,20 @@ private:
 
     QImage picture()
     {
-        if (texture_ == nullptr)
+        const std::shared_ptr<TextureImage> reader = reader_.lock();
+        if (texture_ == nullptr || !reader)
             return {};
         if (const auto found = levels_.find(level_); found != levels_.end())
             return found->second;
-        const QImage result = PictureFilters::blurred(reader_.read(texture_), blurLevels[level_]);
+        const QImage result = PictureFilters::blurred(reader->read(texture_), blurLevels[level_]);
         return levels_.emplace(level_, result).first->second;
     }
 
     QQuickWindow *window_;
     QSGImageNode *image_;
     QPointer<QSGDynamicTexture> texture_;
-    TextureImage reader_;
+    std::weak_ptr<TextureImage>
+        reader_; // The item's: a node may outlive the application, which a window must not.
     std::size_t level_ = 0;
     std::map<std::size_t, QImage> levels_;
     qint64 shown_ = 0;
@@ -168,8 +171,10 @@ QSGNode *PictureEffect::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
         delete node;
         return nullptr;
     }
+    if (!reader_)
+        reader_ = std::make_shared<TextureImage>();
     if (node == nullptr)
-        node = new EffectNode(window());
+        node = new EffectNode(window(), reader_);
     node->update(qobject_cast<QSGDynamicTexture *>(provider->texture()),
                  blurRadius_ * window()->effectiveDevicePixelRatio(), boundingRect());
     return node;

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "TextureImage.h"
+
 #include <QPointer>
 #include <QQuickItem>
 #include <QSGTextureProvider>
 #include <qqmlintegration.h>
+
+#include <memory>
 
 // Draws the picture of an item blurred, on the CPU.
 //
@@ -41,4 +45,5 @@ private:
     QQuickItem *source_ = nullptr;
     QPointer<QSGTextureProvider> followedProvider_;
     double blurRadius_ = 0;
+    std::shared_ptr<TextureImage> reader_;
 };
