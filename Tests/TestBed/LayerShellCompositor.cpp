@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fractional-scale-server-header.h>
 #include <layer-shell-server-header.h>
+#include <memory>
 #include <utility>
 #include <viewporter-server-header.h>
 #include <wayland-server.h>
@@ -226,8 +227,8 @@ struct LayerShellServer::Compositor::Requests {
 
 LayerShellServer::Compositor::Compositor(const Offer &offered, const QByteArray &path)
     : thread_(path)
+    , bar_(offered.bar)
 {
-    bar_ = offered.bar;
     wl_display_init_shm(thread_.display());
     offer(wl_compositor_interface, 4, Requests::compositorRequests);
     outputs_.reserve(offered.scales.size());
@@ -377,13 +378,13 @@ void LayerShellServer::Compositor::sendLayout(wl_resource *keyboard)
     xkb_context *context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     const xkb_rule_names names = {nullptr, nullptr, "us", nullptr, nullptr};
     xkb_keymap *keymap = xkb_keymap_new_from_names(context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);
-    char *text = xkb_keymap_get_as_string(keymap, XKB_KEYMAP_FORMAT_TEXT_V1);
-    const std::size_t size = std::strlen(text) + 1;
+    const std::unique_ptr<char, decltype(&std::free)> text(
+        xkb_keymap_get_as_string(keymap, XKB_KEYMAP_FORMAT_TEXT_V1), std::free);
+    const std::size_t size = std::strlen(text.get()) + 1;
     const FileDescriptor file(::memfd_create("keyboard-layout", MFD_CLOEXEC));
-    if (::write(file.get(), text, size) == static_cast<ssize_t>(size))
+    if (::write(file.get(), text.get(), size) == static_cast<ssize_t>(size))
         wl_keyboard_send_keymap(keyboard, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, file.get(),
                                 static_cast<std::uint32_t>(size));
-    std::free(text);
     xkb_keymap_unref(keymap);
     xkb_context_unref(context);
 }

@@ -86,7 +86,7 @@ private:
     CompositorThread thread_;
     std::vector<Output> outputs_;
     std::list<Surface> surfaces_;
-    int bar_ = 0;
+    int bar_;
     std::vector<wl_resource *> pointers_;
     std::vector<wl_resource *> keyboards_;
     std::vector<wl_resource *> touchScreens_;

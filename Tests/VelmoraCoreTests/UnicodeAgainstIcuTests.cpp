@@ -18,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <utility>
 
 // The engine's tables and rules have to give the answers of ICU, for every character. A newer ICU knows more
 // characters than the tables do: those are left out.
@@ -148,8 +149,8 @@ std::optional<std::string> icuAsciiName(std::string_view name)
 // Texts of characters that do something to their neighbours, the same ones in every run.
 class RandomTexts {
 public:
-    explicit RandomTexts(const icu::UnicodeString &alphabet)
-        : alphabet_(alphabet)
+    explicit RandomTexts(icu::UnicodeString alphabet)
+        : alphabet_(std::move(alphabet))
     {
     }
 

@@ -106,7 +106,8 @@ void measurePopover()
     stage.state->record(shopResult());
     const double cold = firstFrame(stage);
     std::vector<double> warm;
-    std::vector<Frames> opening, closing;
+    std::vector<Frames> opening;
+    std::vector<Frames> closing;
     for (int round = 0; round < rounds; ++round) {
         stage.clear();
         warm.push_back(firstFrame(stage));

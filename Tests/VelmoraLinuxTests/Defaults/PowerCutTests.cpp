@@ -181,7 +181,7 @@ private Q_SLOTS:
             usage.change();
         usage.close();
         const qsizetype steps = disk.steps();
-        QVERIFY2(disk.syncs() > 4 && usage.recording().durable.size() > 4,
+        QVERIFY2(disk.syncCount() > 4 && usage.recording().durable.size() > 4,
                  "the disk is waited for now and then");
 
         std::mt19937 random(seed);

@@ -165,7 +165,7 @@ qsizetype RecordedDisk::steps() const
     return steps_.size();
 }
 
-qsizetype RecordedDisk::syncs() const
+qsizetype RecordedDisk::syncCount() const
 {
     const std::lock_guard lock(mutex_);
     return std::count_if(steps_.begin(), steps_.end(),

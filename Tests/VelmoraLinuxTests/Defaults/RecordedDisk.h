@@ -27,7 +27,7 @@ public:
 
     // How many steps were taken so far.
     [[nodiscard]] qsizetype steps() const;
-    [[nodiscard]] qsizetype syncs() const;
+    [[nodiscard]] qsizetype syncCount() const;
     // The files as they are after the first `steps` steps and a cut.
     [[nodiscard]] Files afterCut(qsizetype steps, Unsynced unsynced, std::mt19937 &random) const;
 
