@@ -33,7 +33,7 @@ CompositorThread::CompositorThread(const QByteArray &path)
 {
     const FileDescriptor socket = listenAt(path);
     wl_display_add_socket_fd(display_, ::dup(socket.get()));
-    wl_event_loop_add_fd(
+    wakeUps_ = wl_event_loop_add_fd(
         wl_display_get_event_loop(display_), wakeUp_.get(), WL_EVENT_READABLE,
         [](int, std::uint32_t, void *data) {
             static_cast<CompositorThread *>(data)->runTasks();
@@ -45,6 +45,7 @@ CompositorThread::CompositorThread(const QByteArray &path)
 CompositorThread::~CompositorThread()
 {
     end();
+    wl_event_source_remove(wakeUps_);
     wl_display_destroy(display_);
 }
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 struct wl_display;
+struct wl_event_source;
 
 // Where a compositor that a test plays listens and works: a socket, and a thread that answers clients.
 class CompositorThread {
@@ -34,6 +35,7 @@ private:
 
     wl_display *display_;
     FileDescriptor wakeUp_;
+    wl_event_source *wakeUps_; // Has the loop run the tasks.
     std::mutex mutex_;
     std::vector<std::packaged_task<void()>> tasks_;
     std::thread thread_;

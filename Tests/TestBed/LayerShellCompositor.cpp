@@ -87,6 +87,8 @@ struct LayerShellServer::Compositor::Requests {
                 fresh.proxy = make(client, wl_surface_interface, resource, id);
                 wl_resource_set_implementation(fresh.proxy, &surfaceRequests, &fresh, [](wl_resource *gone) {
                     Surface &ended = surface(gone);
+                    if (ended.role != nullptr) // Its client has gone without an order.
+                        wl_resource_set_destructor(ended.role, nullptr);
                     ended.compositor->surfaces_.remove_if(
                         [&ended](const Surface &known) { return &known == &ended; });
                 });
