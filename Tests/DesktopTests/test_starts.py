@@ -64,7 +64,7 @@ class StartTests(test_shell.DesktopTest):
         wait_until("the popover", desktop.popover_for_keys)
         desktop.key("space")  # The switch is the first stop.
         wait_until("the pause", lambda: "Resume Cleaning" in desktop.menu())
-        desktop.key("space")
+        desktop.key("Tab", "shift+Tab", "space")
         wait_until("the end of the pause", lambda: "Pause Cleaning" in desktop.menu())
         self.assertEqual(desktop.typed(), "")
         desktop.key("Escape")
