@@ -61,8 +61,11 @@ Item {
     implicitWidth: 306
     implicitHeight: 386 // Whatever it shows: its window grows first, and the view follows the window.
 
-    Component.onCompleted: playOpeningAnimation()
-    onHeaderVisibleChanged: if (headerVisible && takesKeyboard) header.takeKeyboard()
+    Component.onCompleted: {
+        playOpeningAnimation();
+        if (takesKeyboard)
+            header.takeKeyboard();
+    }
     Component.onDestruction: steps.startOver()
 
     ViewSteps {
@@ -106,6 +109,7 @@ Item {
         }
         spacing: 12
         opacity: panel.opacity
+        enabled: !root.closing // From the first moment: the order of the stops does not change while it opens.
 
         StaggerRevealModifier {
             shown: root.headerVisible

@@ -79,6 +79,45 @@ private Q_SLOTS:
         QVERIFY(stage.state->telemetryEnabled() != shares);
     }
 
+    void thePopoverTakesKeysFromItsFirstMoment()
+    {
+        for (const auto opened : {0ms, 96ms, 160ms, 224ms, 288ms, 400ms}) {
+            Stage stage({});
+            stage.show(u"PopoverView"_s,
+                       {{u"popoverAnimation"_s, QVariant::fromValue(&stage.popoverAnimation)},
+                        {u"takesKeyboard"_s, true}},
+                       {306, 386});
+            stage.window()->requestActivate();
+            QVERIFY(QTest::qWaitForWindowActive(stage.window()));
+            stage.pass(opened);
+
+            press(stage, Qt::Key_Tab);
+            QCOMPARE(nameOf(stage.window()->activeFocusItem()), u"Verlauf"_s);
+            stage.pass(100ms);
+            QTest::keyClick(stage.window(), Qt::Key_Backtab, Qt::ShiftModifier);
+            QCOMPARE(nameOf(stage.window()->activeFocusItem()), u"Clean copied links"_s);
+            press(stage, Qt::Key_Space);
+            QVERIFY(!stage.state->autoCleanEnabled());
+        }
+    }
+
+    void aClosingPopoverTakesNoKeys()
+    {
+        Stage stage({});
+        stage.show(u"PopoverView"_s,
+                   {{u"popoverAnimation"_s, QVariant::fromValue(&stage.popoverAnimation)},
+                    {u"takesKeyboard"_s, true}},
+                   {306, 386});
+        stage.window()->requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(stage.window()));
+        stage.pass(1s);
+        stage.popoverAnimation.requestClose();
+
+        press(stage, Qt::Key_Space);
+
+        QVERIFY(stage.state->autoCleanEnabled());
+    }
+
     void buttonsAnswerToReturnAndSpace()
     {
         Stage stage({});

@@ -16,7 +16,6 @@ Item {
     readonly property real blurRadius: Surroundings.reducedMotion ? 0 : 8 * Math.max(0, 1 - progress)
     readonly property real travel: Surroundings.reducedMotion ? 0 : 1 - progress
 
-    enabled: shown
     opacity: Math.min(1, Math.max(0, progress))
     scale: 1 - (1 - hiddenScale) * travel
     transform: Translate {
