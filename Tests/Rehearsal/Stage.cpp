@@ -6,7 +6,10 @@
 #include <QFont>
 #include <QGuiApplication>
 #include <QQmlError>
+#include <QQmlIncubationController>
 #include <QtQml/qqmlextensionplugin.h>
+
+#include <limits>
 
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
@@ -125,7 +128,16 @@ void Stage::pass(std::chrono::milliseconds time)
         growPopover(step);
         clock().pass(step);
         QCoreApplication::processEvents();
+        finishIncubation();
     }
+}
+
+// Lists make the rows beyond their view in spare time. Such a row lies unfinished over the first one for that long.
+void Stage::finishIncubation()
+{
+    while (view_->incubationController()->incubatingObjectCount() > 0)
+        view_->incubationController()->incubateFor(std::numeric_limits<int>::max());
+    QCoreApplication::processEvents();
 }
 
 void Stage::growPopover(std::chrono::milliseconds step)

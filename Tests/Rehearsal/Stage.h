@@ -78,6 +78,7 @@ public:
 
 private:
     // The popover's window grows when there is a first result.
+    void finishIncubation();
     void growPopover(std::chrono::milliseconds step);
 
     bool showsPopover_ = false;
