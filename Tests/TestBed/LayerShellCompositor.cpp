@@ -198,31 +198,32 @@ struct LayerShellServer::Compositor::Requests {
 
     static constexpr struct wl_touch_interface touch = {.release = destroy};
 
+    // Makes a device of the seat `resource`, which is among its `devices` for as long as it exists.
+    template<auto devices, typename Implementation>
+    static wl_resource *makeDevice(wl_client *client, wl_resource *resource, std::uint32_t id,
+                                   const wl_interface &interface, const Implementation &implementation)
+    {
+        wl_resource *made = make(client, interface, resource, id);
+        (compositor(resource).*devices).push_back(made);
+        wl_resource_set_implementation(
+            made, &implementation, wl_resource_get_user_data(resource),
+            [](wl_resource *gone) { std::erase(compositor(gone).*devices, gone); });
+        return made;
+    }
+
     static constexpr struct wl_seat_interface seat = {
         .get_pointer =
             [](wl_client *client, wl_resource *resource, std::uint32_t id) {
-                wl_resource *made = make(client, wl_pointer_interface, resource, id);
-                compositor(resource).pointers_.push_back(made);
-                wl_resource_set_implementation(
-                    made, &pointer, wl_resource_get_user_data(resource),
-                    [](wl_resource *gone) { std::erase(compositor(gone).pointers_, gone); });
+                makeDevice<&Compositor::pointers_>(client, resource, id, wl_pointer_interface, pointer);
             },
         .get_keyboard =
             [](wl_client *client, wl_resource *resource, std::uint32_t id) {
-                wl_resource *made = make(client, wl_keyboard_interface, resource, id);
-                compositor(resource).keyboards_.push_back(made);
-                wl_resource_set_implementation(
-                    made, &keyboard, wl_resource_get_user_data(resource),
-                    [](wl_resource *gone) { std::erase(compositor(gone).keyboards_, gone); });
-                sendLayout(made);
+                sendLayout(makeDevice<&Compositor::keyboards_>(client, resource, id, wl_keyboard_interface,
+                                                               keyboard));
             },
         .get_touch =
             [](wl_client *client, wl_resource *resource, std::uint32_t id) {
-                wl_resource *made = make(client, wl_touch_interface, resource, id);
-                compositor(resource).touchScreens_.push_back(made);
-                wl_resource_set_implementation(
-                    made, &touch, wl_resource_get_user_data(resource),
-                    [](wl_resource *gone) { std::erase(compositor(gone).touchScreens_, gone); });
+                makeDevice<&Compositor::touchScreens_>(client, resource, id, wl_touch_interface, touch);
             },
         .release = destroy};
 };

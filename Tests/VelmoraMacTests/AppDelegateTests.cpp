@@ -8,6 +8,7 @@
 #include <Fakes/FakePanels.h>
 #include <Fakes/FakeServices.h>
 #include <Fakes/FakeStatusItem.h>
+#include <Fakes/FakeSurroundings.h>
 #include <Fakes/FakeSystemLanguage.h>
 #include <Fakes/RecordingNotifications.h>
 #include <Runner/RegisteredTest.h>
@@ -26,34 +27,6 @@ public:
     void setActionHandler(ActionHandler) override {}
 };
 
-class FakeWindowManager final : public WindowManager {
-public:
-    void makePanel(QWindow &, const PanelTraits &) override {}
-
-    void giveKeyboard(QWindow &) override {}
-
-    void returnKeyboard(QWindow &) override {}
-
-    void place(QWindow &, const QRect &) override {}
-
-    [[nodiscard]] bool blendsWindows() const override { return true; }
-
-    void setBlendingHandler(std::function<void()>) override {}
-
-    void activate(QWindow &) override {}
-};
-
-class FakeAppearance final : public Appearance {
-public:
-    [[nodiscard]] ColorScheme colorScheme() const override { return ColorScheme::light; }
-
-    [[nodiscard]] bool reducesMotion() const override { return false; }
-
-    [[nodiscard]] bool increasesContrast() const override { return false; }
-
-    void addChangeHandler(ChangeHandler) override {}
-};
-
 // The whole application on a desktop of fakes.
 struct Application {
     Application() { https.replies.assign(20, 200); }
@@ -63,10 +36,10 @@ struct Application {
     FakeSystemLanguage language;
     FakeInstance instance;
     FakeStatusItem item;
-    FakeWindowManager windowManager;
+    PlainWindowManager windowManager;
     FakePointerMonitor pointer;
     FakeScreens screens;
-    FakeAppearance appearance;
+    PlainAppearance appearance;
     RecordingNotifications userNotifications;
     int terminations = 0;
     FakePanels panels;

@@ -37,6 +37,17 @@ void press(Stage &stage, int key)
     stage.pass(16ms);
 }
 
+// Shows the popover as keys open it.
+void openByKeys(Stage &stage)
+{
+    stage.show(
+        u"PopoverView"_s,
+        {{u"popoverAnimation"_s, QVariant::fromValue(&stage.popoverAnimation)}, {u"takesKeyboard"_s, true}},
+        {306, 386});
+    stage.window()->requestActivate();
+    QVERIFY(QTest::qWaitForWindowActive(stage.window()));
+}
+
 } // namespace
 
 // Each thing that a user can do in the windows, with the keys that do it.
@@ -83,12 +94,8 @@ private Q_SLOTS:
     {
         for (const auto opened : {0ms, 96ms, 160ms, 224ms, 288ms, 400ms}) {
             Stage stage({});
-            stage.show(u"PopoverView"_s,
-                       {{u"popoverAnimation"_s, QVariant::fromValue(&stage.popoverAnimation)},
-                        {u"takesKeyboard"_s, true}},
-                       {306, 386});
-            stage.window()->requestActivate();
-            QVERIFY(QTest::qWaitForWindowActive(stage.window()));
+            openByKeys(stage);
+            QVERIFY(stage.window()->isActive());
             stage.pass(opened);
 
             press(stage, Qt::Key_Tab);
@@ -104,12 +111,8 @@ private Q_SLOTS:
     void aClosingPopoverTakesNoKeys()
     {
         Stage stage({});
-        stage.show(u"PopoverView"_s,
-                   {{u"popoverAnimation"_s, QVariant::fromValue(&stage.popoverAnimation)},
-                    {u"takesKeyboard"_s, true}},
-                   {306, 386});
-        stage.window()->requestActivate();
-        QVERIFY(QTest::qWaitForWindowActive(stage.window()));
+        openByKeys(stage);
+        QVERIFY(stage.window()->isActive());
         stage.pass(1s);
         stage.popoverAnimation.requestClose();
 

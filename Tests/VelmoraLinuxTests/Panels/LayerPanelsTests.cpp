@@ -1,15 +1,12 @@
-#include <VelmoraLinux/Panels/LayerPanels.h>
-#include <VelmoraLinux/Time/EventLoopScheduler.h>
+#include "PanelsOnServer.h"
 
 #include <QEvent>
 #include <QImage>
 #include <QTest>
 
 #include <Runner/RegisteredTest.h>
-#include <TestBed/LayerShellServer.h>
 
 #include <layer-shell-client-header.h>
-#include <optional>
 
 using namespace std::chrono_literals;
 using Panel = LayerShellServer::Panel;
@@ -21,25 +18,14 @@ constexpr PanelSurfaceTraits toastTraits = {
 constexpr PanelSurfaceTraits popoverTraits = {.acceptsMouse = true, .takesKeyboard = true};
 } // namespace
 
-class LayerPanelsTests : public QObject {
+class LayerPanelsTests : public QObject, PanelsOnServer {
     Q_OBJECT
 
-    EventLoopScheduler scheduler_;
-    std::optional<LayerShellServer> server_;
-    std::unique_ptr<LayerPanels> panels_;
-    std::unique_ptr<PanelSurface> surface_;
     QSize size_ = toastFrame.size();
     QRgb color_ = 0;
     QImage picture_;
     QList<double> drawn_; // The scales of all pictures so far.
     int removals_ = 0;
-
-    void begin(const LayerShellServer::Offer &offer = {})
-    {
-        server_.emplace(offer);
-        panels_ = LayerPanels::create(scheduler_, server_->display());
-        QVERIFY(panels_);
-    }
 
     void make(const PanelSurfaceTraits &traits, const QRect &frame)
     {
@@ -87,14 +73,7 @@ private Q_SLOTS:
         removals_ = 0;
     }
 
-    void cleanup()
-    {
-        surface_.reset();
-        panels_.reset();
-        if (server_)
-            QCOMPARE(server_->faults(), QStringList());
-        server_.reset();
-    }
+    void cleanup() { end(); }
 
     void withoutTheProtocolThereAreNoPanels()
     {

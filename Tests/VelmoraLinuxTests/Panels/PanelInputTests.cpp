@@ -1,5 +1,4 @@
-#include <VelmoraLinux/Panels/LayerPanels.h>
-#include <VelmoraLinux/Time/EventLoopScheduler.h>
+#include "PanelsOnServer.h"
 
 #include <QImage>
 #include <QKeyEvent>
@@ -9,7 +8,6 @@
 #include <QWheelEvent>
 
 #include <Runner/RegisteredTest.h>
-#include <TestBed/LayerShellServer.h>
 
 #include <layer-shell-client-header.h>
 #include <linux/input-event-codes.h>
@@ -63,23 +61,12 @@ QString describe(const QEvent &event)
 
 } // namespace
 
-class PanelInputTests : public QObject {
+class PanelInputTests : public QObject, PanelsOnServer {
     Q_OBJECT
 
-    EventLoopScheduler scheduler_;
-    std::optional<LayerShellServer> server_;
-    std::unique_ptr<LayerPanels> panels_;
-    std::unique_ptr<PanelSurface> surface_;
     QImage picture_;
     QStringList events_;
     std::function<void()> onEvent_;
-
-    void begin(const LayerShellServer::Offer &offer = {})
-    {
-        server_.emplace(offer);
-        panels_ = LayerPanels::create(scheduler_, server_->display());
-        QVERIFY(panels_);
-    }
 
     void show()
     {
@@ -118,14 +105,7 @@ private Q_SLOTS:
         onEvent_ = nullptr;
     }
 
-    void cleanup()
-    {
-        surface_.reset();
-        panels_.reset();
-        if (server_)
-            QCOMPARE(server_->faults(), QStringList());
-        server_.reset();
-    }
+    void cleanup() { end(); }
 
     void theMouseIsHeard()
     {

@@ -1,3 +1,5 @@
+#include "ViewsOnSurfaces.h"
+
 #include <VelmoraMac/QuickViews/QuickMenuPresenter.h>
 
 #include <QFocusEvent>
@@ -5,11 +7,9 @@
 #include <QMouseEvent>
 #include <QTest>
 
-#include <Fakes/FakeDesktop.h>
-#include <Fakes/FakePanelSurfaces.h>
-#include <Fakes/FakeSurroundings.h>
-#include <Fakes/VirtualTime.h>
 #include <Runner/RegisteredTest.h>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -17,12 +17,7 @@ using namespace Qt::StringLiterals;
 class QuickMenuPresenterTests : public QObject {
     Q_OBJECT
 
-    PlainWindowManager windows_;
-    FakeScreens screens_;
-    PlainAppearance appearance_;
-    FakePanelSurfaces surfaces_;
-    VirtualTime time_;
-    std::unique_ptr<QuickViews> views_;
+    std::optional<ViewsOnSurfaces> desktop_;
     std::unique_ptr<QuickMenuPresenter> menus_;
     QStringList chosen_;
 
@@ -36,9 +31,9 @@ class QuickMenuPresenterTests : public QObject {
         menus_->popUp(menu, QRect(1200, 0, 24, 28), 180);
     }
 
-    [[nodiscard]] FakePanelSurfaces::Record &shown() const { return *surfaces_.records.back(); }
+    [[nodiscard]] FakePanelSurfaces::Record &shown() const { return desktop_->shown(); }
 
-    void input(QEvent &&event) const { shown().handlers.input(event); }
+    void input(QEvent &&event) const { desktop_->input(std::move(event)); }
 
     void press(Qt::Key key, const QString &text = {}) const
     {
@@ -50,22 +45,15 @@ private Q_SLOTS:
     void init()
     {
         chosen_.clear();
-        surfaces_.records.clear();
-        surfaces_.offered = true;
-        views_ = std::make_unique<QuickViews>(QuickViews::Dependencies{.windows = windows_,
-                                                                       .screens = screens_,
-                                                                       .scheduler = time_,
-                                                                       .appearance = appearance_,
-                                                                       .releaseMemory = [] {},
-                                                                       .surfaces = &surfaces_});
-        menus_ = std::make_unique<QuickMenuPresenter>(*views_);
+        desktop_.emplace();
+        menus_ = std::make_unique<QuickMenuPresenter>(desktop_->views);
     }
 
     void cleanup()
     {
         menus_.reset();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        views_.reset();
+        desktop_.reset();
     }
 
     void itStandsBesideTheIconAndHasTheKeyboard()
@@ -74,7 +62,7 @@ private Q_SLOTS:
         QVERIFY(shown().visible);
         QVERIFY(shown().traits.acceptsMouse && shown().traits.takesKeyboard);
         QCOMPARE(shown().frame.top(), 32);
-        QCOMPARE(shown().frame.right(), screens_.workArea.right());
+        QCOMPARE(shown().frame.right(), desktop_->screens.workArea.right());
         QVERIFY(shown().frame.width() >= 180);
         const QImage picture = shown().picture(2);
         QCOMPARE(picture.size(), shown().frame.size() * 2);
@@ -123,10 +111,10 @@ private Q_SLOTS:
     {
         popUp();
         popUp();
-        QCOMPARE(surfaces_.records.size(), std::size_t(1));
+        QCOMPARE(desktop_->surfaces.records.size(), std::size_t(1));
         QVERIFY(!shown().exists);
         popUp();
-        QCOMPARE(surfaces_.records.size(), std::size_t(2));
+        QCOMPARE(desktop_->surfaces.records.size(), std::size_t(2));
         QVERIFY(shown().visible);
     }
 

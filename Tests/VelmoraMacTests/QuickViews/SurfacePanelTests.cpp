@@ -1,15 +1,13 @@
-#include <VelmoraMac/QuickViews/QuickViews.h>
+#include "ViewsOnSurfaces.h"
 
 #include <QFile>
 #include <QKeyEvent>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <Fakes/FakeDesktop.h>
-#include <Fakes/FakePanelSurfaces.h>
-#include <Fakes/FakeSurroundings.h>
-#include <Fakes/VirtualTime.h>
 #include <Runner/RegisteredTest.h>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -24,12 +22,7 @@ class SurfacePanelTests : public QObject {
     Q_OBJECT
 
     QTemporaryDir folder_;
-    PlainWindowManager windows_;
-    FakeScreens screens_;
-    PlainAppearance appearance_;
-    FakePanelSurfaces surfaces_;
-    VirtualTime time_;
-    std::unique_ptr<QuickViews> views_;
+    std::optional<ViewsOnSurfaces> desktop_;
     int cancellations_ = 0;
     int requests_ = 0;
 
@@ -38,17 +31,17 @@ class SurfacePanelTests : public QObject {
         const View view{QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s)),
                         {{u"ground"_s, QColor(Qt::green)}},
                         {{"pressed", [this] { ++requests_; }}}};
-        auto made = views_->makePanel(view, {.size = frame.size(),
-                                             .acceptsMouse = acceptsMouse,
-                                             .cancelled = [this] { ++cancellations_; },
-                                             .followsUser = true});
+        auto made = desktop_->views.makePanel(view, {.size = frame.size(),
+                                                     .acceptsMouse = acceptsMouse,
+                                                     .cancelled = [this] { ++cancellations_; },
+                                                     .followsUser = true});
         made->setFrame(frame, FrameChange::atOnce);
         return made;
     }
 
-    [[nodiscard]] FakePanelSurfaces::Record &shown() const { return *surfaces_.records.back(); }
+    [[nodiscard]] FakePanelSurfaces::Record &shown() const { return desktop_->shown(); }
 
-    void input(QEvent &&event) const { shown().handlers.input(event); }
+    void input(QEvent &&event) const { desktop_->input(std::move(event)); }
 
 private Q_SLOTS:
 
@@ -70,32 +63,23 @@ private Q_SLOTS:
 
     void init()
     {
-        surfaces_.offered = true;
-        surfaces_.records.clear();
-        windows_.panels = 0;
-        appearance_.reduced = false;
         cancellations_ = 0;
         requests_ = 0;
-        views_ = std::make_unique<QuickViews>(QuickViews::Dependencies{.windows = windows_,
-                                                                       .screens = screens_,
-                                                                       .scheduler = time_,
-                                                                       .appearance = appearance_,
-                                                                       .releaseMemory = [] {},
-                                                                       .surfaces = &surfaces_});
+        desktop_.emplace();
     }
 
     void aPanelIsAWindowWhileTheShellOffersNothing()
     {
-        surfaces_.offered = false;
+        desktop_->surfaces.offered = false;
         const auto made = panel();
-        QCOMPARE(windows_.panels, 1);
-        QVERIFY(surfaces_.records.empty());
+        QCOMPARE(desktop_->windows.panels, 1);
+        QVERIFY(desktop_->surfaces.records.empty());
     }
 
     void itsTraitsAreThoseOfThePanel()
     {
         const auto made = panel();
-        QCOMPARE(windows_.panels, 0);
+        QCOMPARE(desktop_->windows.panels, 0);
         QVERIFY(!shown().traits.acceptsMouse);
         QVERIFY(shown().traits.takesKeyboard);
         QVERIFY(shown().traits.followsUser);
@@ -157,7 +141,7 @@ private Q_SLOTS:
 
     void withReducedMotionItGrowsAtOnce()
     {
-        appearance_.reduced = true;
+        desktop_->appearance.reduced = true;
         const auto made = panel();
         made->setFrame(frame.adjusted(0, 0, 0, 150), FrameChange::animated);
         QCOMPARE(shown().frames.size(), std::size_t(2));
@@ -191,9 +175,9 @@ private Q_SLOTS:
         const View view{QUrl::fromLocalFile(folder_.filePath(u"View.qml"_s)),
                         {},
                         {{"pressed", [&made] { made.reset(); }}}};
-        made = views_->makePanel(view, {.size = frame.size(), .acceptsMouse = false});
+        made = desktop_->views.makePanel(view, {.size = frame.size(), .acceptsMouse = false});
         made->orderFront();
-        const auto record = surfaces_.records.back();
+        const auto record = desktop_->surfaces.records.back();
         input(QFocusEvent(QEvent::FocusIn));
         input(QKeyEvent(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, u" "_s));
         QVERIFY(!record->exists);
@@ -204,7 +188,7 @@ private Q_SLOTS:
     {
         const auto made = panel();
         made->orderFront();
-        views_->closeAll();
+        desktop_->views.closeAll();
         QCOMPARE(shown().picture().pixelColor(150, 50).alpha(), 0);
     }
 };
