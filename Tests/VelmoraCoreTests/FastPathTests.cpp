@@ -123,7 +123,11 @@ TEST(FastPath, GivesWhatDetectingEverythingGivesOnTextsMadeOfPieces)
                                                              "*",
                                                              "`",
                                                              "{",
-                                                             "}"});
+                                                             "}",
+                                                             "^",
+                                                             "$",
+                                                             "%22",
+                                                             "mailto:^a@b.com?"});
     Numbers numbers(7);
     for (int round = 0; round < 40000; ++round) {
         std::string text;

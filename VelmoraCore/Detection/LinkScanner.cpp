@@ -406,7 +406,8 @@ bool LinkScanner::mailLink(std::size_t mark, FoundLink &link)
     link.begin = begin;
     link.end = run.begin + host.end;
     link.query = link.fragment = link.end;
-    if (begin >= scheme.size() &&
+    // What ends in "mailto:" may also be the host of the link before.
+    if (begin - previousEnd_ >= scheme.size() &&
         characters::equalsIgnoringCase(text_.substr(begin - scheme.size(), scheme.size()), scheme)) {
         link.kind = FoundLink::Kind::other;
         link.begin = begin - scheme.size();
