@@ -1,8 +1,7 @@
-#include <VelmoraCore/Detection/LinkScanner.h>
 #include <VelmoraCore/LinkCleaner.h>
-#include <VelmoraCore/Query/LinkQuery.h>
 #include <VelmoraCore/Query/PlainLink.h>
 #include <VelmoraCore/Query/QueryCleaner.h>
+#include <VelmoraCore/Query/TrackedLinkScanner.h>
 #include <VelmoraCore/Rules/TrackingRules.h>
 #include <VelmoraCore/Text/ByteSearch.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
@@ -16,7 +15,7 @@ namespace velmora {
 
 namespace {
 
-constexpr std::string_view suppliedScheme = "http://";
+constexpr std::string_view suppliedScheme = "http://"; // What a first link may grow by.
 
 // Finds the links of a text that have something to remove.
 //
@@ -26,9 +25,8 @@ class TrackedLinks {
 public:
     TrackedLinks(std::string_view text, TextExtent extent, const TrackingRules &rules)
         : text_(text)
-        , extent_(extent)
         , rules_(rules)
-        , scanner_(text, 0, 0)
+        , found_(rules, text, extent, 0, 0)
         , plain_(text, extent)
     {
     }
@@ -37,7 +35,7 @@ public:
     bool next()
     {
         while (true) {
-            if (!isPlain_ && nextOfWord())
+            if (!isPlain_ && found_.next())
                 return true;
             const std::size_t mark = findQueryMark(text_, wordEnd_);
             if (mark == text_.size())
@@ -50,63 +48,35 @@ public:
                     return true;
             } else {
                 wordEnd_ = findBlank(text_, mark + 1);
-                scanner_ = LinkScanner(text_, word, wordEnd_);
+                found_.look(word, wordEnd_);
             }
         }
     }
 
-    std::size_t begin() const { return isPlain_ ? plain_.begin() : link_.begin; }
+    std::size_t begin() const { return isPlain_ ? plain_.begin() : found_.begin(); }
 
-    std::size_t end() const { return isPlain_ ? plain_.end() : link_.end; }
+    std::size_t end() const { return isPlain_ ? plain_.end() : found_.end(); }
 
     // Appends the text from `from`, which is not behind the link, to the link's end as it is to be.
     void rewrite(std::size_t from, std::string &output, CleaningVisitor *visitor) const
     {
         const std::size_t linkBegin = output.size() + begin() - from;
-        if (isPlain_)
+        if (isPlain_) {
             plain_.rewrite(from, output, visitor);
-        else
-            rewriteFound(from, output, visitor);
+        } else {
+            output.append(text_, from, found_.begin() - from);
+            found_.rewrite(output, visitor);
+        }
         if (visitor != nullptr)
             visitor->visitCleanedLink(begin(), end() - begin(), std::string_view(output).substr(linkBegin));
     }
 
 private:
-    // The next one of a word that is no plain link; such a word holds no other.
-    bool nextOfWord()
-    {
-        while (scanner_.next(link_)) {
-            if (!isWeb() || link_.keptAsWritten || link_.query == link_.fragment)
-                continue;
-            query_.emplace(rules_, text_, extent_, link_);
-            if (query_->isTracked())
-                return true;
-        }
-        return false;
-    }
-
-    bool isWeb() const
-    {
-        return link_.kind == FoundLink::Kind::web || link_.kind == FoundLink::Kind::bareWeb;
-    }
-
-    void rewriteFound(std::size_t from, std::string &output, CleaningVisitor *visitor) const
-    {
-        output.append(text_, from, link_.begin - from);
-        if (link_.kind == FoundLink::Kind::bareWeb)
-            output += suppliedScheme;
-        output.append(text_, link_.begin, link_.query - link_.begin);
-        query_->rewrite(output, visitor);
-        output.append(text_, link_.fragment, link_.end - link_.fragment);
-    }
-
     std::string_view text_;
-    TextExtent extent_;
     const TrackingRules &rules_;
     std::size_t wordEnd_ = 0; // Of the last word that was looked at.
-    LinkScanner scanner_;     // Of the links in that word, if it is not a plain one.
-    FoundLink link_;
-    std::optional<LinkQuery> query_;
+    TrackedLinkScanner
+        found_; // The links in that word, if it is not a plain one; such a word holds no other.
     PlainLink plain_;
     bool isPlain_ = false; // The current link is the plain one.
 };

@@ -1,7 +1,6 @@
 #include "ReferenceCleaning.h"
 
-#include <VelmoraCore/Detection/LinkScanner.h>
-#include <VelmoraCore/Query/LinkQuery.h>
+#include <VelmoraCore/Query/TrackedLinkScanner.h>
 #include <VelmoraCore/Rules/TrackingRules.h>
 
 #include <optional>
@@ -33,23 +32,13 @@ private:
 
 std::vector<velmora::LinkEdit> referenceEdits(const velmora::LinkCleaner &cleaner, std::string_view text)
 {
-    using Kind = velmora::FoundLink::Kind;
     const velmora::TrackingRules rules(cleaner.configuration());
     std::vector<velmora::LinkEdit> edits;
-    velmora::LinkScanner scanner(text);
-    for (velmora::FoundLink link; scanner.next(link);) {
-        if ((link.kind != Kind::web && link.kind != Kind::bareWeb) || link.keptAsWritten ||
-            link.query == link.fragment)
-            continue;
-        const velmora::LinkQuery query(rules, text, velmora::TextExtent::whole, link);
-        if (!query.isTracked())
-            continue;
-        velmora::LinkEdit edit{
-            link.begin, link.end - link.begin, link.kind == Kind::bareWeb ? "http://" : "", {}};
-        edit.replacement += text.substr(link.begin, link.query - link.begin);
+    velmora::TrackedLinkScanner links(rules, text, velmora::TextExtent::whole, 0, text.size());
+    while (links.next()) {
+        velmora::LinkEdit edit{links.begin(), links.end() - links.begin(), {}, {}};
         Items items(edit);
-        query.rewrite(edit.replacement, &items);
-        edit.replacement += text.substr(link.fragment, link.end - link.fragment);
+        links.rewrite(edit.replacement, &items);
         edits.push_back(edit);
     }
     return edits;

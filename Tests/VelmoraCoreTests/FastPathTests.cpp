@@ -28,6 +28,7 @@ void expectSameAsReference(std::string_view text)
     EXPECT_EQ(edits, referenceEdits(cleaner(), text)) << text.substr(0, 200);
     const LinkCleaningResult result = cleaner().clean(text);
     EXPECT_EQ(result.didChange(), !edits.empty());
+    EXPECT_EQ(cleaner().clean(result.cleanedText).cleanedText, result.cleanedText) << text.substr(0, 200);
     // A piece of a stream may be a link and nothing else, but is never all there is.
     const LinkCleaningResult amongOthers = cleaner().clean("x " + std::string(text));
     std::string appended = "x ";

@@ -37,9 +37,8 @@ struct FoundLink {
 // The rules are those of Unicode's link detection standard, with these decisions of our own, in order of
 // precedence:
 // - "<" and ">" end every link, as white space and controls do.
-// - A web link that ends early costs at most a tracker, one that ends late costs the user's text: webTail
-// says
-//   what else ends one.
+// - A web link that ends early costs at most a tracker, one that ends late costs the user's text: `webTail` says what
+//   else ends one.
 // - Links with a scheme may have a user, a port, a name that is no known domain or holds symbols, an IP
 // address.
 // - Without a scheme a host needs a known top-level domain, or has to begin with "www.". In prose of a script

@@ -35,12 +35,12 @@ std::string_view valueOf(const QueryItem &item)
     return item.value.value_or(std::string_view());
 }
 
-// Decoded, or as written where that is not to be read.
-std::string readable(std::string_view text)
+// Appends the text decoded, or as written where that is not to be read.
+void appendReadable(std::string &key, std::string_view text)
 {
-    if (text.find('%') == std::string_view::npos)
-        return std::string(text);
-    return percentDecoded(text).value_or(std::string(text));
+    const std::optional<std::string> decoded =
+        text.find('%') == std::string_view::npos ? std::nullopt : percentDecoded(text);
+    key += decoded ? std::string_view(*decoded) : text;
 }
 
 void appendKey(std::string &key, const QueryItem &item)
@@ -50,7 +50,10 @@ void appendKey(std::string &key, const QueryItem &item)
         key.append(1, '=').append(valueOf(item));
         return;
     }
-    key += canonicalForm(lowercased(readable(item.name)) + '=' + readable(valueOf(item)));
+    appendReadable(key, item.name);
+    key = lowercased(key).append(1, '=');
+    appendReadable(key, valueOf(item));
+    key = canonicalForm(std::move(key));
 }
 
 } // namespace

@@ -39,8 +39,11 @@ QueryCleaner LinkQuery::cleaner() const
 
 bool LinkQuery::decide()
 {
-    return query_.isTracked() && !breaksQuotedPrintableLine(text_, link_.query, link_.end) && leaveToText() &&
-           !wouldJoin();
+    if (!query_.isTracked() || breaksQuotedPrintableLine(text_, link_.query, link_.end) || !leaveToText())
+        return false;
+    const bool isJoinable = hasNeighbours();
+    mayMoveEnds_ = isJoinable || holdsLink();
+    return !isJoinable || !wouldJoin();
 }
 
 // Shortens the link. False when the link has to stay whole.
@@ -60,8 +63,19 @@ bool LinkQuery::leaveToText()
     return query_.isTracked();
 }
 
-// Whether the text behind the link would become part of it, and a parameter with it that is no link's now.
-bool LinkQuery::wouldJoin() const
+// Its "=" is written as an escape when it stands in a value, and no longer says that the link belongs to it.
+bool LinkQuery::holdsLink() const
+{
+    return text_.substr(link_.query, link_.fragment - link_.query).find("://") != std::string_view::npos;
+}
+
+std::size_t LinkQuery::endOfNeighbours(std::string_view text, std::size_t linkEnd)
+{
+    return findBlank(text.substr(0, std::min(text.size(), linkEnd + wideWindow)), linkEnd);
+}
+
+// Whether what follows directly may become part of the link, and a parameter with it.
+bool LinkQuery::hasNeighbours() const
 {
     if (link_.fragment != link_.end || link_.end == text_.size())
         return false;
@@ -70,12 +84,14 @@ bool LinkQuery::wouldJoin() const
         return false;
     if (next == '"' && (link_.end + 1 == text_.size() || !isWordCharacter(text_[link_.end + 1])))
         return false;
-    const std::size_t wordEnd =
-        findBlank(text_.substr(0, std::min(text_.size(), link_.end + wideWindow)), link_.end);
-    const std::string_view tail = text_.substr(link_.end, wordEnd - link_.end);
-    if (tail.find_first_of("?&") == std::string_view::npos)
-        return false;
+    const std::string_view tail = text_.substr(link_.end, endOfNeighbours(text_, link_.end) - link_.end);
+    return tail.find_first_of("?&") != std::string_view::npos;
+}
 
+// Whether the text behind the link would become part of it, and a parameter with it that is no link's now.
+bool LinkQuery::wouldJoin() const
+{
+    const std::string_view tail = text_.substr(link_.end, endOfNeighbours(text_, link_.end) - link_.end);
     const std::size_t before = std::min(link_.begin - link_.previousEnd, window);
     std::string joined(text_.substr(link_.begin - before, before));
     if (link_.kind == FoundLink::Kind::bareWeb)
@@ -101,8 +117,7 @@ bool LinkQuery::isCleanedByItself(std::size_t query) const
 {
     if (query < foundEnd_)
         return false;
-    const std::size_t wordEnd = findBlank(text_.substr(0, std::min(text_.size(), query + wideWindow)), query);
-    LinkScanner scanner(text_, foundEnd_, wordEnd);
+    LinkScanner scanner(text_, foundEnd_, endOfNeighbours(text_, query));
     FoundLink next;
     return scanner.next(next) && next.query == query && next.query < next.fragment && !next.keptAsWritten &&
            (next.kind == FoundLink::Kind::web || next.kind == FoundLink::Kind::bareWeb) &&

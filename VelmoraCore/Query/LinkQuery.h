@@ -25,6 +25,13 @@ public:
     // Whether anything is to be removed.
     bool isTracked() const { return isTracked_; }
 
+    // Whether the query holds a tracking parameter, removed or not, and taking it away may change where links end, up
+    // to `endOfNeighbours`: what follows may become part of this one, or a link within it be one of its own.
+    bool mayMoveEnds() const { return mayMoveEnds_; }
+
+    // Where the word ends that a link with this end stands in, a fixed number of bytes behind it at most.
+    static std::size_t endOfNeighbours(std::string_view text, std::size_t linkEnd);
+
     // For a tracked query: appends the new query with its "?", or nothing if no parameter is left, and shows
     // the removed parameters to the visitor, if there is one.
     void rewrite(std::string &output, CleaningVisitor *visitor) const;
@@ -35,6 +42,8 @@ private:
     bool endsLink() const { return link_.fragment == link_.end; }
 
     bool leaveToText();
+    bool hasNeighbours() const;
+    bool holdsLink() const;
     bool wouldJoin() const;
     bool isCleanedByItself(std::size_t query) const;
     QueryCleaner cleaner() const;
@@ -45,6 +54,7 @@ private:
     FoundLink &link_;
     std::size_t foundEnd_; // Of the link as it was found.
     QueryCleaner query_;
+    bool mayMoveEnds_ = false;
     bool isTracked_;
 };
 
