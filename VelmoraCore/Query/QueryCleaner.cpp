@@ -54,11 +54,11 @@ public:
     }
 
     // A link finder leaves out what ends like a sentence or a bracket. Where another parameter stood behind
-    // such an end its last character is escaped, so that the link that is found next time is the same. An "="
-    // behind an open bracket made that no end; it has been written as an escape.
+    // such an end its last character is escaped, so that the link that is found next time is the same. So it is
+    // where that end, or an "=" behind the bracket, is written in another way than it was.
     void finish()
     {
-        if ((wasLast_ && !heldEqualsSign_) || !place_.endsLink || last_ == link_.size() ||
+        if ((wasLast_ && isAsWritten_) || !place_.endsLink || last_ == link_.size() ||
             std::string_view(link_).substr(last_) == separatorRest)
             return;
         escapeOpenBrackets(link_, last_);
@@ -83,12 +83,12 @@ private:
     void appendEscaping(std::string_view text)
     {
         last_ = link_.size();
-        heldEqualsSign_ = text.find('=') != std::string_view::npos;
         appendQueryText(link_, text);
         for (const char mark : place_.endMarks) {
             if (mark != '\0')
                 keepEscaped(link_, last_, text, mark);
         }
+        isAsWritten_ = std::string_view(link_).substr(last_) == text;
     }
 
     bool isEndMark(char c) const
@@ -101,9 +101,9 @@ private:
     CleaningVisitor *visitor_;
     KeptItems kept_;
     char separator_ = '?';
-    std::size_t last_; // Where the last name or value begins that was written.
-    bool heldEqualsSign_ = false;
-    bool wasLast_ = false; // Nothing was left out behind it.
+    std::size_t last_;        // Where the last name or value begins that was written.
+    bool isAsWritten_ = true; // That name or value.
+    bool wasLast_ = false;    // Nothing was left out behind it.
 };
 
 } // namespace
