@@ -4,18 +4,11 @@
 #include <VelmoraCore/Text/Utf8.h>
 #include <VelmoraCore/Unicode.h>
 
-#include <algorithm>
 #include <optional>
 
 namespace velmora {
 
 namespace {
-
-bool isAscii(std::string_view text)
-{
-    return std::none_of(text.begin(), text.end(),
-                        [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
-}
 
 // The only letter whose lower case is more than one code point: "i" and a dot above.
 constexpr char32_t dottedCapitalI = 0x130;
@@ -49,6 +42,25 @@ char32_t lowercased(char32_t point)
     if (point == utf8::illFormed || hasNoCases(point))
         return point;
     return point == dottedCapitalI ? U'i' : lowerCase(point);
+}
+
+// The lower case of a text that is `lower` up to `at`, where the first letter stands whose lower case is not ASCII.
+std::string withOtherCases(std::string_view lower, std::string_view text, std::size_t at)
+{
+    std::string result(lower.substr(0, at));
+    while (at < text.size()) {
+        const utf8::CodePoint point = utf8::decode(text, at);
+        if (point.value < 0x80)
+            result.push_back(characters::lower(text[at]));
+        else if (point.value == utf8::illFormed)
+            result.push_back(text[at]);
+        else
+            utf8::append(result, lowercased(point.value));
+        if (point.value == dottedCapitalI)
+            utf8::append(result, dotAbove);
+        at += point.length;
+    }
+    return result;
 }
 
 bool isWhitespace(char32_t point)
@@ -148,26 +160,16 @@ bool isControl(ClusterBreak clusterClass)
 
 std::string lowercased(std::string_view text)
 {
-    std::string ascii(text);
-    std::transform(ascii.begin(), ascii.end(), ascii.begin(), characters::lower);
-    if (isAscii(ascii))
-        return ascii;
-    std::string result;
-    result.reserve(text.size());
-    std::size_t copied = 0;
-    for (std::size_t at = 0; at < ascii.size();) {
-        const utf8::CodePoint point = utf8::decode(ascii, at);
-        const char32_t lower = point.value < 0x80 ? point.value : lowercased(point.value);
-        if (lower != point.value) {
-            result.append(ascii, copied, at - copied);
-            utf8::append(result, lower);
-            copied = at + point.length;
-            if (point.value == dottedCapitalI)
-                utf8::append(result, dotAbove);
-        }
+    std::string result(text);
+    for (std::size_t at = 0; at < text.size();) {
+        const utf8::CodePoint point = utf8::decode(text, at);
+        if (point.value < 0x80)
+            result[at] = characters::lower(text[at]);
+        else if (lowercased(point.value) != point.value)
+            return withOtherCases(result, text, at);
         at += point.length;
     }
-    return copied == 0 ? ascii : result.append(ascii, copied);
+    return result;
 }
 
 std::string_view trimmedWhitespace(std::string_view text)

@@ -249,6 +249,15 @@ TEST(LinkCleaner, ComparesNamesAndValuesUnderCanonicalEquivalence)
               "https://e.com/?p%E2%84%AA=1");
 }
 
+TEST(LinkCleaner, KnowsNamesThatBeginWithAnIdeograph)
+{
+    const LinkCleaner cleaner(Configuration({}, {"漢字"}, {"追_"}, {}));
+    EXPECT_EQ(cleaner.clean("https://e.com/?漢字=1&漢=2&追_a=3&字漢=4").cleanedText,
+              "https://e.com/?%E6%BC%A2=2&%E5%AD%97%E6%BC%A2=4");
+    const LinkCleaner all(Configuration({}, {}, {""}, {}));
+    EXPECT_EQ(all.clean("https://e.com/?漢=1").cleanedText, "https://e.com/");
+}
+
 TEST(CleaningText, GivesAnEmptyResultForAnEmptyText)
 {
     EXPECT_EQ(clean(""), (LinkCleaningResult{"", "", {}}));

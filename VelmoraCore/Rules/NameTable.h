@@ -29,6 +29,12 @@ public:
         return (lengths_[first] & lengthBit(name.size())) == 0 ? rolesOfAll_ : find(name);
     }
 
+    // Whether a name that begins with this byte may be known.
+    bool mayBeginWith(char first) const
+    {
+        return rolesOfAll_ != 0 || lengths_[static_cast<unsigned char>(first)] != 0;
+    }
+
 private:
     struct Entry {
         NameKey key;

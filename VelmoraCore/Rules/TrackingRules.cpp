@@ -22,6 +22,12 @@ bool hasCapitals(std::string_view text)
     return std::any_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
+// An ideograph of U+4000 to U+9FFF, which has no cases and no other spelling.
+bool beginsWithIdeograph(std::string_view text)
+{
+    return !text.empty() && text.front() >= '\xE4' && text.front() <= '\xE9';
+}
+
 // The entries as the tables take them. Names and values lose their capitals before they are looked up, so an
 // entry with capitals, which only a field set later can hold, matches nothing.
 std::vector<std::string> tableEntries(const LinkCleanerConfiguration::Strings &texts)
@@ -91,6 +97,8 @@ bool TrackingRules::removesNamed(const QueryItem &item, const LinkHost &host) co
 {
     if (item.plain || findCoded(item.name, 0) == item.name.size())
         return removesKey(item.name, item, host);
+    if (beginsWithIdeograph(item.name) && !names_.mayBeginWith(item.name.front()))
+        return false;
     return removesKey(ruleSpelling(percentDecoded(item.name).value_or(std::string())), item, host);
 }
 
