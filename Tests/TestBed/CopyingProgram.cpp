@@ -1,5 +1,6 @@
 #include "CopyingProgram.h"
 
+#include <QDeadlineTimer>
 #include <QTest>
 
 #include <csignal>
@@ -119,4 +120,24 @@ std::optional<QByteArray> paste(const QProcessEnvironment &environment, const QS
         xclip.exitCode() != 0)
         return std::nullopt;
     return xclip.readAllStandardOutput();
+}
+
+bool copyUnheard(const QProcessEnvironment &environment, const QByteArray &text)
+{
+    QProcess xclip;
+    xclip.setProcessEnvironment(environment);
+    xclip.start(u"xclip"_s, {u"-selection"_s, u"clipboard"_s, u"-i"_s});
+    xclip.write(text);
+    xclip.closeWriteChannel();
+    if (!xclip.waitForFinished())
+        return false;
+    const QDeadlineTimer deadline(20000);
+    QByteArray pasted;
+    while (pasted != text && !deadline.hasExpired()) {
+        xclip.start(u"xclip"_s, {u"-selection"_s, u"clipboard"_s, u"-o"_s});
+        if (!xclip.waitForFinished())
+            return false;
+        pasted = xclip.readAll();
+    }
+    return pasted == text;
 }

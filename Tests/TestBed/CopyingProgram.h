@@ -46,3 +46,6 @@ private:
 // Nothing when the owner refuses that target.
 [[nodiscard]] std::optional<QByteArray> paste(const QProcessEnvironment &environment,
                                               const QString &form = u"UTF8_STRING"_s);
+
+// Copies as another program does, while the event loop of the caller stands still. False on failure.
+[[nodiscard]] bool copyUnheard(const QProcessEnvironment &environment, const QByteArray &text);
