@@ -51,6 +51,13 @@ TEST(LinkDetector, LeavesTheLinkBeforeAMailAddressItsEnd)
     EXPECT_EQ(matches("http://mailto:me@e.com?a"), (Matches{{0, 24, "http://mailto:me@e.com?a"}}));
 }
 
+// A label without an address behind it hides the rest of its word, but not the host that it ends.
+TEST(LinkDetector, FindsAHostThatEndsLikeALabelAtTheBeginning)
+{
+    EXPECT_EQ(matches("www.a.mailto:b www.a.mailto:b"),
+              (Matches{{0, 12, "http://www.a.mailto"}, {15, 12, "http://www.a.mailto"}}));
+}
+
 TEST(LinkDetector, GivesNoHostForLinksWithoutOne)
 {
     EXPECT_EQ(matches("me@e.com"), (Matches{{0, 8, "mailto:me@e.com"}}));

@@ -305,8 +305,10 @@ void LinkScanner::scanPort(Authority &authority) const
 
 bool LinkScanner::mayPrecedeBareHost(std::size_t begin) const
 {
+    if (begin == 0)
+        return true;
     if (begin == floor_)
-        return begin == 0 || text_[begin - 1] != '@';
+        return text_[begin - 1] != '@';
     switch (text_[begin - 1]) {
     case '@':
     case '/':
