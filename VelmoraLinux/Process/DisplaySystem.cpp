@@ -39,7 +39,8 @@ bool answersWayland()
     return connection && connection->roundTrip(patience);
 }
 
-// Not every system installs it along with Qt.
+// Not every system installs it along with Qt. Asked without an application object: the end of one takes with it what Qt's
+// libraries have registered when they were loaded, such as what tells screen readers of windows.
 bool hasWaylandPlugin()
 {
     QStringList folders = QCoreApplication::libraryPaths();
@@ -96,7 +97,6 @@ void complain()
 
 bool DisplaySystem::choose(int argc, char **argv)
 {
-    QCoreApplication probe(argc, argv); // Knows where plugins are. Ends before the real one begins.
     const QByteArray choice = userChoice(argc, argv);
     const QList<QByteArray> platforms = (choice.isEmpty() ? QByteArray("xcb;wayland") : choice).split(';');
     const auto usable = std::find_if(platforms.begin(), platforms.end(), isUsable);
