@@ -4,6 +4,7 @@
 #include <VelmoraMac/Telemetry/TelemetryConfig.h>
 #include <VelmoraMac/Texts/LocalizedStrings.h>
 
+#include <QAccessible>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QQuickWindow>
@@ -72,6 +73,8 @@ int VelmoraMacApp::run()
     if (actionAtStart_)
         delegate_->applicationShouldPerform(*actionAtStart_);
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, qApp, [this] { finish(); });
+    // Screen readers learn of the program now. With the first view they would miss the notice that it is.
+    QAccessible::setRootObject(qApp);
     platform_.scheduler.after(startingTime, platform_.releaseMemory);
     const int status = QCoreApplication::exec();
     views_.closeAll(); // They use the state, which is destroyed first.
