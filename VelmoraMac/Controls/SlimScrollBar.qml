@@ -10,6 +10,7 @@ T.ScrollBar {
     padding: 2
     visible: size < 1
     minimumSize: 0.08
+    Accessible.ignored: true // Its view is scrolled by keys, and follows what has the keyboard.
 
     contentItem: RoundedBox {
         implicitWidth: 6

@@ -39,6 +39,7 @@ TextureImage::TextureImage()
     , item_(std::make_unique<TextureItem>())
 {
     window_.setColor(Qt::transparent);
+    window_.setFlags(Qt::Popup); // Never shown: other windows would be told of to assistive tools.
     item_->setParentItem(window_.contentItem());
 }
 

@@ -62,6 +62,7 @@ Column {
                 activeFocusOnTab: true
                 Accessible.role: Accessible.EditableText
                 Accessible.readOnly: true
+                Accessible.editable: false
                 Accessible.multiLine: true
                 Accessible.name: root.caption
             }

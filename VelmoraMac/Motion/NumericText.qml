@@ -6,12 +6,12 @@ import VelmoraMac
 Item {
     id: root
 
-    required property double value
+    required property double number
     required property real pointSize
     property real maximumWidth: Infinity
     property int weight: Font.Bold
     property color color: "black"
-    readonly property string text: value.toFixed(0)
+    readonly property string text: number.toFixed(0)
     // Whole, because fonts have whole sizes and a fraction would be rounded up.
     readonly property int fittedSize: Math.floor(pointSize * Math.min(1, maximumWidth / Math.max(1, whole.advanceWidth)))
 

@@ -5,11 +5,14 @@
 #include <QQmlComponent>
 #include <QQuickRenderTarget>
 
+using namespace Qt::StringLiterals;
+
 OffscreenView::OffscreenView(QQmlEngine &engine, const View &view)
     : control_(std::make_unique<QQuickRenderControl>())
     , window_(control_.get())
 {
     window_.setColor(Qt::transparent);
+    window_.setTitle(u"Velmora"_s); // Read by assistive tools.
     QQmlComponent component(&engine, view.source);
     QObject *root = component.createWithInitialProperties(view.properties);
     root_.reset(qobject_cast<QQuickItem *>(root));

@@ -37,7 +37,7 @@ RoundedBox {
         }
         NumericText {
             objectName: "value"
-            value: root.value
+            number: root.value
             pointSize: 20
             maximumWidth: column.width
             color: root.tint
