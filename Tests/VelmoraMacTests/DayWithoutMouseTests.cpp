@@ -1,4 +1,5 @@
 #include <QQuickWindow>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <Rehearsal/ItemTree.h>
@@ -165,6 +166,25 @@ private Q_SLOTS:
         QVERIFY(list->property("contentY").toDouble() > start);
     }
 
+    void tabLeavesTheDomainEditorInBothDirections()
+    {
+        Stage stage({});
+        fillHistory(stage, 1); // Else there is no domain to add, and its button is off.
+        stage.showSettings(AppTab::cleaning);
+        stage.window()->requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(stage.window()));
+        const QStringList round{u"Settings"_s, u"Ignored Domains"_s, u"Ignore last domain"_s};
+        QVERIFY(tabTo(stage, round.front()));
+        for (const QString &name : {round[1], round[2], round[0]}) {
+            press(stage, Qt::Key_Tab);
+            QCOMPARE(nameOf(stage.window()->activeFocusItem()), name);
+        }
+        for (const QString &name : {round[2], round[1], round[0]}) {
+            press(stage, Qt::Key_Backtab);
+            QCOMPARE(nameOf(stage.window()->activeFocusItem()), name);
+        }
+    }
+
     void escapeAndControlWCloseTheSettings()
     {
         for (const bool isEscape : {true, false}) {
@@ -197,6 +217,21 @@ private Q_SLOTS:
             QVERIFY2(before != stage.picture(), qPrintable(stops.last()));
         }
         QVERIFY2(!stops.contains(QString()), qPrintable(stops.join(u", "_s)));
+    }
+
+    void whatIsOffCannotBePressedByAssistiveToolsEither()
+    {
+        for (const int cleanings : {0, 1}) {
+            Stage stage({});
+            fillHistory(stage, cleanings);
+            QQuickItem *button =
+                ItemTree::control(*stage.showSettings(AppTab::cleaning), u"Ignore last domain"_s);
+            QCOMPARE(button->isEnabled(), cleanings > 0);
+            const QSignalSpy pressed(button, SIGNAL(clicked()));
+            QAccessible::queryAccessibleInterface(button)->actionInterface()->doAction(
+                QAccessibleActionInterface::pressAction());
+            QCOMPARE(pressed.count(), cleanings);
+        }
     }
 
     void tabsAreSelectedAndChoicesChecked()

@@ -46,9 +46,9 @@ Item {
             selectByMouse: true
             textFormat: TextEdit.PlainText
             wrapMode: TextEdit.Wrap
-            KeyNavigation.priority: KeyNavigation.BeforeItem
-            KeyNavigation.tab: nextItemInFocusChain(true)
-            KeyNavigation.backtab: nextItemInFocusChain(false)
+            // Asked when they are pressed: while the page is made, nothing around it has its place yet.
+            Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+            Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
             Accessible.role: Accessible.EditableText
             Accessible.multiLine: true
             Accessible.name: root.label
