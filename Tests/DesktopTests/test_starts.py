@@ -77,6 +77,33 @@ class StartTests(test_shell.DesktopTest):
         wait_until("the history", lambda: desktop.settings_window() or desktop.key("Tab", "Return"))
         wait_until("the popover's end", lambda: not desktop.popover())
 
+    def test_every_window_carries_the_icon(self):
+        desktop = self.started()
+        self.run_again(desktop, "--settings")
+        wait_until("the settings window", desktop.settings_window)
+        self.run_again(desktop, "--popover")
+        wait_until("the popover", desktop.popover)
+        desktop.copy(test_shell.TRACKED)
+        wait_until("the toast", desktop.toast)
+        windows = [window for window in desktop.windows() if window.rect.width > 1]
+        self.assertGreaterEqual(len(windows), 2)
+        for window in windows:
+            pictures = self.icon_pictures(desktop.person.words("_NET_WM_ICON", window.number))
+            self.assertLessEqual({(16, 16), (32, 32), (64, 64)}, set(pictures), window)
+            for size, pixels in pictures.items():
+                opaque = sum(pixel >> 24 & 255 == 255 for pixel in pixels)
+                self.assertTrue(0.5 * len(pixels) < opaque < len(pixels), (window, size))  # Drawn, with round corners.
+                self.assertGreater(len(set(pixels)), 16, (window, size))
+
+    @staticmethod
+    def icon_pictures(words):
+        found = {}
+        while words:
+            width, height = words[:2]
+            found[width, height] = words[2:2 + width * height]
+            words = words[2 + width * height:]
+        return found
+
     def test_a_popover_that_keys_opened_closes_when_they_go_elsewhere(self):
         desktop = self.started()
         self.run_again(desktop, "--popover")

@@ -14,6 +14,7 @@ import sys
 import tempfile
 import unittest
 
+from accessibility_bus import AccessibilityBus
 from update_server import Certificate, UpdateServer
 from x11_desktop import Desktop, wait_until
 
@@ -305,6 +306,38 @@ class UpdateTests(UpdateTest):
         for process in ours:
             self.desktop.stop(process, signal.SIGKILL)
         wait_until("the name to be free", lambda: not self.running())
+
+
+class ScreenReaderTests(UpdateTest):
+    def read_and_press(self, language, check, found, skip, remind, install, ready, later):
+        self.install(self.publisher.tarball("1"))
+        self.publisher.announce("2", self.publisher.tarball("2"))
+        self.desktop.env["LC_ALL"] = language
+        bus = AccessibilityBus(self.desktop.env["DBUS_SESSION_BUS_ADDRESS"])
+        self.addCleanup(bus.close)
+        pid = self.start()
+        for answer in (remind, install):
+            wait_until("the menu's entry", lambda: check in self.desktop.menu())
+            self.desktop.choose(check)
+            wait_until(found, lambda: bus.named(found, "label"))
+            buttons = {element.name for element in bus.elements() if element.role == "push button"}
+            self.assertEqual(buttons, {skip, remind, install})
+            self.assertTrue(bus.press(bus.control(answer)))
+            if answer == remind:
+                wait_until("the window's end", lambda: not self.window())
+        wait_until(ready, lambda: bus.named(ready, "label"))
+        self.assertTrue(bus.press(wait_until(later, lambda: bus.control(later))))
+        wait_until("the window's end", lambda: not self.window())
+        self.assert_undisturbed(pid)
+        self.assertEqual(self.desktop.log("velmora"), "")
+
+    def test_the_window_is_read_and_pressed_in_english(self):
+        self.read_and_press("C.UTF-8", CHECK, "Velmora 2.0 is here", "Skip This Version", "Remind Me Later", "Install Update",
+                            "Velmora 2.0 is ready", "Later")
+
+    def test_the_window_is_read_and_pressed_in_german(self):
+        self.read_and_press("de_DE.UTF-8", "Nach Updates suchen...", "Velmora 2.0 ist da", "Diese Version überspringen",
+                            "Später erinnern", "Installieren", "Velmora 2.0 ist bereit", "Später")
 
 
 if __name__ == "__main__":

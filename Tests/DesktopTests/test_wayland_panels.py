@@ -6,6 +6,7 @@ Usage: test_wayland_panels.py PROGRAM [unittest arguments]
 import sys
 import unittest
 
+from accessibility_bus import AccessibilityBus
 from sway_desktop import SwayDesktop, as_ordinary_user
 from x11_desktop import SIZE, wait_until
 from x11_person import Rect
@@ -14,6 +15,7 @@ PROGRAM = ""
 TRACKED = "https://shop.example/item?id=1&utm_source=mail&fbclid=abc"
 CLEANED = "https://shop.example/item?id=1"
 TOAST = (342, 86)
+ALERTS = ("alert", "alert message", "notification")  # As Qt's versions call the one role.
 POPOVER, GROWN = (306, 386), (306, 536)
 
 
@@ -49,6 +51,17 @@ class ToastTests(PanelTest):
         self.wait_for(desktop, self.toast_frame(desktop))
         self.assertEqual(desktop.arranged_windows(), [])
         wait_until("its end", lambda: not desktop.seen())
+
+    def test_it_announces_itself_to_screen_readers(self):
+        desktop = self.start()
+        bus = AccessibilityBus(desktop.env["DBUS_SESSION_BUS_ADDRESS"])
+        self.addCleanup(bus.close)
+        wait_until("the program on the bus", bus.elements)
+        bus.listen()
+        desktop.copy_natively(TRACKED)
+        wait_until("the announcement", lambda: any(
+            (kind, what, number) == ("StateChanged", "showing", 1) and element and element.role in ALERTS
+            and element.name == "Cleaned, 2 removed" for kind, what, number, element in bus.heard()))
 
     def test_it_takes_neither_keys_nor_clicks(self):
         desktop = self.start()

@@ -9,6 +9,7 @@ VIEWABLE = 2
 INPUT_SHAPE = 2
 REPLACE = 0
 ANY_PROPERTY, Z_PIXMAP, ALL_PLANES = 0, 2, ctypes.c_ulong(-1)
+MOST_WORDS = 1 << 20  # Of a property; icons are large.
 
 Handle, Number, Pointer = ctypes.c_ulong, ctypes.c_int, ctypes.c_void_p
 LIBRARY.XOpenDisplay.restype = Pointer
@@ -116,7 +117,7 @@ class Person:
     def _property(self, name, window, size):
         data = ctypes.POINTER(ctypes.c_ubyte if size == 8 else Handle)()
         kind, count, rest, found = Handle(), Handle(), Handle(), Number()
-        LIBRARY.XGetWindowProperty(self.display, Handle(window), self.atom(name), ctypes.c_long(0), ctypes.c_long(1024),
+        LIBRARY.XGetWindowProperty(self.display, Handle(window), self.atom(name), ctypes.c_long(0), ctypes.c_long(MOST_WORDS),
                                    0, Handle(ANY_PROPERTY), ctypes.byref(kind), ctypes.byref(found),
                                    ctypes.byref(count), ctypes.byref(rest), ctypes.byref(data))
         values = data[:count.value] if found.value == size else []
