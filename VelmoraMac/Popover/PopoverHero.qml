@@ -55,6 +55,7 @@ RoundedBox {
     StatusSealIcon {
         id: seal
 
+        objectName: "seal"
         x: 28
         anchors.verticalCenter: parent.verticalCenter
         symbolName: root.symbolName

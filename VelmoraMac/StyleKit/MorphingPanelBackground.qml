@@ -6,8 +6,8 @@ PremiumBackground {
     id: root
 
     property bool expanded: false
-    property real response: 0.28
-    property real dampingFraction: 0.84
+    required property real response
+    required property real dampingFraction
     // 0 in the small shape, 1 when expanded; a little more while the spring overshoots.
     readonly property real progress: morph.value
     readonly property real small: Surroundings.reducedMotion || !Surroundings.blendsWindows ? 0 : 1 - progress

@@ -4,6 +4,9 @@
 #include <Rehearsal/Scenes.h>
 #include <Runner/RegisteredTest.h>
 
+#include <algorithm>
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -123,6 +126,77 @@ private Q_SLOTS:
 
         QVERIFY(texts().contains(u"LINKS 0 0 1 REMOVED"_s));
         QVERIFY(opening < narrow + 0.5 * (number->implicitWidth() - narrow));
+    }
+
+    void thePanelFadesInOnItsSpringAndItsShadeLightens()
+    {
+        Stage stage({});
+        const auto *panel = stage.showPopover()->findChild<QQuickItem *>(u"panel"_s);
+        const auto shade = [panel] { return panel->property("shade").toDouble(); };
+        stage.pass(96ms);
+        QVERIFY2(panel->opacity() > 0.55 && panel->opacity() < 0.85,
+                 qPrintable(QString::number(panel->opacity())));
+        QVERIFY2(shade() > 0.13, qPrintable(QString::number(shade())));
+        stage.pass(2s);
+        QCOMPARE(panel->opacity(), 1.0);
+        QCOMPARE(shade(), 0.1);
+    }
+
+    void theSealLightsUpForAsLongAsTheIconPulses()
+    {
+        Stage stage({});
+        const auto *seal = stage.showPopover()->findChild<QQuickItem *>(u"seal"_s);
+        stage.pass(1s);
+        const auto light = [seal] { return seal->property("light").toDouble(); };
+        QCOMPARE(light(), 0.0);
+        stage.state->record(shopResult());
+        stage.pass(1120ms);
+        QVERIFY2(light() > 0.95, qPrintable(QString::number(light())));
+        stage.pass(400ms);
+        QVERIFY2(light() < 0.5, qPrintable(QString::number(light())));
+    }
+
+    void theSealLeansTowardsThePointer()
+    {
+        Stage stage({});
+        QQuickItem *popover = stage.showPopover();
+        const auto *hero = popover->findChild<QQuickItem *>(u"hero"_s);
+        const auto *seal = popover->findChild<QQuickItem *>(u"seal"_s);
+        const auto middle = [seal] { return seal->mapToScene({seal->width() / 2, seal->height() / 2}); };
+        const auto top = [seal] { return seal->mapToScene({seal->width() / 2, 0}); };
+        QTest::mouseMove(stage.window(), {2, 2});
+        stage.pass(2s);
+        const QPointF rest = middle();
+
+        const QPointF place = hero->mapToScene({0.9 * hero->width(), 0.75 * hero->height()});
+        QTest::mouseMove(stage.window(), place.toPoint());
+        stage.pass(2s);
+        const QPointF shift = middle() - rest;
+        QVERIFY2(std::abs(shift.x() - 6 * 0.8) < 0.2 && std::abs(shift.y() - 6 * 0.5) < 0.2,
+                 qPrintable(u"%1, %2"_s.arg(shift.x()).arg(shift.y())));
+        // Turned against the clock, by 8 degrees for the whole way.
+        const QPointF up = top() - middle();
+        const double degrees = std::atan2(up.x(), -up.y()) * 180 / M_PI;
+        QVERIFY2(std::abs(degrees + 8 * 0.8) < 0.2, qPrintable(QString::number(degrees)));
+    }
+
+    void aSettingsSwitchMovesOnItsSpring()
+    {
+        Stage stage({});
+        QQuickItem *control =
+            ItemTree::control(*stage.showSettings(AppTab::general), u"Ask before cleaning"_s);
+        const QList<QQuickItem *> parts = control->findChildren<QQuickItem *>();
+        const auto knob = std::find_if(parts.begin(), parts.end(),
+                                       [](const QQuickItem *part) { return part->width() == 14; });
+        QVERIFY(knob != parts.end());
+        stage.pass(1s);
+        QCOMPARE((*knob)->x(), 2.0);
+        stage.state->setAskBeforeCleaningEnabled(true);
+        stage.pass(96ms);
+        const double way = ((*knob)->x() - 2) / 14;
+        QVERIFY2(way > 0.55 && way < 0.85, qPrintable(QString::number(way)));
+        stage.pass(1s);
+        QCOMPARE((*knob)->x(), 16.0);
     }
 
     void eightDigitsFit()
