@@ -10,7 +10,7 @@ Item {
     property real offsetY: 10
     property real hiddenScale: 0.965
     property real response: 0.24
-    property real dampingFraction: 0.88
+    required property real dampingFraction
     // 0 hidden, 1 shown.
     readonly property real progress: motion.value
     readonly property real blurRadius: Surroundings.reducedMotion ? 0 : 8 * Math.max(0, 1 - progress)

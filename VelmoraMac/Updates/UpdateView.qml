@@ -71,6 +71,7 @@ Rectangle {
     ProgressBar {
         id: bar
 
+        objectName: "bar"
         anchors {
             left: headline.left
             right: headline.right

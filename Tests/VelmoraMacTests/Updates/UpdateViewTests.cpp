@@ -43,6 +43,19 @@ class UpdateViewTests : public QObject {
 
 private Q_SLOTS:
 
+    void theBarShowsAPieceOfAQuarterUntilTheSizeIsKnown()
+    {
+        Stage stage(everydaySetup());
+        QQuickItem *view = stage.showUpdate(reportOf(UpdateStep::checking));
+        const auto *bar = view->findChild<QQuickItem *>(u"bar"_s);
+        const QQuickItem *piece = bar->childItems().constFirst();
+        QCOMPARE(piece->width(), bar->width() / 4);
+        const double start = piece->x();
+        stage.pass(std::chrono::milliseconds(300));
+        QVERIFY(piece->x() > start + 5);
+        QVERIFY(piece->x() + piece->width() <= bar->width());
+    }
+
     void itIsAsTallAsItsStepNeeds()
     {
         Stage stage(everydaySetup());
