@@ -1,15 +1,17 @@
 #!/usr/bin/env python3
 """Starts velmora where it finds what it would never have made, and looks whether it works.
 
-Usage: starts.py PROGRAM      needs 1.1 GB of disk
+Usage: starts.py PROGRAM      needs 1.1 GB of disk, and root or name spaces for users
 
 large       a store of a gigabyte: it starts, cleans and counts
 not UTF-8   a home whose name is no UTF-8: it starts and cleans; what it cannot keep it keeps in memory
+no HOME     nothing names a home: it cleans, and keeps its store where the user database has the home
 counter     a counter at its end: the copy stays as it is, because the program ends before it takes the clipboard
 """
 import contextlib
 import os
 import pathlib
+import pwd
 import shutil
 import signal
 import sqlite3
@@ -18,6 +20,7 @@ import sys
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
+from disks import SPACE  # noqa: E402
 from owners import written_memory  # noqa: E402
 from x11_desktop import Desktop, wait_until  # noqa: E402
 
@@ -86,6 +89,24 @@ def not_utf8(desktop):
     return f"cleaned; in that home: {sorted(os.listdir(home))}"
 
 
+def no_home(desktop):
+    """The home of the user database is an empty file system in memory, which only the program sees."""
+    home = pwd.getpwuid(os.getuid()).pw_dir
+    script = ('mount -t tmpfs -o mode=700 none "$1" && '
+              'unset HOME XDG_DATA_HOME XDG_CONFIG_HOME XDG_CACHE_HOME XDG_STATE_HOME && exec "$0"')
+    velmora = desktop.start("velmora", *SPACE, "sh", "-c", script, desktop.program, home)
+    wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+    desktop.settle()
+    clean_one(desktop)
+    made = pathlib.Path(f"/proc/{velmora.pid}/root{home}/.local/share/velmora/defaults.sqlite")
+    if not made.exists():
+        raise AssertionError(f"no store below {home}")
+    velmora.terminate()
+    if velmora.wait(5) != 0:
+        raise AssertionError(f"ended with {velmora.returncode}")
+    return "cleaned; the store lies in the home of the user database"
+
+
 def counter(desktop):
     make_store(desktop)
     with store(desktop) as connection:
@@ -108,7 +129,7 @@ def main():
     if len(sys.argv) != 2:
         sys.exit(__doc__.split("\n\n")[1])
     program, failed = str(pathlib.Path(sys.argv[1]).resolve()), False
-    for name, kind in (("large", large), ("not UTF-8", not_utf8), ("counter", counter)):
+    for name, kind in (("large", large), ("not UTF-8", not_utf8), ("no HOME", no_home), ("counter", counter)):
         with Desktop(program, tray="none", compositor=False) as desktop:
             try:
                 outcome = kind(desktop)

@@ -10,7 +10,7 @@
 namespace {
 
 // Some managers never answer: the user, who waits for the program to end, should not notice.
-constexpr auto longestHandOver = std::chrono::milliseconds(200);
+constexpr auto longestHandOver = std::chrono::milliseconds(150);
 constexpr std::size_t mostPendingRequestors = 8;
 constexpr int mostClaims = 5; // Of one write that is turned down without a newer copy.
 

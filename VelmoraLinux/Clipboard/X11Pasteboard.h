@@ -21,7 +21,7 @@
 // that it tells of before the answer is newer than what we know, and wins; one that comes between the answer
 // and our claim has a later time, for which the server turns us down. A claim that is turned down without a
 // newer copy is made again. On its end it hands the text to a clipboard manager, if there is one, for which it
-// waits at most 200 ms.
+// waits at most 150 ms.
 class X11Pasteboard final : public Pasteboard {
 public:
     // Nothing when there is no server or it lacks XFixes. An empty display name stands for $DISPLAY. `reach`:

@@ -16,7 +16,7 @@ int wakeUp = -1; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
 // Runs from a signal on; longer than an orderly end takes that waits in vain for a clipboard manager.
 timer_t patience = {}; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
-constexpr itimerspec longestEnd = {.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = 270'000'000}};
+constexpr itimerspec longestEnd = {.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = 230'000'000}};
 
 void noteSignal(int)
 {
