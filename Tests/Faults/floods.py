@@ -30,7 +30,7 @@ import time
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
 from bus_client import BusClient  # noqa: E402
 from x11_desktop import Desktop, wait_until  # noqa: E402
-from x11_person import LIBRARY, REPLACE, Handle  # noqa: E402
+from x11_person import LIBRARY, Handle  # noqa: E402
 from x11_programs import ATOM, NEVER, PROPERTY_NOTIFY, SELECTION_NOTIFY, Copier, Event, Paster  # noqa: E402
 
 LIMIT = 300  # Milliseconds.
