@@ -103,7 +103,7 @@ private Q_SLOTS:
         QVERIFY(session_->copyText(strange));
         settle(1);
         QCOMPARE(read(), std::vector<Text>({strange}));
-        const std::string large(3 * 1024 * 1024, 'x');
+        const std::string large(std::size_t(3) * 1024 * 1024, 'x');
         QVERIFY(session_->copyText(large));
         settle(2);
         QVERIFY(read() == std::vector<Text>({large}));
