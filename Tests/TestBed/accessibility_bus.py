@@ -13,7 +13,6 @@ STATES = {4: "checked", 7: "editable", 8: "enabled", 11: "focusable", 12: "focus
 class Element(typing.NamedTuple):
     """One of a program's: a window, a control, a text."""
     place: tuple  # The program's name on the bus, and the path of the object.
-    depth: int
     role: str
     name: str
     description: str
@@ -47,46 +46,62 @@ class AccessibilityBus:
 
     def elements(self):
         """All that there is, seen or not, parents first."""
-        found = []
-        for program in self._children(("org.a11y.atspi.Registry", ROOT)):
-            self._collect(program, 0, found)
-        return found
+        return [element for element in map(self.describe, self._places()) if element]
+
+    def all_named(self, name):
+        places = (place for place in self._places() if self._asked(place, self._name) == name)
+        return [element for element in map(self.describe, places) if element]
 
     def named(self, name, role=None):
-        return next((element for element in self.elements() if element.name == name and role in (None, element.role)), None)
+        return next((element for element in self.all_named(name) if role in (None, element.role)), None)
 
     def control(self, name):
         """What is called so and can be pressed."""
-        return next((element for element in self.elements() if element.name == name and "enabled" in element.states
+        return next((element for element in self.all_named(name) if "enabled" in element.states
                      and {"Press", "Toggle"} & set(element.actions)), None)
 
-    def _collect(self, place, depth, found):
-        element = self.describe(place, depth)
-        if element is None:
-            return
-        found.append(element)
-        for child in self._children(place):
-            self._collect(child, depth + 1, found)
+    def focused(self):
+        """The names of what has the keyboard."""
+        places = (place for place in self._places() if "focused" in (self._asked(place, self._states) or ()))
+        return [self._asked(place, self._name) for place in places]
 
-    def describe(self, place, depth=0):
+    def _places(self):
+        desktop = ("org.a11y.atspi.Registry", ROOT)
+        waiting = [desktop]
+        while waiting:
+            place = waiting.pop()
+            if place != desktop:
+                yield place
+            waiting += reversed(self._asked(place, self._children) or [])
+
+    def describe(self, place):
         """None when the element is gone."""
+        return self._asked(place, lambda place: Element(
+            place, self._ask(place, ACCESSIBLE, "GetRoleName")[0], self._name(place),
+            self._property(place, "Description"), self._states(place), self._actions(place)))
+
+    @staticmethod
+    def _asked(place, question):
+        """The answer of an element, None when it is gone."""
         try:
-            low, _ = self._ask(place, ACCESSIBLE, "GetState")[0]
-            actions = tuple(name for name, _, _ in self._ask(place, ACTION, "GetActions")[0]) if self._is_action(place) else ()
-            return Element(place, depth, self._ask(place, ACCESSIBLE, "GetRoleName")[0], self._property(place, "Name"),
-                           self._property(place, "Description"),
-                           frozenset(name for bit, name in STATES.items() if low >> bit & 1), actions)
+            return question(place)
         except GLib.Error:
             return None
 
-    def _is_action(self, place):
-        return ACTION in self._ask(place, ACCESSIBLE, "GetInterfaces")[0]
-
     def _children(self, place):
-        try:
-            return self._ask(place, ACCESSIBLE, "GetChildren")[0]
-        except GLib.Error:
-            return []
+        return self._ask(place, ACCESSIBLE, "GetChildren")[0]
+
+    def _name(self, place):
+        return self._property(place, "Name")
+
+    def _states(self, place):
+        low, _ = self._ask(place, ACCESSIBLE, "GetState")[0]
+        return frozenset(name for bit, name in STATES.items() if low >> bit & 1)
+
+    def _actions(self, place):
+        if ACTION not in self._ask(place, ACCESSIBLE, "GetInterfaces")[0]:
+            return ()
+        return tuple(name for name, _, _ in self._ask(place, ACTION, "GetActions")[0])
 
     def _property(self, place, name):
         return self._ask(place, "org.freedesktop.DBus.Properties", "Get", "(ss)", (ACCESSIBLE, name))[0]
