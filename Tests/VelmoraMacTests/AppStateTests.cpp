@@ -122,6 +122,17 @@ private Q_SLOTS:
         QCOMPARE(state.lastCleanedAt(), fakes->time.wallClock().now());
     }
 
+    void aCleaningIsReportedWhenAllObserversKnowIt()
+    {
+        AppState state(fakes->dependencies());
+        const QSignalSpy results(&state, &AppState::lastResultChanged);
+        const QSignalSpy moments(&state, &AppState::lastCleanedAtChanged);
+        QList<qsizetype> announced;
+        fakes->telemetry.heard = [&] { announced << results.count() << moments.count(); };
+        state.record(resultOf(u"https://a.example/"_s, {u"si"_s}));
+        QCOMPARE(announced, (QList<qsizetype>{1, 1}));
+    }
+
     // History and its actions
 
     void theThirtyFirstCleaningDropsTheOldestEntry()

@@ -20,7 +20,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto oldProcessTimeout = 30s;
-constexpr auto standingTimeout = 60s;
 
 // What the copy of the process needs, made before the fork: behind it nothing may be allocated, because
 // another thread may have held the allocator's lock.
@@ -31,6 +30,7 @@ struct Plan {
     const Exchange &exchange;
     const char *launcher;
     char **environment;
+    std::chrono::milliseconds patience;
 };
 
 // False when the time is over.
@@ -63,7 +63,7 @@ bool reportsStanding(const Plan &plan)
     const std::string_view expected(HandoverWatch::standing);
     std::array<char, 64> buffer{};
     size_t received = 0;
-    const auto limit = Clock::now() + standingTimeout;
+    const auto limit = Clock::now() + plan.patience;
     while (received < expected.size()) {
         if (!isReadable(plan.socket, limit)) {
             kill(plan.successor, SIGKILL); // It hangs. One that has ended has closed the socket.
@@ -99,7 +99,8 @@ bool reportsStanding(const Plan &plan)
 
 } // namespace
 
-bool HandoverWatch::start(int socket, pid_t successor, const Exchange &exchange, const QByteArray &launcher)
+bool HandoverWatch::start(int socket, pid_t successor, const Exchange &exchange, const QByteArray &launcher,
+                          std::chrono::milliseconds patience)
 {
     QByteArray failed = QByteArray(failedVariable) + "=1";
     std::vector<char *> environment{failed.data()};
@@ -111,7 +112,7 @@ bool HandoverWatch::start(int socket, pid_t successor, const Exchange &exchange,
         return false;
     const pid_t copy = fork();
     if (copy == 0)
-        watch({socket, ends[0], successor, exchange, launcher.constData(), environment.data()});
+        watch({socket, ends[0], successor, exchange, launcher.constData(), environment.data(), patience});
     close(ends[0]);
     if (copy < 0) {
         close(ends[1]);

@@ -6,6 +6,8 @@
 
 #include <sys/types.h>
 
+#include <chrono>
+
 // Brings the old version back when the new one ends before its services and its icon are there.
 //
 // This can only be known after the old process has ended, because both cannot own the bus name, the clipboard
@@ -19,9 +21,12 @@ namespace HandoverWatch {
 constexpr const char *failedVariable = "VELMORA_UPDATE_FAILED";
 // What the new process reports.
 constexpr const char *standing = "standing\n";
+// How long it may take, from the end of the old process on.
+constexpr std::chrono::seconds longestStart(60);
 
 // `socket` is the connection to `successor`, which has reported that it can run; it is taken over. False when
 // the watch could not be started; then nothing has changed.
-[[nodiscard]] bool start(int socket, pid_t successor, const Exchange &exchange, const QByteArray &launcher);
+[[nodiscard]] bool start(int socket, pid_t successor, const Exchange &exchange, const QByteArray &launcher,
+                         std::chrono::milliseconds patience = longestStart);
 
 } // namespace HandoverWatch

@@ -185,6 +185,19 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(folder() + u"/defaults.damaged-1.sqlite"_qs));
     }
 
+    void aLinkInThePlaceOfOneThatWasSetAsideIsNotFollowed()
+    {
+        const QString link = folder() + u"/defaults.damaged-1.sqlite"_qs;
+        const QString precious = home() + u"/precious"_qs;
+        SqliteDefaultsStore store(folder());
+        store.setData(u"history", "text");
+        overwrite(precious, 0, "content");
+        QVERIFY(QFile::link(precious, link));
+        store.remove(u"history");
+        QCOMPARE(contentsOf(precious), QByteArray("content"));
+        QVERIFY(!QFileInfo(link).isSymLink());
+    }
+
     void nobodyElseCanReadTheStore()
     {
         QVERIFY(QDir().mkpath(folder()));

@@ -188,6 +188,41 @@ private Q_SLOTS:
         QCOMPARE(readFile(launcher), stands ? QByteArray("#!/bin/sh\n") : old);
     }
 
+    void aVersionThatHangsIsEndedAndReplacedByTheOldOne()
+    {
+        const QString root = folder_->filePath(u"velmora"_s);
+        const QString hidden = folder_->filePath(u".velmora.update"_s);
+        const QString marker = folder_->filePath(u"started"_s);
+        installProgram(root, "2", "#!/bin/sh\n");
+        QCOMPARE(mkdir(QFile::encodeName(hidden).constData(), 0700), 0);
+        installProgram(hidden + u"/other"_s, "1", "#!/bin/sh\ntouch '" + QFile::encodeName(marker) + "'\n");
+        const QString launcher = root + u"/bin/velmora"_s;
+        const Replacement replacement(
+            {.kind = Installation::Kind::folder, .target = root, .launcher = launcher, .manager = {}});
+        std::array<int, 2> ends{};
+        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        const pid_t hanging = fork();
+        if (hanging == 0) {
+            close(ends[0]);
+            while (true)
+                pause();
+        }
+        const pid_t oldProcess = fork();
+        if (oldProcess == 0) {
+            close(ends[1]);
+            (void)HandoverWatch::start(ends[0], hanging, replacement.preparedExchange(),
+                                       QFile::encodeName(launcher), 200ms);
+            _exit(0);
+        }
+        close(ends[0]);
+        waitForTheEndOf(oldProcess, ends[1]);
+        int status = 0;
+        QCOMPARE(waitpid(hanging, &status, 0), hanging);
+        QVERIFY(WIFSIGNALED(status));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(marker), patience);
+        close(ends[1]);
+    }
+
     void aStartWithoutHandoverIsRecognised_data()
     {
         QTest::addColumn<QByteArray>("argument");

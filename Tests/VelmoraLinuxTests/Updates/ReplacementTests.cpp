@@ -123,6 +123,8 @@ private Q_SLOTS:
         QTest::newRow("a link to another folder") << 0;
         QTest::newRow("a folder that others can enter") << 1;
         QTest::newRow("a file") << 2;
+        if (geteuid() == 0) // Only the superuser can give a folder away.
+            QTest::newRow("a folder of another user") << 3;
     }
 
     // Nothing is written or removed through what another user has put in the place of the hidden folder.
@@ -139,13 +141,17 @@ private Q_SLOTS:
         else if (kind == 1)
             QVERIFY(QDir().rename(outside, hidden()) &&
                     chmod(QFile::encodeName(hidden()).constData(), 0755) == 0);
-        else
+        else if (kind == 2)
             writeFile(hidden(), "x");
+        else
+            QVERIFY(QDir().rename(outside, hidden()) &&
+                    chmod(QFile::encodeName(hidden()).constData(), 0700) == 0 &&
+                    chown(QFile::encodeName(hidden()).constData(), 65534, 65534) == 0);
         replacement.cleanUp();
         QCOMPARE(prepare(replacement, programArchive("2", newProgram), u"2"_s), UpdateProblem::notReplaced);
         QCOMPARE(replacement.exchange(), UpdateProblem::notReplaced);
         QCOMPARE(readFile(program()), oldProgram);
-        const QString kept = kind == 1 ? hidden() : outside;
+        const QString kept = kind % 2 == 1 ? hidden() : outside;
         QCOMPARE(readFile(kept + u"/other/mine"_s), "x");
         QCOMPARE(readFile(kept + u"/unfinished/mine"_s), "x");
     }
@@ -166,6 +172,15 @@ private Q_SLOTS:
     void aFolderWithAForeignLinkIsLeftAlone()
     {
         QVERIFY(QFile::link(u"/etc"_s, root() + u"/bin/etc"_s));
+        QCOMPARE(detected().kind, Installation::Kind::managed);
+    }
+
+    void aListThatIsALinkIsNone()
+    {
+        const QString list = root() + u"/share/velmora/manifest"_s;
+        const QString elsewhere = folder_->filePath(u"manifest"_s);
+        QVERIFY(QFile::rename(list, elsewhere));
+        QVERIFY(QFile::link(elsewhere, list));
         QCOMPARE(detected().kind, Installation::Kind::managed);
     }
 

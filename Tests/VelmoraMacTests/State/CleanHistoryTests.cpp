@@ -76,13 +76,22 @@ private Q_SLOTS:
         }
     }
 
+    void aBeginningEndsWithACharacter_data()
+    {
+        QTest::addColumn<qsizetype>("before");
+        for (const qsizetype before : {0, 1, 2, 3})
+            QTest::addRow("%lld letters before", static_cast<long long>(before)) << before;
+    }
+
     void aBeginningEndsWithACharacter()
     {
+        QFETCH(qsizetype, before);
         CleanHistory history;
-        history.prepend(entryOf(u"a"_s + u"\u20ac"_s.repeated(longest), {}));
+        const QString letters(before, u'a');
+        history.prepend(entryOf(letters + u"\u20ac"_s.repeated(longest), {}));
         const QString kept = history.entries().first().originalText;
-        QCOMPARE(kept, u"a"_s + u"\u20ac"_s.repeated((beginning - 1) / 3));
-        QCOMPARE(history.entries().first().originalBytes, 1 + longest * 3);
+        QCOMPARE(kept, letters + u"\u20ac"_s.repeated((beginning - before) / 3));
+        QCOMPARE(history.entries().first().originalBytes, before + longest * 3);
     }
 
     void onlyTheOldestTextsGiveWayToTheBudget()
@@ -152,7 +161,16 @@ private Q_SLOTS:
         QCOMPARE(history.entries().size(), 30);
         QCOMPARE(history.entries().first().originalText.size(), beginning);
         QCOMPARE(history.entries().first().removedParameterNames.size(), 100);
-        QVERIFY(CleanHistory::fromJson(QByteArray(CleanHistory::mostBytes * 4 + 1, ' ')).entries().isEmpty());
+    }
+
+    void aStoredHistoryThatIsFarTooLongIsNotRead()
+    {
+        const QByteArray stored = historyToJson({entryOf(u"original"_s, u"clean"_s)});
+        QCOMPARE(CleanHistory::fromJson(stored.leftJustified(CleanHistory::mostBytes * 4)).entries().size(),
+                 1);
+        QCOMPARE(
+            CleanHistory::fromJson(stored.leftJustified(CleanHistory::mostBytes * 4 + 1)).entries().size(),
+            0);
     }
 
     void anEmptyHistoryIsAnEmptyArray() { QCOMPARE(CleanHistory().pieces().join(), QByteArray("[]")); }
