@@ -67,7 +67,7 @@ soak: packages ## Copy a hundred thousand times and look whether anything grows;
 	cmake --build --preset program -j $(JOBS)
 	Tests/Faults/soak.py build/release/bin/velmora
 
-package: packages ## Make a .deb and self-contained tarballs, in build/packages
+package: packages ## Make a .deb and a self-contained tarball, in build/packages
 	JOBS=$(JOBS) Tools/release/package
 
 # As in make install PREFIX=/usr DESTDIR=/tmp/root.

@@ -9,6 +9,8 @@
 #include <array>
 #include <cstdint>
 
+using namespace Qt::StringLiterals;
+
 // What a desktop, or any program on the session bus, asks of the exported menu.
 
 namespace {
@@ -21,10 +23,10 @@ int opened = 0; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
 StatusMenu menu()
 {
-    return {{.title = u"One"_qs, .check = StatusMenuEntry::Check::on, .action = [] { ++ran; }},
+    return {{.title = u"One"_s, .check = StatusMenuEntry::Check::on, .action = [] { ++ran; }},
             {},
-            {.title = u"Three"_qs, .action = [] { ++ran; }},
-            {.title = u"Four"_qs}};
+            {.title = u"Three"_s, .action = [] { ++ran; }},
+            {.title = u"Four"_s}};
 }
 
 class Caller {
@@ -122,7 +124,7 @@ private:
     {
         QStringList names;
         for (int i = data_.ConsumeIntegralInRange(0, 4); i > 0; --i)
-            names << (data_.ConsumeBool() ? u"label"_qs : text());
+            names << (data_.ConsumeBool() ? u"label"_s : text());
         return names;
     }
 
@@ -155,7 +157,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     static std::array<char, 5> name = {"menu"};
     static std::array<char *, 2> arguments = {name.data(), nullptr};
     static const QCoreApplication application(count, arguments.data());
-    DBusMenu exported{QDBusConnection(u"no bus"_qs)};
+    DBusMenu exported{QDBusConnection(u"no bus"_s)};
     exported.setMenu(menu());
     QObject::connect(&exported, &DBusMenu::opening, [] { ++opened; });
     ran = 0;

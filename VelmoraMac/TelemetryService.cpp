@@ -31,7 +31,7 @@ QString newIdentifier()
 
 QDateTime toTheSecond(const QDateTime &moment)
 {
-    return QDateTime::fromSecsSinceEpoch(moment.toSecsSinceEpoch(), Qt::UTC);
+    return QDateTime::fromSecsSinceEpoch(moment.toSecsSinceEpoch()).toUTC();
 }
 
 bool isSuccess(std::optional<int> status)

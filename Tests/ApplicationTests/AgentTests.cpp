@@ -107,7 +107,7 @@ class AgentTests : public QObject {
     {
         QProcess program;
         QProcessEnvironment environment = environment_;
-        environment.insert(u"DISPLAY"_qs, QString::fromLatin1(display));
+        environment.insert(u"DISPLAY"_s, QString::fromLatin1(display));
         program.setProcessEnvironment(environment);
         program.start(u"" VELMORA_PROGRAM ""_s, arguments);
         program.waitForFinished();
@@ -149,11 +149,11 @@ private Q_SLOTS:
     {
         home_.emplace();
         environment_ = server_->environment();
-        environment_.insert(u"QT_QPA_PLATFORM"_qs, u"xcb"_qs);
-        environment_.insert(u"HOME"_qs, home_->path());
+        environment_.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+        environment_.insert(u"HOME"_s, home_->path());
         for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
             environment_.insert(QString::fromLatin1(name), home_->path());
-        environment_.insert(u"DBUS_SESSION_BUS_ADDRESS"_qs, u"unix:path=/nonexistent"_qs);
+        environment_.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nonexistent"_s);
         other_ = std::make_unique<CopyingProgram>(server_->environment());
         nextLink_ = 0;
     }
@@ -172,12 +172,12 @@ private Q_SLOTS:
     {
         QByteArray output;
         QByteArray errors;
-        QCOMPARE(runAlone({u"--version"_qs}, "", output, errors), 0);
+        QCOMPARE(runAlone({u"--version"_s}, "", output, errors), 0);
         QCOMPARE(output, QByteArray("velmora " VELMORA_VERSION "\n"));
-        QCOMPARE(runAlone({u"--help"_qs}, "", output, errors), 0);
+        QCOMPARE(runAlone({u"--help"_s}, "", output, errors), 0);
         QVERIFY(output.contains("Usage: velmora"));
         QCOMPARE(errors, QByteArray());
-        QCOMPARE(runAlone({u"--nonsense"_qs}, "", output, errors), 2);
+        QCOMPARE(runAlone({u"--nonsense"_s}, "", output, errors), 2);
         QVERIFY(errors.contains("--nonsense"));
     }
 
@@ -243,7 +243,7 @@ private Q_SLOTS:
     void theEndOfTheServerEndsItWithoutACrash()
     {
         XServer server;
-        environment_.insert(u"DISPLAY"_qs, QString::fromLatin1(server.display()));
+        environment_.insert(u"DISPLAY"_s, QString::fromLatin1(server.display()));
         other_ = std::make_unique<CopyingProgram>(server.environment());
         start();
         QVERIFY(waitUntilItCleans());

@@ -175,7 +175,7 @@ private Q_SLOTS:
             for (int i = 0; i < 30; ++i) {
                 QCOMPARE(entries.at(i).originalText, QString::fromLatin1(tracked(49 - i)));
                 QCOMPARE(entries.at(i).cleanedText, QString::fromLatin1(clean(49 - i)));
-                QCOMPARE(entries.at(i).removedParameterNames, QStringList({u"utm_source"_qs, u"fbclid"_qs}));
+                QCOMPARE(entries.at(i).removedParameterNames, QStringList({u"utm_source"_s, u"fbclid"_s}));
             }
             restart();
         }

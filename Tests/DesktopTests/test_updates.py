@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """The program updating itself: an installed copy, a feed over HTTPS, a user who presses the buttons.
 
-Usage: test_updates.py BUILD-FOLDER RELEASE-TOOL [unittest arguments]
+Usage: test_updates.py BUILD-FOLDER RELEASE-TOOL [--self-contained] [unittest arguments]
+
+The copies use the Qt of this machine, or with --self-contained each has one inside, as what is published has.
 """
 import json
 import os
@@ -20,6 +22,7 @@ from x11_desktop import Desktop, wait_until
 
 SOURCES = pathlib.Path(__file__).resolve().parents[2]
 BUILD = RELEASE_TOOL = ""
+KIND = []  # What the tarballs are made with.
 NAME = "app.velmora.Velmora"
 CHECK = "Check for Updates..."
 ALONE = ["unshare", "-Um", "--map-current-user", "--keep-caps"]
@@ -59,15 +62,15 @@ class Publisher:
             SOURCES / "Packaging/Info.json.cmake")
         # Automatic checks are set, so that the question about them does not interfere.
         information.write_text(json.dumps({**json.loads(information.read_text()), "SUEnableAutomaticChecks": False}))
-        archive = self.folder / f"velmora-{version}.tar.gz"
-        run(SOURCES / "Tools/release/tarball", BUILD, archive, information)
+        archive = self.folder / f"velmora-{version}.tar.xz"
+        run(SOURCES / "Tools/release/tarball", *KIND, BUILD, archive, information)
         return archive
 
     def broken_tarball(self, version):
-        """One whose program ends at once."""
+        """One whose program ends at once, compressed in the other way that copies understand."""
         archive = self.folder / f"velmora-{version}-broken.tar.gz"
         with tempfile.TemporaryDirectory(dir=self.folder) as stage:
-            run("tar", "-xzf", self.tarball(version), "-C", stage)
+            run("tar", "-xf", self.tarball(version), "-C", stage)
             top, = pathlib.Path(stage).iterdir()
             (top / "bin/velmora").write_text("#!/bin/sh\nexit 1\n")
             run("tar", "--format=ustar", "-czf", archive, "-C", stage, top.name)
@@ -77,7 +80,7 @@ class Publisher:
         """One file that holds a whole copy and starts it the way an AppImage does."""
         image = self.folder / f"velmora-{version}.AppImage"
         head = ('#!/bin/sh\nset -e\nAPPDIR=$(mktemp -d -p "$VELMORA_TEST_DESKTOP")\nexport APPDIR APPIMAGE="$(realpath "$0")"\n'
-                'sed "1,/^ARCHIVE$/d" "$0" | tar -xz -C "$APPDIR" --strip-components=1\n'
+                'sed "1,/^ARCHIVE$/d" "$0" | tar -xJ -C "$APPDIR" --strip-components=1\n'
                 'exec "$APPDIR/bin/velmora" "$@"\nARCHIVE\n')
         image.write_bytes(head.encode() + self.tarball(version).read_bytes())
         image.chmod(0o755)
@@ -114,7 +117,7 @@ class UpdateTest(unittest.TestCase):
     # What the user does
 
     def install(self, archive):
-        run("tar", "-xzf", archive, "-C", self.prefix, "--strip-components=1")
+        run("tar", "-xf", archive, "-C", self.prefix, "--strip-components=1")
 
     def start(self):
         command = 'mount --bind "$0" /etc/ssl/certs && exec "$1"'
@@ -341,5 +344,6 @@ class ScreenReaderTests(UpdateTest):
 
 
 if __name__ == "__main__":
-    BUILD, RELEASE_TOOL = sys.argv[1:3]
-    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)
+    BUILD, RELEASE_TOOL, *rest = sys.argv[1:]
+    KIND = [word for word in rest if word == "--self-contained"]
+    unittest.main(argv=[sys.argv[0], *(word for word in rest if word not in KIND)], verbosity=2)

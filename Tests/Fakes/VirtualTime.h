@@ -1,9 +1,9 @@
 #pragma once
 
+#include "UtcTime.h"
+
 #include <VelmoraPlatform/Scheduler.h>
 #include <VelmoraPlatform/WallClock.h>
-
-#include <QDateTime>
 
 #include <chrono>
 #include <map>
@@ -16,7 +16,7 @@ public:
     void set(const QDateTime &moment) { now_ = moment; }
 
 private:
-    QDateTime now_ = QDateTime(QDate(2026, 3, 7), QTime(10, 11, 12), Qt::UTC);
+    QDateTime now_ = utcTime(QDate(2026, 3, 7), QTime(10, 11, 12));
 };
 
 // Time that advances only when a test advances it, together with the wall clock.

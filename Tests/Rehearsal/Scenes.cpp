@@ -1,5 +1,7 @@
 #include "Scenes.h"
 
+#include <Fakes/UtcTime.h>
+
 #include <algorithm>
 
 using namespace std::chrono_literals;
@@ -190,7 +192,7 @@ CleanHistoryEntry longEntry()
     entry.originalText = entry.cleanedText + u"&utm_source=share-sheet"_s;
     entry.removedCount = 1;
     entry.removedParameterNames = {u"utm_source"_s};
-    entry.setCleanedAt(QDateTime(QDate(2026, 3, 7), QTime(10, 11), Qt::UTC));
+    entry.setCleanedAt(utcTime(QDate(2026, 3, 7), QTime(10, 11)));
     return entry;
 }
 

@@ -1,12 +1,14 @@
 #include "XServer.h"
 
+using namespace Qt::StringLiterals;
+
 XServer::XServer(const QStringList &environment)
 {
     process_.setEnvironment(QProcess::systemEnvironment() + environment);
     // It chooses a free display number itself and prints it once it is ready. Without -noreset it would start
     // over when its last client leaves, and the next one would find it away.
-    process_.start(u"Xvfb"_qs, {u"-displayfd"_qs, u"1"_qs, u"-screen"_qs, u"0"_qs, u"1280x800x24"_qs,
-                                u"-nolisten"_qs, u"tcp"_qs, u"-noreset"_qs});
+    process_.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x800x24"_s,
+                               u"-nolisten"_s, u"tcp"_s, u"-noreset"_s});
     while (!process_.canReadLine() && process_.waitForReadyRead())
         continue;
     const QByteArray number = process_.readLine().trimmed();
@@ -22,9 +24,9 @@ XServer::~XServer()
 QProcessEnvironment XServer::environment() const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"DISPLAY"_qs, QString::fromLatin1(display_));
-    environment.remove(u"WAYLAND_DISPLAY"_qs);
-    environment.remove(u"XAUTHORITY"_qs);
+    environment.insert(u"DISPLAY"_s, QString::fromLatin1(display_));
+    environment.remove(u"WAYLAND_DISPLAY"_s);
+    environment.remove(u"XAUTHORITY"_s);
     return environment;
 }
 

@@ -79,7 +79,7 @@ class Signatures(Release):
         self.fail_with("not that of this file", "verify", other, self.archive, self.signature())
 
     def test_what_cannot_be_installed_is_not_signed(self):
-        self.fail_with("neither .tar.gz nor .AppImage", "sign", self.key, self.key)
+        self.fail_with("neither .tar.xz nor .tar.gz nor .AppImage", "sign", self.key, self.key)
         self.archive.write_bytes(b"")
         self.fail_with("empty, or cannot be read", "sign", self.key, self.archive)
 

@@ -5,6 +5,7 @@
 
 #include <Fakes/FakeServices.h>
 #include <Fakes/FakeSystemLanguage.h>
+#include <Fakes/UtcTime.h>
 #include <Runner/RegisteredTest.h>
 
 #include <memory>
@@ -91,7 +92,7 @@ private Q_SLOTS:
 
     void theDayIsTheOneOnTheWall()
     {
-        const QDateTime lateInUtc(QDate(2026, 3, 7), QTime(23, 30), Qt::UTC);
+        const QDateTime lateInUtc = utcTime(QDate(2026, 3, 7), QTime(23, 30));
         fakes->time.wallClock().set(lateInUtc.toOffsetFromUtc(3600));
         const AppState state(fakes->dependencies());
         QCOMPARE(fakes->defaults.string(u"todayKey"), u"2026-03-08"_s);

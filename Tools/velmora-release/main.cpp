@@ -63,12 +63,13 @@ std::optional<AppcastEnclosure> signedEnclosure(const QString &keyFile, const QS
     AppcastEnclosure result;
     result.length = QFileInfo(archive).size();
     result.type = archive.endsWith(u".AppImage") ? u"application/vnd.appimage"_s
+                  : archive.endsWith(u".tar.xz") ? u"application/x-xz"_s
                   : archive.endsWith(u".tar.gz") ? u"application/gzip"_s
                                                  : QString();
     const auto signature = key->sign(archive);
     if (!signature || result.type.isEmpty()) {
-        problem =
-            archive + (signature ? u": neither .tar.gz nor .AppImage"_s : u": empty, or cannot be read"_s);
+        problem = archive + (signature ? u": neither .tar.xz nor .tar.gz nor .AppImage"_s
+                                       : u": empty, or cannot be read"_s);
         return std::nullopt;
     }
     result.signature = *signature;
@@ -116,7 +117,7 @@ QDateTime publicationTime()
     bool isSet = false;
     const qint64 seconds = qEnvironmentVariable("SOURCE_DATE_EPOCH").toLongLong(&isSet);
     const QDateTime time = isSet ? QDateTime::fromSecsSinceEpoch(seconds) : QDateTime::currentDateTime();
-    return QDateTime::fromSecsSinceEpoch(time.toSecsSinceEpoch(), Qt::UTC);
+    return QDateTime::fromSecsSinceEpoch(time.toSecsSinceEpoch()).toUTC();
 }
 
 int announce(const QStringList &arguments, const QCommandLineParser &options)

@@ -30,16 +30,19 @@ struct LayerSurface::Listeners {
                 removed();
             }};
 
-    static constexpr wl_surface_listener surface = {.enter =
-                                                        [](void *data, wl_surface *, wl_output *output) {
-                                                            self(data).entered_.insert(output);
-                                                            self(data).changeScale();
-                                                        },
-                                                    .leave =
-                                                        [](void *data, wl_surface *, wl_output *output) {
-                                                            self(data).entered_.erase(output);
-                                                            self(data).changeScale();
-                                                        }};
+    // What later versions of the interface than the one in use have is not called, and not everywhere known.
+    static constexpr wl_surface_listener surface = [] {
+        wl_surface_listener calls{};
+        calls.enter = [](void *data, wl_surface *, wl_output *output) {
+            self(data).entered_.insert(output);
+            self(data).changeScale();
+        };
+        calls.leave = [](void *data, wl_surface *, wl_output *output) {
+            self(data).entered_.erase(output);
+            self(data).changeScale();
+        };
+        return calls;
+    }();
 
     static constexpr wp_fractional_scale_v1_listener fraction = {
         .preferred_scale = [](void *data, wp_fractional_scale_v1 *, std::uint32_t scale) {

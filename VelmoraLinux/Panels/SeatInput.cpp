@@ -49,44 +49,46 @@ struct SeatInput::Listeners {
                                                   },
                                               .name = [](void *, wl_seat *, const char *) {}};
 
-    static constexpr wl_pointer_listener pointer = {
-        .enter =
-            [](void *data, wl_pointer *, std::uint32_t serial, wl_surface *surface, wl_fixed_t x,
-               wl_fixed_t y) {
-                self(data).showCursor(serial);
-                self(data).enterPointer(surface, pointOf(x, y));
-            },
-        .leave = [](void *data, wl_pointer *, std::uint32_t, wl_surface *) { self(data).leavePointer(); },
-        .motion = [](void *data, wl_pointer *, std::uint32_t, wl_fixed_t x,
-                     wl_fixed_t y) { self(data).move(pointOf(x, y)); },
-        .button =
-            [](void *data, wl_pointer *, std::uint32_t, std::uint32_t, std::uint32_t code,
-               std::uint32_t state) {
-                if (const Qt::MouseButton button = buttonOf(code); button != Qt::NoButton)
-                    self(data).press(button, state == WL_POINTER_BUTTON_STATE_PRESSED);
-            },
-        .axis =
-            [](void *data, wl_pointer *, std::uint32_t, std::uint32_t axis, wl_fixed_t value) {
-                const double distance = wl_fixed_to_double(value);
-                const bool isVertical = axis == WL_POINTER_AXIS_VERTICAL_SCROLL;
-                self(data).scrolled_ -= isVertical ? QPointF(0, distance) : QPointF(distance, 0);
-            },
-        .frame =
-            [](void *data, wl_pointer *) {
-                SeatInput &input = self(data);
-                const QPointF distance = std::exchange(input.scrolled_, {});
-                const QPoint clicks = std::exchange(input.clicks_, {});
-                if (!distance.isNull() || !clicks.isNull())
-                    input.scroll(distance, clicks);
-            },
-        .axis_source = [](void *, wl_pointer *, std::uint32_t) {},
-        .axis_stop = [](void *, wl_pointer *, std::uint32_t, std::uint32_t) {},
-        .axis_discrete =
-            [](void *data, wl_pointer *, std::uint32_t axis, std::int32_t clicks) {
-                const bool isVertical = axis == WL_POINTER_AXIS_VERTICAL_SCROLL;
-                self(data).clicks_ -= isVertical ? QPoint(0, clicks) : QPoint(clicks, 0);
-            },
-        .axis_value120 = [](void *, wl_pointer *, std::uint32_t, std::int32_t) {}};
+    // What later versions of the interface than the one in use have is not called, and not everywhere known.
+    static constexpr wl_pointer_listener pointer = [] {
+        wl_pointer_listener calls{};
+        calls.enter = [](void *data, wl_pointer *, std::uint32_t serial, wl_surface *surface, wl_fixed_t x,
+                         wl_fixed_t y) {
+            self(data).showCursor(serial);
+            self(data).enterPointer(surface, pointOf(x, y));
+        };
+        calls.leave = [](void *data, wl_pointer *, std::uint32_t, wl_surface *) {
+            self(data).leavePointer();
+        };
+        calls.motion = [](void *data, wl_pointer *, std::uint32_t, wl_fixed_t x, wl_fixed_t y) {
+            self(data).move(pointOf(x, y));
+        };
+        calls.button = [](void *data, wl_pointer *, std::uint32_t, std::uint32_t, std::uint32_t code,
+                          std::uint32_t state) {
+            if (const Qt::MouseButton button = buttonOf(code); button != Qt::NoButton)
+                self(data).press(button, state == WL_POINTER_BUTTON_STATE_PRESSED);
+        };
+        calls.axis = [](void *data, wl_pointer *, std::uint32_t, std::uint32_t axis, wl_fixed_t value) {
+            const double distance = wl_fixed_to_double(value);
+            const bool isVertical = axis == WL_POINTER_AXIS_VERTICAL_SCROLL;
+            self(data).scrolled_ -= isVertical ? QPointF(0, distance) : QPointF(distance, 0);
+        };
+        calls.frame = [](void *data, wl_pointer *) {
+            SeatInput &input = self(data);
+            const QPointF distance = std::exchange(input.scrolled_, {});
+            const QPoint clicks = std::exchange(input.clicks_, {});
+            if (!distance.isNull() || !clicks.isNull())
+                input.scroll(distance, clicks);
+        };
+        calls.axis_source = [](void *, wl_pointer *, std::uint32_t) {};
+        calls.axis_stop = [](void *, wl_pointer *, std::uint32_t, std::uint32_t) {};
+        calls.axis_discrete = [](void *data, wl_pointer *, std::uint32_t axis, std::int32_t clicks) {
+            const bool isVertical = axis == WL_POINTER_AXIS_VERTICAL_SCROLL;
+            self(data).clicks_ -= isVertical ? QPoint(0, clicks) : QPoint(clicks, 0);
+        };
+        calls.axis_value120 = [](void *, wl_pointer *, std::uint32_t, std::int32_t) {};
+        return calls;
+    }();
 
     static constexpr wl_keyboard_listener keyboard = {
         .keymap = [](void *data, wl_keyboard *, std::uint32_t, std::int32_t file,

@@ -31,7 +31,7 @@ QUrl webAddress(const QString &text)
 QString versionFromFileName(const QUrl &url)
 {
     QString name = url.fileName();
-    for (const QStringView ending : {u".gz", u".tar", u".AppImage", u".zip"}) {
+    for (const QStringView ending : {u".gz", u".xz", u".tar", u".AppImage", u".zip"}) {
         if (name.endsWith(ending))
             name.chop(ending.size());
     }

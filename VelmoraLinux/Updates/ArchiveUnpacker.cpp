@@ -1,13 +1,13 @@
 #include "ArchiveUnpacker.h"
 
+#include "DecompressedFile.h"
+
 #include <fcntl.h>
 #include <unistd.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <memory>
 #include <optional>
 
 namespace {
@@ -16,11 +16,6 @@ constexpr qsizetype blockSize = 512;
 constexpr qsizetype maximumNameLength = 512;
 constexpr qsizetype maximumDepth = 24;
 
-struct CloseGzip {
-    void operator()(gzFile file) const { gzclose(file); }
-};
-
-using Gzip = std::unique_ptr<gzFile_s, CloseGzip>;
 using Block = std::array<char, blockSize>;
 
 struct Entry {
@@ -95,11 +90,6 @@ UpdateProblem problemOfErrno()
                                                                 : UpdateProblem::notReplaced;
 }
 
-bool readBlock(gzFile archive, Block &block)
-{
-    return gzread(archive, block.data(), blockSize) == blockSize;
-}
-
 // A full disk may accept a part of the bytes before it refuses the rest.
 bool writeAll(int file, const char *bytes, size_t size)
 {
@@ -114,13 +104,13 @@ bool writeAll(int file, const char *bytes, size_t size)
 }
 
 // Copies the `size` bytes that follow in `archive`, and skips the padding behind them.
-UpdateOutcome copyContent(gzFile archive, int file, qint64 size)
+UpdateOutcome copyContent(DecompressedFile &archive, int file, qint64 size)
 {
     std::array<char, 64 * blockSize> buffer{};
     while (size > 0) {
         const qint64 padded = (size + blockSize - 1) / blockSize * blockSize;
-        const auto wanted = static_cast<unsigned>(std::min<qint64>(padded, buffer.size()));
-        if (gzread(archive, buffer.data(), wanted) != static_cast<int>(wanted))
+        const qint64 wanted = std::min<qint64>(padded, buffer.size());
+        if (!archive.read(buffer.data(), wanted))
             return UpdateProblem::contents;
         const auto useful = static_cast<size_t>(std::min<qint64>(size, wanted));
         if (!writeAll(file, buffer.data(), useful))
@@ -147,7 +137,7 @@ UpdateOutcome makeFolders(const FolderHandle &root, const QByteArray &name)
     return {};
 }
 
-UpdateOutcome writeEntry(gzFile archive, const FolderHandle &root, const Entry &entry)
+UpdateOutcome writeEntry(DecompressedFile &archive, const FolderHandle &root, const Entry &entry)
 {
     if (const auto problem = makeFolders(root, entry.name))
         return problem;
@@ -163,10 +153,11 @@ UpdateOutcome writeEntry(gzFile archive, const FolderHandle &root, const Entry &
     return problem;
 }
 
-UpdateOutcome writeEntries(gzFile archive, const FolderHandle &root, ArchiveUnpacker::Limits limits)
+UpdateOutcome writeEntries(DecompressedFile &archive, const FolderHandle &root,
+                           ArchiveUnpacker::Limits limits)
 {
     QByteArray top;
-    for (Block header{}; readBlock(archive, header);) {
+    for (Block header{}; archive.read(header.data(), blockSize);) {
         if (std::all_of(header.begin(), header.end(), [](char c) { return c == '\0'; }))
             return top.isEmpty() ? UpdateOutcome(UpdateProblem::contents) : UpdateOutcome();
         const auto entry = parseEntry(header, top);
@@ -185,13 +176,10 @@ UpdateOutcome writeEntries(gzFile archive, const FolderHandle &root, ArchiveUnpa
 
 UpdateOutcome ArchiveUnpacker::unpack(VerifiedArchive &archive, const FolderHandle &folder) const
 {
-    const int descriptor = dup(archive.file().handle());
-    if (descriptor < 0 || lseek(descriptor, 0, SEEK_SET) != 0)
+    const auto content = DecompressedFile::open(dup(archive.file().handle()));
+    if (!content)
         return UpdateProblem::notReplaced;
-    const Gzip gzip(gzdopen(descriptor, "rb"));
-    if (!gzip)
-        return UpdateProblem::notReplaced;
-    const UpdateOutcome problem = writeEntries(gzip.get(), folder, limits_);
+    const UpdateOutcome problem = writeEntries(*content, folder, limits_);
     if (problem)
         return problem;
     return syncfs(folder.descriptor()) == 0 ? UpdateOutcome() : problemOfErrno();

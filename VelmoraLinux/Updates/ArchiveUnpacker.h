@@ -5,7 +5,7 @@
 
 #include <VelmoraPlatform/UpdateUserDriver.h>
 
-// Unpacks a signed tarball: gzip around plain ustar, with one folder at its top.
+// Unpacks a signed tarball: gzip or xz around plain ustar, with one folder at its top.
 //
 // Accepts only what our own packages contain: regular files and folders with plain relative names. Any link,
 // device or extension header, any duplicate or absolute name or one with "..", and any size beyond the limits

@@ -125,13 +125,13 @@ Installation Installation::detectImage(const QString &image)
     return {.kind = Kind::appImage, .target = image, .launcher = image, .manager = {}};
 }
 
-QString Installation::archiveType() const
+QStringList Installation::archiveTypes() const
 {
     switch (kind) {
     case Kind::appImage:
-        return u"application/vnd.appimage"_s;
+        return {u"application/vnd.appimage"_s};
     case Kind::folder:
-        return u"application/gzip"_s;
+        return {u"application/x-xz"_s, u"application/gzip"_s};
     case Kind::managed:
         break;
     }

@@ -26,8 +26,8 @@ struct Installation {
 
     // `program` is the running executable, `environment` what it was started with.
     [[nodiscard]] static Installation detect(const QString &program, const QProcessEnvironment &environment);
-    // MIME type of the archives that can replace it; empty when managed.
-    [[nodiscard]] QString archiveType() const;
+    // MIME types of the archives that can replace it; none when managed.
+    [[nodiscard]] QStringList archiveTypes() const;
 
 private:
     [[nodiscard]] static Installation detectImage(const QString &image);

@@ -163,7 +163,7 @@ UpdateHost StandardUpdater::host() const
             .systemVersion = QString::fromLatin1(gnu_get_libc_version()),
             .system = u"linux"_s,
             .architecture = machine(),
-            .archiveType = dependencies_.installation.archiveType(),
+            .archiveTypes = dependencies_.installation.archiveTypes(),
             .skippedVersion = dependencies_.defaults.string(skippedVersionKey).value_or(QString()),
             .rolloutGroup = rolloutGroup(dependencies_.defaults),
             .now = dependencies_.clock.now()};

@@ -20,7 +20,7 @@ bool suitsSystem(const AppcastItem &item, const UpdateHost &host)
 
 bool suitsHost(const AppcastEnclosure &enclosure, const UpdateHost &host)
 {
-    return enclosure.length > 0 && enclosure.type == host.archiveType &&
+    return enclosure.length > 0 && host.archiveTypes.contains(enclosure.type) &&
            (enclosure.system.isEmpty() || enclosure.system == host.system) &&
            (enclosure.architecture.isEmpty() || enclosure.architecture == host.architecture);
 }

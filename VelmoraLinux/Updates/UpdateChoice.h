@@ -4,13 +4,13 @@
 
 // What the feed is compared with: the running program and its system.
 struct UpdateHost {
-    QString version;        // The bundle's "CFBundleVersion".
-    QString systemVersion;  // Of the C library, which decides which programs can run.
-    QString system;         // "linux"
-    QString architecture;   // As printed by `uname -m`.
-    QString archiveType;    // MIME type of the archives that can replace this installation.
-    QString skippedVersion; // Empty: none was skipped.
-    int rolloutGroup = 0;   // 0 to 6, chosen at random once per computer.
+    QString version;          // The bundle's "CFBundleVersion".
+    QString systemVersion;    // Of the C library, which decides which programs can run.
+    QString system;           // "linux"
+    QString architecture;     // As printed by `uname -m`.
+    QStringList archiveTypes; // MIME types of the archives that can replace this installation.
+    QString skippedVersion;   // Empty: none was skipped.
+    int rolloutGroup = 0;     // 0 to 6, chosen at random once per computer.
     QDateTime now;
 };
 

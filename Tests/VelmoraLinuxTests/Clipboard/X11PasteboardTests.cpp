@@ -11,6 +11,7 @@
 
 #include <optional>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
@@ -31,9 +32,9 @@ void read(Pasteboard &pasteboard, Answer &answer)
 QByteArray activityOf(const QProcess &process)
 {
     QByteArray counts;
-    QDirIterator threads(u"/proc/%1/task"_qs.arg(process.processId()), QDir::Dirs | QDir::NoDotAndDotDot);
+    QDirIterator threads(u"/proc/%1/task"_s.arg(process.processId()), QDir::Dirs | QDir::NoDotAndDotDot);
     while (threads.hasNext()) {
-        QFile status(threads.next() + u"/status"_qs);
+        QFile status(threads.next() + u"/status"_s);
         if (!status.open(QIODevice::ReadOnly))
             continue;
         for (const QByteArray &line : status.readAll().split('\n')) {
@@ -345,14 +346,14 @@ private Q_SLOTS:
     void oldProgramsGetTheFormsTheyKnow()
     {
         offer(*pasteboard_, "gr\xc3\xbc\xc3\x9f");
-        QCOMPARE(paste(server_->environment(), u"STRING"_qs), std::optional<QByteArray>("gr\xfc\xdf"));
-        QCOMPARE(paste(server_->environment(), u"text/plain;charset=utf-8"_qs),
+        QCOMPARE(paste(server_->environment(), u"STRING"_s), std::optional<QByteArray>("gr\xfc\xdf"));
+        QCOMPARE(paste(server_->environment(), u"text/plain;charset=utf-8"_s),
                  std::optional<QByteArray>("gr\xc3\xbc\xc3\x9f"));
-        QVERIFY(paste(server_->environment(), u"TARGETS"_qs)->contains("UTF8_STRING"));
-        QVERIFY(paste(server_->environment(), u"TIMESTAMP"_qs));
+        QVERIFY(paste(server_->environment(), u"TARGETS"_s)->contains("UTF8_STRING"));
+        QVERIFY(paste(server_->environment(), u"TIMESTAMP"_s));
 
         offer(*pasteboard_, "\xe2\x82\xac");
-        QCOMPARE(paste(server_->environment(), u"STRING"_qs), std::nullopt);
+        QCOMPARE(paste(server_->environment(), u"STRING"_s), std::nullopt);
     }
 
     void aLongTextIsPastedInPieces()
@@ -382,7 +383,7 @@ private Q_SLOTS:
         const XServer desktop;
         QProcess manager;
         manager.setProcessEnvironment(desktop.environment());
-        manager.start(u"xfce4-clipman"_qs, QStringList());
+        manager.start(u"xfce4-clipman"_s, QStringList());
         QVERIFY(manager.waitForStarted());
         letComeToRest(manager);
         auto pasteboard = X11Pasteboard::create(scheduler_, desktop.display());

@@ -14,6 +14,8 @@
 
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 using Problem = DefaultsStore::Problem;
 using Plant = std::function<bool(const QByteArray &path)>; // Makes something that is no file.
 
@@ -50,7 +52,7 @@ private Q_SLOTS:
             return mknod(path.constData(), S_IFSOCK | 0600, 0) == 0;
         };
         for (const char *suffix : {"", "-wal"}) {
-            const QString name = u"defaults.sqlite"_qs + QLatin1StringView(suffix);
+            const QString name = u"defaults.sqlite"_s + QLatin1StringView(suffix);
             QTest::addRow("a FIFO %s", suffix) << name << fifo;
             QTest::addRow("a folder %s", suffix) << name << folder;
             QTest::addRow("a device %s", suffix) << name << device;

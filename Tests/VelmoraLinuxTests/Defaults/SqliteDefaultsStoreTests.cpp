@@ -51,9 +51,9 @@ public:
                                "db.execute('PRAGMA locking_mode=' + sys.argv[2])\n"
                                "db.execute('BEGIN IMMEDIATE')\n"
                                "print('held', flush=True)\n"
-                               "sys.stdin.read()\n"_qs;
-        const QString mode = kind == againstEverybody ? u"EXCLUSIVE"_qs : u"NORMAL"_qs;
-        process_.start(u"python3"_qs, {u"-c"_qs, script, path, mode});
+                               "sys.stdin.read()\n"_s;
+        const QString mode = kind == againstEverybody ? u"EXCLUSIVE"_s : u"NORMAL"_s;
+        process_.start(u"python3"_s, {u"-c"_s, script, path, mode});
         while (!process_.canReadLine() && process_.waitForReadyRead())
             continue;
     }
@@ -147,9 +147,9 @@ private Q_SLOTS:
     {
         SqliteDefaultsStore store(folder());
         store.setData(u"history", QByteArray("a very private link ").repeated(2000));
-        store.setString(u"text", u"another private link"_qs);
+        store.setString(u"text", u"another private link"_s);
         store.setData(u"history", QByteArray("an ordinary one ").repeated(100));
-        store.setString(u"text", u"short"_qs);
+        store.setString(u"text", u"short"_s);
         store.finishTidying();
         QCOMPARE(filesThatContain(folder(), "private"), QStringList());
     }
@@ -174,15 +174,15 @@ private Q_SLOTS:
     {
         QVERIFY(QDir().mkpath(folder()));
         overwrite(path(), 0, QByteArray("private text in no database").repeated(1000));
-        overwrite(path() + u"-wal"_qs, 0, "private text in a log");
+        overwrite(path() + u"-wal"_s, 0, "private text in a log");
         SqliteDefaultsStore store(folder());
         store.setData(u"history", "private");
         store.remove(u"another");
-        QVERIFY(QFile::exists(folder() + u"/defaults.damaged-1.sqlite"_qs));
+        QVERIFY(QFile::exists(folder() + u"/defaults.damaged-1.sqlite"_s));
         store.remove(u"history");
         store.finishTidying();
         QCOMPARE(filesThatContain(folder(), "private"), QStringList());
-        QVERIFY(!QFile::exists(folder() + u"/defaults.damaged-1.sqlite"_qs));
+        QVERIFY(!QFile::exists(folder() + u"/defaults.damaged-1.sqlite"_s));
     }
 
     void aLinkInThePlaceOfOneThatWasSetAsideIsNotFollowed()
@@ -242,21 +242,21 @@ private Q_SLOTS:
             store.setInteger(u"number", 2);
         }
         QCOMPARE(stored(), std::optional<qint64>(2));
-        QCOMPARE(contentsOf(folder() + u"/defaults.damaged-1.sqlite"_qs), damaged);
+        QCOMPARE(contentsOf(folder() + u"/defaults.damaged-1.sqlite"_s), damaged);
     }
 
     void theLogOfADamagedFileIsSetAsideWithIt()
     {
         QVERIFY(QDir().mkpath(folder()));
         overwrite(path(), 0, QByteArray("no database").repeated(1000));
-        overwrite(path() + u"-wal"_qs, 0, "no log");
-        overwrite(folder() + u"/defaults.damaged-1.sqlite"_qs, 0, "of an earlier accident");
+        overwrite(path() + u"-wal"_s, 0, "no log");
+        overwrite(folder() + u"/defaults.damaged-1.sqlite"_s, 0, "of an earlier accident");
         store(1);
 
-        QCOMPARE(contentsOf(folder() + u"/defaults.damaged-1.sqlite"_qs),
+        QCOMPARE(contentsOf(folder() + u"/defaults.damaged-1.sqlite"_s),
                  QByteArray("of an earlier accident"));
-        QCOMPARE(contentsOf(folder() + u"/defaults.damaged-2.sqlite-wal"_qs), QByteArray("no log"));
-        QVERIFY(QFile::exists(folder() + u"/defaults.damaged-2.sqlite"_qs));
+        QCOMPARE(contentsOf(folder() + u"/defaults.damaged-2.sqlite-wal"_s), QByteArray("no log"));
+        QVERIFY(QFile::exists(folder() + u"/defaults.damaged-2.sqlite"_s));
         QCOMPARE(stored(), std::optional<qint64>(1));
     }
 
@@ -391,12 +391,12 @@ private Q_SLOTS:
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &tight), 0);
         store.setData(u"history", QByteArray(500000, 'x'));
         store.setBoolean(u"telemetry", false);
-        store.setString(u"language", u"german"_qs);
+        store.setString(u"language", u"german"_s);
         const SqliteDefaultsStore reader(folder());
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
         std::signal(SIGXFSZ, previous);
         QCOMPARE(reader.boolean(u"telemetry"), std::optional(false));
-        QCOMPARE(reader.string(u"language"), std::optional(u"german"_qs));
+        QCOMPARE(reader.string(u"language"), std::optional(u"german"_s));
         QCOMPARE(reader.data(u"history"), std::nullopt);
         QCOMPARE(problemsOf(store), QList{Problem::notWritable});
 

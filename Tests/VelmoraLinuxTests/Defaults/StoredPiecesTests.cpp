@@ -30,12 +30,12 @@ private Q_SLOTS:
         SqliteDefaultsStore store(folder());
         store.setPieces(u"history", pieces);
         SqliteDefaultsStore(folder()).setInteger(u"number", 1); // Leaves an empty log behind.
-        const qint64 before = QFile(path() + u"-wal"_qs).size();
+        const qint64 before = QFile(path() + u"-wal"_s).size();
         pieces.insert(1, "new");
         pieces.insert(2, ",");
         pieces.remove(4, 2);
         store.setPieces(u"history", pieces);
-        const qint64 written = QFile(path() + u"-wal"_qs).size() - before;
+        const qint64 written = QFile(path() + u"-wal"_s).size() - before;
         QVERIFY2(written < 64 * 1024 + 110000,
                  qPrintable(QString::number(written))); // The removed one is overwritten.
         QCOMPARE(store.data(u"history"), std::optional(pieces.join()));
@@ -77,7 +77,7 @@ private Q_SLOTS:
         {
             const DefaultsStore::Group group(store);
             store.setInteger(u"number", 1);
-            store.setString(u"text", u"two"_qs);
+            store.setString(u"text", u"two"_s);
             QCOMPARE(store.integer(u"number"), std::optional<qint64>(1));
             QCOMPARE(stored(), std::nullopt);
         }

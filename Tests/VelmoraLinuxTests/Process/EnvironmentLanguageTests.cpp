@@ -5,6 +5,8 @@
 
 #include <Runner/RegisteredTest.h>
 
+using namespace Qt::StringLiterals;
+
 using Variables = QMap<QByteArray, QByteArray>;
 
 class EnvironmentLanguageTests : public QObject {
@@ -17,28 +19,28 @@ private Q_SLOTS:
         QTest::addColumn<Variables>("variables");
         QTest::addColumn<QString>("code");
         QTest::newRow("none") << Variables() << QString();
-        QTest::newRow("German in Austria") << Variables{{"LANG", "de_AT.UTF-8"}} << u"de"_qs;
-        QTest::newRow("English in Germany") << Variables{{"LANG", "en_DE.UTF-8"}} << u"en"_qs;
-        QTest::newRow("with a modifier") << Variables{{"LANG", "de@euro"}} << u"de"_qs;
-        QTest::newRow("bare, in capitals") << Variables{{"LANG", "DE"}} << u"de"_qs;
-        QTest::newRow("Swiss German") << Variables{{"LANG", "gsw_CH"}} << u"gsw"_qs;
+        QTest::newRow("German in Austria") << Variables{{"LANG", "de_AT.UTF-8"}} << u"de"_s;
+        QTest::newRow("English in Germany") << Variables{{"LANG", "en_DE.UTF-8"}} << u"en"_s;
+        QTest::newRow("with a modifier") << Variables{{"LANG", "de@euro"}} << u"de"_s;
+        QTest::newRow("bare, in capitals") << Variables{{"LANG", "DE"}} << u"de"_s;
+        QTest::newRow("Swiss German") << Variables{{"LANG", "gsw_CH"}} << u"gsw"_s;
         QTest::newRow("messages before the rest")
-            << Variables{{"LANG", "en_US"}, {"LC_MESSAGES", "de_DE"}} << u"de"_qs;
+            << Variables{{"LANG", "en_US"}, {"LC_MESSAGES", "de_DE"}} << u"de"_s;
         QTest::newRow("all before messages")
-            << Variables{{"LC_MESSAGES", "de_DE"}, {"LC_ALL", "fr_FR"}} << u"fr"_qs;
+            << Variables{{"LC_MESSAGES", "de_DE"}, {"LC_ALL", "fr_FR"}} << u"fr"_s;
         QTest::newRow("a list before all")
-            << Variables{{"LC_ALL", "fr_FR"}, {"LANGUAGE", "de:en"}} << u"de"_qs;
+            << Variables{{"LC_ALL", "fr_FR"}, {"LANGUAGE", "de:en"}} << u"de"_s;
         QTest::newRow("the first of a list that there is")
-            << Variables{{"LANG", "fr_FR"}, {"LANGUAGE", "fr_CH:de_CH:en"}} << u"de"_qs;
-        QTest::newRow("nothing of a list") << Variables{{"LANG", "de_DE"}, {"LANGUAGE", "fr:nl"}} << u"fr"_qs;
+            << Variables{{"LANG", "fr_FR"}, {"LANGUAGE", "fr_CH:de_CH:en"}} << u"de"_s;
+        QTest::newRow("nothing of a list") << Variables{{"LANG", "de_DE"}, {"LANGUAGE", "fr:nl"}} << u"fr"_s;
         QTest::newRow("a list that ends the search")
             << Variables{{"LANG", "de_DE"}, {"LANGUAGE", "fr:C:de"}} << QString();
-        QTest::newRow("an empty list") << Variables{{"LANG", "de_DE"}, {"LANGUAGE", ":"}} << u"de"_qs;
+        QTest::newRow("an empty list") << Variables{{"LANG", "de_DE"}, {"LANGUAGE", ":"}} << u"de"_s;
         QTest::newRow("a list without a locale") << Variables{{"LANGUAGE", "de"}} << QString();
         QTest::newRow("a list under C") << Variables{{"LANG", "C"}, {"LANGUAGE", "de"}} << QString();
         QTest::newRow("a list under C.UTF-8")
             << Variables{{"LC_ALL", "C.UTF-8"}, {"LANG", "de_DE"}, {"LANGUAGE", "de"}} << QString();
-        QTest::newRow("an empty one is not set") << Variables{{"LC_ALL", ""}, {"LANG", "de_DE"}} << u"de"_qs;
+        QTest::newRow("an empty one is not set") << Variables{{"LC_ALL", ""}, {"LANG", "de_DE"}} << u"de"_s;
         QTest::newRow("C") << Variables{{"LC_ALL", "C.UTF-8"}, {"LANG", "de_DE"}} << QString();
         QTest::newRow("POSIX") << Variables{{"LANG", "POSIX"}} << QString();
     }
@@ -56,7 +58,7 @@ private Q_SLOTS:
         for (auto variable = variables.cbegin(); variable != variables.cend(); ++variable)
             qputenv(variable.key().constData(), variable.value());
 
-        const QString found = EnvironmentLanguage({u"en"_qs, u"de"_qs}).code();
+        const QString found = EnvironmentLanguage({u"en"_s, u"de"_s}).code();
 
         for (const char *name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
             qunsetenv(name);

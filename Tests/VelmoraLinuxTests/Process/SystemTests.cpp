@@ -18,6 +18,7 @@
 
 #include <csignal>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 class SystemTests : public QObject {
@@ -65,16 +66,16 @@ private Q_SLOTS:
         const auto start = scheduler.now();
         std::chrono::nanoseconds lastAt{};
         scheduler.after(30ms, [&] {
-            ran += u"late"_qs;
+            ran += u"late"_s;
             lastAt = scheduler.now();
         });
-        scheduler.after(0ms, [&] { ran += u"first"_qs; });
-        scheduler.after(0ms, [&] { ran += u"second"_qs; });
-        scheduler.after(10ms, [&] { ran += u"middle"_qs; });
+        scheduler.after(0ms, [&] { ran += u"first"_s; });
+        scheduler.after(0ms, [&] { ran += u"second"_s; });
+        scheduler.after(10ms, [&] { ran += u"middle"_s; });
         QVERIFY(ran.isEmpty()); // Never from within the call.
 
         QTRY_COMPARE(ran.size(), 4);
-        QCOMPARE(ran, QStringList({u"first"_qs, u"second"_qs, u"middle"_qs, u"late"_qs}));
+        QCOMPARE(ran, QStringList({u"first"_s, u"second"_s, u"middle"_s, u"late"_s}));
         QVERIFY(lastAt - start >= 30ms);
     }
 
@@ -94,10 +95,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("value");
         QTest::addColumn<QString>("folder");
-        QTest::newRow("absolute") << QByteArray("/somewhere/data/") << u"/somewhere/data"_qs;
-        QTest::newRow("relative") << QByteArray("data") << QDir::homePath() + u"/.local/share"_qs;
-        QTest::newRow("empty") << QByteArray("") << QDir::homePath() + u"/.local/share"_qs;
-        QTest::newRow("not UTF-8") << QByteArray("/somewhere/\xf6") << QDir::homePath() + u"/.local/share"_qs;
+        QTest::newRow("absolute") << QByteArray("/somewhere/data/") << u"/somewhere/data"_s;
+        QTest::newRow("relative") << QByteArray("data") << QDir::homePath() + u"/.local/share"_s;
+        QTest::newRow("empty") << QByteArray("") << QDir::homePath() + u"/.local/share"_s;
+        QTest::newRow("not UTF-8") << QByteArray("/somewhere/\xf6") << QDir::homePath() + u"/.local/share"_s;
     }
 
     void relativeBaseFoldersAreIgnored()
@@ -131,7 +132,7 @@ private Q_SLOTS:
         const QString config = XdgFolders::configHome();
         qputenv("HOME", before);
         qputenv("XDG_CONFIG_HOME", folder);
-        QCOMPARE(config, QFile::decodeName(getpwuid(getuid())->pw_dir) + u"/.config"_qs);
+        QCOMPARE(config, QFile::decodeName(getpwuid(getuid())->pw_dir) + u"/.config"_s);
     }
 
     void coreDumpsHoldNoMemory()
@@ -140,7 +141,7 @@ private Q_SLOTS:
         rlimit limit{};
         QCOMPARE(getrlimit(RLIMIT_CORE, &limit), 0);
         QCOMPARE(limit.rlim_cur, rlim_t{0});
-        QFile filter(u"/proc/self/coredump_filter"_qs);
+        QFile filter(u"/proc/self/coredump_filter"_s);
         QVERIFY(filter.open(QIODevice::ReadOnly));
         QCOMPARE(filter.readAll().trimmed().toInt(nullptr, 16), 0);
     }
@@ -148,23 +149,23 @@ private Q_SLOTS:
     void theInformationDictionaryLiesBesideTheProgramAndKeepsTypes()
     {
         const QTemporaryDir prefix;
-        QVERIFY(QDir(prefix.path()).mkpath(u"share/velmora"_qs));
-        QFile file(prefix.filePath(u"share/velmora/Info.json"_qs));
+        QVERIFY(QDir(prefix.path()).mkpath(u"share/velmora"_s));
+        QFile file(prefix.filePath(u"share/velmora/Info.json"_s));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(R"({"CFBundleIdentifier": "app.velmora.Velmora", "CFBundleVersion": 7})");
         file.close();
 
-        const BundleInfoFile info(prefix.filePath(u"bin"_qs));
-        QCOMPARE(info.value(u"CFBundleIdentifier"), QJsonValue(u"app.velmora.Velmora"_qs));
+        const BundleInfoFile info(prefix.filePath(u"bin"_s));
+        QCOMPARE(info.value(u"CFBundleIdentifier"), QJsonValue(u"app.velmora.Velmora"_s));
         QCOMPARE(info.value(u"CFBundleVersion"), QJsonValue(7));
         QVERIFY(info.value(u"SUFeedURL").isUndefined());
-        QCOMPARE(info.resourceFolder(), prefix.filePath(u"share/velmora"_qs));
+        QCOMPARE(info.resourceFolder(), prefix.filePath(u"share/velmora"_s));
     }
 
     void aProgramInABuildFolderIsUnbundled()
     {
         const QTemporaryDir prefix;
-        const BundleInfoFile info(prefix.filePath(u"bin"_qs));
+        const BundleInfoFile info(prefix.filePath(u"bin"_s));
         QVERIFY(info.value(u"CFBundleIdentifier").isUndefined());
         QVERIFY(info.resourceFolder().isEmpty());
     }
@@ -172,12 +173,12 @@ private Q_SLOTS:
     void aBrokenInformationDictionaryIsNone()
     {
         const QTemporaryDir prefix;
-        QVERIFY(QDir(prefix.path()).mkpath(u"share/velmora"_qs));
-        QFile file(prefix.filePath(u"share/velmora/Info.json"_qs));
+        QVERIFY(QDir(prefix.path()).mkpath(u"share/velmora"_s));
+        QFile file(prefix.filePath(u"share/velmora/Info.json"_s));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("[1, 2");
         file.close();
-        QVERIFY(BundleInfoFile(prefix.filePath(u"bin"_qs)).resourceFolder().isEmpty());
+        QVERIFY(BundleInfoFile(prefix.filePath(u"bin"_s)).resourceFolder().isEmpty());
     }
 
     void theWallClockUsesTheSystemTimeZone()

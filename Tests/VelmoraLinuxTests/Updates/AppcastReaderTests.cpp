@@ -2,6 +2,7 @@
 
 #include <QTest>
 
+#include <Fakes/UtcTime.h>
 #include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
@@ -85,7 +86,7 @@ private Q_SLOTS:
             .informationalBelow = u"10"_s,
             .informationalFor = {u"11"_s},
             .page = QUrl(u"https://velmora.example/two"_s),
-            .published = QDateTime({2026, 11, 20}, {19, 0}, Qt::UTC),
+            .published = utcTime({2026, 11, 20}, {19, 0}),
             .phasedInterval = 86400,
             .critical = true,
             .informational = true,

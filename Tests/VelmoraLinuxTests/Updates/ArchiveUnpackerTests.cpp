@@ -69,15 +69,24 @@ private Q_SLOTS:
         QVERIFY(folder_->isValid());
     }
 
+    void anArchiveIsUnpackedWithoutItsTopFolder_data()
+    {
+        QTest::addColumn<QByteArray>("archive");
+        const QByteArray tar = good()
+                                   .add(folder("v/empty"))
+                                   .add(file("v/bin/run", "#!", 0755))
+                                   .add(file("v/large", QByteArray(100'000, 'L')))
+                                   .tar();
+        QTest::newRow("gzip") << gzipped(tar);
+        QTest::newRow("xz") << xzCompressed(tar);
+        QTest::newRow("xz, at its highest level") << wantingMemory(xzCompressed(tar), 26);
+    }
+
     void anArchiveIsUnpackedWithoutItsTopFolder()
     {
+        QFETCH(QByteArray, archive);
         const QByteArray large(100'000, 'L');
-        QCOMPARE(unpack(good()
-                            .add(folder("v/empty"))
-                            .add(file("v/bin/run", "#!", 0755))
-                            .add(file("v/large", large))
-                            .gzip()),
-                 UpdateOutcome());
+        QCOMPARE(unpack(archive), UpdateOutcome());
         QCOMPARE(readFile(target() + u"/a"_s), "A");
         QCOMPARE(readFile(target() + u"/large"_s), large);
         QVERIFY(QFileInfo(target() + u"/bin/run"_s).isExecutable());
@@ -123,6 +132,18 @@ private Q_SLOTS:
             << gzipped(TestArchive().add(file("v/a", QByteArray(9000, 'x'))).tar().left(4096))
             << UpdateProblem::contents;
         QTest::newRow("no gzip") << good().tar().replace("ustar", "other") << UpdateProblem::contents;
+        QTest::newRow("xz, cut short") << good().xz().chopped(40) << UpdateProblem::contents;
+        QTest::newRow("xz, nothing behind its mark") << good().xz().left(6) << UpdateProblem::contents;
+        QTest::newRow("xz, no end mark")
+            << xzCompressed(good().tar().chopped(1024)) << UpdateProblem::contents;
+        QByteArray damaged = good().xz();
+        damaged[40] = static_cast<char>(damaged[40] ^ 1);
+        QTest::newRow("xz, with another bit inside") << damaged << UpdateProblem::contents;
+        QTest::newRow("xz, climbing out") << good().add(file("../escaped")).xz() << UpdateProblem::contents;
+        QTest::newRow("xz, a size beyond the limit")
+            << TestArchive().add({"v/a", "x", '0', 0644, {}, 2'000'000}).xz() << UpdateProblem::tooLarge;
+        QTest::newRow("xz, more memory than is sane")
+            << wantingMemory(good().xz(), 28) << UpdateProblem::contents;
         QTest::newRow("another checksum")
             << gzipped(good().tar().replace("v/a", "v/b")) << UpdateProblem::contents;
         QTest::newRow("a size beyond the limit")

@@ -69,7 +69,7 @@ private Q_SLOTS:
         QCOMPARE(installation.kind, Installation::Kind::folder);
         QCOMPARE(installation.target, root());
         QCOMPARE(installation.launcher, program());
-        QCOMPARE(installation.archiveType(), u"application/gzip"_s);
+        QCOMPARE(installation.archiveTypes(), QStringList({u"application/x-xz"_s, u"application/gzip"_s}));
     }
 
     void aFolderWithForeignFilesIsLeftAlone()
@@ -209,7 +209,7 @@ private Q_SLOTS:
         const Installation installation = Installation::detect(program(), environment);
         QCOMPARE(installation.kind, Installation::Kind::managed);
         QCOMPARE(installation.manager, u"Flatpak"_s);
-        QCOMPARE(installation.archiveType(), QString());
+        QCOMPARE(installation.archiveTypes(), QStringList());
     }
 
     void anImageIsRecognised()

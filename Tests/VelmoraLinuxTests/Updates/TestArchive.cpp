@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <lzma.h>
 #include <sodium.h>
 #include <zlib.h>
 
@@ -77,6 +78,37 @@ QByteArray TestArchive::tar() const
 QByteArray TestArchive::gzip() const
 {
     return gzipped(tar());
+}
+
+QByteArray TestArchive::xz() const
+{
+    return xzCompressed(tar());
+}
+
+QByteArray xzCompressed(const QByteArray &input)
+{
+    const auto size = static_cast<size_t>(input.size());
+    QByteArray result(static_cast<qsizetype>(lzma_stream_buffer_bound(size)), '\0');
+    size_t written = 0;
+    if (lzma_easy_buffer_encode(1, LZMA_CHECK_CRC64, nullptr, reinterpret_cast<const uint8_t *>(input.data()),
+                                size, bytes(result), &written, static_cast<size_t>(result.size())) != LZMA_OK)
+        qFatal("cannot compress the test archive");
+    result.truncate(static_cast<qsizetype>(written));
+    return result;
+}
+
+QByteArray wantingMemory(QByteArray xz, int exponent)
+{
+    constexpr qsizetype header =
+        12; // Where that of the first block stands, of four times as many bytes as its first says.
+    constexpr qsizetype checksumSize = 4;
+    const qsizetype checksum = header + 4 * (xz[header] + 1) - checksumSize;
+    const QByteArray filter("\x21\x01"); // LZMA2, with one byte that tells the size of its dictionary.
+    xz[xz.indexOf(filter, header) + filter.size()] = static_cast<char>(2 * (exponent - 12));
+    const uLong sum = crc32(0, bytes(xz) + header, static_cast<uInt>(checksum - header));
+    for (int i = 0; i < checksumSize; ++i)
+        xz[checksum + i] = static_cast<char>(sum >> 8 * i);
+    return xz;
 }
 
 QByteArray gzipped(const QByteArray &input)

@@ -21,12 +21,18 @@ public:
     TestArchive &add(const Entry &entry);
     [[nodiscard]] QByteArray tar() const; // With the end mark.
     [[nodiscard]] QByteArray gzip() const;
+    [[nodiscard]] QByteArray xz() const;
 
 private:
     QByteArray blocks_;
 };
 
 [[nodiscard]] QByteArray gzipped(const QByteArray &input);
+
+[[nodiscard]] QByteArray xzCompressed(const QByteArray &input);
+
+// The same contents, but whoever unpacks them has to set aside 2 to the power of `exponent` bytes, 12 at least, of memory.
+[[nodiscard]] QByteArray wantingMemory(QByteArray xz, int exponent);
 
 // A program of this version as a tarball: top folder, information dictionary, manifest and bin/velmora.
 [[nodiscard]] QByteArray programArchive(const QByteArray &version, const QByteArray &program);

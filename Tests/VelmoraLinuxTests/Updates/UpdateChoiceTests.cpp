@@ -2,13 +2,14 @@
 
 #include <QTest>
 
+#include <Fakes/UtcTime.h>
 #include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-const QDateTime released({2026, 11, 20}, {12, 0}, Qt::UTC);
+const QDateTime released = utcTime({2026, 11, 20}, {12, 0});
 
 UpdateHost host()
 {
@@ -16,7 +17,7 @@ UpdateHost host()
             .systemVersion = u"2.36"_s,
             .system = u"linux"_s,
             .architecture = u"x86_64"_s,
-            .archiveType = u"application/gzip"_s,
+            .archiveTypes = {u"application/x-xz"_s, u"application/gzip"_s},
             .skippedVersion = {},
             .rolloutGroup = 0,
             .now = released};
@@ -106,6 +107,15 @@ private Q_SLOTS:
         AppcastItem second = item(u"11.0"_s);
         const UpdateChoice choice = chooseUpdate({first, second}, host(), CheckKind::byUser);
         QCOMPARE(choice.item.value_or(AppcastItem()).version, u"11"_s);
+    }
+
+    void eachKindThatCanBeUnpackedFits()
+    {
+        AppcastItem next = item(u"11"_s);
+        next.enclosures.first().type = u"application/x-xz"_s;
+        QVERIFY(chooseUpdate({next}, host(), CheckKind::byUser).item.has_value());
+        next.enclosures.first().type = u"application/zstd"_s;
+        QVERIFY(!chooseUpdate({next}, host(), CheckKind::byUser).item.has_value());
     }
 
     void theEnclosureThatFitsIsTaken()

@@ -4,6 +4,7 @@
 
 #include <Fakes/MemoryDefaultsStore.h>
 #include <Fakes/RecordingUpdateDriver.h>
+#include <Fakes/UtcTime.h>
 #include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
@@ -346,10 +347,10 @@ private:
                 .systemVersion = u"2.36"_s,
                 .system = u"linux"_s,
                 .architecture = u"x86_64"_s,
-                .archiveType = u"application/gzip"_s,
+                .archiveTypes = {u"application/gzip"_s},
                 .skippedVersion = defaults_->string(u"SUSkippedVersion").value_or(QString()),
                 .rolloutGroup = 0,
-                .now = QDateTime({2026, 11, 20}, {12, 0}, Qt::UTC)};
+                .now = utcTime({2026, 11, 20}, {12, 0})};
     }
 
     FakeDownloader downloader_;

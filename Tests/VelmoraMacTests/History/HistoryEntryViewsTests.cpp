@@ -62,7 +62,7 @@ private Q_SLOTS:
         entry.cleanedText = u"https://a.example/"_s;
         entry.removedCount = 2;
         entry.removedParameterNames = {u"utm_source"_s, u"gclid"_s};
-        entry.setCleanedAt(QDateTime(QDate(2026, 3, 7), QTime(14, 5), Qt::LocalTime));
+        entry.setCleanedAt(QDateTime(QDate(2026, 3, 7), QTime(14, 5)));
         QQuickItem *row = showRow(stage, entry);
         QVERIFY2(row != nullptr, qPrintable(stage.warnings.join(u'\n')));
 

@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <Fakes/StoredHistory.h>
+#include <Fakes/UtcTime.h>
 #include <Runner/RegisteredTest.h>
 
 using namespace Qt::StringLiterals;
@@ -20,7 +21,7 @@ CleanHistoryEntry entry()
     entry.cleanedText = u"see https://a.example/ \"quoted\" \\ \n\tü 🙂"_s;
     entry.removedCount = 2;
     entry.removedParameterNames = {u"si"_s, u"si"_s};
-    entry.setCleanedAt(QDateTime(QDate(2026, 3, 7), QTime(10, 11, 12, 250), Qt::UTC));
+    entry.setCleanedAt(utcTime(QDate(2026, 3, 7), QTime(10, 11, 12, 250)));
     return entry;
 }
 
@@ -76,7 +77,7 @@ private Q_SLOTS:
 
     void theMomentIsShownAsItWasRecorded()
     {
-        QCOMPARE(entry().cleanedAt(), QDateTime(QDate(2026, 3, 7), QTime(10, 11, 12, 250), Qt::UTC));
+        QCOMPARE(entry().cleanedAt(), utcTime(QDate(2026, 3, 7), QTime(10, 11, 12, 250)));
         QCOMPARE(entry().cleanedAt().timeSpec(), Qt::LocalTime);
     }
 
