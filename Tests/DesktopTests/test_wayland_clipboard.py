@@ -9,7 +9,8 @@ import subprocess
 import sys
 import unittest
 
-from sway_desktop import SwayDesktop, as_ordinary_user
+from sway_desktop import SwayDesktop
+from wayland_desktop import as_ordinary_user
 from x11_desktop import TIMEOUT, wait_until
 
 PROGRAM = ""

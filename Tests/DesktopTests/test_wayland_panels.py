@@ -7,7 +7,8 @@ import sys
 import unittest
 
 from accessibility_bus import AccessibilityBus
-from sway_desktop import SwayDesktop, as_ordinary_user
+from sway_desktop import SwayDesktop
+from wayland_desktop import as_ordinary_user
 from x11_desktop import SIZE, wait_until
 from x11_person import Rect
 

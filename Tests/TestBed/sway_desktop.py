@@ -1,52 +1,23 @@
-"""A private Wayland desktop without a screen: sway, with XWayland or without.
-
-A test that uses it calls `as_ordinary_user` first: sway refuses to run as root.
+"""sway without a screen, with XWayland or without. It refuses to run as root, see `as_ordinary_user`.
 """
 import json
 import os
-import pathlib
 import subprocess
-import sys
-import tempfile
 
+from wayland_desktop import WaylandDesktop
 from wayland_person import Person
-from x11_desktop import PANEL, SIZE, TIMEOUT, Desktop, wait_until
+from x11_desktop import PANEL, SIZE, TIMEOUT, wait_until
 from x11_person import Rect
 
-ORDINARY_USER = "VELMORA_TEST_ORDINARY_USER"
 
-
-def as_ordinary_user():
-    """Runs the present script again as somebody else when it runs as root, in a user namespace where there are some."""
-    if os.geteuid() != 0 or ORDINARY_USER in os.environ:
-        return
-    os.environ[ORDINARY_USER] = "1"
-    namespace = ["unshare", "--user", "--map-user=1000", "--map-group=1000"]
-    if subprocess.run([*namespace, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0:
-        command = [*namespace, "--"]
-    else:
-        command = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--"]
-    os.execvp(command[0], [*command, sys.executable, *sys.orig_argv[1:]])
-
-
-class SwayDesktop(Desktop):
+class SwayDesktop(WaylandDesktop):
     """sway, side by side on as many screens as there are `scales`; `bar` is the edge at which swaybar shows icons.
 
     `xwayland`: whether X11 programs can run too; `display` is then the X11 display."""
 
     def __init__(self, program, xwayland=True, bar=None, scales=(1,)):
-        self.program, self.tray_kind, self.bar, self.scales = program, "sni" if bar else "none", bar, scales
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="velmora-sway-"))
-        self.processes, self.person = [], None
-        self.env = {name: os.environ[name] for name in ("PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS")
-                    if name in os.environ}
-        self.env.update(HOME=str(self.folder), VELMORA_TEST_DESKTOP=str(self.folder), LC_ALL="C.UTF-8",
-                        XDG_SESSION_TYPE="wayland", XDG_CURRENT_DESKTOP="sway", NO_AT_BRIDGE="1", LIBGL_ALWAYS_SOFTWARE="1")
-        for name in ("RUNTIME_DIR", "CONFIG_HOME", "CACHE_HOME", "DATA_HOME", "STATE_HOME"):
-            path = self.folder / name.lower()
-            path.mkdir(mode=0o700)
-            self.env["XDG_" + name] = str(path)
-        pathlib.Path("/tmp/.X11-unix").mkdir(mode=0o1777, exist_ok=True)
+        super().__init__(program, "sway")
+        self.tray_kind, self.bar, self.scales = "sni" if bar else "none", bar, scales
         try:
             self.start_bus()
             self.start_sway(xwayland)
@@ -85,29 +56,6 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
         if not self.bar:
             return ""
         return f"bar {{\n position {self.bar}\n height {PANEL}\n tray_output *\n status_command sleep 3600\n}}"
-
-    def state(self):
-        lines = [f"{process.name}: {process.args}, status {process.poll()}" for process in self.processes]
-        for path in sorted(self.folder.glob("*.log")):
-            lines += [f"{path.stem}: {line}" for line in self.log(path.stem).splitlines()[-15:]]
-        return "\n".join(lines)
-
-    # Programs made for Wayland
-
-    def copy_natively(self, text, kind=None):
-        """Copies as such a program does, and returns when the compositor knows."""
-        self.wl_copy(text.encode(), *(["--type", kind] if kind else []))
-
-    def wl_copy(self, content, *options):
-        subprocess.run(["wl-copy", *options], env=self.env, input=content, check=True, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL, timeout=TIMEOUT)
-
-    def paste_natively(self):
-        return self.ask("wl-paste", "--no-newline")
-
-    def offered(self):
-        """The names under which the clipboard's contents can be had."""
-        return self.ask("wl-paste", "--list-types").split()
 
     def key(self, *names):
         for name in names:
@@ -196,14 +144,3 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
         scale = self.scales[screen]
         return Rect(free.x + round(left / scale), free.y + round(marked[0] / scale), round((right - left) / scale),
                     round((marked[-1] + 1 - marked[0]) / scale))
-
-    def keepers(self):
-        """The processes that keep a text after its program has ended."""
-        found = []
-        for pid in self.stragglers():
-            try:
-                if b"--keep-clipboard" in pathlib.Path(f"/proc/{pid}/cmdline").read_bytes().split(b"\0"):
-                    found.append(pid)
-            except OSError:
-                continue
-        return found

@@ -33,6 +33,10 @@ class Person:
         self.socket.connect(os.fspath(pathlib.Path(environment["XDG_RUNTIME_DIR"]) / environment["WAYLAND_DISPLAY"]))
         self.send(DISPLAY, GET_REGISTRY, REGISTRY)
         self.wait()
+        self.plug_in()
+        self.wait()
+
+    def plug_in(self):
         manager, seat = self.bind("zwlr_virtual_pointer_manager_v1"), self.bind("wl_seat")
         self.mouse = self.new()
         self.send(manager, CREATE, seat, self.mouse)
@@ -40,7 +44,6 @@ class Person:
         self.keyboard = self.new()
         self.send(manager, CREATE, seat, self.keyboard)
         self.send_layout()
-        self.wait()
 
     def send_layout(self):
         file = os.memfd_create("layout")
@@ -90,9 +93,9 @@ class Person:
             if sender == done:
                 return
 
-    def bind(self, interface):
+    def bind(self, interface, version=1):
         proxy = self.new()
-        self.send(REGISTRY, 0, self.globals[interface], interface, 1, proxy)
+        self.send(REGISTRY, 0, self.globals[interface], interface, version, proxy)
         return proxy
 
     @staticmethod
@@ -117,6 +120,9 @@ class Person:
 
     def tap_key(self, name):
         for state in (1, 0):
-            self.send(self.keyboard, KEY, self.now(), KEYS[name], state)
-            self.wait()
+            self.send_key(KEYS[name], state)
             time.sleep(SHORT_PRESS)
+
+    def send_key(self, code, isDown):
+        self.send(self.keyboard, KEY, self.now(), code, int(isDown))
+        self.wait()
