@@ -208,6 +208,14 @@ void LayerShellServer::pressKey(std::uint32_t code, bool isDown)
     });
 }
 
+void LayerShellServer::setKeyRepeat(int timesPerSecond, int delay)
+{
+    run([=](Compositor &compositor) {
+        for (wl_resource *device : compositor.keyboards())
+            wl_keyboard_send_repeat_info(device, timesPerSecond, delay);
+    });
+}
+
 void LayerShellServer::loseKeyboardOnDemand()
 {
     run([](Compositor &compositor) { compositor.losesKeyboardOnDemand = true; });

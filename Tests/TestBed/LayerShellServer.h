@@ -90,6 +90,7 @@ public:
     [[nodiscard]] QList<std::uint32_t> keyboardRequests();
     // By the number that the kernel has for it.
     void pressKey(std::uint32_t code, bool isDown);
+    void setKeyRepeat(int timesPerSecond, int delay); // The delay in milliseconds.
     void removeOutput(int output);
 
 private:

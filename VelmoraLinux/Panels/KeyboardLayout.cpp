@@ -108,6 +108,11 @@ QString KeyboardLayout::text(std::uint32_t code) const
     return letter == 0 ? QString() : QString::fromUcs4(&letter, 1);
 }
 
+bool KeyboardLayout::repeats(std::uint32_t code) const
+{
+    return keymap_ != nullptr && xkb_keymap_key_repeats(keymap_, code + offsetOfXkb) != 0;
+}
+
 Qt::KeyboardModifiers KeyboardLayout::modifiers() const
 {
     Qt::KeyboardModifiers modifiers;

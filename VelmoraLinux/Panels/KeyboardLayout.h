@@ -27,6 +27,8 @@ public:
     // `code` as Wayland counts keys. A key that Qt has no name for is Qt::Key_unknown.
     [[nodiscard]] Qt::Key key(std::uint32_t code) const;
     [[nodiscard]] QString text(std::uint32_t code) const;
+    // Whether it does when it is held down, as Shift does not.
+    [[nodiscard]] bool repeats(std::uint32_t code) const;
     [[nodiscard]] Qt::KeyboardModifiers modifiers() const;
 
 private:

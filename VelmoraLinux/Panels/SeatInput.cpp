@@ -103,7 +103,10 @@ struct SeatInput::Listeners {
             [](void *data, wl_keyboard *, std::uint32_t, std::uint32_t pressed, std::uint32_t latched,
                std::uint32_t locked,
                std::uint32_t group) { self(data).layout_.setModifiers(pressed, latched, locked, group); },
-        .repeat_info = [](void *, wl_keyboard *, std::int32_t, std::int32_t) {}};
+        .repeat_info =
+            [](void *data, wl_keyboard *, std::int32_t timesPerSecond, std::int32_t delay) {
+                self(data).repeat_.setPace(timesPerSecond, std::chrono::milliseconds(delay));
+            }};
 
     static constexpr wl_touch_listener touch = {
         .down =
@@ -139,6 +142,11 @@ struct SeatInput::Listeners {
         .shape = [](void *, wl_touch *, std::int32_t, wl_fixed_t, wl_fixed_t) {},
         .orientation = [](void *, wl_touch *, std::int32_t, wl_fixed_t) {}};
 };
+
+SeatInput::SeatInput()
+    : repeat_([this](std::uint32_t code) { tellKey(QEvent::KeyPress, code, true); })
+{
+}
 
 SeatInput::~SeatInput()
 {
@@ -221,6 +229,7 @@ void SeatInput::releaseKeyboard()
     if (keyboard_ != nullptr)
         wl_keyboard_release(std::exchange(keyboard_, nullptr));
     withKeyboard_ = nullptr;
+    repeat_.stop();
 }
 
 void SeatInput::useTouch()
@@ -247,8 +256,10 @@ void SeatInput::ignore(wl_surface *surface)
     listeners_.erase(surface);
     if (surface == underPointer_)
         underPointer_ = nullptr;
-    if (surface == withKeyboard_)
+    if (surface == withKeyboard_) {
         withKeyboard_ = nullptr;
+        repeat_.stop();
+    }
     useDevices();
 }
 
@@ -307,14 +318,23 @@ void SeatInput::scroll(QPointF distance, QPoint clicks)
 
 void SeatInput::pressKey(std::uint32_t code, bool isDown)
 {
-    const QEvent::Type type = isDown ? QEvent::KeyPress : QEvent::KeyRelease;
-    QKeyEvent event(type, layout_.key(code), layout_.modifiers(), layout_.text(code));
+    if (!isDown)
+        repeat_.release(code);
+    else if (layout_.repeats(code))
+        repeat_.press(code);
+    tellKey(isDown ? QEvent::KeyPress : QEvent::KeyRelease, code, false);
+}
+
+void SeatInput::tellKey(QEvent::Type type, std::uint32_t code, bool isRepeated)
+{
+    QKeyEvent event(type, layout_.key(code), layout_.modifiers(), layout_.text(code), isRepeated);
     tell(withKeyboard_, event);
 }
 
 void SeatInput::turnKeyboard(wl_surface *surface, bool isTo)
 {
     withKeyboard_ = isTo ? surface : nullptr;
+    repeat_.stop();
     QFocusEvent event(isTo ? QEvent::FocusIn : QEvent::FocusOut, Qt::ActiveWindowFocusReason);
     tell(surface, event);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KeyRepeat.h"
 #include "KeyboardLayout.h"
 
 #include <QEvent>
@@ -25,7 +26,7 @@ public:
     // May make any surface stop listening.
     using Listener = std::function<void(QEvent &event)>;
 
-    SeatInput() = default;
+    SeatInput();
     ~SeatInput();
     Q_DISABLE_COPY_MOVE(SeatInput)
 
@@ -57,6 +58,7 @@ private:
     void press(Qt::MouseButton button, bool isDown);
     void scroll(QPointF distance, QPoint clicks);
     void pressKey(std::uint32_t code, bool isDown);
+    void tellKey(QEvent::Type type, std::uint32_t code, bool isRepeated);
     void turnKeyboard(wl_surface *surface, bool isTo);
 
     struct Listeners; // What the protocol calls.
@@ -70,6 +72,7 @@ private:
     wl_keyboard *keyboard_ = nullptr;
     wl_touch *touch_ = nullptr;
     KeyboardLayout layout_;
+    KeyRepeat repeat_;
     std::map<wl_surface *, Listener> listeners_;
     wl_surface *underPointer_ = nullptr;
     wl_surface *withKeyboard_ = nullptr;

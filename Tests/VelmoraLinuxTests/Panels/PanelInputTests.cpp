@@ -48,7 +48,10 @@ QString describe(const QEvent &event)
     case QEvent::KeyRelease: {
         const auto &key = static_cast<const QKeyEvent &>(event);
         const QString name = QKeySequence(key.key()).toString();
-        return u"%1 %2 '%3'"_s.arg(key.type() == QEvent::KeyPress ? u"key"_s : u"key up"_s, name, key.text());
+        const QString what = key.isAutoRepeat()               ? u"again"_s
+                             : key.type() == QEvent::KeyPress ? u"key"_s
+                                                              : u"key up"_s;
+        return u"%1 %2 '%3'"_s.arg(what, name, key.text());
     }
     case QEvent::FocusIn:
         return u"focus"_s;
@@ -141,6 +144,49 @@ private Q_SLOTS:
         QTRY_COMPARE(events_, QStringList({u"focus"_s, u"key Tab '\t'"_s, u"key Space ' '"_s,
                                            u"key Down ''"_s, u"key S 's'"_s, u"key Return '\r'"_s,
                                            u"key Esc '\x1b'"_s, u"key up Esc '\x1b'"_s, u"no focus"_s}));
+    }
+
+    void aKeyThatIsHeldRepeatsUntilItOrTheKeyboardGoes()
+    {
+        begin();
+        show();
+        server_->giveKeyboard(true);
+        server_->setKeyRepeat(100, 20);
+        server_->pressKey(KEY_LEFTSHIFT, true);
+        server_->pressKey(KEY_DOWN, true);
+        QTRY_COMPARE(events_.mid(2, 3),
+                     QStringList({u"key Down ''"_s, u"again Down ''"_s, u"again Down ''"_s}));
+        QVERIFY(events_.filter(u"again"_s).filter(u"Shift"_s).isEmpty());
+
+        // The key pressed last repeats instead, and one that has gone up does not go on.
+        server_->pressKey(KEY_UP, true);
+        QTRY_COMPARE(events_.last(3), QStringList(3, u"again Up ''"_s));
+        server_->pressKey(KEY_UP, false);
+        server_->pressKey(KEY_DOWN, false);
+        server_->pressKey(KEY_A, true);
+        QTRY_COMPARE(events_.last(3), QStringList(3, u"again A 'a'"_s));
+        QVERIFY(events_.mid(events_.indexOf(u"key up Up ''"_s)).filter(u"again Up"_s).isEmpty());
+        QVERIFY(events_.mid(events_.indexOf(u"key Up ''"_s)).filter(u"again Down"_s).isEmpty());
+
+        server_->giveKeyboard(false);
+        server_->giveKeyboard(true);
+        server_->pressKey(KEY_DOWN, true);
+        QTRY_COMPARE(events_.last(3), QStringList(3, u"again Down ''"_s));
+        QVERIFY(events_.mid(events_.indexOf(u"no focus"_s)).filter(u"again A"_s).isEmpty());
+    }
+
+    void aKeyDoesNotRepeatWhereTheUserHasThatSwitchedOff()
+    {
+        begin();
+        show();
+        server_->giveKeyboard(true);
+        server_->setKeyRepeat(100, 1);
+        server_->pressKey(KEY_DOWN, true);
+        QTRY_VERIFY(events_.contains(u"again Down ''"_s));
+        server_->setKeyRepeat(0, 1);
+        server_->pressKey(KEY_UP, true);
+        server_->pressKey(KEY_UP, false);
+        QTRY_COMPARE(events_.last(2), QStringList({u"key Up ''"_s, u"key up Up ''"_s}));
     }
 
     void theKeyboardIsHadOnDemandWhereItComesByItself()
