@@ -7,6 +7,7 @@
 
 #include <Runner/RegisteredTest.h>
 #include <TestBed/CopyingProgram.h>
+#include <TestBed/SessionBus.h>
 #include <TestBed/XServer.h>
 
 #include <optional>
@@ -381,8 +382,11 @@ private Q_SLOTS:
     void theTextOutlivesUsWhereAClipboardManagerTakesIt()
     {
         const XServer desktop;
+        const SessionBus bus;
         QProcess manager;
-        manager.setProcessEnvironment(desktop.environment());
+        QProcessEnvironment environment = desktop.environment();
+        environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, bus.address());
+        manager.setProcessEnvironment(environment);
         manager.start(u"xfce4-clipman"_s, QStringList());
         QVERIFY(manager.waitForStarted());
         letComeToRest(manager);
