@@ -53,9 +53,7 @@ QImage TextureImage::read(QSGTexture *texture)
     window_.resize(image.size());
     item_->show(texture);
     control_.polishItems();
-    control_.beginFrame();
     control_.sync();
     control_.render();
-    control_.endFrame();
     return image;
 }
