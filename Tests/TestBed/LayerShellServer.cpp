@@ -198,6 +198,18 @@ void LayerShellServer::giveKeyboard(bool isGiven)
     });
 }
 
+void LayerShellServer::interruptKeyboard()
+{
+    run([](Compositor &compositor) {
+        const auto &panel = compositor.newest();
+        Compositor::forDevices(compositor.keyboards(), panel, [&](wl_resource *device) {
+            wl_array pressed = {};
+            wl_keyboard_send_leave(device, 1, panel.proxy);
+            wl_keyboard_send_enter(device, 1, panel.proxy, &pressed);
+        });
+    });
+}
+
 void LayerShellServer::pressKey(std::uint32_t code, bool isDown)
 {
     run([=](Compositor &compositor) {

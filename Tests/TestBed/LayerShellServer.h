@@ -84,6 +84,8 @@ public:
     // A finger comes, moves, and goes.
     void touch(const std::vector<QPointF> &places);
     void giveKeyboard(bool isGiven);
+    // It is taken away and given back in one.
+    void interruptKeyboard();
     // From now on a panel that has the keyboard loses it when it asks for it on demand.
     void loseKeyboardOnDemand();
     // All that was asked for, in order; ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_...

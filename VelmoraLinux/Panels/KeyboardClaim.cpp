@@ -14,12 +14,18 @@ struct KeyboardClaim::Listeners {
     static constexpr wl_callback_listener trial = {.done = [](void *data, wl_callback *, std::uint32_t) {
         static_cast<KeyboardClaim *>(data)->endTrial();
     }};
+
+    static constexpr wl_callback_listener absence = {.done = [](void *data, wl_callback *, std::uint32_t) {
+        static_cast<KeyboardClaim *>(data)->turnAway();
+    }};
 };
 
-KeyboardClaim::KeyboardClaim(const LayerShell &shell, wl_surface *surface, zwlr_layer_surface_v1 *role)
+KeyboardClaim::KeyboardClaim(const LayerShell &shell, wl_surface *surface, zwlr_layer_surface_v1 *role,
+                             std::function<void()> turnedAway)
     : shell_(shell)
     , surface_(surface)
     , role_(role)
+    , turnedAway_(std::move(turnedAway))
 {
     const bool canDemand = zwlr_layer_surface_v1_get_version(role) >= onDemandVersion;
     ask(canDemand ? Way::onDemand : Way::exclusiveForGood);
@@ -28,6 +34,7 @@ KeyboardClaim::KeyboardClaim(const LayerShell &shell, wl_surface *surface, zwlr_
 KeyboardClaim::~KeyboardClaim()
 {
     endTrial();
+    endAbsence();
 }
 
 void KeyboardClaim::handleShown()
@@ -41,6 +48,7 @@ void KeyboardClaim::handleShown()
 void KeyboardClaim::handleEnter()
 {
     hasKeyboard_ = true;
+    endAbsence();
     if (way_ != Way::exclusive)
         return;
     ask(Way::letGo);
@@ -49,14 +57,26 @@ void KeyboardClaim::handleEnter()
     wl_callback_add_listener(trial_, &Listeners::trial, this);
 }
 
-bool KeyboardClaim::isTurnedAwayByLeave()
+void KeyboardClaim::handleLeave()
 {
     hasKeyboard_ = false;
-    const bool isAnswer = trial_ != nullptr;
-    endTrial();
-    ask(isAnswer ? Way::exclusiveForGood : Way::none);
+    if (trial_ != nullptr) { // The answer to the letting go.
+        endTrial();
+        ask(Way::exclusiveForGood);
+        wl_surface_commit(surface_);
+    } else if (absence_ == nullptr) {
+        absence_ = wl_display_sync(shell_.connection().display());
+        wl_callback_add_listener(absence_, &Listeners::absence, this);
+    }
+}
+
+void KeyboardClaim::turnAway()
+{
+    endAbsence();
+    ask(Way::none);
     wl_surface_commit(surface_);
-    return !isAnswer;
+    const auto turnedAway = turnedAway_; // May destroy this object.
+    turnedAway();
 }
 
 void KeyboardClaim::ask(Way way)
@@ -74,4 +94,10 @@ void KeyboardClaim::endTrial()
 {
     if (trial_ != nullptr)
         wl_callback_destroy(std::exchange(trial_, nullptr));
+}
+
+void KeyboardClaim::endAbsence()
+{
+    if (absence_ != nullptr)
+        wl_callback_destroy(std::exchange(absence_, nullptr));
 }

@@ -1,5 +1,6 @@
 #include "LayerSurface.h"
 
+#include <QFocusEvent>
 #include <QImage>
 
 #include <algorithm>
@@ -91,7 +92,11 @@ void LayerSurface::giveRole()
                                                   ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, purpose);
     zwlr_layer_surface_v1_add_listener(role_, &Listeners::role, this);
     if (traits_.takesKeyboard) {
-        keyboard_.emplace(shell, surface_, role_);
+        keyboard_.emplace(shell, surface_, role_, [this] {
+            QFocusEvent event(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+            const auto input = handlers_.input; // May destroy this object.
+            input(event);
+        });
         fringe_.emplace(shell, surface_);
     }
     place();
@@ -123,8 +128,10 @@ void LayerSurface::handleInput(QEvent &event)
 {
     if (keyboard_ && event.type() == QEvent::FocusIn)
         keyboard_->handleEnter();
-    if (keyboard_ && event.type() == QEvent::FocusOut && !keyboard_->isTurnedAwayByLeave())
+    if (keyboard_ && event.type() == QEvent::FocusOut) {
+        keyboard_->handleLeave();
         return;
+    }
     const auto input = handlers_.input; // May destroy this object.
     input(event);
 }
