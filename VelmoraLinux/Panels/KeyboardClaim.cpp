@@ -16,16 +16,16 @@ struct KeyboardClaim::Listeners {
     }};
 
     static constexpr wl_callback_listener absence = {.done = [](void *data, wl_callback *, std::uint32_t) {
-        static_cast<KeyboardClaim *>(data)->turnAway();
+        static_cast<KeyboardClaim *>(data)->judgeAbsence();
     }};
 };
 
 KeyboardClaim::KeyboardClaim(const LayerShell &shell, wl_surface *surface, zwlr_layer_surface_v1 *role,
-                             std::function<void()> turnedAway)
+                             Handlers handlers)
     : shell_(shell)
     , surface_(surface)
     , role_(role)
-    , turnedAway_(std::move(turnedAway))
+    , handlers_(std::move(handlers))
 {
     const bool canDemand = zwlr_layer_surface_v1_get_version(role) >= onDemandVersion;
     ask(canDemand ? Way::onDemand : Way::exclusiveForGood);
@@ -39,6 +39,7 @@ KeyboardClaim::~KeyboardClaim()
 
 void KeyboardClaim::handleShown()
 {
+    isShown_ = true;
     if (hasKeyboard_ || way_ != Way::onDemand)
         return;
     ask(Way::exclusive);
@@ -48,7 +49,6 @@ void KeyboardClaim::handleShown()
 void KeyboardClaim::handleEnter()
 {
     hasKeyboard_ = true;
-    endAbsence();
     if (way_ != Way::exclusive)
         return;
     ask(Way::letGo);
@@ -64,18 +64,20 @@ void KeyboardClaim::handleLeave()
         endTrial();
         ask(Way::exclusiveForGood);
         wl_surface_commit(surface_);
-    } else if (absence_ == nullptr) {
+    } else if (isShown_ && absence_ == nullptr) {
         absence_ = wl_display_sync(shell_.connection().display());
         wl_callback_add_listener(absence_, &Listeners::absence, this);
     }
 }
 
-void KeyboardClaim::turnAway()
+void KeyboardClaim::judgeAbsence()
 {
     endAbsence();
+    if (hasKeyboard_ && handlers_.isPointedAt())
+        return;
     ask(Way::none);
     wl_surface_commit(surface_);
-    const auto turnedAway = turnedAway_; // May destroy this object.
+    const auto turnedAway = handlers_.turnedAway; // May destroy this object.
     turnedAway();
 }
 

@@ -15,10 +15,14 @@ struct zwlr_layer_surface_v1;
 // not asked for again.
 class KeyboardClaim {
 public:
-    // All outlive the claim. Asks for the keyboard with the surface's next commit. `turnedAway` is called when the user has
-    // turned to something else, and may end the claim.
+    struct Handlers {
+        std::function<bool()> isPointedAt; // Whether the mouse is on the panel.
+        std::function<void()> turnedAway;  // The user has turned to something else; may end the claim.
+    };
+
+    // All outlive the claim. Asks for the keyboard with the surface's next commit.
     KeyboardClaim(const LayerShell &shell, wl_surface *surface, zwlr_layer_surface_v1 *role,
-                  std::function<void()> turnedAway);
+                  Handlers handlers);
     ~KeyboardClaim();
     Q_DISABLE_COPY_MOVE(KeyboardClaim)
 
@@ -33,7 +37,7 @@ private:
     void ask(Way way);
     void endTrial();
     void endAbsence();
-    void turnAway();
+    void judgeAbsence();
 
     struct Listeners; // What the protocol calls.
 
@@ -41,10 +45,12 @@ private:
     wl_surface *surface_;
     zwlr_layer_surface_v1 *role_;
     Way way_ = Way::exclusiveForGood;
+    bool isShown_ =
+        false; // From what they do not see nobody turns away, though sway 1.10 gives and takes the keyboard.
     bool hasKeyboard_ = false;
-    std::function<void()> turnedAway_;
+    Handlers handlers_;
     wl_callback *trial_ = nullptr; // Answered when the compositor has acted on the letting go.
     // Answered after all that the compositor said together with the leave: sway 1.10 takes the keyboard away and gives it
-    // back at once when the mouse comes onto the panel.
+    // back at once when the mouse comes onto the panel, sway 1.7 when it clicks into a window.
     wl_callback *absence_ = nullptr;
 };

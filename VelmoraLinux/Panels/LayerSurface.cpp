@@ -92,11 +92,15 @@ void LayerSurface::giveRole()
                                                   ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, purpose);
     zwlr_layer_surface_v1_add_listener(role_, &Listeners::role, this);
     if (traits_.takesKeyboard) {
-        keyboard_.emplace(shell, surface_, role_, [this] {
-            QFocusEvent event(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
-            const auto input = handlers_.input; // May destroy this object.
-            input(event);
-        });
+        keyboard_.emplace(
+            shell, surface_, role_,
+            KeyboardClaim::Handlers{.isPointedAt = [this] { return isPointedAt(); },
+                                    .turnedAway =
+                                        [this] {
+                                            QFocusEvent event(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+                                            const auto input = handlers_.input; // May destroy this object.
+                                            input(event);
+                                        }});
         fringe_.emplace(shell, surface_);
     }
     place();
@@ -134,6 +138,12 @@ void LayerSurface::handleInput(QEvent &event)
     }
     const auto input = handlers_.input; // May destroy this object.
     input(event);
+}
+
+bool LayerSurface::isPointedAt() const
+{
+    const wl_surface *place = dependencies_.seat.underPointer();
+    return place != nullptr && (place == surface_ || (fringe_ && place == fringe_->surface()));
 }
 
 void LayerSurface::handleShown()

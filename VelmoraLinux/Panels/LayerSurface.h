@@ -47,6 +47,7 @@ public:
 private:
     void giveRole();
     void handleInput(QEvent &event);
+    [[nodiscard]] bool isPointedAt() const;
     void handleShown();
     void configure(std::uint32_t serial);
     void drawSoon();

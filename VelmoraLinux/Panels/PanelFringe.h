@@ -20,6 +20,9 @@ public:
     ~PanelFringe();
     Q_DISABLE_COPY_MOVE(PanelFringe)
 
+    // Null where nothing is done.
+    [[nodiscard]] const wl_surface *surface() const { return surface_; }
+
     // Takes effect with the panel's next commit.
     void surround(QSize panel);
 

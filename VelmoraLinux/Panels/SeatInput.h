@@ -41,6 +41,9 @@ public:
 
     [[nodiscard]] bool hasPointer() const;
 
+    // Ours that the mouse is on, listening or not; null elsewhere.
+    [[nodiscard]] const wl_surface *underPointer() const { return underPointer_; }
+
 private:
     void useDevices();
     void usePointer();

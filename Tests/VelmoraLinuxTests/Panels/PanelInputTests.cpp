@@ -137,6 +137,7 @@ private Q_SLOTS:
         begin();
         show();
         server_->giveKeyboard(true);
+        server_->showPicture();
         for (const int code : {KEY_TAB, KEY_SPACE, KEY_DOWN, KEY_S, KEY_ENTER, KEY_ESC})
             server_->pressKey(static_cast<std::uint32_t>(code), true);
         server_->pressKey(KEY_ESC, false);
@@ -201,16 +202,40 @@ private Q_SLOTS:
         QTRY_COMPARE(events_.back(), u"no focus"_s);
     }
 
-    void aKeyboardThatIsBackAtOnceWasNotLost()
+    void aKeyboardThatIsBackAtOnceIsLostOnlyByAClickElsewhere()
     {
         begin();
         show();
         server_->giveKeyboard(true);
+        server_->showPicture();
+        server_->movePointer({1, 2});
         server_->interruptKeyboard();
         server_->pressKey(KEY_ESC, true);
-        QTRY_COMPARE(events_, QStringList({u"focus"_s, u"focus"_s, u"key Esc '\x1b'"_s}));
+        QTRY_COMPARE(events_, QStringList({u"focus"_s, u"move 1 2 0"_s, u"focus"_s, u"key Esc '\x1b'"_s}));
         server_->giveKeyboard(false);
-        QTRY_COMPARE(events_.mid(3), QStringList({u"no focus"_s}));
+        QTRY_COMPARE(events_.mid(4), QStringList({u"no focus"_s}));
+    }
+
+    void whereTheMouseIsElsewhereAnInterruptionIsAClick()
+    {
+        begin();
+        show();
+        server_->giveKeyboard(true);
+        server_->showPicture();
+        server_->interruptKeyboard();
+        QTRY_COMPARE(events_, QStringList({u"focus"_s, u"focus"_s, u"no focus"_s}));
+    }
+
+    void aKeyboardThatGoesBeforeThePictureComesIsClaimed()
+    {
+        begin();
+        show();
+        server_->giveKeyboard(true);
+        server_->giveKeyboard(false);
+        server_->showPicture();
+        QTRY_COMPARE(keyboard(), exclusive);
+        server_->giveKeyboard(true);
+        QTRY_COMPARE(events_, QStringList({u"focus"_s, u"focus"_s}));
     }
 
     void whereItDoesNotComeItIsClaimedAndLetGo()
