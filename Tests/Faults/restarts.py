@@ -19,7 +19,8 @@ import sys
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
-from sway_desktop import SwayDesktop, as_ordinary_user  # noqa: E402
+from sway_desktop import SwayDesktop  # noqa: E402
+from wayland_desktop import as_ordinary_user  # noqa: E402
 from x11_desktop import Desktop, wait_until  # noqa: E402
 
 number = 0
