@@ -73,7 +73,7 @@ private:
 
     Descriptor file_;
     lzma_stream stream_ = LZMA_STREAM_INIT;
-    std::array<uint8_t, 64 * 1024> input_{};
+    std::array<uint8_t, 65536> input_{};
     bool isSound_;
 };
 
@@ -93,7 +93,7 @@ std::unique_ptr<DecompressedFile> DecompressedFile::open(int descriptor)
         return nullptr;
     if (isXz(descriptor))
         return std::make_unique<XzFile>(std::move(file));
-    const gzFile gzip = gzdopen(descriptor, "rb");
+    gzFile gzip = gzdopen(descriptor, "rb");
     if (!gzip)
         return nullptr;
     static_cast<void>(file.release()); // gzclose closes it.
