@@ -99,10 +99,10 @@ QByteArray xzCompressed(const QByteArray &input)
 
 QByteArray wantingMemory(QByteArray xz, int exponent)
 {
-    constexpr qsizetype header =
-        12; // Where that of the first block stands, of four times as many bytes as its first says.
+    constexpr qsizetype header = 12; // Where that of the first block stands.
     constexpr qsizetype checksumSize = 4;
-    const qsizetype checksum = header + 4 * (xz[header] + 1) - checksumSize;
+    const qsizetype headerWords = xz[header] + 1;
+    const qsizetype checksum = header + 4 * headerWords - checksumSize;
     const QByteArray filter("\x21\x01"); // LZMA2, with one byte that tells the size of its dictionary.
     xz[xz.indexOf(filter, header) + filter.size()] = static_cast<char>(2 * (exponent - 12));
     const uLong sum = crc32(0, bytes(xz) + header, static_cast<uInt>(checksum - header));
