@@ -90,10 +90,9 @@ private:
     xcb_timestamp_t latestChange_ = XCB_CURRENT_TIME; // When the owner changed, as far as we know.
 
     Ownership ownership_ = Ownership::none;
-    std::uint32_t claimSequence_ =
-        0;                     // The request that took the selection over; events tell what they follow.
-    int claims_ = 0;           // Of the present write.
-    bool isOvertaken_ = false; // Somebody else took the clipboard after our claim was sent.
+    std::uint32_t claimSequence_ = 0; // The request that took the clipboard; events tell what they follow.
+    int claims_ = 0;                  // Of the present write.
+    bool isOvertaken_ = false;        // Somebody else took the clipboard after our claim was sent.
     bool isJustCleared_ = false;
     OutcomeHandler outcome_; // Of the latest write, until it is known.
 

@@ -45,8 +45,8 @@ private:
     wl_surface *surface_;
     zwlr_layer_surface_v1 *role_;
     Way way_ = Way::exclusiveForGood;
-    bool isShown_ =
-        false; // From what they do not see nobody turns away, though sway 1.10 gives and takes the keyboard.
+    // From what they do not see nobody turns away, though sway 1.10 gives and takes the keyboard.
+    bool isShown_ = false;
     bool hasKeyboard_ = false;
     Handlers handlers_;
     wl_callback *trial_ = nullptr; // Answered when the compositor has acted on the letting go.
