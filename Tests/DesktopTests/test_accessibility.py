@@ -205,7 +205,7 @@ class ScreenReaderTests(AccessibleTest):
                 self.doCleanups()
 
     def hear_notices(self, desktop):
-        self.bus.elements()  # From its first answer on a program tells what happens.
+        wait_until("the program on the bus", self.bus.elements)  # From its first answer on it tells what happens.
         self.bus.listen()
         desktop.copy(TRACKED)
         self.wait_for_announcement(self.t("Trackers found, 2 removed", "Tracker gefunden, 2 entfernt"))

@@ -128,6 +128,7 @@ class AccessibilityBus:
         self.bus.signal_subscribe(None, "org.a11y.atspi.Event.Object", None, None, None, Gio.DBusSignalFlags.NONE, self._hear)
         self._ask(("org.a11y.atspi.Registry", "/org/a11y/atspi/registry"), "org.a11y.atspi.Registry", "RegisterEvent",
                   "(sass)", ("object:", [], ""))
+        self.elements()  # A program answers after it has dealt with being listened to.
 
     def _hear(self, _bus, sender, path, _interface, event, values):
         self.events.append((event, values[0], values[1], self.describe((sender, path))))
