@@ -125,6 +125,12 @@ class PopoverTests(PanelTest):
         knob, ground = (desktop.picture(Rect(frame.x + x, frame.y + 32, 1, 1))[0][0] for x in (278, 150))
         return min(knob) > 230 and max(ground) < 90
 
+    @staticmethod
+    def is_revealed(desktop, frame):
+        """Whether the white texts of the last card are there. They come last, when the icon takes a click again."""
+        card = desktop.picture(Rect(frame.x + 16, frame.bottom - 90, frame.width - 32, 74))
+        return any(min(pixel) > 235 for row in card for pixel in row)
+
     def wait_for_end(self, desktop, screen=0):
         wait_until("the popover's end", lambda: not desktop.seen(screen))
 
@@ -133,8 +139,9 @@ class PopoverTests(PanelTest):
             for scale in (1, 1.5, 2):
                 with self.subTest(bar=bar, scale=scale):
                     desktop = self.start(bar=bar, scales=(scale,))
-                    self.open(desktop)
+                    frame = self.open(desktop)
                     self.assertEqual(desktop.arranged_windows(), [])
+                    wait_until("the whole popover", lambda: self.is_revealed(desktop, frame))
                     desktop.click(desktop.icon_place())
                     self.wait_for_end(desktop)
 
