@@ -75,8 +75,8 @@ private:
     std::string_view text_;
     const TrackingRules &rules_;
     std::size_t wordEnd_ = 0; // Of the last word that was looked at.
-    TrackedLinkScanner
-        found_; // The links in that word, if it is not a plain one; such a word holds no other.
+    // The links in that word, if it is not a plain one; such a word holds no other.
+    TrackedLinkScanner found_;
     PlainLink plain_;
     bool isPlain_ = false; // The current link is the plain one.
 };
