@@ -43,7 +43,8 @@ void appendReadable(std::string &key, std::string_view text)
     key += decoded ? std::string_view(*decoded) : text;
 }
 
-void appendKey(std::string &key, const QueryItem &item)
+// Into an empty string, which is reused from item to item.
+void writeKey(std::string &key, const QueryItem &item)
 {
     if (item.plain) {
         std::transform(item.name.begin(), item.name.end(), std::back_inserter(key), characters::lower);
@@ -114,9 +115,9 @@ bool KeptItems::isNewAmongMany(const QueryItem &item)
     if (place >= std::numeric_limits<std::uint32_t>::max())
         return true;
     key_.clear();
-    appendKey(key_, item);
+    writeKey(key_, item);
     return seen_->add(static_cast<std::uint32_t>(place), key_, [this](std::uint32_t other, std::string &key) {
-        appendKey(key, itemAt(query_, other));
+        writeKey(key, itemAt(query_, other));
     });
 }
 
