@@ -15,8 +15,6 @@ namespace velmora {
 
 namespace {
 
-constexpr std::string_view suppliedScheme = "http://"; // What a first link may grow by.
-
 // Finds the links of a text that have something to remove.
 //
 // Only a link with a query can change, so the text is searched for "?" and only the words around those are
@@ -153,7 +151,8 @@ std::size_t cleanLinks(std::string_view text, TextExtent extent, const TrackingR
     TrackedLinks links(text, extent, rules);
     while (links.next()) {
         if (copied == 0)
-            output.reserve(output.size() + text.size() + suppliedScheme.size());
+            output.reserve(output.size() + text.size() +
+                           FoundLink::webScheme.size()); // Supplied to the first.
         links.rewrite(copied, output, visitor);
         copied = links.end();
     }

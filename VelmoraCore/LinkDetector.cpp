@@ -10,11 +10,7 @@ namespace {
 
 std::string urlOf(std::string_view text, const FoundLink &link)
 {
-    std::string url;
-    if (link.kind == FoundLink::Kind::bareWeb)
-        url = "http://";
-    else if (link.kind == FoundLink::Kind::mail)
-        url = "mailto:";
+    std::string url(link.suppliedScheme());
     url += text.substr(link.begin, link.end - link.begin);
     return url;
 }

@@ -30,6 +30,21 @@ struct FoundLink {
     bool keptAsWritten = false;
     // Where the link before ended; nothing up to there belongs to this one's surroundings.
     std::size_t previousEnd = 0;
+
+    static constexpr std::string_view webScheme = "http://";
+
+    bool isWeb() const { return kind == Kind::web || kind == Kind::bareWeb; }
+
+    // Whether it has a query that may be changed.
+    bool mayBeCleaned() const { return isWeb() && !keptAsWritten && query != fragment; }
+
+    // What the link was written without and has to begin with anywhere else.
+    std::string_view suppliedScheme() const
+    {
+        if (kind == Kind::bareWeb)
+            return webScheme;
+        return kind == Kind::mail ? "mailto:" : "";
+    }
 };
 
 // Finds links in running text, from left to right, in time linear to the text.
@@ -40,7 +55,7 @@ struct FoundLink {
 // - A web link that ends early costs at most a tracker, one that ends late costs the user's text: `webTail` says what
 //   else ends one.
 // - Links with a scheme may have a user, a port, a name that is no known domain or holds symbols, an IP
-// address.
+//   address.
 // - Without a scheme a host needs a known top-level domain, or has to begin with "www.". In prose of a script
 //   without blanks it begins where its first label changes to ASCII.
 // - Links of other schemes are found, and nothing in the rest of their word is a link.

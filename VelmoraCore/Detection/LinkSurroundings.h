@@ -22,6 +22,10 @@ struct LinkSurroundings {
     bool closesAt(std::string_view text, std::size_t at, bool isInValue) const;
 };
 
+// How much of the text on each side of a link goes with it when it is judged in a text of its own. It says where the
+// link ends, and whether it is put together with what follows.
+constexpr std::size_t surroundingsSize = 64;
+
 // Reads backwards from the link that begins at `begin`, over marks and over a key as in "url=link", to what
 // separates it from the text before; a fixed number of bytes at most, and nothing before `floor`.
 LinkSurroundings readSurroundings(std::string_view text, std::size_t begin, std::size_t floor);

@@ -9,9 +9,8 @@ namespace velmora {
 
 namespace {
 
-// What stands at most before a link and says something about its end, and how much behind it is looked at.
-constexpr std::size_t window = 64;
-constexpr std::size_t wideWindow = 1024;
+// How much behind a link is looked at for what may become part of it.
+constexpr std::size_t neighbourhoodSize = 1024;
 
 bool isWordCharacter(char c)
 {
@@ -71,7 +70,7 @@ bool LinkQuery::holdsLink() const
 
 std::size_t LinkQuery::endOfNeighbours(std::string_view text, std::size_t linkEnd)
 {
-    return findBlank(text.substr(0, std::min(text.size(), linkEnd + wideWindow)), linkEnd);
+    return findBlank(text.substr(0, std::min(text.size(), linkEnd + neighbourhoodSize)), linkEnd);
 }
 
 // Whether what follows directly may become part of the link, and a parameter with it.
@@ -92,17 +91,14 @@ bool LinkQuery::hasNeighbours() const
 bool LinkQuery::wouldJoin() const
 {
     const std::string_view tail = text_.substr(link_.end, endOfNeighbours(text_, link_.end) - link_.end);
-    const std::size_t before = std::min(link_.begin - link_.previousEnd, window);
+    const std::size_t before = std::min(link_.begin - link_.previousEnd, surroundingsSize);
     std::string joined(text_.substr(link_.begin - before, before));
-    if (link_.kind == FoundLink::Kind::bareWeb)
-        joined += "http://";
-    joined.append(text_, link_.begin, link_.query - link_.begin);
     rewrite(joined, nullptr);
     const std::size_t end = joined.size();
     joined += tail;
     LinkScanner scanner(joined, before, joined.size());
     FoundLink link;
-    if (!scanner.next(link) || link.end <= end || link.query == link.fragment || link.keptAsWritten)
+    if (!scanner.next(link) || link.end <= end || !link.mayBeCleaned())
         return false;
     if (link.query >= end && isCleanedByItself(link_.end + link.query - end))
         return false;
@@ -119,15 +115,17 @@ bool LinkQuery::isCleanedByItself(std::size_t query) const
         return false;
     LinkScanner scanner(text_, foundEnd_, endOfNeighbours(text_, query));
     FoundLink next;
-    return scanner.next(next) && next.query == query && next.query < next.fragment && !next.keptAsWritten &&
-           (next.kind == FoundLink::Kind::web || next.kind == FoundLink::Kind::bareWeb) &&
+    return scanner.next(next) && next.query == query && next.mayBeCleaned() &&
            !rules_.ignores(LinkHost(text_.substr(next.hostBegin, next.hostEnd - next.hostBegin)));
 }
 
 void LinkQuery::rewrite(std::string &output, CleaningVisitor *visitor) const
 {
     const LinkSurroundings around = surroundingsBefore(text_, link_.begin, link_.previousEnd);
+    output += link_.suppliedScheme();
+    output.append(text_, link_.begin, link_.query - link_.begin);
     query_.rewrite(output, {endsLink(), {around.separator, around.mark}}, visitor);
+    output.append(text_, link_.fragment, link_.end - link_.fragment);
 }
 
 } // namespace velmora

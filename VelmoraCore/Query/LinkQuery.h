@@ -32,8 +32,8 @@ public:
     // Where the word ends that a link with this end stands in, a fixed number of bytes behind it at most.
     static std::size_t endOfNeighbours(std::string_view text, std::size_t linkEnd);
 
-    // For a tracked query: appends the new query with its "?", or nothing if no parameter is left, and shows
-    // the removed parameters to the visitor, if there is one.
+    // For a tracked query: appends the link as it is to be, with a scheme, and shows the removed parameters to the
+    // visitor, if there is one.
     void rewrite(std::string &output, CleaningVisitor *visitor) const;
 
 private:
