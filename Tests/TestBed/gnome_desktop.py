@@ -1,12 +1,12 @@
 """GNOME Shell without a screen, with XWayland; needs python3-dbus."""
 import pathlib
 import re
-import time
 
 import dbus
 
+import person
 from wayland_desktop import WaylandDesktop
-from wayland_person import BUTTONS, KEYS, SHORT_PRESS
+from wayland_person import BUTTONS, KEYS
 from x11_desktop import SIZE, wait_until
 
 SHELL = "org.gnome.Shell"
@@ -34,7 +34,7 @@ idle-delay=uint32 0
 """
 
 
-class Person:
+class Person(person.Person):
     """By the shell's remote desktop: without its devices no program there gets the keyboard."""
 
     def __init__(self, address):
@@ -57,16 +57,8 @@ class Person:
     def press(self, button, isDown):
         self.session.NotifyPointerButton(BUTTONS[button], isDown)
 
-    def click(self, point, button=1):
-        self.move(point)
-        self.press(button, True)
-        time.sleep(SHORT_PRESS)
-        self.press(button, False)
-
-    def tap_key(self, name):
-        for state in (True, False):
-            self.session.NotifyKeyboardKeycode(KEYS[name], state)
-            time.sleep(SHORT_PRESS)
+    def press_key(self, name, isDown):
+        self.session.NotifyKeyboardKeycode(KEYS[name], isDown)
 
 
 class GnomeDesktop(WaylandDesktop):

@@ -25,8 +25,8 @@ class Person(wayland_person.Person):
         self.send(self.input, BUTTON, wayland_person.BUTTONS[button], int(isDown))
         self.wait()
 
-    def send_key(self, code, isDown):
-        self.send(self.input, KEY, code, int(isDown))
+    def press_key(self, name, isDown):
+        self.send(self.input, KEY, wayland_person.KEYS[name], int(isDown))
         self.wait()
 
 

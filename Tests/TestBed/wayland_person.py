@@ -6,6 +6,8 @@ import socket
 import struct
 import time
 
+import person
+
 BUTTONS = {1: 0x110, 2: 0x112, 3: 0x111}  # Left, middle, right.
 KEYS = {"Escape": 1, "Tab": 15, "Return": 28, "space": 57, "Down": 108, "a": 30, "b": 48, "c": 46}  # As the kernel counts.
 LAYOUT = b"""xkb_keymap {
@@ -15,7 +17,6 @@ LAYOUT = b"""xkb_keymap {
   xkb_symbols { include "pc+us+inet(evdev)" };
 };
 \0"""
-SHORT_PRESS = 0.03  # Seconds between the press of a button or key and its release.
 DISPLAY, REGISTRY = 1, 2
 SYNC, GET_REGISTRY = 0, 1
 CREATE, MOTION_ABSOLUTE, BUTTON, FRAME = 0, 1, 2, 4
@@ -23,7 +24,7 @@ KEYMAP, KEY = 0, 1
 TEXT_V1 = 1
 
 
-class Person:
+class Person(person.Person):
     """By wlr-virtual-pointer-unstable-v1 and virtual-keyboard-unstable-v1. `size`: of all screens together, in points."""
 
     def __init__(self, environment, size):
@@ -112,17 +113,6 @@ class Person:
         self.send(self.mouse, FRAME)
         self.wait()
 
-    def click(self, point, button=1):
-        self.move(point)
-        self.press(button, True)
-        time.sleep(SHORT_PRESS)
-        self.press(button, False)
-
-    def tap_key(self, name):
-        for state in (1, 0):
-            self.send_key(KEYS[name], state)
-            time.sleep(SHORT_PRESS)
-
-    def send_key(self, code, isDown):
-        self.send(self.keyboard, KEY, self.now(), code, int(isDown))
+    def press_key(self, name, isDown):
+        self.send(self.keyboard, KEY, self.now(), KEYS[name], int(isDown))
         self.wait()

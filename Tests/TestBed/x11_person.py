@@ -1,10 +1,10 @@
 """A user of an X server: sees windows and pixels, moves the pointer. One connection and no processes, so it is fast."""
 import ctypes
-import time
 import typing
 
+import person
+
 LIBRARY, TESTING, EXTENSIONS = (ctypes.CDLL(f"lib{name}.so.6") for name in ("X11", "Xtst", "Xext"))
-SHORT_PRESS = 0.02  # Seconds between a button's press and its release.
 VIEWABLE = 2
 INPUT_SHAPE = 2
 REPLACE = 0
@@ -86,7 +86,7 @@ class Window(typing.NamedTuple):
     rect: Rect
 
 
-class Person:
+class Person(person.Person):
     def __init__(self, display):
         self.display = Pointer(LIBRARY.XOpenDisplay(display.encode()))
         if not self.display:
@@ -211,14 +211,7 @@ class Person:
                                 ctypes.byref(Handle(pixmap)), 1)
         LIBRARY.XSync(self.display, 0)
 
-    def tap_key(self, name):
+    def press_key(self, name, isDown):
         key = LIBRARY.XKeysymToKeycode(self.display, Handle(LIBRARY.XStringToKeysym(name.encode())))
-        for down in (1, 0):
-            TESTING.XTestFakeKeyEvent(self.display, key, down, Handle(0))
+        TESTING.XTestFakeKeyEvent(self.display, key, int(isDown), Handle(0))
         LIBRARY.XSync(self.display, 0)
-
-    def click(self, point, button=1):
-        self.move(point)
-        self.press(button, True)
-        time.sleep(SHORT_PRESS)
-        self.press(button, False)
