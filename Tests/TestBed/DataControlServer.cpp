@@ -2,7 +2,10 @@
 
 #include "CompositorThread.h"
 
+#include <QTest>
+
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <array>
 #include <data-control-server-header.h>
@@ -365,6 +368,23 @@ FileDescriptor DataControlServer::paste(const std::string &type)
             ext_data_control_source_v1_send_send(source, type.c_str(), theirs.get());
     });
     return ours;
+}
+
+std::optional<std::string> DataControlServer::pastedText(const std::string &type)
+{
+    constexpr int patience = 20'000; // Milliseconds.
+    const FileDescriptor pipe = paste(type);
+    std::string text;
+    const bool isAtEnd = QTest::qWaitFor(
+        [&] {
+            std::string part(1 << 16, '\0');
+            ssize_t size = 0;
+            while ((size = ::read(pipe.get(), part.data(), part.size())) > 0)
+                text.append(part, 0, static_cast<std::size_t>(size));
+            return size == 0;
+        },
+        patience);
+    return isAtEnd ? std::optional(text) : std::nullopt;
 }
 
 void DataControlServer::finishDevices()

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,8 @@ public:
     [[nodiscard]] int primaryChanges();
     // Another program pastes what the client offers: the end of a pipe to read from.
     [[nodiscard]] FileDescriptor paste(const std::string &type);
+    // The same to the end of what it is given, while the event loop goes on; nothing if that does not come.
+    [[nodiscard]] std::optional<std::string> pastedText(const std::string &type);
 
     // Takes the clipboard away from every client.
     void finishDevices();

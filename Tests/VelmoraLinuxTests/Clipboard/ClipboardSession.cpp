@@ -85,21 +85,7 @@ public:
         return true;
     }
 
-    [[nodiscard]] std::optional<std::string> pasted() override
-    {
-        const FileDescriptor pipe = server_.paste(plainText);
-        std::string text;
-        const bool isAtEnd = QTest::qWaitFor(
-            [&] {
-                std::string part(1 << 16, '\0');
-                ssize_t size = 0;
-                while ((size = ::read(pipe.get(), part.data(), part.size())) > 0)
-                    text.append(part, 0, static_cast<std::size_t>(size));
-                return size == 0;
-            },
-            20000);
-        return isAtEnd ? std::optional(text) : std::nullopt;
-    }
+    [[nodiscard]] std::optional<std::string> pasted() override { return server_.pastedText(plainText); }
 
     void end() override { server_.stop(); }
 
