@@ -52,6 +52,9 @@ void AppDelegate::applicationShouldPerform(ApplicationInstance::Action action)
     case ApplicationInstance::Action::popover:
         statusBarController_->showPopoverForKeyboard();
         break;
+    case ApplicationInstance::Action::cleanLink:
+        services_.notices().acceptWarning();
+        break;
     case ApplicationInstance::Action::pauseOrResume:
         state.setAutoCleanEnabled(!state.autoCleanEnabled());
         break;

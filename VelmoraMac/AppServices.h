@@ -17,6 +17,8 @@ public:
 
     [[nodiscard]] AppState &appState() { return appState_; }
 
+    [[nodiscard]] CleanToastPresenter &notices() { return notices_; }
+
     [[nodiscard]] ClipboardMonitor &clipboardMonitor() { return clipboardMonitor_; }
 
     [[nodiscard]] UpdateController &updateController() { return updateController_; }

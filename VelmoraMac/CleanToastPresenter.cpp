@@ -36,7 +36,7 @@ CleanToastPresenter::CleanToastPresenter(PanelFactory &panels, const Screens &sc
 
 void CleanToastPresenter::show(const CleaningResult &result)
 {
-    if (accepted_ == result) { // Whoever has just asked for it need not be told.
+    if (accepted_ == result) { // The user has just asked for it.
         accepted_.reset();
         return;
     }
@@ -45,13 +45,24 @@ void CleanToastPresenter::show(const CleaningResult &result)
 
 void CleanToastPresenter::showTrackerWarning(const CleaningResult &result, std::function<void()> cleanAction)
 {
+    const Warning warning{result, std::move(cleanAction)};
     View view = toastView(result, true);
-    view.requests.push_back({"cleanRequested", [this, result, action = std::move(cleanAction)] {
-                                 accepted_ = result;
-                                 action();
-                                 dismiss();
-                             }});
+    view.requests.push_back({"cleanRequested", [this, warning] { accept(warning); }});
     present(view, toastOptions(QSize(342, 118), true), 6s);
+    warning_ = warning;
+}
+
+void CleanToastPresenter::acceptWarning()
+{
+    if (const auto warning = warning_)
+        accept(*warning);
+}
+
+void CleanToastPresenter::accept(const Warning &warning)
+{
+    accepted_ = warning.result;
+    warning.cleanAction();
+    dismiss();
 }
 
 void CleanToastPresenter::present(const View &content, const PanelOptions &options,
@@ -80,4 +91,5 @@ void CleanToastPresenter::dismiss()
     if (panel_)
         panel_->orderOut();
     panel_ = nullptr;
+    warning_.reset();
 }

@@ -20,8 +20,16 @@ public:
     // Stays longer and offers `cleanAction`, after which no toast is on screen: the notice that the accepted result
     // was applied, which comes as soon as the clipboard is taken, is not shown.
     void showTrackerWarning(const CleaningResult &result, std::function<void()> cleanAction) override;
+    // Does what the button of the warning on screen does; nothing without one.
+    void acceptWarning();
 
 private:
+    struct Warning {
+        CleaningResult result;
+        std::function<void()> cleanAction;
+    };
+
+    void accept(const Warning &warning);
     void present(const View &content, const PanelOptions &options, std::chrono::nanoseconds duration);
     [[nodiscard]] QRect position(QSize size) const;
     void dismiss();
@@ -29,6 +37,7 @@ private:
     PanelFactory &panels_;
     const Screens &screens_;
     std::unique_ptr<Panel> panel_;
+    std::optional<Warning> warning_;         // The one on screen.
     std::optional<CleaningResult> accepted_; // From a warning; its notice is still to come.
     DelayedSteps expiry_;                    // Only the latest toast's time ends a toast.
 };

@@ -11,7 +11,7 @@ public:
         unanswered, // The application runs already but does not answer; this process should end.
     };
     // What the user can ask of the running application without its icon.
-    enum class Action { settings, popover, pauseOrResume, quit };
+    enum class Action { settings, popover, cleanLink, pauseOrResume, quit };
     using ReopenHandler = std::function<void()>;
     using ActionHandler = std::function<void(Action)>;
 

@@ -1,2 +1,2 @@
 # Completion of velmora for bash.
-complete -W "--settings --popover --pause --quit --help --version" velmora
+complete -W "--settings --popover --clean --pause --quit --help --version" velmora

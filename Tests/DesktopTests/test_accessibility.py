@@ -344,6 +344,19 @@ class KeyboardDayTests(AccessibleTest):
         desktop.key("Left")
         self.wait_for("Ask before cleaning")
 
+    def clean_the_link_of_a_warning(self, desktop):
+        self.tab_to(desktop, "Ask before cleaning")
+        desktop.key("space")
+        wait_until("the switch", lambda: self.is_in_state("Ask before cleaning", "checked"))
+        desktop.copy(TRACKED)
+        wait_until("the warning", desktop.toast)
+        self.assertEqual(desktop.clipboard(), TRACKED)
+        self.ask(desktop, "--clean")
+        wait_until("the clean link", lambda: desktop.clipboard() == CLEANED)
+        wait_until("the warning's end", lambda: not desktop.toast())
+        desktop.key("space")
+        wait_until("the switch", lambda: not self.is_in_state("Ask before cleaning", "checked"))
+
     def restore_the_original(self, desktop):
         self.tab_to(desktop, "Settings")
         desktop.key("Right", "Right")

@@ -196,6 +196,22 @@ private Q_SLOTS:
         QCOMPARE(app.terminations, 1);
     }
 
+    void aLinkThatAWarningAsksAboutIsCleanedByAnAction()
+    {
+        Application app;
+        app.delegate->applicationDidFinishLaunching();
+        app.delegate->appState().setAskBeforeCleaningEnabled(true);
+        const std::optional<std::string> tracked = "https://a.example/?utm_source=x";
+        app.fakes.pasteboard.copy(*tracked);
+        app.delegate->applicationShouldPerform(ApplicationInstance::Action::cleanLink);
+        app.fakes.time.pass(1s);
+        QCOMPARE(app.fakes.pasteboard.contents(), tracked); // It had not asked yet.
+        app.delegate->applicationShouldPerform(ApplicationInstance::Action::cleanLink);
+        app.fakes.time.pass(1s);
+        QCOMPARE(app.fakes.pasteboard.contents(), std::optional<std::string>("https://a.example/"));
+        QVERIFY(app.panels.visible().empty());
+    }
+
     void closingTheWindowLeavesTheIconInPlace()
     {
         Application app;

@@ -128,6 +128,29 @@ private Q_SLOTS:
         QVERIFY(panels->visible().empty());
     }
 
+    void theWarningOnScreenIsAcceptedWithoutItsButtonToo()
+    {
+        QStringList cleaned;
+        const auto warn = [&](const QString &link) {
+            toasts->showTrackerWarning(resultOf(link), [&cleaned, link] { cleaned.append(link); });
+        };
+        toasts->acceptWarning();
+        warn(u"https://a.example/"_s);
+        warn(u"https://b.example/"_s);
+        toasts->acceptWarning();
+        QCOMPARE(cleaned, QStringList{u"https://b.example/"_s});
+        QVERIFY(panels->visible().empty());
+        toasts->acceptWarning(); // It has gone.
+
+        warn(u"https://c.example/"_s);
+        fakes->time.pass(6s);
+        toasts->acceptWarning(); // Its time is over.
+        warn(u"https://d.example/"_s);
+        toasts->show(resultOf(u"https://e.example/"_s));
+        toasts->acceptWarning(); // A newer notice has replaced it.
+        QCOMPARE(cleaned, QStringList{u"https://b.example/"_s});
+    }
+
     // The clipboard is taken a little later.
     void aNoticeThatFollowsAnAcceptedWarningIsNotShownButTheNextOneIs()
     {

@@ -12,8 +12,9 @@ struct Named {
     std::string_view name;
 };
 
-constexpr std::array<Named, 4> names{{{Action::settings, "settings"},
+constexpr std::array<Named, 5> names{{{Action::settings, "settings"},
                                       {Action::popover, "popover"},
+                                      {Action::cleanLink, "clean"},
                                       {Action::pauseOrResume, "pause"},
                                       {Action::quit, "quit"}}};
 

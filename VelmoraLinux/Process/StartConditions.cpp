@@ -16,13 +16,15 @@ namespace {
 
 constexpr int wrongUse = 2;
 
-constexpr auto usage = "Usage: velmora [--settings | --popover | --pause | --quit | --help | --version]\n";
+constexpr auto usage =
+    "Usage: velmora [--settings | --popover | --clean | --pause | --quit | --help | --version]\n";
 constexpr auto helpText = "Takes tracking parameters out of copied links, from the system tray.\n"
                           "\n"
                           "Started while it is running already, it shows its settings.\n"
                           "\n"
                           "  --settings   shows the settings\n"
                           "  --popover    shows the last cleaned link, for the keyboard\n"
+                          "  --clean      cleans the link that a notice asks about\n"
                           "  --pause      pauses cleaning, or resumes it\n"
                           "  --quit       ends the program that is running\n"
                           "  --help       shows this text\n"

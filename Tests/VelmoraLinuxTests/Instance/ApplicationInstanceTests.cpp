@@ -158,6 +158,7 @@ private Q_SLOTS:
         QTest::addColumn<Action>("action");
         QTest::newRow("settings") << u"settings"_s << Action::settings;
         QTest::newRow("popover") << u"popover"_s << Action::popover;
+        QTest::newRow("clean") << u"clean"_s << Action::cleanLink;
         QTest::newRow("pause") << u"pause"_s << Action::pauseOrResume;
         QTest::newRow("quit") << u"quit"_s << Action::quit;
     }
