@@ -31,6 +31,7 @@ struct Options {
     QString film;
     QString gallery;
     bool measures = false;
+    bool measuresFirst = false;
     bool lists = false;
 };
 
@@ -66,6 +67,7 @@ QList<QCommandLineOption> commandLine()
         {u"shoot"_s, u"Write the whole gallery into this folder, at one and two pixels a point."_s,
          u"folder"_s},
         {u"measure"_s, u"Print frame times of the popover and the history."_s},
+        {u"measure-first"_s, u"Print the milliseconds to the first frame of this process's first popover."_s},
         {u"font"_s, u"The font of all texts."_s, u"family"_s, u"Inter"_s},
     };
 }
@@ -114,9 +116,10 @@ std::optional<Options> read(const QCommandLineParser &line)
     }
     options.gallery = line.value(u"shoot"_s);
     options.measures = line.isSet(u"measure"_s);
+    options.measuresFirst = line.isSet(u"measure-first"_s);
     options.lists = line.isSet(u"list"_s);
-    const bool hasJob =
-        options.lists || options.measures || !options.gallery.isEmpty() || options.scene != nullptr;
+    const bool hasJob = options.lists || options.measures || options.measuresFirst ||
+                        !options.gallery.isEmpty() || options.scene != nullptr;
     if (!hasJob || (draws && options.scene == nullptr) || !line.positionalArguments().isEmpty()) {
         complain(u"say --list, --scene, --shoot or --measure; see --help"_s);
         return {};
@@ -241,6 +244,8 @@ int perform(const Options &options, const QString &font)
     }
     if (options.measures)
         return measureFrames();
+    if (options.measuresFirst)
+        return measureFirstFrame();
     if (!options.gallery.isEmpty()) {
         const bool isLarge = qgetenv("QT_SCALE_FACTOR") == "2";
         bool good = shootGallery(options.gallery, isLarge ? u"@2x"_s : QString());
