@@ -12,6 +12,7 @@ import unittest
 from sway_desktop import SwayDesktop
 from wayland_desktop import as_ordinary_user
 from x11_desktop import TIMEOUT, wait_until
+from x11_programs import ATOM, Copier, Handle
 
 PROGRAM = ""
 COPIES = 10
@@ -23,6 +24,30 @@ def tracked(number):
 
 def cleaned(number):
     return f"https://shop.example/item?id={number}"
+
+
+class PasswordManager(Copier):
+    """Marks what it copies as secret."""
+    MARK = "x-kde-passwordManagerHint"
+
+    def __init__(self, display):
+        super().__init__(display)
+        self.asked = []
+        self.forms = {"UTF8_STRING": lambda: self.text, self.MARK: lambda: b"secret"}
+
+    def convert(self, requestor, target, name):
+        form = next((form for form in ("TARGETS", *self.forms) if self.atom(form).value == target.value), None)
+        self.asked.append(form)
+        if form == "TARGETS":
+            self.set_property(requestor, name, Handle(ATOM), 32, [self.atom(form).value for form in self.forms])
+        elif form:
+            self.set_property(requestor, name, target, 8, self.forms[form]())
+        return form is not None
+
+    def answer(self):
+        """Answers what has been asked by now."""
+        while event := self.next_event(0):
+            self.handle(event)
 
 
 class SwayTest(unittest.TestCase):
@@ -82,6 +107,20 @@ class CleaningTests(SwayTest):
         subprocess.run(["wl-copy", "--clear"], env=desktop.env, check=True, timeout=TIMEOUT)
         desktop.copy_natively(tracked(3))
         self.wait_for_clipboard(desktop, cleaned(3))
+
+    def test_a_secret_of_an_x11_program_is_not_read(self):
+        """sway passes it on without its mark."""
+        desktop = self.start()
+        desktop.focus_x11_window()
+        with PasswordManager(desktop.env["DISPLAY"]) as manager:
+            manager.copy(tracked(1).encode())
+            wait_until("the question for the mark", lambda: manager.answer() or manager.MARK in manager.asked)
+            desktop.catch_up()
+            manager.answer()
+            self.assertIn("text/plain;charset=utf-8", desktop.offered())  # Wayland programs could have it.
+            self.assertEqual(set(manager.asked), {"TARGETS", manager.MARK})
+        desktop.copy_natively(tracked(2))
+        self.wait_for_clipboard(desktop, cleaned(2))
 
     def test_an_owner_that_hangs_costs_its_copy_only(self):
         desktop = self.start()

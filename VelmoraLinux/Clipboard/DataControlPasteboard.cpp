@@ -48,6 +48,7 @@ DataControlPasteboard::~DataControlPasteboard()
     changeHandler_ = nullptr;
     reachHandler_ = nullptr;
     waiting_.clear();
+    secrets_.reset();
     reader_.reset();
     if (own_ && own_->text != nullptr && !options_.keeper.isEmpty() && connection_ && !connection_->isLost())
         handOver();
@@ -173,7 +174,7 @@ void DataControlPasteboard::readString(TextHandler done)
         return answerReaders(own_->text == nullptr ? std::nullopt : std::optional(*own_->text));
     if (reach() == Reach::none || device_->offered().empty())
         return answerReaders(std::nullopt);
-    if (!reader_)
+    if (waiting_.size() == 1) // Otherwise this one waits together with an earlier one.
         beginReading();
 }
 
@@ -224,7 +225,20 @@ void DataControlPasteboard::takeOver(std::shared_ptr<const std::string> text)
         device_->clearSelection();
 }
 
+// Programs made for X11 are asked before anything is read.
 void DataControlPasteboard::beginReading()
+{
+    if (!secrets_)
+        return readOffer();
+    secrets_->ask([this](bool mayBeRead) {
+        if (mayBeRead)
+            readOffer();
+        else
+            answerReaders(std::nullopt);
+    });
+}
+
+void DataControlPasteboard::readOffer()
 {
     reader_ = std::make_unique<OfferReader>(*device_, scheduler_, options_.limits,
                                             [this](const std::optional<std::string> &text) {
@@ -237,6 +251,8 @@ void DataControlPasteboard::beginReading()
 // Those who wait get nothing, from the event loop: the caller may be in the middle of something.
 void DataControlPasteboard::abortReading()
 {
+    if (secrets_)
+        secrets_->giveUp();
     reader_.reset();
     for (TextHandler &done : std::exchange(waiting_, {}))
         steps_.after({}, [done = std::move(done)] { done(std::nullopt); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BridgedSecrets.h"
 #include "DataControlDevice.h"
 #include "OfferReader.h"
 #include "PipeWriters.h"
@@ -40,6 +41,10 @@ public:
     ~DataControlPasteboard() override;
     Q_DISABLE_COPY_MOVE(DataControlPasteboard)
 
+    // From now on a copy is read when the program that made it for X11 allows it as well. Null: there are no
+    // such programs.
+    void setBridgedSecrets(std::unique_ptr<BridgedSecrets> secrets) { secrets_ = std::move(secrets); }
+
     [[nodiscard]] Reach reach() const override;
 
     void setReachHandler(ReachHandler handler) override { reachHandler_ = std::move(handler); }
@@ -79,6 +84,7 @@ private:
     void beginTakeOver();
     void takeOver(std::shared_ptr<const std::string> text);
     void beginReading();
+    void readOffer();
     void abortReading();
     void answerReaders(const std::optional<std::string> &text);
     void handOver();
@@ -97,6 +103,7 @@ private:
     bool isJustCleared_ = false;
     bool isTakingOver_ = false;
     bool isOvertaken_ = false; // A copy was found right before the present write: it wins.
+    std::unique_ptr<BridgedSecrets> secrets_;
     std::unique_ptr<OfferReader> reader_;
     std::vector<TextHandler> waiting_;
 

@@ -52,7 +52,11 @@ using Candidate = std::unique_ptr<Pasteboard> (*)(Scheduler &scheduler);
 
 std::unique_ptr<Pasteboard> dataControlPasteboard(Scheduler &scheduler)
 {
-    return DataControlPasteboard::create(scheduler, {.keeper = QCoreApplication::applicationFilePath()});
+    auto pasteboard =
+        DataControlPasteboard::create(scheduler, {.keeper = QCoreApplication::applicationFilePath()});
+    if (pasteboard)
+        pasteboard->setBridgedSecrets(BridgedSecrets::create(scheduler));
+    return pasteboard;
 }
 
 // What an X server shows of the clipboard. In a Wayland session it is a bridge: most compositors forward

@@ -22,10 +22,11 @@ std::vector<xcb_atom_t> atomsIn(std::string_view bytes)
 } // namespace
 
 SelectionReader::SelectionReader(XcbConnection &connection, Scheduler &scheduler, TransferLimits limits,
-                                 xcb_timestamp_t time, Done done)
+                                 Aim aim, xcb_timestamp_t time, Done done)
     : connection_(connection)
     , scheduler_(scheduler)
     , limits_(limits)
+    , aim_(aim)
     , time_(time)
     , done_(std::move(done))
     , requestor_(connection.makeWindow())
@@ -193,6 +194,8 @@ void SelectionReader::useText(const Answer &answer)
 
 void SelectionReader::tryNextTarget()
 {
+    if (aim_ == Aim::permission)
+        return finish(std::string());
     if (targets_.empty())
         return finish(std::nullopt);
     const xcb_atom_t target = targets_.back();

@@ -23,8 +23,14 @@ class SelectionReader {
 public:
     using Done = std::function<void(std::optional<std::string> text)>;
 
+    // What is wanted of the owner.
+    enum class Aim {
+        text,
+        permission, // Only whether its text may be read: an empty text says that it may.
+    };
+
     // `time` is the server's time of the latest known change of owner.
-    SelectionReader(XcbConnection &connection, Scheduler &scheduler, TransferLimits limits,
+    SelectionReader(XcbConnection &connection, Scheduler &scheduler, TransferLimits limits, Aim aim,
                     xcb_timestamp_t time, Done done);
     ~SelectionReader();
     Q_DISABLE_COPY_MOVE(SelectionReader)
@@ -66,6 +72,7 @@ private:
     XcbConnection &connection_;
     Scheduler &scheduler_;
     TransferLimits limits_;
+    Aim aim_;
     xcb_timestamp_t time_;
     Done done_;
     xcb_window_t requestor_;

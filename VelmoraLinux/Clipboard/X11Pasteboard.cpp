@@ -11,7 +11,6 @@ namespace {
 
 // Some managers never answer: the user, who waits for the program to end, should not notice.
 constexpr auto longestHandOver = std::chrono::milliseconds(150);
-constexpr std::size_t mostPendingRequestors = 8;
 constexpr int mostClaims = 5; // Of one write that is turned down without a newer copy.
 
 template<typename Event>
@@ -34,11 +33,10 @@ std::unique_ptr<X11Pasteboard> X11Pasteboard::create(Scheduler &scheduler, const
 X11Pasteboard::X11Pasteboard(std::unique_ptr<XcbConnection> connection, Scheduler &scheduler,
                              TransferLimits limits, Reach reach)
     : connection_(std::move(connection))
-    , scheduler_(scheduler)
-    , limits_(limits)
     , reach_(reach)
     , server_(*connection_, scheduler)
     , window_(connection_->makeWindow())
+    , readings_(*connection_, scheduler, limits)
 {
     connection_->setEventHandler([this](const xcb_generic_event_t &event) { handleEvent(event); });
     connection_->setLostHandler([this] { handleLoss(); });
@@ -54,7 +52,7 @@ X11Pasteboard::~X11Pasteboard()
     changeHandler_ = nullptr;
     lostHandler_ = nullptr;
     waiting_.clear();
-    reader_.reset();
+    readings_.abort();
     if (ownership_ != Ownership::none && server_.text() != nullptr && !connection_->isLost())
         handOver();
 }
@@ -66,7 +64,7 @@ void X11Pasteboard::readString(TextHandler done)
         return answerReaders(std::nullopt);
     if (ownership_ == Ownership::ours)
         return answerReaders(server_.text() == nullptr ? std::nullopt : std::optional(*server_.text()));
-    if (ownership_ == Ownership::none && !reader_)
+    if (ownership_ == Ownership::none && !readings_.isReading())
         beginReading();
     // Otherwise this one waits together with an earlier one, or until it is known whose the clipboard is.
 }
@@ -226,13 +224,7 @@ void X11Pasteboard::handleSelectionNotify(const xcb_selection_notify_event_t &ev
         isHandedOver_ = true;
         return;
     }
-    if (reader_ && event.requestor == reader_->requestor())
-        return reader_->handleSelectionNotify(event);
-    const auto pending = std::find(pendingRequestors_.begin(), pendingRequestors_.end(), event.requestor);
-    if (pending == pendingRequestors_.end())
-        return;
-    connection_->destroyWindow(*pending);
-    pendingRequestors_.erase(pending);
+    readings_.handleSelectionNotify(event);
 }
 
 void X11Pasteboard::handlePropertyNotify(const xcb_property_notify_event_t &event)
@@ -242,16 +234,14 @@ void X11Pasteboard::handlePropertyNotify(const xcb_property_notify_event_t &even
             claim(event.time);
         return;
     }
-    if (reader_ && event.window == reader_->requestor())
-        reader_->handlePropertyNotify(event);
-    else
+    if (!readings_.handlePropertyNotify(event))
         server_.handlePropertyNotify(event);
 }
 
 void X11Pasteboard::handleLoss()
 {
     giveUpOwnership();
-    reader_.reset();
+    readings_.abort();
     answerReaders(std::nullopt);
     if (lostHandler_)
         lostHandler_();
@@ -259,24 +249,14 @@ void X11Pasteboard::handleLoss()
 
 void X11Pasteboard::beginReading()
 {
-    reader_ = std::make_unique<SelectionReader>(
-        *connection_, scheduler_, limits_, latestChange_, [this](const std::optional<std::string> &text) {
-            const auto finished = std::move(reader_); // Lives to the end of its own call.
-            if (const auto window = finished->releasePendingRequestor())
-                pendingRequestors_.push_back(*window);
-            answerReaders(text);
-        });
+    readings_.begin(SelectionReader::Aim::text, latestChange_,
+                    [this](const std::optional<std::string> &text) { answerReaders(text); });
 }
 
 // Those who wait get nothing, from the event loop: the caller may be in the middle of something.
 void X11Pasteboard::abortReading()
 {
-    if (const auto aborted = std::move(reader_)) {
-        if (const auto window = aborted->releasePendingRequestor())
-            pendingRequestors_.push_back(*window);
-    }
-    for (; pendingRequestors_.size() > mostPendingRequestors; pendingRequestors_.pop_front())
-        connection_->destroyWindow(pendingRequestors_.front());
+    readings_.abort();
     for (TextHandler &done : std::exchange(waiting_, {}))
         connection_->later([done = std::move(done)] { done(std::nullopt); });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SelectionReader.h"
+#include "SelectionReadings.h"
 #include "SelectionServer.h"
 
 #include <VelmoraLinux/X11/XcbConnection.h>
@@ -9,7 +9,6 @@
 
 #include <QByteArray>
 
-#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -81,8 +80,6 @@ private:
     void handOver();
 
     std::unique_ptr<XcbConnection> connection_;
-    Scheduler &scheduler_;
-    TransferLimits limits_;
     Reach reach_;
     SelectionServer server_;
     xcb_window_t window_;
@@ -96,9 +93,8 @@ private:
     bool isJustCleared_ = false;
     OutcomeHandler outcome_; // Of the latest write, until it is known.
 
-    std::unique_ptr<SelectionReader> reader_;
+    SelectionReadings readings_;
     std::vector<TextHandler> waiting_;
-    std::deque<xcb_window_t> pendingRequestors_; // Of readings given up before the owner answered.
     bool isHandedOver_ = false;
 
     ChangeHandler changeHandler_;

@@ -5,6 +5,7 @@
 #include <QTest>
 
 #include <Runner/RegisteredTest.h>
+#include <TestBed/CopyingProgram.h>
 #include <TestBed/DataControlServer.h>
 #include <TestBed/LayerShellServer.h>
 #include <TestBed/XServer.h>
@@ -114,6 +115,24 @@ private Q_SLOTS:
             compositor->copyText("native");
             QTRY_COMPARE(pasteboard->changeCount(), 1);
         }
+    }
+
+    void programsMadeForX11AreAskedWhatACompositorDoesNotTell()
+    {
+        const XServer bridge;
+        DataControlServer compositor(DataControlServer::Protocol::wlr);
+        qputenv("DISPLAY", bridge.display());
+        qputenv("WAYLAND_DISPLAY", compositor.display());
+        const auto pasteboard = makePasteboard(scheduler_);
+        CopyingProgram manager(bridge.environment());
+        QVERIFY(manager.copy("hidden", "secret"));
+        compositor.copyText("hidden");
+        QTRY_COMPARE(pasteboard->changeCount(), 1);
+        std::optional<std::optional<std::string>> answer;
+        pasteboard->readString([&answer](std::optional<std::string> text) { answer = std::move(text); });
+        QTRY_VERIFY(answer.has_value());
+        QVERIFY(!answer->has_value());
+        QVERIFY(manager.asked().contains("x-kde-passwordManagerHint"));
     }
 
     void withoutAClipboardNothingIsReadOrWritten()
