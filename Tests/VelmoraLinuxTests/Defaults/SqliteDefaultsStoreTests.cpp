@@ -187,8 +187,8 @@ private Q_SLOTS:
 
     void aLinkInThePlaceOfOneThatWasSetAsideIsNotFollowed()
     {
-        const QString link = folder() + u"/defaults.damaged-1.sqlite"_qs;
-        const QString precious = home() + u"/precious"_qs;
+        const QString link = folder() + u"/defaults.damaged-1.sqlite"_s;
+        const QString precious = home() + u"/precious"_s;
         SqliteDefaultsStore store(folder());
         store.setData(u"history", "text");
         overwrite(precious, 0, "content");
