@@ -38,7 +38,7 @@ class DesktopTest(unittest.TestCase):
         result = self._outcome.result
         if any(test is self for test, _ in result.failures + result.errors):
             print(desktop.state(), file=sys.stderr)
-        said = desktop.log("velmora")
+        said = desktop.complaints()
         desktop.close()
         self.assertEqual(said, "", "the program has complained")
 

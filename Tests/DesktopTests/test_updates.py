@@ -332,7 +332,7 @@ class ScreenReaderTests(UpdateTest):
         self.assertTrue(bus.press(wait_until(later, lambda: bus.control(later))))
         wait_until("the window's end", lambda: not self.window())
         self.assert_undisturbed(pid)
-        self.assertEqual(self.desktop.log("velmora"), "")
+        self.assertEqual(self.desktop.complaints(), "")
 
     def test_the_window_is_read_and_pressed_in_english(self):
         self.read_and_press("C.UTF-8", CHECK, "Velmora 2.0 is here", "Skip This Version", "Remind Me Later", "Install Update",

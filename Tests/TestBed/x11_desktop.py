@@ -92,6 +92,10 @@ class Desktop:
         path = self.folder / f"{name}.log"
         return path.read_text(errors="replace") if path.exists() else ""
 
+    def complaints(self):
+        """What the program has written, without what newer Qt says where the locale of a test is not installed."""
+        return re.sub(r"Detected locale .*\n(Qt depends .*\n)(If this .*\n)(for more .*\n)", "", self.log("velmora"))
+
     def state(self):
         """For the report of a failure: processes, windows and output."""
         lines = [f"{process.name}: {process.args}, status {process.poll()}" for process in self.processes]
