@@ -372,13 +372,15 @@ class KeyboardDayTests(AccessibleTest):
         wait_until("the clean link", lambda: desktop.clipboard() == CLEANED)
 
     def read_and_leave_the_details(self, desktop):
-        self.tab_to(desktop, "Details")
-        desktop.key("Return")
-        self.wait_for("Full Link Details")
-        desktop.settle()
-        self.tab_to(desktop, "Close")
-        desktop.key("Escape")
-        self.wait_gone("Full Link Details")
+        for key in ("Escape", "ctrl+w"):
+            self.tab_to(desktop, "Details")
+            desktop.key("Return")
+            self.wait_for("Full Link Details")
+            desktop.settle()
+            self.tab_to(desktop, "Close")
+            desktop.key(key)
+            self.wait_gone("Full Link Details")
+            self.assertTrue(desktop.settings_window(), "the settings are closed too")
 
     def clear_the_history(self, desktop):
         self.tab_to(desktop, "Clear History")

@@ -9,10 +9,19 @@ Rectangle {
 
     signal dismissed
 
+    function closes(event: var): bool {
+        return event.matches(StandardKey.Close) || event.matches(StandardKey.Cancel);
+    }
+
     implicitWidth: 720
     implicitHeight: 560
     color: Surroundings.colors.windowBackground
-    Keys.onEscapePressed: dismissed()
+    // Else the window below, whose shortcuts these are as well, would close instead.
+    Keys.onShortcutOverride: event => event.accepted = root.closes(event)
+    Keys.onPressed: event => {
+        if (root.closes(event))
+            root.dismissed();
+    }
 
     Item {
         id: header

@@ -24,7 +24,6 @@ Window {
 
     HistoryEntryDetailView {
         anchors.fill: parent
-        focus: true
         entry: root.entry
         onDismissed: root.dismissed()
     }
