@@ -4,6 +4,7 @@
 Usage: test_wayland_clipboard.py PROGRAM [unittest arguments]
 """
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -16,6 +17,7 @@ from x11_programs import ATOM, Copier, Handle
 
 PROGRAM = ""
 COPIES = 10
+NO_PLUGIN = "install XWayland or the package qt6-wayland"
 
 
 def tracked(number):
@@ -191,7 +193,21 @@ class StartTests(SwayTest):
         wait_until("the end or the menu", lambda: program.poll() is not None or desktop.menu())
         if program.poll() is not None:
             self.assertEqual(program.returncode, 1)
-            self.assertIn("install XWayland or the package qt6-wayland", desktop.log("velmora"))
+            self.assertIn(NO_PLUGIN, desktop.log("velmora"))
+
+    def test_a_copy_with_its_own_plugins_looks_for_wayland_among_them(self):
+        desktop = self.desktop(xwayland=False)
+        copy = desktop.folder / "copy"
+        (copy / "bin").mkdir(parents=True)
+        desktop.program = shutil.copy(PROGRAM, copy / "bin")
+        (copy / "bin/qt.conf").write_text("[Paths]\nPrefix=..\nPlugins=plugins\n")
+        self.assertEqual(desktop.start_velmora().wait(TIMEOUT), 1)
+        self.assertIn(NO_PLUGIN, desktop.log("velmora"))
+
+        (copy / "plugins/platforms").mkdir(parents=True)
+        (copy / "plugins/platforms/libqwayland-none.so").touch()
+        self.assertNotEqual(desktop.start_velmora().wait(TIMEOUT), 0)  # Found, though Qt cannot load it.
+        self.assertEqual(desktop.log("velmora").count(NO_PLUGIN), 1)
 
 
 if __name__ == "__main__":

@@ -1,14 +1,14 @@
 #include "DisplaySystem.h"
 
+#include "PluginFolders.h"
+
 #include <VelmoraLinux/Wayland/WaylandConnection.h>
 #include <VelmoraLinux/X11/XcbServer.h>
 
 #include <QByteArray>
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSettings>
 
 #include <algorithm>
 #include <chrono>
@@ -42,24 +42,11 @@ bool answersWayland()
     return connection && connection->roundTrip(patience);
 }
 
-// Where Qt finds plugins. Asked without an application object: the end of one takes with it what Qt's libraries have
-// registered when they were loaded, such as what tells screen readers of windows. Without one Qt does not read the
-// qt.conf of a copy that brings its own plugins.
-QStringList pluginFolders()
-{
-    const QDir programs(QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).path());
-    const QString configuration = programs.filePath(QStringLiteral("qt.conf"));
-    if (!QFile::exists(configuration))
-        return QCoreApplication::libraryPaths();
-    const QSettings paths(configuration, QSettings::IniFormat);
-    const QDir prefix(programs.filePath(paths.value(QStringLiteral("Paths/Prefix")).toString()));
-    return {prefix.filePath(paths.value(QStringLiteral("Paths/Plugins")).toString())};
-}
-
 // Not every system installs it along with Qt.
 bool hasWaylandPlugin()
 {
-    QStringList folders = pluginFolders();
+    const QFileInfo program(QFile::symLinkTarget(QStringLiteral("/proc/self/exe")));
+    QStringList folders = pluginFolders(program.path());
     std::transform(folders.begin(), folders.end(), folders.begin(),
                    [](const QString &folder) { return folder + QStringLiteral("/platforms"); });
     folders +=
