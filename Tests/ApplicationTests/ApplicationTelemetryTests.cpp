@@ -1,3 +1,4 @@
+#include "SentEvents.h"
 #include "TelemetryMarks.h"
 
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
@@ -10,7 +11,6 @@
 #include <QDBusReply>
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -339,10 +339,9 @@ private:
     {
         QSet<QString> names;
         for (const HttpsTestServer::Request &request : server->requests) {
-            const QJsonArray events =
-                QJsonDocument::fromJson(request.body).object().value(u"events"_s).toArray();
-            for (const QJsonValue event : events)
-                names.insert(event.toObject().value(u"name"_s).toString());
+            const QStringList sentNames = valuesInEvents(request.body, u"name"_s);
+            for (const QString &name : sentNames)
+                names.insert(name);
         }
         return names;
     }

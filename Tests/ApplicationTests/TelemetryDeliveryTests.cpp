@@ -1,10 +1,9 @@
+#include "SentEvents.h"
+
 #include <VelmoraLinux/Network/QtHttpsClient.h>
 #include <VelmoraLinux/Time/EventLoopScheduler.h>
 #include <VelmoraMac/TelemetryService.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTest>
 
 #include <Fakes/FakeServices.h>
@@ -15,19 +14,6 @@
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-
-namespace {
-
-QStringList idsIn(const QByteArray &body)
-{
-    QStringList ids;
-    const QJsonArray events = QJsonDocument::fromJson(body).object().value(u"events"_s).toArray();
-    for (const QJsonValue event : events)
-        ids.append(event.toObject().value(u"id"_s).toString());
-    return ids;
-}
-
-} // namespace
 
 // The service over a real connection to a real server. Its delays run in virtual time where they are long.
 class TelemetryDeliveryTests : public QObject {
@@ -59,9 +45,9 @@ private Q_SLOTS:
         track(45);
         QTRY_COMPARE_WITH_TIMEOUT(server->requests.size(), 3, 30000);
         QTRY_VERIFY(service->queue().isEmpty());
-        QCOMPARE(idsIn(server->requests.at(0).body).size(), 20);
-        QCOMPARE(idsIn(server->requests.at(1).body).size(), 20);
-        QCOMPARE(idsIn(server->requests.at(2).body).size(), 5);
+        QCOMPARE(valuesInEvents(server->requests.at(0).body, u"id"_s).size(), 20);
+        QCOMPARE(valuesInEvents(server->requests.at(1).body, u"id"_s).size(), 20);
+        QCOMPARE(valuesInEvents(server->requests.at(2).body, u"id"_s).size(), 5);
         QVERIFY(server->requests.at(1).at - server->requests.at(0).at >= 490ms);
         QVERIFY(server->requests.at(2).at - server->requests.at(1).at >= 490ms);
     }
@@ -131,7 +117,7 @@ private Q_SLOTS:
         }
         QStringList arrived;
         for (const HttpsTestServer::Request &request : server->requests)
-            arrived += idsIn(request.body);
+            arrived += valuesInEvents(request.body, u"id"_s);
         QCOMPARE(arrived, ids.mid(3));
     }
 
@@ -170,7 +156,7 @@ private:
         fakes->time.pass(1ms);
         QTRY_VERIFY(service->queue().isEmpty());
         QCOMPARE(server->requests.size(), before + 1);
-        QCOMPARE(idsIn(server->requests.last().body), ids);
+        QCOMPARE(valuesInEvents(server->requests.last().body, u"id"_s), ids);
     }
 
     std::unique_ptr<TestCertificate> certificate;

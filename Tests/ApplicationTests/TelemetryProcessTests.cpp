@@ -1,11 +1,10 @@
+#include "SentEvents.h"
+
 #include <VelmoraLinux/Defaults/SqliteDefaultsStore.h>
 #include <VelmoraMac/Telemetry/TelemetryEnvelope.h>
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
@@ -16,19 +15,6 @@
 #include <memory>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QStringList idsIn(const QByteArray &body)
-{
-    QStringList ids;
-    const QJsonArray events = QJsonDocument::fromJson(body).object().value(u"events"_s).toArray();
-    for (const QJsonValue event : events)
-        ids.append(event.toObject().value(u"id"_s).toString());
-    return ids;
-}
-
-} // namespace
 
 // What a whole process does, seen from outside: killed in the middle of a delivery, and watched by strace.
 class TelemetryProcessTests : public QObject {
@@ -52,7 +38,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(server->requests.size(), 1, 30000);
         first.kill();
         QVERIFY(first.waitForFinished());
-        const QStringList sent = idsIn(server->requests.first().body);
+        const QStringList sent = valuesInEvents(server->requests.first().body, u"id"_s);
         QVERIFY(sent.size() > 5);
         QCOMPARE(storedIds(), sent);
 
@@ -61,7 +47,7 @@ private Q_SLOTS:
         start(second, server->url().toString(), u"kept"_s);
         QTRY_COMPARE_WITH_TIMEOUT(server->requests.size(), 3,
                                   30000); // The repeat, and what did not fit into it.
-        QCOMPARE(idsIn(server->requests.at(1).body).mid(0, sent.size()), sent);
+        QCOMPARE(valuesInEvents(server->requests.at(1).body, u"id"_s).mid(0, sent.size()), sent);
         QTRY_VERIFY_WITH_TIMEOUT(storedIds().isEmpty(), 30000);
         end(second);
     }

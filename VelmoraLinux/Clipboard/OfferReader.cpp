@@ -15,11 +15,9 @@ constexpr std::size_t mostAtOnce = std::size_t(256) * 1024;
 
 OfferReader::OfferReader(DataControlDevice &device, Scheduler &scheduler, TransferLimits limits, Done done)
     : device_(device)
-    , scheduler_(scheduler)
-    , limits_(limits)
+    , mostBytes_(limits.bytes)
     , done_(std::move(done))
-    , begun_(scheduler.now())
-    , lastProgress_(begun_)
+    , deadline_(scheduler, limits, [this] { finish(std::nullopt); })
     , steps_(scheduler)
 {
     const auto &offered = device_.offered();
@@ -30,7 +28,6 @@ OfferReader::OfferReader(DataControlDevice &device, Scheduler &scheduler, Transf
         request(std::string(PlainText::secretMark), &OfferReader::useMark);
     else
         tryNextTarget();
-    watch(std::min(limits_.silence, limits_.total));
 }
 
 OfferReader::~OfferReader()
@@ -58,8 +55,8 @@ void OfferReader::readMore()
     bytes_.resize(before + static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
     if (size < 0 && (errno == EAGAIN || errno == EINTR))
         return;
-    lastProgress_ = scheduler_.now();
-    if (size < 0 || bytes_.size() > limits_.bytes)
+    deadline_.noteProgress();
+    if (size < 0 || bytes_.size() > mostBytes_)
         return finish(std::nullopt);
     if (size > 0)
         return;
@@ -100,17 +97,6 @@ void OfferReader::closePipe()
         std::exchange(notifier_, nullptr)->deleteLater();
     }
     pipe_ = {};
-}
-
-void OfferReader::watch(std::chrono::nanoseconds delay)
-{
-    steps_.after(delay, [this] {
-        const auto now = scheduler_.now();
-        const auto left = std::min(lastProgress_ + limits_.silence, begun_ + limits_.total) - now;
-        if (left <= std::chrono::nanoseconds::zero())
-            return finish(std::nullopt);
-        watch(left);
-    });
 }
 
 void OfferReader::finish(std::optional<std::string> text)

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "DataControlDevice.h"
-#include "TransferLimits.h"
+#include "TransferDeadline.h"
 
 #include <VelmoraPlatform/DelayedSteps.h>
 #include <VelmoraPlatform/Scheduler.h>
 
 #include <QSocketNotifier>
 
-#include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -37,12 +37,10 @@ private:
     void useText();
     void tryNextTarget();
     void closePipe();
-    void watch(std::chrono::nanoseconds delay);
     void finish(std::optional<std::string> text);
 
     DataControlDevice &device_;
-    Scheduler &scheduler_;
-    TransferLimits limits_;
+    std::size_t mostBytes_;
     Done done_;
     std::vector<std::string> targets_; // Still to be tried, the best one last.
     std::string type_;                 // What is being read.
@@ -50,7 +48,6 @@ private:
     FileDescriptor pipe_;
     QSocketNotifier *notifier_ = nullptr; // Deleted later, because it may be calling us.
     std::string bytes_;
-    std::chrono::nanoseconds begun_;
-    std::chrono::nanoseconds lastProgress_;
+    TransferDeadline deadline_;
     DelayedSteps steps_;
 };

@@ -24,18 +24,15 @@ std::vector<xcb_atom_t> atomsIn(std::string_view bytes)
 SelectionReader::SelectionReader(XcbConnection &connection, Scheduler &scheduler, TransferLimits limits,
                                  Aim aim, xcb_timestamp_t time, Done done)
     : connection_(connection)
-    , scheduler_(scheduler)
-    , limits_(limits)
+    , mostBytes_(limits.bytes)
     , aim_(aim)
     , time_(time)
     , done_(std::move(done))
     , requestor_(connection.makeWindow())
-    , begun_(scheduler.now())
-    , lastProgress_(begun_)
+    , deadline_(scheduler, limits, [this] { finish(std::nullopt); })
     , steps_(scheduler)
 {
     convert(Step::targets, connection_.atom(XcbAtom::targets));
-    watch(std::min(limits_.silence, limits_.total));
 }
 
 SelectionReader::~SelectionReader()
@@ -68,7 +65,7 @@ void SelectionReader::handleSelectionNotify(const xcb_selection_notify_event_t &
     if (!isPending_ || event.target != target_)
         return;
     isPending_ = false;
-    noteProgress();
+    deadline_.noteProgress();
     if (event.property == connection_.atom(XcbAtom::transfer))
         fetch();
     else
@@ -98,7 +95,7 @@ void SelectionReader::fetchRest()
 
 void SelectionReader::receive(const xcb_get_property_reply_t *reply)
 {
-    noteProgress();
+    deadline_.noteProgress();
     if (reply == nullptr)
         return finish(std::nullopt);
     if (reply->type == XCB_NONE) // Named, but not there; or the notice of a chunk that was read before.
@@ -109,7 +106,7 @@ void SelectionReader::receive(const xcb_get_property_reply_t *reply)
     const auto *bytes = static_cast<const char *>(xcb_get_property_value(reply));
     const auto size = static_cast<std::size_t>(xcb_get_property_value_length(reply));
     const bool isAsBefore = answer_.type == XCB_NONE || answer_.type == reply->type;
-    if (!isAsBefore || answer_.bytes.size() + size + reply->bytes_after > limits_.bytes)
+    if (!isAsBefore || answer_.bytes.size() + size + reply->bytes_after > mostBytes_)
         return finish(std::nullopt);
     answer_.type = reply->type;
     answer_.format = reply->format;
@@ -130,7 +127,7 @@ void SelectionReader::beginIncremental(const xcb_get_property_reply_t &reply)
     std::uint32_t announcedSize = 0; // At least this many bytes will come.
     if (reply.format == 32 && reply.value_len > 0)
         std::memcpy(&announcedSize, xcb_get_property_value(&reply), sizeof announcedSize);
-    if (announcedSize > limits_.bytes || reply.bytes_after > 0)
+    if (announcedSize > mostBytes_ || reply.bytes_after > 0)
         return finish(std::nullopt);
     isIncremental_ = true;
     answer_ = {};
@@ -168,7 +165,7 @@ void SelectionReader::useTargets(const Answer &answer)
 void SelectionReader::chooseTargets(const std::vector<xcb_atom_t> &offered,
                                     const std::vector<std::string> &names)
 {
-    noteProgress();
+    deadline_.noteProgress();
     for (const std::string &name : PlainText::targetsAmong(names)) {
         const auto index = std::find(names.begin(), names.end(), name) - names.begin();
         targets_.insert(targets_.begin(), offered.at(static_cast<std::size_t>(index)));
@@ -201,22 +198,6 @@ void SelectionReader::tryNextTarget()
     const xcb_atom_t target = targets_.back();
     targets_.pop_back();
     convert(Step::text, target);
-}
-
-void SelectionReader::noteProgress()
-{
-    lastProgress_ = scheduler_.now();
-}
-
-void SelectionReader::watch(std::chrono::nanoseconds delay)
-{
-    steps_.after(delay, [this] {
-        const auto now = scheduler_.now();
-        const auto left = std::min(lastProgress_ + limits_.silence, begun_ + limits_.total) - now;
-        if (left <= std::chrono::nanoseconds::zero())
-            return finish(std::nullopt);
-        watch(left);
-    });
 }
 
 void SelectionReader::finish(std::optional<std::string> text)

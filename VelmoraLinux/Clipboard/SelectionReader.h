@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TransferLimits.h"
+#include "TransferDeadline.h"
 
 #include <VelmoraLinux/X11/XcbConnection.h>
 #include <VelmoraPlatform/DelayedSteps.h>
@@ -8,7 +8,7 @@
 
 #include <QtGlobal>
 
-#include <chrono>
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -17,8 +17,8 @@
 // One reading of the plain text that the clipboard's owner offers.
 //
 // Asks the owner for TARGETS, stays away from a copy marked as secret, then converts the best text target
-// there is, at once or by INCR. Whatever goes wrong, `done` hears of it as "no text", once; destroying
-// the reader is silent. `done` may destroy the reader.
+// there is, at once or by INCR. Whatever goes wrong, `done` gets nothing, once; destroying the reader is
+// silent. `done` may destroy the reader.
 class SelectionReader {
 public:
     using Done = std::function<void(std::optional<std::string> text)>;
@@ -65,13 +65,10 @@ private:
     void chooseTargets(const std::vector<xcb_atom_t> &offered, const std::vector<std::string> &names);
     void useText(const Answer &answer);
     void tryNextTarget();
-    void noteProgress();
-    void watch(std::chrono::nanoseconds delay);
     void finish(std::optional<std::string> text);
 
     XcbConnection &connection_;
-    Scheduler &scheduler_;
-    TransferLimits limits_;
+    std::size_t mostBytes_;
     Aim aim_;
     xcb_timestamp_t time_;
     Done done_;
@@ -83,7 +80,6 @@ private:
     bool isIncremental_ = false;
     std::size_t received_ = 0; // Bytes of the present property, or of the present INCR chunk.
     Answer answer_;
-    std::chrono::nanoseconds begun_;
-    std::chrono::nanoseconds lastProgress_;
+    TransferDeadline deadline_;
     DelayedSteps steps_;
 };
