@@ -6,9 +6,9 @@ void FakePasteboard::readString(TextHandler done)
 {
     using namespace std::chrono_literals;
     ++reads;
-    const auto answer = [this, asked = changeCount_, text = contents_, hears = answers,
+    const auto answer = [this, asked = changeCount_, text = contents_, isAnswered = answers,
                          done = std::move(done)] {
-        done(hears && (asked == changeCount_ || givesOutdated) ? text : std::nullopt);
+        done(isAnswered && (asked == changeCount_ || givesOutdated) ? text : std::nullopt);
     };
     if (answers && answerDelay == 0ns)
         answer();

@@ -3,7 +3,7 @@
 
 Usage: disks.py PROGRAM      as root, or where users may make name spaces of their own
 
-The store lies in a small file system in memory that only the program sees.
+The store is in a small file system in memory that only the program sees.
 
 full        the disk is full: copies are cleaned, and when there is room again everything is counted that was cleaned
 read-only   the same for a disk that cannot be written to from the start

@@ -104,7 +104,7 @@ def no_home(desktop):
     velmora.terminate()
     if velmora.wait(5) != 0:
         raise AssertionError(f"ended with {velmora.returncode}")
-    return "cleaned; the store lies in the home of the user database"
+    return "cleaned; the store is in the home of the user database"
 
 
 def counter(desktop):

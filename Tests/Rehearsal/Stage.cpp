@@ -132,7 +132,7 @@ void Stage::pass(std::chrono::milliseconds time)
     }
 }
 
-// Lists make the rows beyond their view in spare time. Such a row lies unfinished over the first one for that long.
+// Lists make the rows beyond their view in spare time. Such a row is drawn, unfinished, over the first one for that long.
 void Stage::finishIncubation()
 {
     while (view_->incubationController()->incubatingObjectCount() > 0)

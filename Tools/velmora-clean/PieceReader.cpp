@@ -5,7 +5,7 @@
 
 namespace {
 
-// Text, its cleaned form and what lies between fit into the second-level cache.
+// Text, its cleaned form and what is between them fit into the second-level cache.
 constexpr std::size_t pieceSize = std::size_t{256} * 1024;
 
 } // namespace

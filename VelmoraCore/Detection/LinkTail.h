@@ -12,8 +12,8 @@ struct LinkTail {
     std::size_t end = 0;      // Behind the last byte that belongs to the link.
     std::size_t query = 0;    // The "?" that begins the query; `fragment` without one.
     std::size_t fragment = 0; // The "#" that begins the fragment; `end` without one.
-    // More of the link follows in a spelling of the language around it, as in "a=1\u0026b=2": whoever changes
-    // what stands before that breaks the link.
+    // More of the link follows in a spelling of the language around it, as in "a=1\u0026b=2": changing what
+    // stands before that breaks the link.
     bool goesOn = false;
 };
 

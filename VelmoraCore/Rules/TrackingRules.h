@@ -32,7 +32,7 @@ class TrackingRules {
 public:
     explicit TrackingRules(const LinkCleanerConfiguration &configuration);
 
-    // Whether `host` is one of the ignored hosts or lies within one.
+    // Whether `host` is one of the ignored hosts or within one.
     bool ignores(const LinkHost &host) const { return !ignoredHosts_.empty() && isIgnored(host); }
 
     // A name behind "&amp;", the separator as HTML writes it, is known with and without the rest of that.

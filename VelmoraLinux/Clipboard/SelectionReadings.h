@@ -23,7 +23,7 @@ public:
 
     [[nodiscard]] bool isReading() const { return reader_ != nullptr; }
 
-    // `done` hears of the outcome once, unless the reading is aborted; it may begin the next one.
+    // `done` gets the outcome once, unless the reading is aborted; it may begin the next one.
     void begin(SelectionReader::Aim aim, xcb_timestamp_t time, SelectionReader::Done done);
     void abort();
 

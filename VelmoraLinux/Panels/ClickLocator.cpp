@@ -143,7 +143,7 @@ void ClickLocator::measure(Cover &cover, QSize size)
     wl_surface_commit(cover.surface);
 }
 
-// Not from within the connection's calls: whoever waits may do anything.
+// Not from within the connection's calls: the handler may do anything.
 void ClickLocator::finishWhenKnown()
 {
     const bool areMeasured =

@@ -17,7 +17,7 @@ struct LayerPlacement {
     bool operator==(const LayerPlacement &) const = default;
 };
 
-// Where a work area of the size `usable` lies on the screen `whole`, of which bars take the rest: beside the click that
+// Where a work area of the size `usable` is on the screen `whole`, of which bars take the rest: beside the click that
 // one of them was given, or below a bar at the top.
 [[nodiscard]] QRect workAreaBeside(const std::optional<QPoint> &click, const QRect &whole, QSize usable);
 

@@ -38,7 +38,7 @@ public:
                                                                xcb_atom_t name, quint32 length) const;
     void sendClientMessage(xcb_window_t destination, quint32 eventMask,
                            const xcb_client_message_event_t &message);
-    // Adds to what we want to hear of a window that may be another client's.
+    // Adds to the events we want of a window that may be another client's.
     void listenTo(xcb_window_t window, quint32 eventMask) const;
 
     void addEventHandler(EventHandler handler) { handlers_.push_back(std::move(handler)); }

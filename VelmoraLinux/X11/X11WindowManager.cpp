@@ -42,7 +42,7 @@ X11WindowManager::X11WindowManager(X11Display *connection, ActivationToken &toke
 
 void X11WindowManager::watchCompositor()
 {
-    // Whoever composites owns this selection.
+    // The compositor owns this selection.
     const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(connection_->screenNumber());
     const xcb_atom_t selection = connection_->atom(name.constData());
     const xcb_query_extension_reply_t *xfixes = xcb_get_extension_data(connection_->xcb(), &xcb_xfixes_id);

@@ -209,7 +209,7 @@ bool XcbConnection::deliverEvent()
     };
     while (!pendingReplies_.empty() && isAnsweredBefore(pendingReplies_.front()) && deliverReply())
         continue;
-    // Errors tell of windows that went away meanwhile; whoever waits for them has a time limit.
+    // Errors tell of windows that went away meanwhile; what waits for them has a time limit.
     if (event->response_type != 0 && eventHandler_)
         eventHandler_(*event);
     return true;

@@ -39,9 +39,9 @@ enum class XcbAtom {
 // A connection to the X server of our own, beside the one of the toolkit: what hangs in one does not hang the
 // other.
 //
-// Events and replies are delivered from the event loop, not many in one turn: whoever floods us makes nobody
-// else wait. After the first connection nothing here waits for a reply. When the server goes away, every pending reply becomes null and then the handler of
-// `setLostHandler` runs; later calls do nothing.
+// Events and replies are delivered from the event loop, not many in one turn: a flood of them makes nothing else
+// wait. After the first connection nothing here waits for a reply. When the server goes away, every pending reply
+// becomes null and then the handler of `setLostHandler` runs; later calls do nothing.
 class XcbConnection {
 public:
     using EventHandler = std::function<void(const xcb_generic_event_t &event)>;

@@ -13,7 +13,7 @@ class KeptDrawing {
 public:
     using Draw = std::function<void(QPainter &)>;
 
-    // The next paint() draws anew.
+    // The next paint() draws again.
     void forget() { picture_ = {}; }
 
     // Shows what `draw` draws within `rect`, both in the points of `painter`. The edges of `rect` are aligned to

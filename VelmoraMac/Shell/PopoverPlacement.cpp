@@ -19,7 +19,7 @@ Side sideOf(const QRect &anchor, const QRect &workArea)
         return Side::rightOf;
     if (icon.x() > workArea.right())
         return Side::leftOf;
-    // The icon lies inside the work area: choose the side with more room.
+    // The icon is inside the work area: choose the side with more room.
     return icon.y() <= workArea.center().y() ? Side::below : Side::above;
 }
 

@@ -82,7 +82,7 @@ public:
     Q_INVOKABLE static QColor legibleOnLight(const QColor &tint, const VelmoraThemePalette &palette);
     // The same for small text on the panel itself.
     Q_INVOKABLE static QColor legibleOnPanel(const QColor &tint, const VelmoraThemePalette &palette);
-    // What lies between the seal and its glow, so that its symbol can be seen.
+    // What is drawn between the seal and its glow, so that its symbol can be seen.
     Q_INVOKABLE static QColor sealShade(const VelmoraThemePalette &palette);
     // The same for the symbol of the seal.
     Q_INVOKABLE static QColor legibleInGlow(const QColor &tint, const VelmoraThemePalette &palette);

@@ -19,7 +19,7 @@ using MakeSession = std::unique_ptr<ClipboardSession> (*)();
 
 Q_DECLARE_METATYPE(MakeSession)
 
-// What every back end owes whoever uses `Pasteboard`. A new one is a row here, and keeps all of it.
+// What every back end of `Pasteboard` promises. A new one is a row here, and keeps all of it.
 class PasteboardContractTests : public QObject {
     Q_OBJECT
 

@@ -26,7 +26,7 @@ class SystemTests : public QObject {
 
 private Q_SLOTS:
 
-    // A signal ends the program also when its event loop never gets to hear of it.
+    // A signal ends the program also when its event loop never gets to it.
     void aSignalEndsAProgramThatIsKeptBusy()
     {
         const pid_t child = fork();
@@ -42,7 +42,7 @@ private Q_SLOTS:
         QCOMPARE(WEXITSTATUS(status), 0);
     }
 
-    // The same when it does hear of it, and its end does not come to an end.
+    // The same when the event loop gets to it, but quitting takes too long.
     void aSignalEndsAProgramThatEndsTooSlowly()
     {
         const pid_t child = fork();

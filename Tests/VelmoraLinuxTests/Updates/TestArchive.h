@@ -31,7 +31,7 @@ private:
 
 [[nodiscard]] QByteArray xzCompressed(const QByteArray &input);
 
-// The same contents, but whoever unpacks them has to set aside 2 to the power of `exponent` bytes, 12 at least, of memory.
+// The same contents, but unpacking them takes 2 to the power of `exponent` bytes of memory, 12 at least.
 [[nodiscard]] QByteArray wantingMemory(QByteArray xz, int exponent);
 
 // A program of this version as a tarball: top folder, information dictionary, manifest and bin/velmora.
