@@ -67,8 +67,8 @@ class WaylandDesktop(Desktop):
         subprocess.run(["wl-copy", *options], env=self.env, input=content, check=True, stdout=subprocess.DEVNULL,
                        stderr=subprocess.DEVNULL, timeout=TIMEOUT)
 
-    def paste_natively(self):
-        return self.ask("wl-paste", "--no-newline")
+    def paste_natively(self, patience=TIMEOUT):
+        return self.ask("wl-paste", "--no-newline", patience=patience)
 
     def offered(self):
         """The names under which the clipboard's contents can be had."""

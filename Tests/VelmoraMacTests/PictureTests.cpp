@@ -20,11 +20,13 @@ class PictureTests : public QObject {
     static QString scale() { return qEnvironmentVariable("QT_SCALE_FACTOR", u"1"_s); }
 
     // With another Qt, and another edition of the font with it, each letter is a little different, and so may be where a
-    // line of them breaks. There, surfaces of so many points are compared by their mean colour.
+    // line of them breaks. There, surfaces of so many points are compared by their mean colour, and what is as wide as
+    // its text may be a little wider or narrower.
     static bool drawsLettersAlike() { return QLatin1StringView(qVersion()).startsWith("6.4."_L1); }
 
     static constexpr int coarsePoints = 32;
     static constexpr int coarseTolerance = 8;
+    static constexpr int coarseWidth = 2;
 
     static QString reference(const QString &name)
     {
@@ -51,11 +53,14 @@ class PictureTests : public QObject {
             QVERIFY(picture.save(reference(name), "PNG", 0));
         const QImage expected(reference(name));
         QVERIFY2(!expected.isNull(), qPrintable(reference(name)));
-        QCOMPARE(picture.size(), expected.size());
+        const int wider = std::abs(picture.width() - expected.width());
+        QVERIFY(wider <= (drawsLettersAlike() ? 0 : coarseWidth));
+        QCOMPARE(picture.height(), expected.height());
         QImage difference;
         const int count = drawsLettersAlike()
                               ? differing(picture, expected, difference)
-                              : differing(coarse(picture), coarse(expected), difference, coarseTolerance);
+                              : differing(coarse(picture, expected.size()), coarse(expected, expected.size()),
+                                          difference, coarseTolerance);
         if (count == 0)
             return;
         const QString beside = QDir::current().absoluteFilePath(name);
@@ -64,11 +69,11 @@ class PictureTests : public QObject {
         QFAIL(qPrintable(u"%1 pixels differ; see %2-difference.png"_s.arg(count).arg(beside)));
     }
 
-    static QImage coarse(const QImage &picture)
+    // The mean colours of the surfaces that a picture of this size has.
+    static QImage coarse(const QImage &picture, const QSize &size)
     {
         const double pixels = coarsePoints * scale().toDouble();
-        const QSize cells(qMax(1, qRound(picture.width() / pixels)),
-                          qMax(1, qRound(picture.height() / pixels)));
+        const QSize cells(qMax(1, qRound(size.width() / pixels)), qMax(1, qRound(size.height() / pixels)));
         return picture.scaled(cells, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     }
 
@@ -166,7 +171,8 @@ private Q_SLOTS:
         const QImage whole(u"" VELMORA_PICTURES "/settings-general-aurora-german.png"_s);
         const auto differs = [&whole](const QImage &other) {
             QImage difference;
-            return differing(coarse(other), coarse(whole), difference, coarseTolerance) > 0;
+            return differing(coarse(other, whole.size()), coarse(whole, whole.size()), difference,
+                             coarseTolerance) > 0;
         };
         QVERIFY(!differs(whole));
         QVERIFY(differs(whole.copy(QRect(QPoint(4, 0), whole.size()))));

@@ -12,6 +12,8 @@ RoundedBox {
     radius: 18
     color: Surroundings.colors.cardFill
     borderColor: Surroundings.colors.cardStroke
+    // Its parts say all. Newer Qt would show each row of a list to screen readers as well, without a name.
+    Accessible.ignored: true
 
     Column {
         id: column
