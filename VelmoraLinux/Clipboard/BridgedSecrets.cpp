@@ -1,5 +1,6 @@
 #include "BridgedSecrets.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -25,6 +26,12 @@ BridgedSecrets::BridgedSecrets(std::unique_ptr<XcbConnection> connection, Schedu
         readings_.abort();
         answerLater(true);
     });
+}
+
+bool BridgedSecrets::mayBeHidden(const std::vector<std::string> &offered)
+{
+    return std::all_of(offered.begin(), offered.end(),
+                       [](const std::string &name) { return name.find('/') != std::string::npos; });
 }
 
 void BridgedSecrets::ask(Answer answer)

@@ -228,7 +228,7 @@ void DataControlPasteboard::takeOver(std::shared_ptr<const std::string> text)
 // Programs made for X11 are asked before anything is read.
 void DataControlPasteboard::beginReading()
 {
-    if (!secrets_)
+    if (!secrets_ || !BridgedSecrets::mayBeHidden(device_->offered()))
         return readOffer();
     secrets_->ask([this](bool mayBeRead) {
         if (mayBeRead)
