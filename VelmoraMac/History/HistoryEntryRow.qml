@@ -12,8 +12,9 @@ RoundedBox {
     radius: 18
     color: Surroundings.colors.cardFill
     borderColor: Surroundings.colors.cardStroke
-    // Its parts say all. Newer Qt would show each row of a list to screen readers as well, without a name.
-    Accessible.ignored: true
+    // Newer Qt shows each row of a list to screen readers, named or not.
+    Accessible.role: Accessible.ListItem
+    Accessible.name: count.text
 
     Column {
         id: column
