@@ -2,6 +2,7 @@
 #include "ReferenceCleaning.h"
 
 #include <VelmoraCore/LinkCleaner.h>
+#include <VelmoraCore/Query/QueryItemReader.h>
 #include <VelmoraCore/QueryItem.h>
 
 #include <cstdint>

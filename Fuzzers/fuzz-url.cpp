@@ -2,6 +2,7 @@
 
 #include <VelmoraCore/Hosts/HostName.h>
 #include <VelmoraCore/LinkCleaner.h>
+#include <VelmoraCore/Query/QueryItemReader.h>
 #include <VelmoraCore/QueryItem.h>
 #include <VelmoraCore/UrlComponents.h>
 

@@ -29,18 +29,17 @@ char escapedByte(std::string_view text, std::size_t at)
     return static_cast<char>(hexValue(text[at + 1]) << 4 | hexValue(text[at + 2]));
 }
 
-// At most four bytes.
 void appendEscaped(std::string &query, std::string_view bytes)
 {
-    std::array<char, std::size_t{4} * 3> escapes{};
-    std::size_t size = 0;
+    const std::size_t begin = query.size();
+    query.resize(begin + 3 * bytes.size());
+    char *escape = query.data() + begin;
     for (const char byte : bytes) {
         const auto value = static_cast<unsigned char>(byte);
-        escapes[size++] = '%';
-        escapes[size++] = hexDigits[value >> 4];
-        escapes[size++] = hexDigits[value & 0x0FU];
+        *escape++ = '%';
+        *escape++ = hexDigits[value >> 4];
+        *escape++ = hexDigits[value & 0x0FU];
     }
-    query.append(escapes.data(), size);
 }
 
 // One byte of a name or value and how it was written.
@@ -115,13 +114,25 @@ void escapeInnerSchemes(std::string &query, std::size_t begin)
     }
 }
 
-// Appends the character outside ASCII at `at`, or the byte that is none as it stands. Gives how much it took.
+// How many bytes from `at` on are characters outside ASCII, written as themselves.
+std::size_t bareNonAsciiLength(std::string_view text, std::size_t at)
+{
+    std::size_t end = at;
+    while (end < text.size()) {
+        const std::size_t length = utf8::decode(text, end).length;
+        if (length == 1) // ASCII or ill-formed.
+            break;
+        end += length;
+    }
+    return end - at;
+}
+
+// Appends the characters outside ASCII at `at`, or the byte that is none as it stands. Gives how much they took.
 std::size_t appendNonAscii(std::string &query, std::string_view text, std::size_t at)
 {
-    const utf8::CodePoint bare = utf8::decode(text, at);
-    if (bare.length > 1) {
-        appendEscaped(query, text.substr(at, bare.length));
-        return bare.length;
+    if (const std::size_t bare = bareNonAsciiLength(text, at); bare != 0) {
+        appendEscaped(query, text.substr(at, bare));
+        return bare;
     }
     const Sequence sequence = readSequence(text, at);
     if (sequence.length != 0) {
@@ -143,34 +154,6 @@ QueryItem itemAt(std::string_view query, std::size_t begin)
     if (equals != std::string_view::npos)
         item.value = text.substr(equals + 1);
     return item;
-}
-
-QueryItemReader::QueryItemReader(std::string_view query)
-    : query_(query)
-    , coded_(findCoded(query, 0))
-    , atEnd_(query.empty())
-{
-}
-
-bool QueryItemReader::next(QueryItem &item)
-{
-    if (atEnd_)
-        return false;
-    const std::size_t begin = position_;
-    std::size_t end = findSeparator(query_, begin);
-    item.name = query_.substr(begin, end - begin);
-    item.value.reset();
-    if (end < query_.size() && query_[end] == '=') {
-        const std::size_t value = end + 1;
-        end = std::min(query_.find('&', value), query_.size());
-        item.value = query_.substr(value, end - value);
-    }
-    item.plain = coded_ >= end;
-    if (!item.plain)
-        coded_ = findCoded(query_, end);
-    atEnd_ = end == query_.size();
-    position_ = end + 1;
-    return true;
 }
 
 std::optional<std::string> percentDecoded(std::string_view text)

@@ -20,24 +20,6 @@ struct QueryItem {
 // The item that begins at `begin` in a query.
 QueryItem itemAt(std::string_view query, std::size_t begin);
 
-// Walks the items of a query in their order. An empty query has none; an empty piece is an item with an empty
-// name and no value.
-class QueryItemReader {
-public:
-    explicit QueryItemReader(std::string_view query);
-
-    // False after the last item.
-    bool next(QueryItem &item);
-
-    bool isAtEnd() const { return atEnd_; }
-
-private:
-    std::string_view query_;
-    std::size_t position_ = 0;
-    std::size_t coded_; // The first byte from the position on that needs decoding.
-    bool atEnd_;
-};
-
 // The text with its "%XX" decoded; what is no escape stays as it is. Nothing if the result is not UTF-8.
 std::optional<std::string> percentDecoded(std::string_view text);
 

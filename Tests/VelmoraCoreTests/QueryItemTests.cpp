@@ -1,3 +1,4 @@
+#include <VelmoraCore/Query/QueryItemReader.h>
 #include <VelmoraCore/QueryItem.h>
 
 #include <gtest/gtest.h>

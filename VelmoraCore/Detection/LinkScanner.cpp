@@ -350,14 +350,14 @@ bool LinkScanner::isPartOfMailbox(std::size_t position)
 
 bool LinkScanner::bareLink(const Run &run, FoundLink &link)
 {
-    const BareHost host = bareHost(text_.substr(run.begin, run.end - run.begin));
+    const BareHost host = bareHost(text_, run.begin, run.end);
     if (!host.valid)
         return false;
     link.kind = FoundLink::Kind::bareWeb;
     link.keptAsWritten = false;
-    link.begin = run.begin + host.begin;
+    link.begin = host.begin;
     link.hostBegin = link.begin;
-    link.hostEnd = run.begin + host.end;
+    link.hostEnd = host.end;
     if (!mayPrecedeBareHost(run.begin) || isPartOfMailbox(run.end))
         return false;
     Authority authority{link.hostBegin, link.hostEnd, link.hostEnd, true};
@@ -400,13 +400,13 @@ bool LinkScanner::mailLink(std::size_t mark, FoundLink &link)
         local.find("..") != std::string_view::npos)
         return false;
     const Run run = hostRunFrom(mark + 1);
-    const BareHost host = bareHost(text_.substr(run.begin, run.end - run.begin));
-    if (run.begin != mark + 1 || !host.valid || host.begin != 0)
+    const BareHost host = bareHost(text_, run.begin, run.end);
+    if (run.begin != mark + 1 || !host.valid || host.begin != run.begin)
         return false;
     constexpr std::string_view scheme = "mailto:";
     link.kind = FoundLink::Kind::mail;
     link.begin = begin;
-    link.end = run.begin + host.end;
+    link.end = host.end;
     link.query = link.fragment = link.end;
     // What ends in "mailto:" may also be the host of the link before.
     if (begin - previousEnd_ >= scheme.size() &&

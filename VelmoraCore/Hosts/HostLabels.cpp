@@ -66,17 +66,39 @@ struct Labels {
     bool valid = true;
 };
 
-Labels labelsOf(std::string_view host)
+void append(Labels &labels, std::string_view label)
+{
+    labels.valid = labels.valid && !label.empty() && label.front() != '-' && label.back() != '-';
+    if (labels.count++ == 0)
+        labels.first = label;
+    labels.last = label;
+}
+
+// Of a host of ASCII characters; nothing if it has others.
+std::optional<Labels> asciiLabelsOf(std::string_view host)
 {
     Labels labels;
-    LabelReader reader(host);
-    std::string_view label;
-    while (labels.valid && reader.next(label)) {
-        labels.valid = !label.empty() && label.front() != '-' && label.back() != '-';
-        if (labels.count++ == 0)
-            labels.first = label;
-        labels.last = label;
+    std::size_t begin = 0;
+    for (std::size_t at = 0; at < host.size(); ++at) {
+        if (characters::is(host[at], characters::nonAscii))
+            return std::nullopt;
+        if (host[at] == '.') {
+            append(labels, host.substr(begin, at - begin));
+            begin = at + 1;
+        }
     }
+    append(labels, host.substr(begin));
+    return labels;
+}
+
+Labels labelsOf(std::string_view host)
+{
+    if (const auto labels = asciiLabelsOf(host))
+        return *labels;
+    Labels labels;
+    LabelReader reader(host);
+    for (std::string_view label; labels.valid && reader.next(label);)
+        append(labels, label);
     return labels;
 }
 
@@ -86,11 +108,10 @@ bool isEscape(std::string_view text, std::size_t at)
            characters::is(text[at + 2], characters::hex);
 }
 
-std::size_t trimmedEnd(std::string_view run)
+std::size_t trimmedEnd(std::string_view text, std::size_t begin, std::size_t end)
 {
-    std::size_t end = run.size();
-    while (end > 0) {
-        const utf8::CodePoint last = utf8::decodeBefore(run, end, 0);
+    while (end > begin && !characters::is(text[end - 1], characters::letter | characters::digit)) {
+        const utf8::CodePoint last = utf8::decodeBefore(text, end, begin);
         if (last.value != '.' && last.value != '-' && last.value != '_' && !isIdeographicDot(last.value))
             break;
         end -= last.length;
@@ -197,15 +218,26 @@ private:
 
 bool isHostCodePoint(char32_t point)
 {
-    using enum CharacterCategory;
     const CharacterProperties &character = propertiesOf(point);
-    if (character.category == letter || character.category == mark || character.category == number ||
-        character.category == otherNumber)
+    if ((character.category != CharacterCategory::other && character.category != CharacterCategory::symbol) ||
+        character.isPictographic)
         return true;
-    // The joiners and the marks beside letters that internationalised names may hold; emoji.
-    constexpr std::array<char32_t, 11> others = {0xB7,  0x375,  0x5F3,  0x5F4,  0x6FD, 0x6FE,
-                                                 0xF0B, 0x200C, 0x200D, 0x30FB, 0xFF0D};
-    return std::find(others.begin(), others.end(), point) != others.end() || character.isPictographic;
+    switch (point) { // The joiners and the marks beside letters that internationalised names may hold.
+    case 0xB7:
+    case 0x375:
+    case 0x5F3:
+    case 0x5F4:
+    case 0x6FD:
+    case 0x6FE:
+    case 0xF0B:
+    case 0x200C:
+    case 0x200D:
+    case 0x30FB:
+    case 0xFF0D:
+        return true;
+    default:
+        return false;
+    }
 }
 
 bool isIdeographicDot(char32_t point)
@@ -231,12 +263,12 @@ HostExtent hostExtent(std::string_view text, std::size_t begin)
     return {end, end > begin && labelsOf(text.substr(begin, end - begin)).valid};
 }
 
-BareHost bareHost(std::string_view run)
+BareHost bareHost(std::string_view text, std::size_t runBegin, std::size_t runEnd)
 {
-    BareHost host{0, trimmedEnd(run), false, false};
-    while (host.begin < host.end && (run[host.begin] == '-' || run[host.begin] == '_'))
+    BareHost host{runBegin, trimmedEnd(text, runBegin, runEnd), false, false};
+    while (host.begin < host.end && (text[host.begin] == '-' || text[host.begin] == '_'))
         ++host.begin;
-    Labels labels = labelsOf(run.substr(host.begin, host.end - host.begin));
+    Labels labels = labelsOf(text.substr(host.begin, host.end - host.begin));
     if (!labels.valid || labels.count < 2)
         return host;
     const std::size_t prose = behindProse(labels.first);

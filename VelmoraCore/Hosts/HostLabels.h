@@ -19,8 +19,8 @@ struct HostExtent {
 // The host of a link with a scheme, beginning at `begin`; without the dot of the root.
 HostExtent hostExtent(std::string_view text, std::size_t begin);
 
-// The host in a stretch of host characters and dots that has no scheme before it. Prose of a script without
-// blanks, and symbols, are no part of it where its first label changes to ASCII behind them.
+// The host in a stretch of host characters and dots that has no scheme before it, in places of its text. Prose of a
+// script without blanks, and symbols, are no part of it where its first label changes to ASCII behind them.
 struct BareHost {
     std::size_t begin;
     std::size_t end;
@@ -28,6 +28,6 @@ struct BareHost {
     bool looksLikeFile; // A name like "readme.md": a link only if a path follows.
 };
 
-BareHost bareHost(std::string_view run);
+BareHost bareHost(std::string_view text, std::size_t runBegin, std::size_t runEnd);
 
 } // namespace velmora

@@ -1,11 +1,11 @@
 #include <VelmoraCore/Query/KeptItems.h>
+#include <VelmoraCore/Rules/NameKey.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
 #include <VelmoraCore/Unicode.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -35,7 +35,6 @@ std::string_view valueOf(const QueryItem &item)
     return item.value.value_or(std::string_view());
 }
 
-// Appends the text decoded, or as written where that is not to be read.
 void appendReadable(std::string &key, std::string_view text)
 {
     const std::optional<std::string> decoded =
@@ -43,16 +42,21 @@ void appendReadable(std::string &key, std::string_view text)
     key += decoded ? std::string_view(*decoded) : text;
 }
 
-// Into an empty string, which is reused from item to item.
+void writePlainKey(std::string &key, const QueryItem &item)
+{
+    key = item.name;
+    std::transform(key.begin(), key.end(), key.begin(), characters::lower);
+    key.append(1, '=').append(valueOf(item));
+}
+
+// Into a string that is reused from item to item. What cannot be decoded is taken as written.
 void writeKey(std::string &key, const QueryItem &item)
 {
-    if (item.plain) {
-        std::transform(item.name.begin(), item.name.end(), std::back_inserter(key), characters::lower);
-        key.append(1, '=').append(valueOf(item));
-        return;
-    }
+    if (item.plain)
+        return writePlainKey(key, item);
+    key.clear();
     appendReadable(key, item.name);
-    key = lowercased(key).append(1, '=');
+    key = lowercased(std::move(key)).append(1, '=');
     appendReadable(key, valueOf(item));
     key = canonicalForm(std::move(key));
 }
@@ -62,13 +66,9 @@ void writeKey(std::string &key, const QueryItem &item)
 std::uint32_t SeenPlaces::hashOf(std::string_view key)
 {
     std::uint64_t hash = mixed(seed(), key.size());
-    while (!key.empty()) {
-        std::uint64_t word = 0;
-        const std::size_t length = std::min(key.size(), sizeof word);
-        std::memcpy(&word, key.data(), length);
-        hash = mixed(hash, word);
-        key.remove_prefix(length);
-    }
+    for (; key.size() >= sizeof(std::uint64_t); key.remove_prefix(sizeof(std::uint64_t)))
+        hash = mixed(hash, NameKey::firstBytes(key));
+    hash = mixed(hash, NameKey::firstBytes(key));
     return static_cast<std::uint32_t>(mixed(hash, seed()));
 }
 
@@ -114,11 +114,22 @@ bool KeptItems::isNewAmongMany(const QueryItem &item)
     const auto place = static_cast<std::size_t>(item.name.data() - query_.data());
     if (place >= std::numeric_limits<std::uint32_t>::max())
         return true;
-    key_.clear();
     writeKey(key_, item);
-    return seen_->add(static_cast<std::uint32_t>(place), key_, [this](std::uint32_t other, std::string &key) {
-        writeKey(key, itemAt(query_, other));
+    return seen_->add(static_cast<std::uint32_t>(place), key_, [&](std::uint32_t other) {
+        if (isWrittenAt(other, item))
+            return true;
+        writeKey(otherKey_, itemAt(query_, other));
+        return otherKey_ == key_;
     });
+}
+
+// Whether the item that begins at this place of the query is written byte for byte like this one.
+bool KeptItems::isWrittenAt(std::size_t place, const QueryItem &item) const
+{
+    const std::size_t length = item.value ? item.name.size() + 1 + item.value->size() : item.name.size();
+    const std::string_view written(item.name.data(), length);
+    const std::string_view there = query_.substr(place);
+    return there.starts_with(written) && (there.size() == length || there[length] == '&');
 }
 
 } // namespace velmora

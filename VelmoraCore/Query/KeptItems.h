@@ -25,19 +25,14 @@ inline bool isSamePlain(const QueryItem &left, const QueryItem &right)
 // Remembers where they stand, eight bytes for each, and no text.
 class SeenPlaces {
 public:
-    // Whether no place seen before has this key. `keyOf` writes the key of a place that was seen into the
-    // string handed to it.
-    template<typename KeyOf>
-    bool add(std::uint32_t place, std::string_view key, KeyOf keyOf)
+    // Whether no place seen before has this key. `hasKey` says whether a place that was seen does.
+    template<typename HasKey>
+    bool add(std::uint32_t place, std::string_view key, HasKey hasKey)
     {
         const std::uint32_t hash = hashOf(key);
         std::size_t slot = hash & (slots_.size() - 1);
         for (; slots_[slot].place != nowhere; slot = (slot + 1) & (slots_.size() - 1)) {
-            if (slots_[slot].hash != hash)
-                continue;
-            other_.clear();
-            keyOf(slots_[slot].place, other_);
-            if (other_ == key)
+            if (slots_[slot].hash == hash && hasKey(slots_[slot].place))
                 return false;
         }
         slots_[slot] = {hash, place};
@@ -59,7 +54,6 @@ private:
 
     std::vector<Slot> slots_ = std::vector<Slot>(64);
     std::size_t count_ = 0;
-    std::string other_;
 };
 
 // The parameters of a link that stay: of equal ones the first.
@@ -84,12 +78,14 @@ private:
 
     bool isNewAmongFew(const QueryItem &item) const;
     bool isNewAmongMany(const QueryItem &item);
+    bool isWrittenAt(std::size_t place, const QueryItem &item) const;
 
     std::string_view query_;
     std::array<QueryItem, few> few_;
     std::size_t count_ = 0;
     std::optional<SeenPlaces> seen_; // Once there are many.
     std::string key_;
+    std::string otherKey_;
 };
 
 } // namespace velmora

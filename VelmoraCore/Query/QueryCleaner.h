@@ -1,7 +1,7 @@
 #pragma once
 
 #include <VelmoraCore/CleaningVisitor.h>
-#include <VelmoraCore/QueryItem.h>
+#include <VelmoraCore/Query/QueryItemReader.h>
 #include <VelmoraCore/Rules/TrackingRules.h>
 
 #include <array>

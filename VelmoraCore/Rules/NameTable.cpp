@@ -8,6 +8,7 @@ namespace velmora {
 
 void NameTable::add(std::string_view name, unsigned roles)
 {
+    noteBeginning(name);
     const NameKey key(name);
     const std::size_t slot = slotOf(name, key);
     if (slots_[slot] != 0) {
@@ -23,6 +24,7 @@ void NameTable::add(std::string_view name, unsigned roles)
 
 void NameTable::addPrefix(std::string_view prefix, unsigned roles)
 {
+    noteBeginning(prefix);
     if (prefix.empty()) {
         rolesOfAll_ |= roles;
         return;
@@ -39,6 +41,12 @@ void NameTable::addPrefix(std::string_view prefix, unsigned roles)
         if (beginsWith(entry.name, prefix))
             entry.roles |= roles;
     }
+}
+
+void NameTable::noteBeginning(std::string_view text)
+{
+    if (text.empty() || characters::is(text.front(), characters::nonAscii))
+        mayBeginOutsideAscii_ = true;
 }
 
 unsigned NameTable::find(std::string_view name) const

@@ -29,11 +29,8 @@ public:
         return (lengths_[first] & lengthBit(name.size())) == 0 ? rolesOfAll_ : find(name);
     }
 
-    // Whether a name that begins with this byte may be known.
-    bool mayBeginWith(char first) const
-    {
-        return rolesOfAll_ != 0 || lengths_[static_cast<unsigned char>(first)] != 0;
-    }
+    // Whether a name that begins outside ASCII, or the empty one, may be known.
+    bool mayBeginOutsideAscii() const { return mayBeginOutsideAscii_; }
 
 private:
     struct Entry {
@@ -56,6 +53,7 @@ private:
         return std::uint64_t{1} << (length < 63 ? length : 63);
     }
 
+    void noteBeginning(std::string_view text);
     unsigned find(std::string_view name) const;
     unsigned rolesOfPrefixes(std::string_view name, const NameKey &key) const;
     std::size_t slotOf(std::string_view name, const NameKey &key) const;
@@ -64,6 +62,7 @@ private:
     // For each first byte the lengths of names that may be known, as bits; longer ones share the last bit.
     std::array<std::uint64_t, 256> lengths_{};
     unsigned rolesOfAll_ = 0; // By the empty prefix.
+    bool mayBeginOutsideAscii_ = false;
 
     std::vector<Entry> entries_;
     // Places in `entries_` plus one, found by hash and stepping on; 0 is an empty slot. At most a quarter is

@@ -2,6 +2,8 @@
 #include <VelmoraCore/Rules/TrackingRules.h>
 #include <VelmoraCore/Text/ByteSearch.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
+#include <VelmoraCore/Text/CharacterProperties.h>
+#include <VelmoraCore/Text/Utf8.h>
 #include <VelmoraCore/Unicode.h>
 
 #include <algorithm>
@@ -22,10 +24,18 @@ bool hasCapitals(std::string_view text)
     return std::any_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
-// An ideograph of U+4000 to U+9FFF, which has no cases and no other spelling.
-bool beginsWithIdeograph(std::string_view text)
+// Whether the rules' spelling of a text begins outside ASCII for certain: the text begins with a letter or mark there,
+// and with none of the two that are an "i" and a "k" in lower case.
+bool beginsOutsideAscii(std::string_view text)
 {
-    return !text.empty() && text.front() >= '\xE4' && text.front() <= '\xE9';
+    constexpr char32_t dottedCapitalI = 0x130;
+    constexpr char32_t kelvinSign = 0x212A;
+    if (text.empty() || !characters::is(text.front(), characters::nonAscii))
+        return false;
+    const char32_t first = utf8::decode(text, 0).value;
+    const CharacterCategory category = propertiesOf(first).category;
+    return (category == CharacterCategory::letter || category == CharacterCategory::mark) &&
+           first != dottedCapitalI && first != kelvinSign;
 }
 
 // The entries as the tables take them. Names and values lose their capitals before they are looked up, so an
@@ -97,7 +107,7 @@ bool TrackingRules::removesNamed(const QueryItem &item, const LinkHost &host) co
 {
     if (item.plain || findCoded(item.name, 0) == item.name.size())
         return removesKey(item.name, item, host);
-    if (beginsWithIdeograph(item.name) && !names_.mayBeginWith(item.name.front()))
+    if (beginsOutsideAscii(item.name) && !names_.mayBeginOutsideAscii())
         return false;
     return removesKey(ruleSpelling(percentDecoded(item.name).value_or(std::string())), item, host);
 }

@@ -21,6 +21,15 @@ std::size_t findOneOf(std::string_view text, std::size_t begin, unsigned wanted)
     return begin;
 }
 
+unsigned marksOf(std::string_view text, std::size_t begin, unsigned wanted)
+{
+    unsigned marks = 0;
+    const std::string_view bytes = text.substr(begin, 16);
+    for (std::size_t at = 0; at < bytes.size(); ++at)
+        marks |= unsigned{characters::is(bytes[at], wanted)} << at;
+    return marks;
+}
+
 } // namespace
 
 std::size_t findQueryMark(std::string_view text, std::size_t begin)
@@ -49,11 +58,6 @@ std::size_t findLinkDelimiter(std::string_view text, std::size_t begin)
     return findOneOf(text, begin, characters::delimiter);
 }
 
-std::size_t findSeparator(std::string_view text, std::size_t begin)
-{
-    return findOneOf(text, begin, characters::separator);
-}
-
 std::size_t findCoded(std::string_view text, std::size_t begin)
 {
     return findOneOf(text, begin, characters::coded);
@@ -73,14 +77,25 @@ WordMarks wordMarks(std::string_view text, std::size_t begin)
 
 unsigned linkMarks(std::string_view text, std::size_t begin)
 {
-    unsigned marks = 0;
-    const std::string_view bytes = text.substr(begin, 16);
-    for (std::size_t at = 0; at < bytes.size(); ++at)
-        marks |= unsigned{characters::is(bytes[at], characters::mark)} << at;
-    return marks;
+    return marksOf(text, begin, characters::mark);
+}
+
+unsigned separatorMarks(std::string_view text, std::size_t begin)
+{
+    return marksOf(text, begin, characters::separator);
 }
 
 } // namespace portable
+
+namespace {
+
+template<Mark kind>
+unsigned portableMarks(std::string_view text, std::size_t begin)
+{
+    return kind == Mark::link ? portable::linkMarks(text, begin) : portable::separatorMarks(text, begin);
+}
+
+} // namespace
 
 #ifdef __SSE2__
 
@@ -256,12 +271,6 @@ std::size_t findLinkDelimiter(std::string_view text, std::size_t begin)
                                : findFirst<&Bytes::delimiters>(text, begin);
 }
 
-std::size_t findSeparator(std::string_view text, std::size_t begin)
-{
-    return text.size() < lanes ? portable::findSeparator(text, begin)
-                               : findFirst<&Bytes::separators>(text, begin);
-}
-
 std::size_t findCoded(std::string_view text, std::size_t begin)
 {
     return text.size() < lanes ? portable::findCoded(text, begin) : findFirst<&Bytes::coded>(text, begin);
@@ -269,35 +278,47 @@ std::size_t findCoded(std::string_view text, std::size_t begin)
 
 WordMarks wordMarks(std::string_view text, std::size_t begin)
 {
+    if (text.size() < lanes)
+        return portable::wordMarks(text, begin);
     WordMarks marks;
-    while (marks.length < WordMarks::reach) {
-        const std::size_t from = begin + marks.length;
-        if (from + lanes > text.size())
-            return portable::wordMarks(text, begin);
+    std::size_t length = lanes;
+    while (length == lanes && marks.length < WordMarks::reach) {
+        const std::size_t place = begin + marks.length;
+        // The last bytes of the text are looked at together with bytes before them.
+        const std::size_t from = std::min(place, text.size() - lanes);
         const Bytes bytes(text.data() + from);
-        const unsigned others = bytes.others();
-        const unsigned itsBytes = others == 0 ? 0xFFFFU : (others & (0U - others)) - 1;
-        marks.dots |= std::uint64_t{bytes.dots() & itsBytes} << marks.length;
-        marks.hyphens |= std::uint64_t{bytes.hyphens() & itsBytes} << marks.length;
-        marks.length += others == 0 ? lanes : static_cast<std::size_t>(std::countr_zero(others));
-        if (others != 0)
-            break;
+        length = static_cast<std::size_t>(std::countr_zero((bytes.others() | 1U << lanes) >> (place - from)));
+        const std::uint64_t own = (1U << length) - 1;
+        marks.dots |= (bytes.dots() >> (place - from) & own) << marks.length;
+        marks.hyphens |= (bytes.hyphens() >> (place - from) & own) << marks.length;
+        marks.length += length;
     }
     return marks;
 }
 
-void LinkMarks::look()
+namespace {
+
+template<Mark kind>
+unsigned marksOf(const char *bytes)
+{
+    return kind == Mark::link ? Bytes(bytes).linkMarks() : Bytes(bytes).separators();
+}
+
+} // namespace
+
+template<Mark kind>
+void Marks<kind>::look()
 {
     first_ = behind_;
     behind_ += lanes;
     if (behind_ <= text_.size()) {
-        marks_ = Bytes(text_.data() + first_).linkMarks();
+        marks_ = marksOf<kind>(text_.data() + first_);
     } else if (text_.size() < lanes) {
-        marks_ = portable::linkMarks(text_, first_);
+        marks_ = portableMarks<kind>(text_, first_);
     } else {
         // The last bytes of the text are looked at together with bytes before them.
         const std::size_t last = text_.size() - lanes;
-        marks_ = Bytes(text_.data() + last).linkMarks() >> (first_ - last);
+        marks_ = marksOf<kind>(text_.data() + last) >> (first_ - last);
     }
 }
 
@@ -323,11 +344,6 @@ std::size_t findLinkDelimiter(std::string_view text, std::size_t begin)
     return portable::findLinkDelimiter(text, begin);
 }
 
-std::size_t findSeparator(std::string_view text, std::size_t begin)
-{
-    return portable::findSeparator(text, begin);
-}
-
 std::size_t findCoded(std::string_view text, std::size_t begin)
 {
     return portable::findCoded(text, begin);
@@ -338,13 +354,17 @@ WordMarks wordMarks(std::string_view text, std::size_t begin)
     return portable::wordMarks(text, begin);
 }
 
-void LinkMarks::look()
+template<Mark kind>
+void Marks<kind>::look()
 {
     first_ = behind_;
     behind_ += 16;
-    marks_ = portable::linkMarks(text_, first_);
+    marks_ = portableMarks<kind>(text_, first_);
 }
 
 #endif
+
+template class Marks<Mark::link>;
+template class Marks<Mark::separator>;
 
 } // namespace velmora

@@ -22,9 +22,6 @@ std::size_t behindLastBlank(std::string_view text, std::size_t floor, std::size_
 // a backslash, ":", ";", "^", "|", a character outside ASCII.
 std::size_t findLinkDelimiter(std::string_view text, std::size_t begin);
 
-// The first "&" or "=".
-std::size_t findSeparator(std::string_view text, std::size_t begin);
-
 // The first byte that is not to be taken as it stands in a name or value: "%", one that ends every link, a
 // character outside ASCII.
 std::size_t findCoded(std::string_view text, std::size_t begin);
@@ -44,11 +41,20 @@ struct WordMarks {
 // Those from `begin` on.
 WordMarks wordMarks(std::string_view text, std::size_t begin);
 
-// Walks over the bytes of a link's tail that separate its parts, need more thought, or end it, with few others
-// among them: blanks, controls, all punctuation but ! * + , - . / @ _, characters outside ASCII.
-class LinkMarks {
+// What a walk over bytes stops at.
+enum class Mark {
+    // What separates the parts of a link's tail, needs more thought, or ends it, with few others among them: blanks,
+    // controls, all punctuation but ! * + , - . / @ _, characters outside ASCII.
+    link,
+    // "&" and "=".
+    separator,
+};
+
+// Walks over the bytes of one kind, from `begin` on.
+template<Mark kind>
+class Marks {
 public:
-    LinkMarks(std::string_view text, std::size_t begin)
+    Marks(std::string_view text, std::size_t begin)
         : text_(text)
         , behind_(begin)
     {
@@ -76,6 +82,12 @@ private:
     unsigned marks_ = 0;    // A bit for each of them, the first one lowest.
 };
 
+extern template class Marks<Mark::link>;
+extern template class Marks<Mark::separator>;
+
+using LinkMarks = Marks<Mark::link>;
+using SeparatorMarks = Marks<Mark::separator>;
+
 // The same, byte by byte: what the others have to give on every machine.
 namespace portable {
 
@@ -83,10 +95,11 @@ std::size_t findQueryMark(std::string_view text, std::size_t begin);
 std::size_t findBlank(std::string_view text, std::size_t begin);
 std::size_t behindLastBlank(std::string_view text, std::size_t floor, std::size_t end);
 std::size_t findLinkDelimiter(std::string_view text, std::size_t begin);
-std::size_t findSeparator(std::string_view text, std::size_t begin);
 std::size_t findCoded(std::string_view text, std::size_t begin);
 WordMarks wordMarks(std::string_view text, std::size_t begin);
-unsigned linkMarks(std::string_view text, std::size_t begin); // Of sixteen bytes at most.
+// Of sixteen bytes at most.
+unsigned linkMarks(std::string_view text, std::size_t begin);
+unsigned separatorMarks(std::string_view text, std::size_t begin);
 
 } // namespace portable
 

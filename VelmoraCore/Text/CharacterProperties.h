@@ -1,6 +1,9 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace velmora {
 
@@ -46,8 +49,25 @@ struct CharacterProperties {
     bool staysComposed; // In normalisation form C, whatever stands before it.
 };
 
+namespace tables {
+
+// Code points come in pages of 128. For each page its number, and for each code point of a numbered page the number
+// of its record.
+extern const std::span<const std::uint16_t> characterPages;
+extern const std::span<const std::uint8_t> characterNumbers;
+extern const std::span<const CharacterProperties> characterRecords;
+
+} // namespace tables
+
 // Those of an unassigned character for what is no code point.
-const CharacterProperties &propertiesOf(char32_t point);
+inline const CharacterProperties &propertiesOf(char32_t point)
+{
+    constexpr std::size_t pageSize = 128;
+    constexpr char32_t lastCodePoint = 0x10FFFF; // Unassigned, for good.
+    const std::size_t known = std::min(point, lastCodePoint);
+    const std::size_t page = tables::characterPages[known / pageSize];
+    return tables::characterRecords[tables::characterNumbers[page * pageSize + known % pageSize]];
+}
 
 // The simple mapping, locale-free.
 char32_t lowerCase(char32_t point);

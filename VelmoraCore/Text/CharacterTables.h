@@ -7,12 +7,6 @@
 
 namespace velmora::tables {
 
-// Code points come in pages of 128. For each page its number, and for each code point of a numbered page the number
-// of its record.
-extern const std::span<const std::uint16_t> characterPages;
-extern const std::span<const std::uint8_t> characterNumbers;
-extern const std::span<const CharacterProperties> characterRecords;
-
 struct LowerCase {
     char32_t point;
     char32_t lower;

@@ -1,48 +1,24 @@
 #include <VelmoraCore/Text/Utf8.h>
 
+#include <cstdint>
+#include <cstring>
+
 namespace velmora::utf8 {
 
 namespace {
 
-char32_t continuation(std::string_view text, std::size_t at)
-{
-    return byteAt(text, at) & 0x3FU;
-}
+constexpr std::size_t wordSize = sizeof(std::uint64_t);
 
-CodePoint decodeFour(std::string_view text, std::size_t at, char32_t lead)
+bool isAsciiWord(const char *bytes)
 {
-    if (!isContinuation(text, at + 1) || !isContinuation(text, at + 2) || !isContinuation(text, at + 3))
-        return {illFormed, 1};
-    const char32_t value = (lead & 0x07U) << 18 | continuation(text, at + 1) << 12 |
-                           continuation(text, at + 2) << 6 | continuation(text, at + 3);
-    return value < 0x10000 || value > 0x10FFFF ? CodePoint{illFormed, 1} : CodePoint{value, 4};
-}
-
-CodePoint decodeThree(std::string_view text, std::size_t at, char32_t lead)
-{
-    if (!isContinuation(text, at + 1) || !isContinuation(text, at + 2))
-        return {illFormed, 1};
-    const char32_t value =
-        (lead & 0x0FU) << 12 | continuation(text, at + 1) << 6 | continuation(text, at + 2);
-    const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
-    return value < 0x800 || surrogate ? CodePoint{illFormed, 1} : CodePoint{value, 3};
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, wordSize);
+    return (word & 0x8080808080808080U) == 0;
 }
 
 } // namespace
 
-CodePoint decodeLong(std::string_view text, std::size_t at)
-{
-    const char32_t lead = byteAt(text, at);
-    if (lead >= 0xF0)
-        return lead > 0xF4 ? CodePoint{illFormed, 1} : decodeFour(text, at, lead);
-    if (lead >= 0xE0)
-        return decodeThree(text, at, lead);
-    if (lead < 0xC2 || !isContinuation(text, at + 1))
-        return {illFormed, 1};
-    return {(lead & 0x1FU) << 6 | continuation(text, at + 1), 2};
-}
-
-CodePoint decodeBefore(std::string_view text, std::size_t end, std::size_t floor)
+CodePoint decodeLongBefore(std::string_view text, std::size_t end, std::size_t floor)
 {
     std::size_t start = end - 1;
     while (start > floor && end - start < 4 && isContinuation(text, start))
@@ -68,6 +44,11 @@ std::size_t utf16Length(std::string_view text)
 {
     std::size_t units = 0;
     for (std::size_t at = 0; at < text.size();) {
+        if (at + wordSize <= text.size() && isAsciiWord(text.data() + at)) {
+            units += wordSize;
+            at += wordSize;
+            continue;
+        }
         const CodePoint point = decode(text, at);
         units += point.length == 4 ? 2 : 1;
         at += point.length;

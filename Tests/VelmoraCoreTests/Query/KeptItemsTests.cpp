@@ -1,4 +1,5 @@
 #include <VelmoraCore/Query/KeptItems.h>
+#include <VelmoraCore/Query/QueryItemReader.h>
 
 #include <gtest/gtest.h>
 

@@ -11,20 +11,23 @@ namespace {
 
 constexpr std::size_t longest = 90;
 
+template<Mark kind>
 std::vector<std::size_t> placesOfMarks(std::string_view text, std::size_t begin)
 {
     std::vector<std::size_t> places;
-    LinkMarks marks(text, begin);
+    Marks<kind> marks(text, begin);
     for (std::size_t place = marks.next(); place < text.size(); place = marks.next())
         places.push_back(place);
     return places;
 }
 
-std::vector<std::size_t> placesOfMarksByteByByte(std::string_view text, std::size_t begin)
+using MarksOfText = unsigned (*)(std::string_view, std::size_t);
+
+std::vector<std::size_t> placesOfMarksByteByByte(std::string_view text, std::size_t begin, MarksOfText marks)
 {
     std::vector<std::size_t> places;
     for (std::size_t at = begin; at < text.size(); ++at) {
-        if (portable::linkMarks(text.substr(at), 0) & 1U)
+        if (marks(text.substr(at), 0) & 1U)
             places.push_back(at);
     }
     return places;
@@ -36,10 +39,12 @@ void expectAlike(const std::string &text)
         EXPECT_EQ(findQueryMark(text, at), portable::findQueryMark(text, at));
         EXPECT_EQ(findBlank(text, at), portable::findBlank(text, at));
         EXPECT_EQ(findLinkDelimiter(text, at), portable::findLinkDelimiter(text, at));
-        EXPECT_EQ(findSeparator(text, at), portable::findSeparator(text, at));
         EXPECT_EQ(findCoded(text, at), portable::findCoded(text, at));
         EXPECT_EQ(wordMarks(text, at), portable::wordMarks(text, at));
-        EXPECT_EQ(placesOfMarks(text, at), placesOfMarksByteByByte(text, at));
+        EXPECT_EQ(placesOfMarks<Mark::link>(text, at),
+                  placesOfMarksByteByByte(text, at, portable::linkMarks));
+        EXPECT_EQ(placesOfMarks<Mark::separator>(text, at),
+                  placesOfMarksByteByByte(text, at, portable::separatorMarks));
         EXPECT_EQ(behindLastBlank(text, 0, at), portable::behindLastBlank(text, 0, at));
         EXPECT_EQ(behindLastBlank(text, at / 3, at), portable::behindLastBlank(text, at / 3, at));
     }
