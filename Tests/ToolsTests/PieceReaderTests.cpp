@@ -67,19 +67,37 @@ private:
     int writer_ = -1;
 };
 
-TEST_F(PieceReaderTest, GivesWholeWordsAsTheyArrive)
+TEST_F(PieceReaderTest, HoldsALineToItsEnd)
 {
     PieceReader words = reader(PieceReader::Cut::behindWords);
-    feed("one two thr");
-    EXPECT_EQ(next(words), "one two ");
-    feed("ee\tfour");
-    EXPECT_EQ(next(words), "three\t");
-    feed("\0five"s);
-    EXPECT_EQ(next(words), "four\0"s);
+    feed("_see thr");
+    feed("ee_ four\nfive ");
+    EXPECT_EQ(next(words), "_see three_ four\n");
     closeInput();
-    EXPECT_EQ(next(words), "five");
+    EXPECT_EQ(next(words), "five ");
     EXPECT_EQ(next(words), "(end)");
     EXPECT_EQ(next(words), "(end)");
+}
+
+TEST_F(PieceReaderTest, CutsALongLineBehindTheLastWordThatArrived)
+{
+    const std::string part(20000, 'x');
+    PieceReader words = reader(PieceReader::Cut::behindWords, 100000);
+    feed(part + " a\tb\0c"s);
+    EXPECT_EQ(next(words), part + " a\tb\0"s);
+    feed("d " + part);
+    EXPECT_EQ(next(words), "cd ");
+    closeInput();
+    EXPECT_EQ(next(words), part);
+    EXPECT_EQ(next(words), "(end)");
+}
+
+TEST_F(PieceReaderTest, CutsALineBehindWordsThatIsLongerThanAWordMayBe)
+{
+    const std::string part(600, 'x');
+    PieceReader words = reader(PieceReader::Cut::behindWords);
+    feed(part + ' ' + part);
+    EXPECT_EQ(next(words), part + ' ');
 }
 
 TEST_F(PieceReaderTest, CutsWordsBehindTheLastLineThatArrived)
@@ -90,9 +108,8 @@ TEST_F(PieceReaderTest, CutsWordsBehindTheLastLineThatArrived)
     feed("ee\nfour five");
     EXPECT_EQ(next(words), "two three\n");
     feed(" six");
-    EXPECT_EQ(next(words), "four five ");
     closeInput();
-    EXPECT_EQ(next(words), "six");
+    EXPECT_EQ(next(words), "four five six");
     EXPECT_EQ(next(words), "(end)");
 }
 
@@ -111,15 +128,13 @@ TEST_F(PieceReaderTest, GivesWholeLinesAndCountsThem)
     EXPECT_FALSE(lines.next(piece));
 }
 
-TEST_F(PieceReaderTest, WaitsForTheEndOfALongWord)
+TEST_F(PieceReaderTest, WaitsForTheEndOfALine)
 {
     const std::string word(3000, 'x');
     PieceReader words = reader(PieceReader::Cut::behindWords, 10000);
     feed("a " + word);
-    EXPECT_EQ(next(words), "a ");
-    feed(word);
-    std::thread later([this] { feed(" b"); });
-    EXPECT_EQ(next(words), word + word + ' ');
+    std::thread later([&] { feed(word + " b\nc"); });
+    EXPECT_EQ(next(words), "a " + word + word + " b\n");
     later.join();
 }
 

@@ -8,6 +8,10 @@ namespace {
 // Text, its cleaned form and what is between them fit into the second-level cache.
 constexpr std::size_t pieceSize = std::size_t{256} * 1024;
 
+// A line is held to its end, because what stands around a link in it says where the link ends. A longer one is cut
+// behind words.
+constexpr std::size_t longLine = std::size_t{16} * 1024;
+
 } // namespace
 
 bool PieceReader::next(Piece &piece)
@@ -86,14 +90,18 @@ std::size_t PieceReader::behindFirstDelimiter(std::string_view text) const
     return first == text.end() ? 0 : static_cast<std::size_t>(std::distance(text.begin(), first)) + 1;
 }
 
+// Nothing before `from` is a line feed.
 std::size_t PieceReader::behindLastDelimiter(std::string_view text, std::size_t from) const
 {
-    // What stands around a link in its line may say where it ends.
     if (const std::size_t lineFeed = text.rfind('\n'); lineFeed != std::string_view::npos && lineFeed >= from)
         return lineFeed + 1;
-    const std::string_view searched = text.substr(from);
+    const std::size_t wholeLine = std::min(longLine, longest_);
+    if (cut_ == Cut::behindLines || text.size() <= wholeLine)
+        return 0;
+    const std::size_t begin = from <= wholeLine ? 0 : from;
+    const std::string_view searched = text.substr(begin);
     const auto last =
         std::find_if(searched.rbegin(), searched.rend(), [this](char c) { return isDelimiter(c); });
     return last == searched.rend() ? 0
-                                   : from + static_cast<std::size_t>(std::distance(last, searched.rend()));
+                                   : begin + static_cast<std::size_t>(std::distance(last, searched.rend()));
 }

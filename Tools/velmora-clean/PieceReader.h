@@ -25,11 +25,11 @@ struct Piece {
 };
 
 // Cuts a stream into pieces that end as words or lines do. What has arrived is not held back for the sake of
-// larger pieces, but for the end of the last word or line.
+// larger pieces, but for the end of the last line, or of the last word of a long one.
 class PieceReader {
 public:
     enum class Cut {
-        behindWords, // Behind a line feed, or without one behind an ASCII blank or control.
+        behindWords, // Behind a line feed, or in a long line behind an ASCII blank or control.
         behindLines, // Behind a line feed.
     };
 

@@ -225,7 +225,7 @@ private:
         if (part_ == Part::query ? begin == itemBegin_ : within.find(text_[begin - 1]) != nowhere)
             return false;
         safe_ = begin == runBegin_ ? safeBeforeRun_ : begin;
-        constexpr std::string_view glue = ",;|.:!?*~+^$@([{-";
+        constexpr std::string_view glue = ",;|.:!?*~+^$@([{-/";
         while (safe_ > begin_ && glue.find(text_[safe_ - 1]) != nowhere)
             --safe_;
         return true;

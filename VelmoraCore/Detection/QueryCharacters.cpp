@@ -17,6 +17,12 @@ bool isSign(ScriptGroup script, char32_t point)
     return script == ScriptGroup::common && !isOfScriptWithoutBlanks(point);
 }
 
+// Latin letters as wide as ideographs, which stand in prose without blanks.
+bool isOfFullWidth(char32_t point)
+{
+    return (point >= 0xFF21 && point <= 0xFF3A) || (point >= 0xFF41 && point <= 0xFF5A);
+}
+
 LinkCharacter properties(char32_t point)
 {
     using enum CharacterCategory;
@@ -29,7 +35,8 @@ LinkCharacter properties(char32_t point)
     const bool isNumber = character.category == number;
     const bool isLetter = character.category == letter && !isSign(script, point);
     result.endsQuery = !isNumber && !isLetter && character.category != mark;
-    result.endsAscii = result.endsQuery || (!isNumber && isOfScriptWithoutBlanks(point));
+    result.endsAscii =
+        result.endsQuery || (!isNumber && (isOfScriptWithoutBlanks(point) || isOfFullWidth(point)));
     result.mayEndAscii =
         script != ScriptGroup::latin && script != ScriptGroup::inherited && script != ScriptGroup::common;
     return result;

@@ -20,45 +20,6 @@ constexpr std::array<std::string_view, 17> fileEndings = {"am", "cab", "cc", "la
                                                           "ml", "mov", "pm", "ps",  "pub",       "py",
                                                           "rs", "sh",  "so", "zip", "properties"};
 
-// Reads a host label by label.
-class LabelReader {
-public:
-    explicit LabelReader(std::string_view host)
-        : rest_(host)
-    {
-    }
-
-    // False behind the last label.
-    bool next(std::string_view &label)
-    {
-        if (atEnd_)
-            return false;
-        std::size_t end = 0;
-        std::size_t dot = 0;
-        while (end < rest_.size() && dot == 0) {
-            if (rest_[end] == '.') {
-                dot = 1;
-            } else if (characters::is(rest_[end], characters::nonAscii)) {
-                const utf8::CodePoint point = utf8::decode(rest_, end);
-                if (isIdeographicDot(point.value))
-                    dot = point.length;
-                else
-                    end += point.length;
-            } else {
-                ++end;
-            }
-        }
-        label = rest_.substr(0, end);
-        rest_.remove_prefix(end + dot);
-        atEnd_ = dot == 0;
-        return true;
-    }
-
-private:
-    std::string_view rest_;
-    bool atEnd_ = false;
-};
-
 struct Labels {
     std::size_t count = 0;
     std::string_view first;
@@ -74,31 +35,26 @@ void append(Labels &labels, std::string_view label)
     labels.last = label;
 }
 
-// Of a host of ASCII characters; nothing if it has others.
-std::optional<Labels> asciiLabelsOf(std::string_view host)
+// Of an invalid host only that it is one.
+Labels labelsOf(std::string_view host)
 {
     Labels labels;
     std::size_t begin = 0;
-    for (std::size_t at = 0; at < host.size(); ++at) {
-        if (characters::is(host[at], characters::nonAscii))
-            return std::nullopt;
-        if (host[at] == '.') {
-            append(labels, host.substr(begin, at - begin));
-            begin = at + 1;
+    for (std::size_t at = 0; at < host.size() && labels.valid;) {
+        std::size_t length = 1;
+        bool isDot = host[at] == '.';
+        if (characters::is(host[at], characters::nonAscii)) {
+            const utf8::CodePoint point = utf8::decode(host, at);
+            length = point.length;
+            isDot = isIdeographicDot(point.value);
         }
+        if (isDot) {
+            append(labels, host.substr(begin, at - begin));
+            begin = at + length;
+        }
+        at += length;
     }
     append(labels, host.substr(begin));
-    return labels;
-}
-
-Labels labelsOf(std::string_view host)
-{
-    if (const auto labels = asciiLabelsOf(host))
-        return *labels;
-    Labels labels;
-    LabelReader reader(host);
-    for (std::string_view label; labels.valid && reader.next(label);)
-        append(labels, label);
     return labels;
 }
 

@@ -1,5 +1,6 @@
 #include <VelmoraCore/Detection/LinkSurroundings.h>
 #include <VelmoraCore/Query/LinkQuery.h>
+#include <VelmoraCore/Query/QueryItemReader.h>
 #include <VelmoraCore/Text/ByteSearch.h>
 #include <VelmoraCore/Text/CharacterClasses.h>
 
@@ -11,6 +12,14 @@ namespace {
 
 // How much behind a link is looked at for what may become part of it.
 constexpr std::size_t neighbourhoodSize = 1024;
+
+// A value that source text fills in, told apart from others by its place alone.
+bool isFilledByPlace(std::string_view value)
+{
+    constexpr std::string_view conversions = "sdiuvfxq@";
+    return value == "{}" || (value.size() == 2 && value.front() == '%' &&
+                             conversions.find(value.back()) != std::string_view::npos);
+}
 
 bool isWordCharacter(char c)
 {
@@ -38,11 +47,31 @@ QueryCleaner LinkQuery::cleaner() const
 
 bool LinkQuery::decide()
 {
-    if (!query_.isTracked() || breaksQuotedPrintableLine(text_, link_.query, link_.end) || !leaveToText())
+    if (!query_.isTracked() || isFormat() || breaksQuotedPrintableLine(text_, link_.query, link_.end) ||
+        !leaveToText())
         return false;
     const bool isJoinable = hasNeighbours();
     mayMoveEnds_ = isJoinable || holdsLink();
     return !isJoinable || !wouldJoin();
+}
+
+// Whether the link is quoted source text in which a removed value is filled in by its place, as in
+// "?utm_source=%s&id=%d": without it the others would get the wrong values.
+bool LinkQuery::isFormat() const
+{
+    constexpr std::string_view quotes = "\"'`";
+    if (link_.begin == 0 || quotes.find(text_[link_.begin - 1]) == std::string_view::npos)
+        return false;
+    const std::string_view query = text_.substr(link_.query + 1, link_.fragment - link_.query - 1);
+    if (query.find_first_of("%{") == std::string_view::npos)
+        return false;
+    const LinkHost host(text_.substr(link_.hostBegin, link_.hostEnd - link_.hostBegin));
+    QueryItemReader reader(query);
+    for (QueryItem item; reader.next(item);) {
+        if (item.value && isFilledByPlace(*item.value) && rules_.removes(item, host))
+            return true;
+    }
+    return false;
 }
 
 // Shortens the link. False when the link has to stay whole.

@@ -41,6 +41,7 @@ private:
 
     bool endsLink() const { return link_.fragment == link_.end; }
 
+    bool isFormat() const;
     bool leaveToText();
     bool hasNeighbours() const;
     bool holdsLink() const;

@@ -62,6 +62,40 @@ std::size_t beforeOpenBracket(std::string_view value)
     return value.size();
 }
 
+// Where a macro of wiki text closes that the same line opened, not far before the link: "{quote}link{quote}",
+// "{color:red}link{color}". The value's end without one.
+std::size_t beforeClosingMacro(std::string_view text, std::size_t link, std::string_view value)
+{
+    constexpr std::size_t farthest = 256;
+    const std::size_t open = value.ends_with('}') ? value.rfind('{') : std::string_view::npos;
+    if (open == std::string_view::npos || open + 2 >= value.size())
+        return value.size();
+    const std::string_view name = value.substr(open, value.size() - 1 - open);
+    std::string_view before = text.substr(link - std::min(link, farthest), std::min(link, farthest));
+    before.remove_prefix(before.rfind('\n') + 1); // Behind "nowhere" is the beginning.
+    for (std::size_t at = before.find(name); at != std::string_view::npos; at = before.find(name, at + 1)) {
+        const std::string_view behind = before.substr(at + name.size());
+        if (behind.starts_with('}') || behind.starts_with(':'))
+            return open;
+    }
+    return value.size();
+}
+
+// Where line and column begin that a stack trace puts behind the link, as in "at f (link:12:3)".
+std::size_t beforePosition(std::string_view textBefore, std::string_view value)
+{
+    if (!textBefore.ends_with('(') && !textBefore.ends_with('@') && !textBefore.ends_with("at "))
+        return value.size();
+    std::size_t position = value.size();
+    for (std::size_t end = value.size(); end > 0;) {
+        const std::size_t colon = value.find_last_not_of("0123456789", end - 1);
+        if (colon == std::string_view::npos || colon + 1 == end || value[colon] != ':')
+            break;
+        position = end = colon;
+    }
+    return position;
+}
+
 // What closes an escaped quote or parenthesis that stands directly before the link, as in "%22link%22"; empty without
 // one. Behind the letter of another escape, as in "%3C", no link begins.
 std::string_view closingEscape(std::string_view textBefore)
@@ -124,14 +158,17 @@ std::size_t certainValueEnd(std::string_view text, TextExtent extent, std::size_
         length = std::min(length, all.find(closing));
     if (before == '_' && (end == text.size() || text[end] != '_'))
         length = std::min(length, beforeLastMark(all));
+    length =
+        std::min({length, beforeClosingMacro(text, link, all), beforePosition(text.substr(0, link), all)});
     const bool isCut = length < all.size();
     if (isCut) // As in "file.{c,h}".
         length = beforeOpenBracket(all.substr(0, length));
     const bool closesTag = !isCut && end < text.size() && text[end] == '>' && before != '<';
     const bool closesMark = all.ends_with('_') && isMarkOpen(text, link, '_');
     const std::string_view signs = closesTag ? "*~^$@%-=/" : closesMark ? "_*~^$@%" : "*~^$@%";
-    while (length > 0 &&
-           (isOneOf(all[length - 1], signs) || (isCut && characters::is(all[length - 1], characters::soft))))
+    const char pair = before == '/' || before == '-' ? before : signs.front(); // As in "/link/".
+    while (length > 0 && (isOneOf(all[length - 1], signs) || all[length - 1] == pair ||
+                          (isCut && characters::is(all[length - 1], characters::soft))))
         --length;
     return value + length;
 }
