@@ -225,7 +225,9 @@ private:
         if (part_ == Part::query ? begin == itemBegin_ : within.find(text_[begin - 1]) != nowhere)
             return false;
         safe_ = begin == runBegin_ ? safeBeforeRun_ : begin;
-        constexpr std::string_view glue = ",;|.:!?*~+^$@([{-/";
+        if (part_ == Part::query && safe_ > itemBegin_ && text_[safe_ - 1] == '/')
+            --safe_; // As in "link/link".
+        constexpr std::string_view glue = ",;|.:!?*~+^$@([{-";
         while (safe_ > begin_ && glue.find(text_[safe_ - 1]) != nowhere)
             --safe_;
         return true;

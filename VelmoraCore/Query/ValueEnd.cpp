@@ -190,8 +190,14 @@ bool isConcatenated(std::string_view text, std::size_t end)
 bool breaksQuotedPrintableLine(std::string_view text, std::size_t query, std::size_t end)
 {
     const bool isLineEnd = end == text.size() || text[end] == '\n' || text[end] == '\r';
-    return isLineEnd && text[end - 1] == '=' &&
-           text.substr(query, end - query).find("=3D") != std::string_view::npos;
+    if (!isLineEnd || text[end - 1] != '=')
+        return false;
+    // Searched by its second byte: a value may be full of "=".
+    const std::string_view written = text.substr(0, end);
+    std::size_t escape = written.find("3D", query + 1);
+    while (escape != std::string_view::npos && written[escape - 1] != '=')
+        escape = written.find("3D", escape + 1);
+    return escape != std::string_view::npos;
 }
 
 } // namespace velmora
