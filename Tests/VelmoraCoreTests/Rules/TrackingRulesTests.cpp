@@ -8,9 +8,9 @@
 namespace velmora {
 namespace {
 
-TrackingRules rulesFor(LinkCleanerConfiguration::Strings names)
+TrackingRules rulesFor(const LinkCleanerConfiguration::Strings &names)
 {
-    return TrackingRules(LinkCleanerConfiguration({}, std::move(names), {"pre", "k"}, {}));
+    return TrackingRules(LinkCleanerConfiguration({}, names, {"pre", "k"}, {}));
 }
 
 // Names in ASCII alone let the rules tell by its first character that a name is none of them.
