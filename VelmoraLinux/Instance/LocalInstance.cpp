@@ -62,18 +62,32 @@ void LocalInstance::listen()
     server->setSocketOptions(QLocalServer::UserAccessOption);
     connect(server, &QLocalServer::newConnection, this, [this, server] {
         QLocalSocket *caller = server->nextPendingConnection();
-        caller->setReadBufferSize(maximumMessageBytes);
-        if (server->findChildren<QLocalSocket *>().size() > mostCallers) {
-            caller->abort();
-            caller->deleteLater();
-            return;
-        }
-        connect(caller, &QLocalSocket::disconnected, this, [this, caller] {
-            caller->deleteLater();
-            receive(caller->read(maximumMessageBytes));
-        });
+        if (server->findChildren<QLocalSocket *>().size() > mostCallers)
+            turnAway(caller);
+        else
+            hear(caller);
     });
     server->listen(socketPath_);
+}
+
+void LocalInstance::hear(QLocalSocket *caller)
+{
+    // Left unread, a long message would hide from us that its sender has gone, and keep its place for good.
+    connect(caller, &QLocalSocket::readyRead, this, [this, caller] {
+        if (caller->bytesAvailable() > maximumMessageBytes)
+            turnAway(caller);
+    });
+    connect(caller, &QLocalSocket::disconnected, this, [this, caller] {
+        caller->deleteLater();
+        receive(caller->readAll());
+    });
+}
+
+void LocalInstance::turnAway(QLocalSocket *caller)
+{
+    caller->disconnect(this);
+    caller->abort();
+    caller->deleteLater();
 }
 
 void LocalInstance::receive(const QByteArray &message)

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-class QLocalServer;
+class QLocalSocket;
 
 // A lock file that the kernel releases with its process, and a local socket over which a second start reaches
 // the first. Both are in $XDG_RUNTIME_DIR, accessible to the user alone.
@@ -28,6 +28,8 @@ public:
 private:
     [[nodiscard]] bool takeLock();
     void listen();
+    void hear(QLocalSocket *caller);
+    void turnAway(QLocalSocket *caller);
     void receive(const QByteArray &message);
     [[nodiscard]] bool callFirst(const QByteArray &message) const;
 

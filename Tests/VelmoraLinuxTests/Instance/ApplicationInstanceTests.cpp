@@ -4,6 +4,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
+#include <QLocalSocket>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -12,8 +13,10 @@
 #include <Runner/RegisteredTest.h>
 #include <TestBed/SessionBus.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -47,6 +50,14 @@ class ApplicationInstanceTests : public QObject {
         QCOMPARE(first_->claim(), Role::first);
         first_->setReopenHandler([this] { ++reopened_; });
         first_->setActionHandler([this](Action action) { actions_.append(action); });
+    }
+
+    [[nodiscard]] std::unique_ptr<QLocalSocket> connectToFirst() const
+    {
+        auto caller = std::make_unique<QLocalSocket>();
+        caller->connectToServer(runtimeFolder_.filePath(u"app.example.Test-program.socket"_s));
+        (void)caller->waitForConnected();
+        return caller;
     }
 
     // As another process would: our event loop goes on in the meantime.
@@ -272,6 +283,48 @@ private Q_SLOTS:
             QVERIFY2(QFile::exists(path), qPrintable(path));
             QCOMPARE(QFile::permissions(path) & others, QFile::Permissions());
         }
+    }
+
+    void ofCallersThatStayOnlySomeAreHeard()
+    {
+        makeFirst(QDBusConnection(u"no such connection"_s));
+        std::vector<std::unique_ptr<QLocalSocket>> callers(30);
+        std::generate(callers.begin(), callers.end(), [this] { return connectToFirst(); });
+        const auto staying = [&callers] {
+            return std::count_if(callers.begin(), callers.end(), [](const auto &caller) {
+                return caller->state() == QLocalSocket::ConnectedState;
+            });
+        };
+        QTRY_COMPARE(staying(), 16);
+        callers.clear();
+        QTRY_COMPARE(reopened_, 16);
+    }
+
+    void whoSaysTooMuchIsTurnedAwayAndLeavesRoomForOthers_data()
+    {
+        QTest::addColumn<int>("length");
+        QTest::newRow("and leaves") << 5000;
+        QTest::newRow("and goes on") << (4 << 20);
+    }
+
+    void whoSaysTooMuchIsTurnedAwayAndLeavesRoomForOthers()
+    {
+        QFETCH(int, length);
+        makeFirst(QDBusConnection(u"no such connection"_s));
+        for (int caller = 0; caller < 20; ++caller) {
+            const auto talker = connectToFirst();
+            talker->write("settings\n" + QByteArray(length, 'x'));
+            talker->disconnectFromServer(); // Once everything is written.
+            QTRY_COMPARE(talker->state(), QLocalSocket::UnconnectedState);
+        }
+        const Role role = claimElsewhere([] {
+            LocalInstance second(u"app.example.Test-program"_s);
+            return second.claim(Action::popover, QByteArray(4000, 'x'));
+        });
+        QCOMPARE(role, Role::second);
+        QTRY_COMPARE(actions_, QList{Action::popover});
+        QCOMPARE(token_.take(), QByteArray(4000, 'x'));
+        QCOMPARE(reopened_, 0);
     }
 
     void whatACrashLeftBehindIsNoInstance()
