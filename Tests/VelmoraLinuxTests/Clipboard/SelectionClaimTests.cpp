@@ -27,7 +27,7 @@ using Outcome = std::optional<bool>;
 
 constexpr std::chrono::milliseconds day = 24h;
 
-// A connection that only sends.
+// A program that says to the server, and to us, what it likes.
 class Forger {
 public:
     explicit Forger(const QByteArray &display)
@@ -61,6 +61,54 @@ public:
         std::memcpy(bytes.data(), &event, std::min(sizeof event, bytes.size()));
         xcb_send_event(x_.get(), 0, window, XCB_EVENT_MASK_NO_EVENT, bytes.data());
         (void)owner(); // Returns when the server has passed it on.
+    }
+
+    // Until the second call the server serves nobody else.
+    void holdServer() const
+    {
+        xcb_grab_server(x_.get());
+        (void)owner();
+    }
+
+    void releaseServer() const
+    {
+        xcb_ungrab_server(x_.get());
+        (void)owner();
+    }
+
+    // From now on this program hears of changes of the window's properties, too.
+    void watchProperties(xcb_window_t window) const
+    {
+        const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(x_.get(), window, XCB_CW_EVENT_MASK, &events);
+        (void)owner();
+    }
+
+    void waitForProperty() const
+    {
+        while (const XcbReply<xcb_generic_event_t> event{xcb_wait_for_event(x_.get())})
+            if (event->response_type == XCB_PROPERTY_NOTIFY)
+                return;
+    }
+
+    // Asks for the clipboard as if it were that time.
+    void ask(xcb_timestamp_t time) const
+    {
+        const xcb_window_t window = xcb_generate_id(x_.get());
+        xcb_create_window(x_.get(), XCB_COPY_FROM_PARENT, window,
+                          xcb_setup_roots_iterator(xcb_get_setup(x_.get())).data->root, -1, -1, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+        xcb_convert_selection(x_.get(), window, atom("CLIPBOARD"), atom("UTF8_STRING"), atom("ANSWER"), time);
+        xcb_flush(x_.get());
+    }
+
+    // Whether it gets what it has asked for; nothing while there is no answer.
+    [[nodiscard]] std::optional<bool> answer() const
+    {
+        const XcbReply<xcb_generic_event_t> event(xcb_poll_for_event(x_.get()));
+        if (!event || (event->response_type & 0x7fU) != XCB_SELECTION_NOTIFY)
+            return std::nullopt;
+        return reinterpret_cast<const xcb_selection_notify_event_t &>(*event).property != XCB_NONE;
     }
 
 private:
@@ -104,6 +152,13 @@ class SelectionClaimTests : public QObject {
         write(text, outcome);
         (void)QTest::qWaitFor([&outcome] { return outcome.has_value(); }, 20000);
         return outcome;
+    }
+
+    // The server serves everybody who waits before it serves the same program again.
+    static void passRounds(const Forger &forger)
+    {
+        for (int round = 0; round < 3; ++round)
+            (void)forger.owner();
     }
 
     void passTurns() const
@@ -170,6 +225,19 @@ private Q_SLOTS:
         QCOMPARE(paste(server_->environment()), std::optional<QByteArray>("cleaned again"));
     }
 
+    void whoAsksBehindTheEndOfTheServersTimeIsAnswered()
+    {
+        timespec now = {};
+        QCOMPARE(clock_gettime(CLOCK_MONOTONIC, &now), 0);
+        shiftClock(std::chrono::milliseconds(std::int64_t(1) << 32U) - now.tv_sec * 1000ms - 30s);
+        QCOMPARE(outcomeOf("kept"), Outcome(true));
+        const Forger later(server_->display());
+        later.ask(5);
+        std::optional<bool> answer;
+        (void)QTest::qWaitFor([&] { return (answer = later.answer()).has_value(); });
+        QCOMPARE(answer, std::optional(true));
+    }
+
     // Who owns the clipboard for weeks answers all the same.
     void aTextIsServedAfterAnyTime()
     {
@@ -184,28 +252,27 @@ private Q_SLOTS:
     {
         QVERIFY(other_->copy("first"));
         QTRY_COMPARE(pasteboard_->changeCount(), 1);
-        // Unheard: our event loop does not run meanwhile. xclip goes to the background when it has the clipboard.
-        QProcess second;
-        second.setProcessEnvironment(server_->environment());
-        second.setStandardOutputFile(QProcess::nullDevice());
-        second.setStandardErrorFile(QProcess::nullDevice());
-        second.start(u"xclip"_s, {u"-selection"_s, u"clipboard"_s, u"-i"_s});
-        QVERIFY(second.waitForStarted());
-        second.write("second");
-        second.closeWriteChannel();
-        QVERIFY(second.waitForFinished());
-        QByteArray pasted;
-        while (pasted != "second") {
-            second.setStandardOutputFile(QString());
-            second.start(u"xclip"_s, {u"-selection"_s, u"clipboard"_s, u"-o"_s});
-            QVERIFY(second.waitForFinished());
-            pasted = second.readAllStandardOutput();
-        }
+        QVERIFY(copyUnheard(server_->environment(), "second"));
         Outcome outcome;
         write("first, cleaned", outcome);
         QTRY_VERIFY(outcome.has_value());
         QCOMPARE(outcome, Outcome(false));
         QCOMPARE(paste(server_->environment()), std::optional<QByteArray>("second"));
+    }
+
+    // It was made when the server had told us the time and had not yet seen our claim.
+    void aCopyBetweenTheQuestionAndTheClaimStays()
+    {
+        QVERIFY(other_->copy("first"));
+        QTRY_COMPARE(pasteboard_->changeCount(), 1);
+        Outcome outcome;
+        write("first, cleaned", outcome);
+        passRounds(Forger(server_->display())); // The server has answered by now.
+        QVERIFY(copyUnheard(server_->environment(), "second"));
+        QTRY_VERIFY(outcome.has_value());
+        QCOMPARE(outcome, Outcome(false));
+        QCOMPARE(paste(server_->environment()), std::optional<QByteArray>("second"));
+        QCOMPARE(pasteboard_->changeCount(), 3);
     }
 
     void aReplacedWriteIsNotOurs()
@@ -231,6 +298,33 @@ private Q_SLOTS:
         QCOMPARE(outcome, Outcome(true));
         QCOMPARE(paste(server_->environment()), std::optional<QByteArray>("cleaned"));
         QCOMPARE(pasteboard_->changeCount(), 2);
+    }
+
+    // What follows from an outcome takes its time: a history is written, a notice drawn.
+    void whoPastesAtOnceIsAnsweredBeforeTheOutcome()
+    {
+        QCOMPARE(outcomeOf("cleaned before"), Outcome(true));
+        const Forger paster(server_->display());
+        paster.watchProperties(paster.owner());
+        bool isTold = false;
+        std::optional<bool> answer;
+        pasteboard_->clear();
+        pasteboard_->setString("cleaned", [&](bool) {
+            (void)paster.owner(); // What the server has for it has arrived.
+            answer = paster.answer();
+            isTold = true;
+        });
+        paster.waitForProperty(); // The server tells us the time.
+        passRounds(paster);
+        paster.holdServer();
+        passTurns(); // We claim the clipboard, unheard.
+        QVERIFY(!isTold);
+        paster.releaseServer();
+        passRounds(paster); // The server gives it to us and says so; our event loop does not run.
+        paster.ask(XCB_CURRENT_TIME);
+        passRounds(paster); // Its request follows the server's word.
+        QTRY_VERIFY(isTold);
+        QCOMPARE(answer, std::optional(true));
     }
 
     void theEndOfTheServerIsAnOutcome()

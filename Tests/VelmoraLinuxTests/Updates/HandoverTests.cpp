@@ -9,6 +9,8 @@
 
 #include <Fakes/VirtualTime.h>
 #include <Runner/RegisteredTest.h>
+#include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -151,33 +153,30 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, report);
         QFETCH(bool, stands);
-        const QString root = folder_->filePath(u"velmora"_s);
-        const QString hidden = folder_->filePath(u".velmora.update"_s);
         const QString marker = folder_->filePath(u"started"_s);
-        installProgram(root, "2", "#!/bin/sh\n");
-        QCOMPARE(mkdir(QFile::encodeName(hidden).constData(), 0700), 0);
         const QByteArray old =
             "#!/bin/sh\necho $VELMORA_UPDATE_FAILED >'" + QFile::encodeName(marker) + "'\n";
-        installProgram(hidden + u"/other"_s, "1", old);
-        const QString launcher = root + u"/bin/velmora"_s;
-        const Replacement replacement(
-            {.kind = Installation::Kind::folder, .target = root, .launcher = launcher, .manager = {}});
-
+        const Replacement replacement = exchangedWith(old);
         std::array<int, 2> ends{};
         QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        std::array<int, 2> belongings{}; // Open in the old process, and not in the watch.
+        QCOMPARE(pipe2(belongings.data(), O_CLOEXEC | O_NONBLOCK), 0);
         const pid_t oldProcess = fork();
         if (oldProcess == 0) {
             close(ends[1]);
             const bool isWatched = HandoverWatch::start(ends[0], getppid(), replacement.preparedExchange(),
-                                                        QFile::encodeName(launcher));
+                                                        QFile::encodeName(launcher()));
             _exit(isWatched ? 0 : 1);
         }
         close(ends[0]);
+        close(belongings[1]);
         waitForTheEndOf(oldProcess, ends[1]);
+        char byte = 0;
+        QCOMPARE(read(belongings[0], &byte, 1), ssize_t{0});
+        close(belongings[0]);
         QVERIFY(!QFile::exists(marker));
         QCOMPARE(write(ends[1], report.constData(), size_t(report.size())), ssize_t(report.size()));
         if (stands) {
-            char byte = 0;
             while (send(ends[1], &byte, 1, MSG_NOSIGNAL) == 1) // Until the watch has ended.
                 QTest::qWait(10);
         }
@@ -185,20 +184,14 @@ private Q_SLOTS:
         if (!stands)
             QTRY_COMPARE_WITH_TIMEOUT(readFile(marker), "1\n", patience);
         QCOMPARE(QFile::exists(marker), !stands);
-        QCOMPARE(readFile(launcher), stands ? QByteArray("#!/bin/sh\n") : old);
+        QCOMPARE(readFile(launcher()), stands ? QByteArray("#!/bin/sh\n") : old);
     }
 
     void aVersionThatHangsIsEndedAndReplacedByTheOldOne()
     {
-        const QString root = folder_->filePath(u"velmora"_s);
-        const QString hidden = folder_->filePath(u".velmora.update"_s);
         const QString marker = folder_->filePath(u"started"_s);
-        installProgram(root, "2", "#!/bin/sh\n");
-        QCOMPARE(mkdir(QFile::encodeName(hidden).constData(), 0700), 0);
-        installProgram(hidden + u"/other"_s, "1", "#!/bin/sh\ntouch '" + QFile::encodeName(marker) + "'\n");
-        const QString launcher = root + u"/bin/velmora"_s;
-        const Replacement replacement(
-            {.kind = Installation::Kind::folder, .target = root, .launcher = launcher, .manager = {}});
+        const Replacement replacement =
+            exchangedWith("#!/bin/sh\ntouch '" + QFile::encodeName(marker) + "'\n");
         std::array<int, 2> ends{};
         QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
         const pid_t hanging = fork();
@@ -211,7 +204,7 @@ private Q_SLOTS:
         if (oldProcess == 0) {
             close(ends[1]);
             (void)HandoverWatch::start(ends[0], hanging, replacement.preparedExchange(),
-                                       QFile::encodeName(launcher), 200ms);
+                                       QFile::encodeName(launcher()), 200ms);
             _exit(0);
         }
         close(ends[0]);
@@ -221,6 +214,47 @@ private Q_SLOTS:
         QVERIFY(WIFSIGNALED(status));
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(marker), patience);
         close(ends[1]);
+    }
+
+    void theWatchEndsByASignal_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::newRow("the session ends") << SIGTERM;
+        QTest::newRow("somebody interrupts it") << SIGINT;
+        QTest::newRow("the terminal is gone") << SIGHUP;
+        QTest::newRow("a pipe is gone") << SIGPIPE; // So that the old version starts without ignoring it.
+    }
+
+    // The old process treats signals in its own ways, and the watch begins as its copy.
+    void theWatchEndsByASignal()
+    {
+        QFETCH(int, number);
+        const Replacement replacement = exchangedWith("#!/bin/sh\n");
+        std::array<int, 2> ends{};
+        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        const QList<QByteArray> before = children();
+        QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); // Orphans are ours from now on.
+        const pid_t oldProcess = fork();
+        if (oldProcess == 0) {
+            close(ends[1]);
+            std::signal(number, SIG_IGN);
+            const bool isWatched = HandoverWatch::start(ends[0], getppid(), replacement.preparedExchange(),
+                                                        QFile::encodeName(launcher()));
+            _exit(isWatched ? 0 : 1);
+        }
+        close(ends[0]);
+        waitForTheEndOf(oldProcess, ends[1]);
+        QList<QByteArray> orphans = children();
+        orphans.removeIf([&before](const QByteArray &child) { return before.contains(child); });
+        QCOMPARE(orphans.size(), 1);
+        const pid_t watch = orphans.first().toInt();
+        QCOMPARE(kill(watch, number), 0);
+        close(ends[1]); // Whatever the signal did, the watch ends now.
+        int status = 0;
+        QCOMPARE(waitpid(watch, &status, 0), watch);
+        QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 0), 0);
+        QVERIFY(WIFSIGNALED(status));
+        QCOMPARE(WTERMSIG(status), number);
     }
 
     void aStartWithoutHandoverIsRecognised_data()
@@ -242,6 +276,26 @@ private Q_SLOTS:
     }
 
 private:
+    [[nodiscard]] QString launcher() const { return folder_->filePath(u"velmora/bin/velmora"_s); }
+
+    // A new version where the old one was, and the old one, `oldProgram`, beside it.
+    [[nodiscard]] Replacement exchangedWith(const QByteArray &oldProgram) const
+    {
+        const QString root = folder_->filePath(u"velmora"_s);
+        const QString hidden = folder_->filePath(u".velmora.update"_s);
+        installProgram(root, "2", "#!/bin/sh\n");
+        mkdir(QFile::encodeName(hidden).constData(), 0700);
+        installProgram(hidden + u"/other"_s, "1", oldProgram);
+        return Replacement(
+            {.kind = Installation::Kind::folder, .target = root, .launcher = launcher(), .manager = {}});
+    }
+
+    // Process numbers, those included whose exit status nobody has collected.
+    static QList<QByteArray> children()
+    {
+        return readFile(u"/proc/self/task/%1/children"_s.arg(getpid())).split(' ');
+    }
+
     // The watch closes its half of the connection when the old process has ended.
     static void waitForTheEndOf(pid_t oldProcess, int connection)
     {
