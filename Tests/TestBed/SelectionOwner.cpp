@@ -22,6 +22,7 @@
 //   filled           instead of bytes: N times the letter x
 //   silent           never answers
 //   wrong-type, wrong-format, unwritten, garbage-targets    answers that make no sense
+//   empty-targets    a list without a target
 //   dies             ends when it is asked for the text
 //   pieces-die, pieces-stall, pieces-endless                after the first piece
 //   pieces-lie       announces 100 MiB
@@ -230,7 +231,7 @@ bool SelectionOwner::convert(const xcb_selection_request_event_t &request)
         if (mode_ == "garbage-targets")
             write(request, XCB_ATOM_STRING, 8, "\xff\x01garbage");
         else if (mode_ != "old")
-            write(request, XCB_ATOM_ATOM, 32, bytes);
+            write(request, XCB_ATOM_ATOM, 32, mode_ == "empty-targets" ? std::string_view() : bytes);
         return mode_ != "old";
     }
     if (request.target == atom("x-kde-passwordManagerHint") && mode_ != "mark-unreadable") {

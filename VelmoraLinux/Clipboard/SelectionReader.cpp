@@ -15,7 +15,8 @@ constexpr std::uint32_t wordsAtOnce = 64 * 1024;
 std::vector<xcb_atom_t> atomsIn(std::string_view bytes)
 {
     std::vector<xcb_atom_t> atoms(bytes.size() / sizeof(xcb_atom_t));
-    std::memcpy(atoms.data(), bytes.data(), atoms.size() * sizeof(xcb_atom_t));
+    if (!atoms.empty())
+        std::memcpy(atoms.data(), bytes.data(), atoms.size() * sizeof(xcb_atom_t));
     return atoms;
 }
 

@@ -229,7 +229,8 @@ void SelectionServer::answerMultiple(const xcb_selection_request_event_t &reques
         return notify(request, XCB_NONE);
     sentAtOnce_ = 0;
     std::vector<std::uint32_t> pairs(list->value_len);
-    std::memcpy(pairs.data(), xcb_get_property_value(list), pairs.size() * sizeof(std::uint32_t));
+    if (!pairs.empty())
+        std::memcpy(pairs.data(), xcb_get_property_value(list), pairs.size() * sizeof(std::uint32_t));
     for (std::size_t i = 0; i < pairs.size(); i += 2) {
         const bool isAnswerable = pairs[i] != request.target && pairs[i + 1] != XCB_NONE;
         if (!isAnswerable || !convert(request.requestor, pairs[i], pairs[i + 1]))

@@ -324,6 +324,16 @@ private Q_SLOTS:
         QCOMPARE(other.answer(), std::optional(xcb_atom_t(XCB_NONE)));
     }
 
+    void anEmptyListOfFormsIsAnswered()
+    {
+        offer("text");
+        Requestor other(server_->display());
+        other.setWords("ANSWER", {});
+        other.ask("MULTIPLE");
+        QCOMPARE(other.answer(), std::optional(other.atom("ANSWER")));
+        QCOMPARE(other.take("ANSWER"), std::optional<std::string>(""));
+    }
+
     void aRequestForAnEarlierOwnerIsRefused()
     {
         offer("first");

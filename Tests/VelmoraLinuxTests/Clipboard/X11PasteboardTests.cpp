@@ -185,7 +185,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("mode");
         for (const char *mode :
              {"image", "secret", "mark-empty", "mark-unreadable", "wrong-type", "wrong-format", "unwritten",
-              "garbage-targets", "dies", "pieces-die", "pieces-lie"})
+              "garbage-targets", "empty-targets", "dies", "pieces-die", "pieces-lie"})
             QTest::newRow(mode) << QByteArray(mode);
     }
 
