@@ -1,10 +1,16 @@
 #include "XServer.h"
 
+#include <sys/prctl.h>
+
+#include <csignal>
+
 using namespace Qt::StringLiterals;
 
 XServer::XServer(const QStringList &environment)
 {
     process_.setEnvironment(QProcess::systemEnvironment() + environment);
+    // A test that crashes takes its server with it.
+    process_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
     // It chooses a free display number itself and prints it once it is ready. Without -noreset it would start
     // over when its last client leaves, and the next one would find it away.
     process_.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x800x24"_s,
