@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -86,6 +87,8 @@ private Q_SLOTS:
             QCOMPARE(chown(QFile::encodeName(folder()).constData(), nobody, nobody), 0);
         }
         const OrdinaryUser user;
+        const auto writable = // Or it could not be removed.
+            qScopeGuard([this] { chmod(QFile::encodeName(folder()).constData(), 0700); });
         SqliteDefaultsStore store(folder());
         store.setInteger(u"number", 7);
         QCOMPARE(store.integer(u"number"), std::optional<qint64>(7));
