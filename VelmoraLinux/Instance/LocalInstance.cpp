@@ -61,23 +61,23 @@ void LocalInstance::listen()
     auto *server = new QLocalServer(this);
     server->setSocketOptions(QLocalServer::UserAccessOption);
     connect(server, &QLocalServer::newConnection, this, [this, server] {
-        QLocalSocket *caller = server->nextPendingConnection();
-        if (server->findChildren<QLocalSocket *>().size() > mostCallers)
-            turnAway(caller);
-        else
-            hear(caller);
+        hear(server->nextPendingConnection());
+        if (callers_.size() > mostCallers)
+            turnAway(callers_.first());
     });
     server->listen(socketPath_);
 }
 
 void LocalInstance::hear(QLocalSocket *caller)
 {
+    callers_.append(caller);
     // Left unread, a long message would hide from us that its sender has gone, and keep its place for good.
     connect(caller, &QLocalSocket::readyRead, this, [this, caller] {
         if (caller->bytesAvailable() > maximumMessageBytes)
             turnAway(caller);
     });
     connect(caller, &QLocalSocket::disconnected, this, [this, caller] {
+        callers_.removeOne(caller);
         caller->deleteLater();
         receive(caller->readAll());
     });
@@ -85,6 +85,7 @@ void LocalInstance::hear(QLocalSocket *caller)
 
 void LocalInstance::turnAway(QLocalSocket *caller)
 {
+    callers_.removeOne(caller);
     caller->disconnect(this);
     caller->abort();
     caller->deleteLater();

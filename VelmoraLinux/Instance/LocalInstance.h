@@ -2,6 +2,7 @@
 
 #include <VelmoraPlatform/ApplicationInstance.h>
 
+#include <QList>
 #include <QObject>
 #include <QString>
 
@@ -36,4 +37,5 @@ private:
     QString lockPath_;
     QString socketPath_;
     int lock_ = -1;
+    QList<QLocalSocket *> callers_; // The one that has stayed longest first.
 };

@@ -300,6 +300,19 @@ private Q_SLOTS:
         QTRY_COMPARE(reopened_, 16);
     }
 
+    void whoStaysAndSaysNothingKeepsNobodyOut()
+    {
+        makeFirst(QDBusConnection(u"no such connection"_s));
+        std::vector<std::unique_ptr<QLocalSocket>> silent(20);
+        std::generate(silent.begin(), silent.end(), [this] { return connectToFirst(); });
+        const Role role = claimElsewhere([] {
+            LocalInstance second(u"app.example.Test-program"_s);
+            return second.claim(Action::popover, {});
+        });
+        QCOMPARE(role, Role::second);
+        QTRY_COMPARE(actions_, QList{Action::popover});
+    }
+
     void whoSaysTooMuchIsTurnedAwayAndLeavesRoomForOthers_data()
     {
         QTest::addColumn<int>("length");
