@@ -103,7 +103,9 @@ LinkScanner::Run LinkScanner::hostRunFrom(std::size_t begin) const
     while (run.end < text_.size()) {
         const char c = text_[run.end];
         if (characters::is(c, characters::host)) {
-            ++run.end;
+            do
+                ++run.end;
+            while (run.end < text_.size() && characters::is(text_[run.end], characters::host));
         } else if (c == '.') {
             if (behindFullStop != 0)
                 run.begin = behindFullStop;

@@ -239,7 +239,10 @@ private:
             goesOn_ = true; // The shell of Windows escapes so.
             return false;
         }
-        const WrittenCharacter written = characterReference(text_, at_);
+        const bool mayBeReference =
+            at_ + 1 < text_.size() && (text_[at_ + 1] == '#' || isWordCharacter(text_[at_ + 1]));
+        const WrittenCharacter written =
+            mayBeReference ? characterReference(text_, at_) : WrittenCharacter{0, 0};
         if (written.value == 0 || (written.value == unknownCharacter && isLast(written.length))) {
             if (isCommandSeparator())
                 return false;
