@@ -98,36 +98,38 @@ bool LinkScanner::linkAt(const Run &run, FoundLink &link)
 LinkScanner::Run LinkScanner::hostRunFrom(std::size_t begin) const
 {
     Run run{begin, begin, false};
+    std::size_t end = begin;
     bool asciiDot = false;
     std::size_t behindFullStop = 0;
-    while (run.end < text_.size()) {
-        const char c = text_[run.end];
+    while (end < text_.size()) {
+        const char c = text_[end];
         if (characters::is(c, characters::host)) {
             do
-                ++run.end;
-            while (run.end < text_.size() && characters::is(text_[run.end], characters::host));
+                ++end;
+            while (end < text_.size() && characters::is(text_[end], characters::host));
         } else if (c == '.') {
             if (behindFullStop != 0)
                 run.begin = behindFullStop;
             behindFullStop = 0;
             asciiDot = true;
             run.hasDot = true;
-            ++run.end;
+            ++end;
         } else if (characters::is(c, characters::nonAscii)) {
-            const utf8::CodePoint point = utf8::decode(text_, run.end);
+            const utf8::CodePoint point = utf8::decode(text_, end);
             if (isIdeographicDot(point.value)) {
                 if (asciiDot)
                     break;
                 run.hasDot = true;
-                behindFullStop = run.end + point.length;
+                behindFullStop = end + point.length;
             } else if (!isHostCodePoint(point.value)) {
                 break;
             }
-            run.end += point.length;
+            end += point.length;
         } else {
             break;
         }
     }
+    run.end = end;
     return run;
 }
 
