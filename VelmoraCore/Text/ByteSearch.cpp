@@ -276,22 +276,33 @@ std::size_t findCoded(std::string_view text, std::size_t begin)
     return text.size() < lanes ? portable::findCoded(text, begin) : findFirst<&Bytes::coded>(text, begin);
 }
 
+namespace {
+
+// Adds the bytes of a word behind the first `skipped` ones. False where it ends.
+bool addTo(WordMarks &marks, const Bytes &bytes, std::size_t skipped)
+{
+    const auto length = static_cast<std::size_t>(std::countr_zero((bytes.others() | 1U << lanes) >> skipped));
+    const std::uint64_t own = (1U << length) - 1;
+    marks.dots |= (bytes.dots() >> skipped & own) << marks.length;
+    marks.hyphens |= (bytes.hyphens() >> skipped & own) << marks.length;
+    marks.length += length;
+    return length == lanes;
+}
+
+} // namespace
+
 WordMarks wordMarks(std::string_view text, std::size_t begin)
 {
     if (text.size() < lanes)
         return portable::wordMarks(text, begin);
+    const std::size_t last = text.size() - lanes;
     WordMarks marks;
-    std::size_t length = lanes;
-    while (length == lanes && marks.length < WordMarks::reach) {
-        const std::size_t place = begin + marks.length;
+    bool goesOn = true;
+    while (goesOn && marks.length < WordMarks::reach) {
+        const std::size_t at = begin + marks.length;
         // The last bytes of the text are looked at together with bytes before them.
-        const std::size_t from = std::min(place, text.size() - lanes);
-        const Bytes bytes(text.data() + from);
-        length = static_cast<std::size_t>(std::countr_zero((bytes.others() | 1U << lanes) >> (place - from)));
-        const std::uint64_t own = (1U << length) - 1;
-        marks.dots |= (bytes.dots() >> (place - from) & own) << marks.length;
-        marks.hyphens |= (bytes.hyphens() >> (place - from) & own) << marks.length;
-        marks.length += length;
+        goesOn = at <= last ? addTo(marks, Bytes(text.data() + at), 0)
+                            : addTo(marks, Bytes(text.data() + last), at - last);
     }
     return marks;
 }
