@@ -40,10 +40,13 @@ X11Pasteboard::X11Pasteboard(std::unique_ptr<XcbConnection> connection, Schedule
 {
     connection_->setEventHandler([this](const xcb_generic_event_t &event) { handleEvent(event); });
     connection_->setLostHandler([this] { handleLoss(); });
-    xcb_xfixes_select_selection_input(connection_->raw(), window_, connection_->atom(XcbAtom::clipboard),
-                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
-                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
-                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    const auto watching = xcb_xfixes_select_selection_input_checked(
+        connection_->raw(), window_, connection_->atom(XcbAtom::clipboard),
+        XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+            XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+            XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    // Waits for the server, as opening the connection does: a copy that is made right behind this would else come first.
+    const XcbReply<xcb_generic_error_t> refusal(xcb_request_check(connection_->raw(), watching));
     connection_->flush();
 }
 

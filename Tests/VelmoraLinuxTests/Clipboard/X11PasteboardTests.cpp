@@ -120,6 +120,20 @@ private Q_SLOTS:
         QVERIFY(X11Pasteboard::create(scheduler_, "nonsense") == nullptr);
     }
 
+    // Programs and their server take turns of their own: the request to be told must not still be on its way.
+    void aCopyRightBehindTheBeginningIsSeen()
+    {
+        const auto other = XcbConnection::open(server_->display());
+        QVERIFY(other);
+        const xcb_window_t owner = other->makeWindow();
+        for (int round = 0; round < 500; ++round) {
+            const auto pasteboard = X11Pasteboard::create(scheduler_, server_->display());
+            xcb_set_selection_owner(other->raw(), owner, other->atom(XcbAtom::clipboard), XCB_CURRENT_TIME);
+            other->flush();
+            QTRY_COMPARE(pasteboard->changeCount(), 1);
+        }
+    }
+
     void anEmptyClipboardHasNoText()
     {
         const XServer fresh;
