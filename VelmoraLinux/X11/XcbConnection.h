@@ -40,7 +40,7 @@ enum class XcbAtom {
 // other.
 //
 // Events and replies are delivered from the event loop, not many in one turn: a flood of them makes nothing else
-// wait. After the first connection nothing here waits for a reply. When the server goes away, every pending reply
+// wait. Once it is open nothing here waits for a reply. When the server goes away, every pending reply
 // becomes null and then the handler of `setLostHandler` runs; later calls do nothing.
 class XcbConnection {
 public:
