@@ -7,7 +7,8 @@ import sys
 import unittest
 
 import test_shell
-from x11_desktop import Rect, wait_until
+from x11_desktop import PANEL, Rect, wait_until
+from x11_monitors import LEFT, RIGHT, TwoMonitors
 
 GREEN = (0x20, 0xa0, 0x40)
 
@@ -99,6 +100,41 @@ class PlacementTests(test_shell.DesktopTest):
         self.menu(desktop)
         desktop.key("End", "Home", "s", "Return")  # Start at Login.
         wait_until("the choice", lambda: desktop.is_checked("Start at Login"))
+
+
+class MonitorTests(test_shell.DesktopTest):
+    """On two monitors. The main one is the left one."""
+
+    def opened(self, panel, edge):
+        """The desktop, icon and popover with a panel at that edge of that output."""
+        desktop = TwoMonitors(test_shell.PROGRAM, panel, edge=edge)
+        self.addCleanup(self.end, desktop)
+        desktop.start_velmora()
+        return desktop, *self.open_popover(desktop)
+
+    def grown(self, desktop):
+        desktop.copy(test_shell.TRACKED)
+        wait_until("the grown popover", lambda: (now := desktop.popover()) and now.height == 536)
+        return desktop.popover()
+
+    def test_the_popover_keeps_off_a_panel_between_the_monitors(self):
+        desktop, icon, popover = self.opened("DUMMY0", "right")
+        line = 1  # The panel draws one at its edge.
+        area = Rect(LEFT.x, LEFT.y, LEFT.width - PANEL - line, LEFT.height)
+        self.assertTrue(popover.inside(area), popover)
+        self.assertLessEqual(icon.x - popover.right, 24)
+        self.assertTrue(self.grown(desktop).inside(area), desktop.popover())
+        toast = wait_until("the toast", desktop.toast)
+        self.assertEqual((toast.right, toast.y), (area.right - 18, area.y + 10))
+
+    def test_a_panel_of_the_other_monitor_has_the_popover_but_not_the_toast(self):
+        desktop, icon, popover = self.opened("DUMMY1", "bottom")
+        area = Rect(RIGHT.x, RIGHT.y, RIGHT.width, RIGHT.height - PANEL)
+        self.assertTrue(popover.inside(area), popover)
+        self.assertLessEqual(icon.y - popover.bottom, 24)
+        self.assertEqual(self.grown(desktop).bottom, popover.bottom)
+        toast = wait_until("the toast", desktop.toast)
+        self.assertEqual((toast.right, toast.y), (LEFT.right - 18, LEFT.y + 10))
 
 
 if __name__ == "__main__":

@@ -41,6 +41,7 @@ def wait_until(what, condition, patience=TIMEOUT):
 class Desktop:
     """tray: "sni" is a panel that knows StatusNotifierItem, "xembed" a plain notification area, which may be dark, "none"
     neither."""
+    screen = SCREEN
 
     def __init__(self, program, tray="sni", edge="top", compositor=True, bus=True, dark_tray=False):
         self.program, self.tray_kind, self.edge = program, tray, edge
@@ -206,14 +207,13 @@ class Desktop:
     def write_panel_settings(self):
         folder = pathlib.Path(self.env["XDG_CONFIG_HOME"]) / "xfce4/xfconf/xfce-perchannel-xml"
         folder.mkdir(parents=True, exist_ok=True)
-        mode = '<property name="mode" type="uint" value="1"/>' if self.edge in ("left", "right") else ""
         (folder / "xfce4-panel.xml").write_text(f"""<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-panel" version="1.0">
   <property name="configver" type="int" value="2"/>
   <property name="panels" type="array"><value type="int" value="1"/>
     <property name="panel-1" type="empty">
-      <property name="position" type="string" value="{EDGES[self.edge]}"/>
-      <property name="position-locked" type="bool" value="true"/>{mode}
+      {self.panel_place()}
+      <property name="position-locked" type="bool" value="true"/>
       <property name="length" type="uint" value="100"/>
       <property name="size" type="uint" value="{PANEL}"/>
       <property name="plugin-ids" type="array"><value type="int" value="1"/><value type="int" value="2"/></property>
@@ -227,6 +227,11 @@ class Desktop:
   </property>
 </channel>
 """)
+
+    def panel_place(self):
+        """The panel's properties that say where it stands."""
+        mode = '<property name="mode" type="uint" value="1"/>' if self.edge in ("left", "right") else ""
+        return f'<property name="position" type="string" value="{EDGES[self.edge]}"/>{mode}'
 
     # The bus
 
@@ -316,7 +321,7 @@ class Desktop:
 
     def icon(self):
         """Where the icon is drawn, and how strongly it stands out (0 to 255); nothing while there is none."""
-        areas = (window.rect.within(SCREEN) for window in self.person.windows()
+        areas = (window.rect.within(self.screen) for window in self.person.windows()
                  if window.kind == TRAY_ICONS[self.tray_kind])
         area = next((area for area in areas if 8 < area.width <= 2 * PANEL and 8 < area.height <= 2 * PANEL), None)
         if area is None:
