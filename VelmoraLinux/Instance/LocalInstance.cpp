@@ -2,6 +2,7 @@
 
 #include <VelmoraLinux/Process/ActionName.h>
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QLocalServer>
@@ -10,12 +11,17 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+#include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
-constexpr int timeoutMs = 3000; // For a first instance that is busy.
+constexpr auto patience = 3s; // For a first instance that is busy.
+constexpr auto tryAgainAfter = 20ms;
 constexpr qint64 maximumMessageBytes = 4096;
 constexpr int mostCallers = 16; // At once.
 } // namespace
@@ -28,31 +34,36 @@ LocalInstance::LocalInstance(const QString &identifier)
     socketPath_ = folder.filePath(identifier + u".socket"_s);
 }
 
-LocalInstance::~LocalInstance()
-{
-    if (lock_ >= 0)
-        ::close(lock_);
-}
+LocalInstance::~LocalInstance() = default;
 
+// A first instance that is starting has the lock a moment before it can be called, and one that is ending a moment longer.
 ApplicationInstance::Role LocalInstance::claim(std::optional<ApplicationInstance::Action> request,
                                                const QByteArray &token)
 {
-    if (takeLock()) {
-        listen();
-        return ApplicationInstance::Role::first;
-    }
     // The action's name in a line of its own, empty for none; then the token.
     const QByteArray name =
         request ? QByteArray::fromStdString(std::string(ActionName::of(*request))) : QByteArray();
-    return callFirst(name + '\n' + token) ? ApplicationInstance::Role::second
-                                          : ApplicationInstance::Role::unanswered;
+    const QDeadlineTimer deadline(patience);
+    while (!takeLock()) {
+        if (callFirst(name + '\n' + token, deadline))
+            return ApplicationInstance::Role::second;
+        if (deadline.hasExpired())
+            return ApplicationInstance::Role::unanswered;
+        std::this_thread::sleep_for(tryAgainAfter);
+    }
+    listen();
+    return ApplicationInstance::Role::first;
 }
 
 bool LocalInstance::takeLock()
 {
-    lock_ = ::open(QFile::encodeName(lockPath_).constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    FileDescriptor lock(
+        ::open(QFile::encodeName(lockPath_).constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
     // Without a lock file another instance cannot be found.
-    return lock_ < 0 || ::flock(lock_, LOCK_EX | LOCK_NB) == 0;
+    if (lock.isOpen() && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
+        return false;
+    lock_ = std::move(lock);
+    return true;
 }
 
 void LocalInstance::listen()
@@ -101,13 +112,14 @@ void LocalInstance::receive(const QByteArray &message)
         Q_EMIT reopened(token);
 }
 
-bool LocalInstance::callFirst(const QByteArray &message) const
+bool LocalInstance::callFirst(const QByteArray &message, const QDeadlineTimer &deadline) const
 {
+    const auto left = [&deadline] { return static_cast<int>(deadline.remainingTime()); };
     QLocalSocket socket;
     socket.connectToServer(socketPath_);
-    if (!socket.waitForConnected(timeoutMs))
+    if (!socket.waitForConnected(left()))
         return false;
     socket.write(message);
     socket.disconnectFromServer();
-    return socket.state() == QLocalSocket::UnconnectedState || socket.waitForDisconnected(timeoutMs);
+    return socket.state() == QLocalSocket::UnconnectedState || socket.waitForDisconnected(left());
 }

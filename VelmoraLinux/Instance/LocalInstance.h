@@ -1,5 +1,6 @@
 #pragma once
 
+#include <VelmoraLinux/Process/FileDescriptor.h>
 #include <VelmoraPlatform/ApplicationInstance.h>
 
 #include <QList>
@@ -8,6 +9,7 @@
 
 #include <optional>
 
+class QDeadlineTimer;
 class QLocalSocket;
 
 // A lock file that the kernel releases with its process, and a local socket over which a second start reaches
@@ -19,7 +21,8 @@ public:
     explicit LocalInstance(const QString &identifier);
     ~LocalInstance() override;
 
-    // When this process is not the first, the first is given `token` and asked for `request`, or to re-open.
+    // When this process is not the first, the first is given `token` and asked for `request`, or to re-open. Waits some
+    // seconds for one that holds the lock and cannot be called.
     [[nodiscard]] ApplicationInstance::Role claim(std::optional<ApplicationInstance::Action> request,
                                                   const QByteArray &token);
 
@@ -32,10 +35,10 @@ private:
     void hear(QLocalSocket *caller);
     void turnAway(QLocalSocket *caller);
     void receive(const QByteArray &message);
-    [[nodiscard]] bool callFirst(const QByteArray &message) const;
+    [[nodiscard]] bool callFirst(const QByteArray &message, const QDeadlineTimer &deadline) const;
 
     QString lockPath_;
     QString socketPath_;
-    int lock_ = -1;
+    FileDescriptor lock_;
     QList<QLocalSocket *> callers_; // The one that has stayed longest first.
 };

@@ -4,7 +4,9 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
+#include <QLocalServer>
 #include <QLocalSocket>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -12,6 +14,7 @@
 
 #include <Runner/RegisteredTest.h>
 #include <TestBed/SessionBus.h>
+#include <sys/file.h>
 
 #include <algorithm>
 #include <memory>
@@ -338,6 +341,43 @@ private Q_SLOTS:
         QTRY_COMPARE(actions_, QList{Action::popover});
         QCOMPARE(token_.take(), QByteArray(4000, 'x'));
         QCOMPARE(reopened_, 0);
+    }
+
+    void aFirstThatCannotBeCalledYetIsWaitedFor_data()
+    {
+        QTest::addColumn<bool>("goesOn");
+        QTest::addColumn<Role>("role");
+        QTest::newRow("and called when it can be") << true << Role::second;
+        QTest::newRow("and followed when it ends") << false << Role::first;
+    }
+
+    // Two that are started at once: the first has its lock, and its socket a moment later.
+    void aFirstThatCannotBeCalledYetIsWaitedFor()
+    {
+        QFETCH(bool, goesOn);
+        QFETCH(Role, role);
+        QFile lock(runtimeFolder_.filePath(u"app.example.Test-program.lock"_s));
+        QVERIFY(lock.open(QIODevice::ReadWrite));
+        QCOMPARE(::flock(lock.handle(), LOCK_EX | LOCK_NB), 0);
+        Role claimed = Role::unanswered;
+        const std::unique_ptr<QThread> thread(QThread::create([&claimed] {
+            LocalInstance second(u"app.example.Test-program"_s);
+            claimed = second.claim({}, "token-6");
+        }));
+        const auto waiter = qScopeGuard([&thread] { thread->wait(); });
+        thread->start();
+        QVERIFY2(!QTest::qWaitFor([&] { return thread->isFinished(); }, 100), "it did not wait");
+        if (!goesOn)
+            lock.close();
+        QLocalServer socket;
+        if (goesOn)
+            QVERIFY(socket.listen(runtimeFolder_.filePath(u"app.example.Test-program.socket"_s)));
+        QVERIFY(QTest::qWaitFor([&] { return thread->isFinished(); }));
+        QCOMPARE(claimed, role);
+        if (goesOn) {
+            QLocalSocket *caller = socket.nextPendingConnection();
+            QTRY_COMPARE(caller->peek(100), QByteArray("\ntoken-6"));
+        }
     }
 
     void whatACrashLeftBehindIsNoInstance()
