@@ -63,7 +63,7 @@ def stored(desktop):
 
 def start(desktop, clock, library, zone):
     desktop.start_velmora(LD_PRELOAD=library, TZ=zone, VELMORA_CLOCK_SHIFT=str(clock.file))
-    wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+    desktop.wait_for_velmora()
     desktop.settle()
 
 

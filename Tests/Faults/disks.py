@@ -31,7 +31,7 @@ class Session:
         self.store = pathlib.Path(desktop.env["XDG_DATA_HOME"]) / "velmora"
         self.store.mkdir(mode=0o700, exist_ok=True)
         self.velmora = desktop.start("velmora", *SPACE, "sh", "-c", START, desktop.program, self.store, option)
-        wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+        desktop.wait_for_velmora()
         desktop.settle()
         self.folder = pathlib.Path(f"/proc/{self.velmora.pid}/root{self.store}")
 

@@ -16,7 +16,7 @@ import sys
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
-from x11_desktop import Desktop, wait_until  # noqa: E402
+from x11_desktop import Desktop  # noqa: E402
 
 KEPT = 30  # Entries of the history.
 
@@ -39,7 +39,7 @@ def stored(desktop):
 def run_once(desktop, number, rng):
     """Copies until the kill; the numbers of the copies that were made, and of the last that was acknowledged."""
     velmora = desktop.start_velmora()
-    wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+    desktop.wait_for_velmora()
     end = time.monotonic() + rng.uniform(0.05, 1.5)
     last_cleaned = acknowledged = None
     while time.monotonic() < end:

@@ -57,7 +57,7 @@ def tray(program, rounds):
 def compositor(program, rounds):
     with Desktop(program, tray="none") as desktop:
         desktop.start_velmora()
-        wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+        desktop.wait_for_velmora()
         for _ in range(rounds):
             desktop.stop(desktop.compositor)
             clean_one(desktop)
@@ -70,7 +70,7 @@ def manager(program, rounds):
     with Desktop(program, tray="none", compositor=False) as desktop:
         for _ in range(rounds):
             velmora = desktop.start_velmora()
-            wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+            desktop.wait_for_velmora()
             for _ in range(2):
                 running = desktop.start("manager", "xfce4-clipman")
                 wait_until("the manager", lambda: desktop.person.owns_selection("CLIPBOARD_MANAGER"))
@@ -90,7 +90,7 @@ def bus(program, rounds):
     for _ in range(rounds):
         with Desktop(program, tray="none", compositor=False) as desktop:
             velmora = desktop.start_velmora()
-            wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+            desktop.wait_for_velmora()
             clean_one(desktop)
             desktop.stop(next(process for process in desktop.processes if process.name == "bus"), signal.SIGKILL)
             for _ in range(3):
@@ -106,7 +106,7 @@ def server(program, rounds):
     with Desktop(program, tray="none", compositor=False) as desktop:
         for _ in range(rounds):
             velmora = desktop.start_velmora()
-            wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+            desktop.wait_for_velmora()
             clean_one(desktop)
             desktop.person.close()
             desktop.person = None
@@ -123,7 +123,7 @@ def sway(program, rounds):
     with SwayDesktop(program) as desktop:
         for _ in range(rounds):
             velmora = desktop.start_velmora()
-            wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+            desktop.wait_for_velmora()
             global number
             number += 1
             desktop.copy_natively(f"https://shop.example/?id={number}&utm_source=mail")

@@ -13,7 +13,7 @@ import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
 from owners import written_memory  # noqa: E402
-from x11_desktop import Desktop, wait_until  # noqa: E402
+from x11_desktop import Desktop  # noqa: E402
 from x11_programs import SELECTION_CLEAR, Copier  # noqa: E402
 
 PAUSE = 1 / 200
@@ -52,7 +52,7 @@ def main():
     seconds = int(sys.argv[2]) if len(sys.argv) == 3 else 60
     with Desktop(str(pathlib.Path(sys.argv[1]).resolve()), tray="none", compositor=False) as desktop:
         velmora = desktop.start_velmora()
-        wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+        desktop.wait_for_velmora()
         desktop.settle()
         before, used = written_memory(velmora), processor_seconds(velmora)
         with Copier(desktop.env["DISPLAY"]) as copier:

@@ -36,7 +36,7 @@ def store(desktop):
 def started(desktop, **environment):
     begin = time.monotonic()
     velmora = desktop.start_velmora(**environment)
-    wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+    desktop.wait_for_velmora()
     seconds = time.monotonic() - begin
     desktop.settle()
     return velmora, seconds
@@ -95,7 +95,7 @@ def no_home(desktop):
     script = ('mount -t tmpfs -o mode=700 none "$1" && '
               'unset HOME XDG_DATA_HOME XDG_CONFIG_HOME XDG_CACHE_HOME XDG_STATE_HOME && exec "$0"')
     velmora = desktop.start("velmora", *SPACE, "sh", "-c", script, desktop.program, home)
-    wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
+    desktop.wait_for_velmora()
     desktop.settle()
     clean_one(desktop)
     made = pathlib.Path(f"/proc/{velmora.pid}/root{home}/.local/share/velmora/defaults.sqlite")

@@ -286,6 +286,10 @@ class Desktop:
         self.velmora = self.start("velmora", self.program, env=environment)
         return self.velmora
 
+    def wait_for_velmora(self):
+        """Its name on the bus comes earlier: what is copied then was there before it looked."""
+        wait_until("the program", lambda: "string" in self.item_property("Id"))
+
     def store(self, **values):
         """Changes stored settings while the program does not run but has run before."""
         with sqlite3.connect(pathlib.Path(self.env["XDG_DATA_HOME"]) / "velmora/defaults.sqlite") as connection:
