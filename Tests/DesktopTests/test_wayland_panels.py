@@ -183,6 +183,16 @@ class PopoverTests(PanelTest):
         desktop.key("c")
         wait_until("the key", lambda: desktop.typed() == "c")
 
+    def test_a_click_on_the_bare_desktop_closes_it(self):
+        desktop = self.start(bar="top", scales=(1, 1))
+        for place in ((300, 500), (SIZE[0] + 300, 500)):
+            frame = self.open(desktop)
+            desktop.move((400, 500))
+            wait_until("the opened popover", lambda: self.has_switch(desktop, frame))
+            desktop.key("Tab", "space", "space")  # What the keyboard still goes to is not closing.
+            desktop.click(place)
+            self.wait_for_end(desktop)
+
     def test_the_way_to_it_does_not_close_it(self):
         """By default sway gives the keyboard to the window under the mouse."""
         desktop = self.start(bar="top")
@@ -263,6 +273,12 @@ class MenuTests(PanelTest):
         self.wait_for_end(desktop)
         desktop.catch_up()
         self.assertIsNone(desktop.seen())
+
+    def test_a_click_on_the_bare_desktop_closes_it(self):
+        desktop = self.start(bar="top")
+        self.open(desktop)
+        desktop.click((300, 500), button=3)
+        self.wait_for_end(desktop)
 
     def test_a_click_into_a_window_closes_it(self):
         desktop = self.start(bar="top")

@@ -234,14 +234,8 @@ LayerShellServer::Compositor::Compositor(const Offer &offered, const QByteArray 
 {
     wl_display_init_shm(thread_.display());
     offer(wl_compositor_interface, 4, Requests::compositorRequests);
-    outputs_.reserve(offered.scales.size());
-    for (const double scale : offered.scales) {
-        Output &output = outputs_.emplace_back();
-        output.compositor = this;
-        output.index = static_cast<int>(outputs_.size()) - 1;
-        output.scale = scale;
-        offerOutput(output);
-    }
+    for (const double scale : offered.scales)
+        addOutput(scale);
     offerSeat();
     if (offered.shell)
         offer(zwlr_layer_shell_v1_interface, offered.shellVersion, Requests::shell);
@@ -407,6 +401,28 @@ wl_resource *LayerShellServer::Compositor::outputOf(const Surface &surface, int 
         return wl_resource_get_client(proxy) == wl_resource_get_client(surface.proxy);
     });
     return same == proxies.end() ? nullptr : *same;
+}
+
+LayerShellServer::Compositor::Surface *LayerShellServer::Compositor::groundOf(int output)
+{
+    for (Surface *surface : shown()) {
+        const Panel &panel = surface->current;
+        const bool isSeen = panel.pictures > 0 && panel.acceptsInput;
+        const bool isWhole = !panel.size.isValid() && panel.zone < 0 && panel.destination == outputSize;
+        if (panel.layer == ZWLR_LAYER_SHELL_V1_LAYER_BACKGROUND && panel.output == output && isSeen &&
+            isWhole)
+            return surface;
+    }
+    return nullptr;
+}
+
+void LayerShellServer::Compositor::addOutput(double scale)
+{
+    Output &output = outputs_.emplace_back();
+    output.compositor = this;
+    output.index = static_cast<int>(outputs_.size()) - 1;
+    output.scale = scale;
+    offerOutput(output);
 }
 
 void LayerShellServer::Compositor::removeOutput(int output)

@@ -3,6 +3,7 @@
 #include "CompositorThread.h"
 #include "LayerShellServer.h"
 
+#include <deque>
 #include <list>
 #include <optional>
 
@@ -43,6 +44,11 @@ public:
     static void showPicture(Surface &surface);
     [[nodiscard]] wl_resource *outputOf(const Surface &surface, int output) const;
 
+    // What gets the mouse where no window is: a surface with a picture that accepts input, on the lowest layer and all
+    // over this screen. Null without one.
+    [[nodiscard]] Surface *groundOf(int output);
+
+    void addOutput(double scale);
     void removeOutput(int output);
 
     // What all devices of the seat of a panel's client are told.
@@ -84,7 +90,7 @@ private:
     struct Requests;
 
     CompositorThread thread_;
-    std::vector<Output> outputs_;
+    std::deque<Output> outputs_; // Clients point to the elements.
     std::list<Surface> surfaces_;
     int bar_;
     std::vector<wl_resource *> pointers_;

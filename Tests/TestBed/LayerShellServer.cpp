@@ -117,6 +117,11 @@ void LayerShellServer::removeOutput(int output)
     run([output](Compositor &compositor) { compositor.removeOutput(output); });
 }
 
+void LayerShellServer::addOutput()
+{
+    run([](Compositor &compositor) { compositor.addOutput(1); });
+}
+
 void LayerShellServer::putPointer(QPoint place)
 {
     run([place](Compositor &compositor) { compositor.pointer = place; });
@@ -142,6 +147,37 @@ void LayerShellServer::leavePointer()
             wl_pointer_send_leave(device, 1, panel.proxy);
             wl_pointer_send_frame(device);
         });
+    });
+}
+
+void LayerShellServer::movePointerToDesktop(int output)
+{
+    run([output](Compositor &compositor) {
+        if (const auto *ground = compositor.groundOf(output))
+            Compositor::forDevices(compositor.pointers(), *ground, [&](wl_resource *device) {
+                wl_pointer_send_enter(device, 1, ground->proxy, wl_fixed_from_int(100),
+                                      wl_fixed_from_int(100));
+                wl_pointer_send_frame(device);
+            });
+    });
+}
+
+void LayerShellServer::leavePointerFromDesktop(int output)
+{
+    run([output](Compositor &compositor) {
+        if (const auto *ground = compositor.groundOf(output))
+            Compositor::forDevices(compositor.pointers(), *ground, [&](wl_resource *device) {
+                wl_pointer_send_leave(device, 1, ground->proxy);
+                wl_pointer_send_frame(device);
+            });
+    });
+}
+
+void LayerShellServer::closeDesktop(int output)
+{
+    run([output](Compositor &compositor) {
+        if (const auto *ground = compositor.groundOf(output))
+            zwlr_layer_surface_v1_send_closed(ground->role);
     });
 }
 

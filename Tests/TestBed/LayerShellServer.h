@@ -79,6 +79,11 @@ public:
     // The mouse comes to a place on the panel, or goes away from it.
     void movePointer(QPointF place);
     void leavePointer();
+    // The mouse comes to a place of this screen where no window is, or goes away from it; what is there is closed. Without
+    // a surface there, nobody is told.
+    void movePointerToDesktop(int output);
+    void leavePointerFromDesktop(int output);
+    void closeDesktop(int output);
     void pressLeftButton(bool isDown);
     void turnWheel(int clicks);
     // A finger comes, moves, and goes.
@@ -94,6 +99,8 @@ public:
     void pressKey(std::uint32_t code, bool isDown);
     void setKeyRepeat(int timesPerSecond, int delay); // The delay in milliseconds.
     void removeOutput(int output);
+    // Beside the others, with as many pixels as points.
+    void addOutput();
 
 private:
     class Compositor; // Lives on the thread.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "LayerShell.h"
-#include "PixelBuffers.h"
+#include "ScreenCover.h"
 #include "SeatInput.h"
 #include "WaylandOutputs.h"
 
@@ -13,7 +13,7 @@
 #include <list>
 #include <optional>
 
-struct zwlr_layer_surface_v1;
+class QEvent;
 
 // Finds out what a Wayland compositor does not tell by itself: how large each screen's work area is, and where the
 // pointer is. For the moment that this takes, a surface that is never shown is measured on each screen, and one that
@@ -32,15 +32,12 @@ public:
     void locate(Wanted wanted, Handler done);
 
 private:
-    struct Cover;
-
-    void measure(Cover &cover, QSize size);
-    void notice(const Cover &cover, const QEvent &event);
+    void measure(wl_output *output);
+    void cover(wl_output *output);
+    void notice(const wl_output *output, const QEvent &event);
     void finishWhenKnown();
     void finish();
     void uncover();
-
-    struct Listeners; // What the protocol calls.
 
     const LayerShell &shell_;
     WaylandOutputs &outputs_;
@@ -48,6 +45,6 @@ private:
     Handler done_;
     Wanted wanted_ = Wanted::workAreas;
     std::optional<QPoint> pointer_;
-    std::list<Cover> covers_;
+    std::list<ScreenCover> covers_;
     DelayedSteps steps_;
 };

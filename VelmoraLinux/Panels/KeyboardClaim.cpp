@@ -73,8 +73,15 @@ void KeyboardClaim::handleLeave()
 void KeyboardClaim::judgeAbsence()
 {
     endAbsence();
-    if (hasKeyboard_ && handlers_.isPointedAt())
+    if (!hasKeyboard_ || !handlers_.isPointedAt())
+        turnAway();
+}
+
+void KeyboardClaim::turnAway()
+{
+    if (way_ == Way::none)
         return;
+    endTrial();
     ask(Way::none);
     wl_surface_commit(surface_);
     const auto turnedAway = handlers_.turnedAway; // May destroy this object.

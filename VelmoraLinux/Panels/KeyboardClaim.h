@@ -30,6 +30,8 @@ public:
     void handleShown();
     void handleEnter();
     void handleLeave();
+    // Gives the keyboard back and tells so, once.
+    void turnAway();
 
 private:
     enum class Way { onDemand, exclusive, letGo, exclusiveForGood, none };

@@ -40,6 +40,7 @@ public:
         if (layer_ || !panels_.areOffered())
             return;
         panels_.shown_.push_back(this);
+        panels_.watchBareDesktop(); // First: sway 1.7 judges with every new surface who has the keyboard.
         layer_ = std::make_unique<LayerSurface>(
             LayerSurface::Dependencies{*panels_.shell_, panels_.outputs_, panels_.seat_}, traits_, onScreen_,
             frame_);
@@ -62,11 +63,20 @@ public:
         removed();
     }
 
+    [[nodiscard]] bool takesKeyboard() const { return traits_.takesKeyboard; }
+
+    void turnAway()
+    {
+        if (layer_)
+            layer_->turnAway();
+    }
+
 private:
     void takeAway()
     {
         layer_.reset();
         std::erase(panels_.shown_, this);
+        panels_.watchBareDesktop();
     }
 
     LayerPanels &panels_;
@@ -118,6 +128,8 @@ bool LayerPanels::connect()
                                                [this](std::uint32_t name, std::uint32_t version) {
                                                    retryDelay_ = firstRetry; // The compositor works.
                                                    outputs_.add(*shell_, name, version);
+                                                   if (bareDesktop_)
+                                                       bareDesktop_->followScreens();
                                                },
                                            .outputManagerAdded = [this] { outputs_.describe(*shell_); },
                                            .seatAdded =
@@ -127,6 +139,8 @@ bool LayerPanels::connect()
                                            .removed =
                                                [this](std::uint32_t name) {
                                                    outputs_.remove(name);
+                                                   if (bareDesktop_)
+                                                       bareDesktop_->followScreens();
                                                    seat_.removeSeat(name);
                                                }});
     locator_ = std::make_unique<ClickLocator>(*shell_, outputs_, seat_, scheduler_);
@@ -153,6 +167,27 @@ void LayerPanels::reconnectLater()
             reconnectLater();
     });
     retryDelay_ = std::min(retryDelay_ * 2, lastRetry);
+}
+
+void LayerPanels::watchBareDesktop()
+{
+    const bool isWanted = std::any_of(shown_.begin(), shown_.end(),
+                                      [](const Surface *surface) { return surface->takesKeyboard(); });
+    if (!isWanted)
+        bareDesktop_.reset();
+    else if (!bareDesktop_)
+        bareDesktop_ = std::make_unique<BareDesktop>(*shell_, outputs_, seat_, [this] { turnAway(); });
+}
+
+// A panel that is told may take others along.
+void LayerPanels::turnAway()
+{
+    const std::vector<Surface *> told = shown_;
+    for (Surface *surface : told) {
+        const bool isShown = std::find(shown_.begin(), shown_.end(), surface) != shown_.end();
+        if (isShown)
+            surface->turnAway();
+    }
 }
 
 void LayerPanels::locateIcon(QPoint hint, std::function<void(const QRect &icon)> done)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BareDesktop.h"
 #include "ClickLocator.h"
 #include "LayerSurface.h"
 #include "SeatInput.h"
@@ -41,6 +42,9 @@ private:
     LayerPanels(Scheduler &scheduler, QByteArray display);
     [[nodiscard]] bool connect();
     void disconnect();
+    // For as long as a panel has to know of it when the user turns away.
+    void watchBareDesktop();
+    void turnAway();
     [[nodiscard]] QRect iconAt(const std::optional<QPoint> &click);
     void reconnectLater();
 
@@ -53,5 +57,6 @@ private:
     SeatInput seat_;
     std::unique_ptr<ClickLocator> locator_;
     std::vector<Surface *> shown_;
+    std::unique_ptr<BareDesktop> bareDesktop_;
     DelayedSteps connectionSteps_;
 };

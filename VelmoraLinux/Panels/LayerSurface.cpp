@@ -140,6 +140,12 @@ void LayerSurface::handleInput(QEvent &event)
     input(event);
 }
 
+void LayerSurface::turnAway()
+{
+    if (keyboard_)
+        keyboard_->turnAway();
+}
+
 bool LayerSurface::isPointedAt() const
 {
     const wl_surface *place = dependencies_.seat.underPointer();

@@ -42,6 +42,9 @@ public:
 
     void requestPicture();
 
+    // The user has turned to something else, of which the compositor does not tell. May destroy this object.
+    void turnAway();
+
     [[nodiscard]] wl_surface *proxy() const { return surface_; }
 
 private:
