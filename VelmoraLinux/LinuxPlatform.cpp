@@ -55,6 +55,9 @@ LinuxPlatform::LinuxPlatform(ApplicationInstance &instance, ActivationToken &tok
 {
     // An agent whose clipboard has gone for good has nothing left to do.
     pasteboard_->setLostHandler([] { QCoreApplication::quit(); });
+    // Plasma's panel up to 5.27 is no layer surface; KWin tells X11 programs of it.
+    if (panels_)
+        panels_->setFreePart([this] { return screens_.freePart(); });
     // Without its windows it has nothing left to do either.
     if (display_)
         display_->setLostHandler([] { QCoreApplication::quit(); });

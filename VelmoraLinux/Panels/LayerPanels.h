@@ -33,6 +33,10 @@ public:
     // the event loop, unless another click comes before.
     void locateIcon(QPoint hint, std::function<void(const QRect &icon)> done);
 
+    // Layer-shell tells of its own bars only. `freePart` tells which part of all screens together the others leave, in
+    // fractions of their whole.
+    void setFreePart(std::function<QRectF()> freePart) { outputs_.setFreePart(std::move(freePart)); }
+
     // Frames of panels are in these screens' points.
     [[nodiscard]] const Screens &screens() const { return outputs_; }
 

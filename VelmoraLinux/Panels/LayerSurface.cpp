@@ -160,10 +160,10 @@ void LayerSurface::handleShown()
         draw();
 }
 
-QRect LayerSurface::workArea() const
+QRect LayerSurface::layerArea() const
 {
-    return traits_.followsUser ? dependencies_.outputs.mainWorkArea()
-                               : dependencies_.outputs.workAreaAt(frame_.center());
+    return traits_.followsUser ? dependencies_.outputs.mainLayerArea()
+                               : dependencies_.outputs.layerAreaAt(frame_.center());
 }
 
 void LayerSurface::place()
@@ -171,7 +171,7 @@ void LayerSurface::place()
     if (const QSize size = frame_.size(); std::exchange(placedSize_, size) != size)
         zwlr_layer_surface_v1_set_size(role_, static_cast<std::uint32_t>(size.width()),
                                        static_cast<std::uint32_t>(size.height()));
-    const LayerPlacement placement = layerPlacement(frame_, workArea());
+    const LayerPlacement placement = layerPlacement(frame_, layerArea());
     if (std::exchange(placement_, placement) == placement)
         return;
     const QMargins &margins = placement.margins;

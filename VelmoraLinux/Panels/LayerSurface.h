@@ -59,7 +59,7 @@ private:
     void present(const QImage &picture, double scale);
     void changeScale();
     [[nodiscard]] double scale() const;
-    [[nodiscard]] QRect workArea() const;
+    [[nodiscard]] QRect layerArea() const;
 
     struct Listeners;
 

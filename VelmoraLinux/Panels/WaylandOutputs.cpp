@@ -3,6 +3,7 @@
 #include "LayerPlacement.h"
 
 #include <algorithm>
+#include <cmath>
 #include <wayland-client-protocol.h>
 #include <xdg-output-client-header.h>
 
@@ -14,6 +15,18 @@ bool swapsSides(std::int32_t transform)
 {
     return transform == WL_OUTPUT_TRANSFORM_90 || transform == WL_OUTPUT_TRANSFORM_270 ||
            transform == WL_OUTPUT_TRANSFORM_FLIPPED_90 || transform == WL_OUTPUT_TRANSFORM_FLIPPED_270;
+}
+
+QRect partOf(const QRect &whole, const QRectF &part)
+{
+    const auto along = [](int start, int length, double share) {
+        return start + static_cast<int>(std::lround(length * share));
+    };
+    const QPoint first(along(whole.x(), whole.width(), part.left()),
+                       along(whole.y(), whole.height(), part.top()));
+    const QPoint end(along(whole.x(), whole.width(), part.right()),
+                     along(whole.y(), whole.height(), part.bottom()));
+    return {first, end - QPoint(1, 1)};
 }
 
 } // namespace
@@ -110,7 +123,7 @@ void WaylandOutputs::remove(std::uint32_t name)
 
 void WaylandOutputs::disconnect()
 {
-    lastMain_ = mainWorkArea();
+    lastMain_ = mainLayerArea();
     for (Output &output : outputs_)
         release(output);
     outputs_.clear();
@@ -128,21 +141,41 @@ void WaylandOutputs::release(Output &output)
 
 QRect WaylandOutputs::mainWorkArea() const
 {
-    return outputs_.empty() ? lastMain_ : workAreaOf(outputs_.front());
+    return withoutOtherBars(mainLayerArea());
 }
 
 QRect WaylandOutputs::workAreaAt(QPoint point) const
 {
-    const Output *output = holderOf(point);
-    return output == nullptr ? mainWorkArea() : workAreaOf(*output);
+    return withoutOtherBars(layerAreaAt(point));
 }
 
-QRect WaylandOutputs::workAreaOf(const Output &output) const
+QRect WaylandOutputs::mainLayerArea() const
+{
+    return outputs_.empty() ? lastMain_ : layerAreaOf(outputs_.front());
+}
+
+QRect WaylandOutputs::layerAreaAt(QPoint point) const
+{
+    const Output *output = holderOf(point);
+    return output == nullptr ? mainLayerArea() : layerAreaOf(*output);
+}
+
+QRect WaylandOutputs::layerAreaOf(const Output &output) const
 {
     const QRect whole = output.frame();
     const bool isClicked = click_ && whole.contains(*click_);
     return output.usable.isEmpty() ? whole
                                    : workAreaBeside(isClicked ? click_ : std::nullopt, whole, output.usable);
+}
+
+QRect WaylandOutputs::withoutOtherBars(const QRect &area) const
+{
+    if (!freePart_ || outputs_.empty())
+        return area;
+    QRect all;
+    for (const Output &output : outputs_)
+        all |= output.frame();
+    return area & partOf(all, freePart_());
 }
 
 const WaylandOutputs::Output *WaylandOutputs::holderOf(QPoint point) const

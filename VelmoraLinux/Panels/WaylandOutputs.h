@@ -4,10 +4,13 @@
 
 #include <VelmoraPlatform/Screens.h>
 
+#include <QRectF>
 #include <QSize>
 
+#include <functional>
 #include <list>
 #include <optional>
+#include <utility>
 #include <vector>
 
 struct wl_output;
@@ -29,6 +32,13 @@ public:
 
     [[nodiscard]] QRect mainWorkArea() const override;
     [[nodiscard]] QRect workAreaAt(QPoint point) const override;
+
+    // What bars of layer-shell leave: the area from which the compositor counts the distances of a panel.
+    [[nodiscard]] QRect mainLayerArea() const;
+    [[nodiscard]] QRect layerAreaAt(QPoint point) const;
+
+    // Tells which part of all screens together bars leave that are no layer surfaces, in fractions of their whole.
+    void setFreePart(std::function<QRectF()> freePart) { freePart_ = std::move(freePart); }
 
     // The screen that holds `point`; null when none does.
     [[nodiscard]] wl_output *outputAt(QPoint point) const;
@@ -65,11 +75,13 @@ private:
     static void describe(const LayerShell &shell, Output &output);
     static void release(Output &output);
     [[nodiscard]] const Output *holderOf(QPoint point) const;
-    [[nodiscard]] QRect workAreaOf(const Output &output) const;
+    [[nodiscard]] QRect layerAreaOf(const Output &output) const;
+    [[nodiscard]] QRect withoutOtherBars(const QRect &area) const;
 
     struct Listeners;
 
     std::list<Output> outputs_; // Listeners point to the elements.
     QRect lastMain_;
+    std::function<QRectF()> freePart_;
     std::optional<QPoint> click_;
 };

@@ -13,6 +13,7 @@ namespace {
 constexpr quint32 mostWindows = 4096;
 constexpr quint32 mostAreas = 64;
 constexpr std::size_t strutWords = 12;
+constexpr std::size_t areaWords = 4;
 
 // Whether two ranges of pixels, each with its last one, have one in common.
 bool meet(int first, int last, quint32 otherFirst, quint32 otherLast)
@@ -60,6 +61,16 @@ QRect workAreaOfMonitor(const QRect &monitor, QSize whole, const std::vector<QRe
     return area.isEmpty() ? monitor : area;
 }
 
+QRectF partOfDesktop(const std::vector<quint32> &area, QSize whole)
+{
+    const QRectF everything(0, 0, 1, 1);
+    if (area.size() < areaWords || area[2] == 0 || area[3] == 0 || whole.isEmpty())
+        return everything;
+    const double width = whole.width();
+    const double height = whole.height();
+    return everything & QRectF(area[0] / width, area[1] / height, area[2] / width, area[3] / height);
+}
+
 X11WorkAreas::X11WorkAreas(X11Display *connection)
     : connection_(connection)
 {
@@ -83,14 +94,27 @@ QRect X11WorkAreas::workAreaAt(QPoint point) const
     return toPoints(areaOf(nativeGeometry(*screen)));
 }
 
-QRect X11WorkAreas::areaOf(const QRect &monitor) const
+QRectF X11WorkAreas::freePart() const
+{
+    if (connection_ == nullptr)
+        return partOfDesktop({}, {});
+    const auto area =
+        connection_->property(connection_->root(), connection_->atom("_NET_WORKAREA"), areaWords);
+    return partOfDesktop(area, desktopSize());
+}
+
+QSize X11WorkAreas::desktopSize() const
 {
     const auto cookie = xcb_get_geometry(connection_->xcb(), connection_->root());
     const XcbReply<xcb_get_geometry_reply_t> root(
         xcb_get_geometry_reply(connection_->xcb(), cookie, nullptr));
-    if (!root)
-        return monitor;
-    return workAreaOfMonitor(monitor, {root->width, root->height}, areasOfDesktop(), struts());
+    return root ? QSize(root->width, root->height) : QSize();
+}
+
+QRect X11WorkAreas::areaOf(const QRect &monitor) const
+{
+    const QSize whole = desktopSize();
+    return whole.isEmpty() ? monitor : workAreaOfMonitor(monitor, whole, areasOfDesktop(), struts());
 }
 
 std::vector<QRect> X11WorkAreas::areasOfDesktop() const

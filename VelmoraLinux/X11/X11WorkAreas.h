@@ -4,6 +4,8 @@
 
 #include <VelmoraPlatform/Screens.h>
 
+#include <QRectF>
+
 #include <vector>
 
 // The screens that Qt reports, with the work area of each monitor. What Qt knows is one area for all of them,
@@ -16,13 +18,20 @@ public:
     [[nodiscard]] QRect mainWorkArea() const override;
     [[nodiscard]] QRect workAreaAt(QPoint point) const override;
 
+    // What panels leave of all monitors together, in fractions of their whole; everything where that is not known.
+    [[nodiscard]] QRectF freePart() const;
+
 private:
+    [[nodiscard]] QSize desktopSize() const; // In pixels; empty when the server has gone.
     [[nodiscard]] QRect areaOf(const QRect &monitor) const;
     [[nodiscard]] std::vector<QRect> areasOfDesktop() const;
     [[nodiscard]] std::vector<std::vector<quint32>> struts() const;
 
     X11Display *connection_;
 };
+
+// The part of a desktop of the size `whole` that is `area`: x, y, width, height (_NET_WORKAREA, of each workspace).
+[[nodiscard]] QRectF partOfDesktop(const std::vector<quint32> &area, QSize whole);
 
 // The part of `monitor` that panels leave free, in the server's pixels. `areas`: those that the window manager
 // tells for each monitor, if it does (_GTK_WORKAREAS). `struts`: what each panel takes of the edges of the

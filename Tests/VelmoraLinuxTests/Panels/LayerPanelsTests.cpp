@@ -7,6 +7,7 @@
 #include <Runner/RegisteredTest.h>
 
 #include <layer-shell-client-header.h>
+#include <optional>
 
 using namespace std::chrono_literals;
 using Panel = LayerShellServer::Panel;
@@ -226,6 +227,32 @@ private Q_SLOTS:
         QTRY_COMPARE(panels_->screens().mainWorkArea(), QRect(1280, 0, 1280, 800));
         show(popoverTraits, QRect(1300, 8, 306, 386));
         QCOMPARE(panel().output, 1);
+    }
+
+    void barsThatAreNoLayerSurfacesAreKeptFree()
+    {
+        begin({.scales = {1, 1}});
+        panels_->setFreePart([] { return QRectF(0, 0, 1, 756.0 / 800); });
+        QCOMPARE(panels_->screens().mainWorkArea(), QRect(0, 0, 1280, 756));
+        QCOMPARE(panels_->screens().workAreaAt(QPoint(1300, 10)), QRect(1280, 0, 1280, 756));
+        std::optional<QRect> icon;
+        panels_->locateIcon({1030, 785}, [&icon](const QRect &found) { icon = found; });
+        QTRY_COMPARE(icon, QRect(1030, 756, 1, 44)); // The whole thickness of the bar.
+
+        // Of that bar the compositor knows nothing: it counts from the edge of the screen.
+        show(popoverTraits, QRect(900, 362, 306, 386));
+        QCOMPARE(panel().margins, QMargins(0, 0, 74, 52));
+    }
+
+    void oneBarThatBothTellOfCountsOnce()
+    {
+        begin({.bar = 44});
+        panels_->setFreePart([] { return QRectF(0, 0, 1, 756.0 / 800); });
+        std::optional<QRect> icon;
+        panels_->locateIcon({1030, 785}, [&icon](const QRect &found) { icon = found; });
+        QTRY_COMPARE(icon, QRect(1030, 756, 1, 44));
+        show(popoverTraits, QRect(900, 362, 306, 386));
+        QCOMPARE(panel().margins, QMargins(0, 0, 74, 8));
     }
 
     void screensAreKnownWithoutAProtocolForTheirFrames()

@@ -53,6 +53,31 @@ private Q_SLOTS:
         QFETCH(Struts, struts);
         QTEST(workAreaOfMonitor(monitor, QSize(3200, 1080), areas, struts), "area");
     }
+
+    void theFreePartOfTheDesktop_data()
+    {
+        QTest::addColumn<std::vector<quint32>>("area");
+        QTest::addColumn<QSize>("whole");
+        QTest::addColumn<QRectF>("part");
+        const QRectF everything(0, 0, 1, 1);
+        using Words = std::vector<quint32>;
+        QTest::newRow("a panel below")
+            << Words{0, 0, 2560, 750} << QSize(2560, 1000) << QRectF(0, 0, 1, 0.75);
+        QTest::newRow("left and above")
+            << Words{256, 250, 2304, 750} << QSize(2560, 1000) << QRectF(0.1, 0.25, 0.9, 0.75);
+        QTest::newRow("not told") << Words{} << QSize(2560, 1000) << everything;
+        QTest::newRow("cut short") << Words{0, 0, 2560} << QSize(2560, 1000) << everything;
+        QTest::newRow("empty") << Words{0, 0, 0, 0} << QSize(2560, 1000) << everything;
+        QTest::newRow("of a larger desktop") << Words{0, 0, 5000, 5000} << QSize(2560, 1000) << everything;
+        QTest::newRow("without a server") << Words{0, 0, 2560, 750} << QSize() << everything;
+    }
+
+    void theFreePartOfTheDesktop()
+    {
+        QFETCH(std::vector<quint32>, area);
+        QFETCH(QSize, whole);
+        QTEST(partOfDesktop(area, whole), "part");
+    }
 };
 
 static const RegisteredTest<X11WorkAreasTests> registered;
