@@ -8,6 +8,7 @@
 #include <Runner/RegisteredTest.h>
 #include <TestBed/CopyingProgram.h>
 #include <TestBed/XServer.h>
+#include <poll.h>
 
 #include <cstring>
 #include <memory>
@@ -139,9 +140,11 @@ private:
     xcb_window_t window_;
 };
 
-// A clipboard manager that takes the text when it is told that its owner is about to leave.
-void manage(xcb_connection_t *x, bool answers, std::string &kept)
+// A clipboard manager that takes the text when it is told that its owner is about to leave; a slow one only when the
+// test is not over by then.
+void manage(xcb_connection_t *x, bool isSlow, std::string &kept)
 {
+    constexpr int longestTestMs = 20000;
     const auto atom = [x](std::string_view name) {
         const auto cookie = xcb_intern_atom(x, 0, std::uint16_t(name.size()), name.data());
         return XcbReply<xcb_intern_atom_reply_t>(xcb_intern_atom_reply(x, cookie, nullptr))->atom;
@@ -149,7 +152,10 @@ void manage(xcb_connection_t *x, bool answers, std::string &kept)
     std::optional<xcb_selection_request_event_t> request;
     while (const XcbReply<xcb_generic_event_t> event{xcb_wait_for_event(x)}) {
         const unsigned type = event->response_type & 0x7FU;
-        if (type == XCB_SELECTION_REQUEST && answers) {
+        if (type == XCB_SELECTION_REQUEST) {
+            pollfd next = {xcb_get_file_descriptor(x), POLLIN, 0};
+            if (isSlow && poll(&next, 1, longestTestMs) > 0)
+                return;
             request = reinterpret_cast<const xcb_selection_request_event_t &>(*event);
             xcb_convert_selection(x, request->owner, atom("CLIPBOARD"), atom("UTF8_STRING"), atom("KEPT"),
                                   XCB_CURRENT_TIME);
@@ -186,7 +192,7 @@ class SelectionServerTests : public QObject {
     const std::string longText_ = std::string(700000, 'a') + std::string(700000, 'b');
 
     // Ends with the program beside a clipboard manager; how long that took.
-    qint64 endBesideManager(bool answers, std::string &kept)
+    qint64 endBesideManager(bool isSlow, std::string &kept)
     {
         xcb_connection_t *x = xcb_connect(server_->display().constData(), nullptr);
         const xcb_window_t window = xcb_generate_id(x);
@@ -200,7 +206,7 @@ class SelectionServerTests : public QObject {
         const XcbReply<xcb_get_selection_owner_reply_t> owner(
             xcb_get_selection_owner_reply(x, question, nullptr));
         Q_ASSERT(owner->owner == window);
-        std::thread thread([x, answers, &kept] { manage(x, answers, kept); });
+        std::thread thread([x, isSlow, &kept] { manage(x, isSlow, kept); });
 
         QElapsedTimer clock;
         clock.start();
@@ -275,7 +281,8 @@ private Q_SLOTS:
         for (int i = 0; i < 60; ++i)
             given += other.holds("P" + QByteArray::number(i)) ? 1 : 0;
         QCOMPARE(given, 5);
-        QCOMPARE(paste(server_->environment())->size(), 200'000); // The next request begins anew.
+        // The next request may have as much.
+        QCOMPARE(paste(server_->environment())->size(), 200'000);
     }
 
     void aProgramThatBeginsManyTransfersGetsAFew()
@@ -386,12 +393,12 @@ private Q_SLOTS:
         QVERIFY(paste(server_->environment()) == std::optional(QByteArray::fromStdString(longText_)));
     }
 
-    void aSideThatDiesHarmsNobody()
+    void aSideThatEndsHarmsNobody()
     {
         offer(longText_);
         {
-            Requestor dying(server_->display());
-            QVERIFY(dying.begin());
+            Requestor shortLived(server_->display());
+            QVERIFY(shortLived.begin());
         }
         QVERIFY(paste(server_->environment()) == std::optional(QByteArray::fromStdString(longText_)));
     }
@@ -401,18 +408,17 @@ private Q_SLOTS:
         offer("kept for later");
         QTRY_VERIFY(paste(server_->environment()).has_value());
         std::string kept;
-        qInfo("handed over in %lld ms", endBesideManager(true, kept));
+        endBesideManager(false, kept);
         QCOMPARE(kept, std::string("kept for later"));
     }
 
-    void aClipboardManagerThatNeverAnswersIsNotWaitedForLong()
+    void aSlowClipboardManagerHasAMomentAndIsNotWaitedFor()
     {
         offer("lost");
         QTRY_VERIFY(paste(server_->environment()).has_value());
         std::string kept;
-        const qint64 taken = endBesideManager(false, kept);
-        QVERIFY2(taken >= 150 && taken < 3000,
-                 qPrintable(QString::number(taken))); // 200 ms on an idle machine.
+        QVERIFY(endBesideManager(true, kept) >= 150);
+        QCOMPARE(kept, std::string()); // We had left before it asked.
     }
 };
 

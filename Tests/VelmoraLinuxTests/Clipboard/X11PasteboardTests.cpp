@@ -2,9 +2,9 @@
 #include <VelmoraLinux/Time/EventLoopScheduler.h>
 
 #include <QDirIterator>
-#include <QElapsedTimer>
 #include <QTest>
 
+#include <Fakes/VirtualTime.h>
 #include <Runner/RegisteredTest.h>
 #include <TestBed/CopyingProgram.h>
 #include <TestBed/SessionBus.h>
@@ -67,6 +67,7 @@ class X11PasteboardTests : public QObject {
 
     std::optional<XServer> server_;
     EventLoopScheduler scheduler_;
+    VirtualTime stillTime_; // In which no limit is ever reached.
     TransferLimits limits_;
     std::unique_ptr<X11Pasteboard> pasteboard_;
     std::unique_ptr<CopyingProgram> other_;
@@ -90,7 +91,12 @@ class X11PasteboardTests : public QObject {
         QTRY_VERIFY(isOurs);
     }
 
-    void makePasteboard() { pasteboard_ = X11Pasteboard::create(scheduler_, server_->display(), limits_); }
+    void makePasteboard() { makePasteboard(scheduler_); }
+
+    void makePasteboard(Scheduler &scheduler)
+    {
+        pasteboard_ = X11Pasteboard::create(scheduler, server_->display(), limits_);
+    }
 
 private Q_SLOTS:
 
@@ -206,13 +212,10 @@ private Q_SLOTS:
     void answersWithoutUsableTextAreNoText()
     {
         QFETCH(QByteArray, mode);
+        makePasteboard(stillTime_); // Found out by what comes, not by waiting.
         QVERIFY(other_->copy(QByteArray("https://example.com/?utm_source=a ").repeated(100), mode));
         settle(1);
-        QElapsedTimer clock;
-        clock.start();
         QCOMPARE(readNow(), Text());
-        // Found out at once, not by waiting for the limit of five seconds.
-        QVERIFY2(clock.elapsed() < 4500, qPrintable(QString::number(clock.elapsed())));
     }
 
     void aSecretIsNotEvenAskedFor()
@@ -251,13 +254,10 @@ private Q_SLOTS:
     void anEndlessTextIsGivenUpAtTheSizeLimit()
     {
         limits_.bytes = 100000;
-        makePasteboard();
+        makePasteboard(stillTime_);
         QVERIFY(other_->copy(QByteArray(5000, 'x'), "pieces-endless"));
         settle(1);
-        QElapsedTimer clock;
-        clock.start();
         QCOMPARE(readNow(), Text());
-        QVERIFY(clock.elapsed() < 10000);
     }
 
     void anOwnerThatAnswersTooLateIsNotHarmed()
@@ -408,10 +408,7 @@ private Q_SLOTS:
         offer(*pasteboard, "kept");
         QCOMPARE(paste(desktop.environment()), std::optional<QByteArray>("kept"));
         letComeToRest(manager); // This one keeps what it has read, and takes its time to read.
-        QElapsedTimer clock;
-        clock.start();
         pasteboard.reset();
-        qInfo("handed over in %lld ms", clock.elapsed());
         QCOMPARE(paste(desktop.environment()), std::optional<QByteArray>("kept"));
         manager.terminate();
         manager.waitForFinished();
