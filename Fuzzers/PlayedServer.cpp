@@ -96,9 +96,10 @@ xcb_void_cookie_t xcb_send_event(xcb_connection_t *, uint8_t, xcb_window_t, uint
     return {};
 }
 
-xcb_void_cookie_t xcb_convert_selection(xcb_connection_t *, xcb_window_t, xcb_atom_t, xcb_atom_t, xcb_atom_t,
-                                        xcb_timestamp_t)
+xcb_void_cookie_t xcb_convert_selection(xcb_connection_t *, xcb_window_t, xcb_atom_t, xcb_atom_t target,
+                                        xcb_atom_t, xcb_timestamp_t)
 {
+    playedServer().conversions.push_back(target);
     return {};
 }
 

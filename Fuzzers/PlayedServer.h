@@ -31,6 +31,7 @@ struct PlayedServer {
 
     std::deque<XcbConnection::PropertyHandler> propertyQuestions;
     std::deque<std::pair<std::size_t, XcbConnection::NamesHandler>> nameQuestions;
+    std::vector<xcb_atom_t> conversions; // The forms that the owner of the selection was asked for.
     std::vector<std::pair<Place, Property>> written;
     std::vector<xcb_selection_notify_event_t> notices;
 

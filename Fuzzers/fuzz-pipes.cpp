@@ -13,6 +13,7 @@
 #include <array>
 #include <csignal>
 #include <cstdint>
+#include <optional>
 
 // What comes through the pipes of a Wayland clipboard: owners who write in pieces, too much, late or never, and programs
 // that paste and read our text as they like. Instead of a compositor the input says what is offered and what is written.
@@ -21,14 +22,18 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::size_t mostBytes = 300;
+// Small, so that a short input goes beyond it.
+constexpr std::size_t mostBytes = 40;
+constexpr std::size_t pageSize = 4096;
+constexpr auto longestSilence = 10s;
 
 // The owner of the clipboard.
 struct Owner {
     std::vector<std::string> forms;
-    FileDescriptor pipe; // Where it is to write.
-    std::string type;    // What it was asked for last.
-    std::string written; // Since then.
+    FileDescriptor pipe;             // Where it is to write.
+    std::string type;                // What it was asked for last.
+    std::string written;             // Since then.
+    std::optional<std::string> mark; // What it wrote when it was asked whether the text is secret.
 };
 
 Owner owner; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): the device has no room for it
@@ -48,6 +53,13 @@ void writeSome(FuzzedDataProvider &given)
         owner.written += bytes;
 }
 
+bool mayBeRead()
+{
+    const bool isMarked =
+        std::find(owner.forms.begin(), owner.forms.end(), PlainText::secretMark) != owner.forms.end();
+    return !isMarked || (owner.mark && !PlainText::isSecret(*owner.mark));
+}
+
 void readFromOwner(FuzzedDataProvider &given)
 {
     VirtualTime time;
@@ -64,6 +76,7 @@ void readFromOwner(FuzzedDataProvider &given)
     OfferReader reader(device, time, {.silence = 5s, .total = 15s, .bytes = mostBytes},
                        [&answers](const std::optional<std::string> &text) {
                            ++answers;
+                           expect(!text || mayBeRead(), "a text that may be secret is left alone");
                            expect(!text || owner.written.size() <= mostBytes,
                                   "a text that is too long is left alone");
                            expect(!text || text == PlainText::decoded(owner.type, owner.written),
@@ -85,27 +98,47 @@ void readFromOwner(FuzzedDataProvider &given)
     expect(answers == 1, "there is an answer when the time is over");
 }
 
+// A text of any length, with a liking for those that end beside the end of a page, which is what a pipe takes at once.
+std::string someText(FuzzedDataProvider &given)
+{
+    const std::string words = given.ConsumeRandomLengthString(100);
+    if (words.empty())
+        return words;
+    const std::size_t length = given.ConsumeIntegralInRange<std::size_t>(0, 8) * pageSize +
+                               given.ConsumeIntegralInRange<std::size_t>(0, 3);
+    std::string text;
+    while (text.size() < length)
+        text += words;
+    return given.ConsumeBool() ? text : text.substr(0, length);
+}
+
 void writeToPaster(FuzzedDataProvider &given)
 {
     VirtualTime time;
     PipeWriters writers(time);
-    std::string text = given.ConsumeRandomLengthString(100);
-    for (int doublings = given.ConsumeIntegralInRange(0, 11); doublings > 0; --doublings)
-        text += text;
+    const std::string text = someText(given);
     auto [end, ours] = newPipe();
+    fcntl(ours.get(), F_SETPIPE_SZ, pageSize);
     writers.write(std::move(ours), std::make_shared<const std::string>(text));
     std::string pasted;
-    std::string buffer(1U << 17U, '\0');
+    std::string buffer(2 * pageSize, '\0');
+    bool isLate = false;
     ssize_t size = -1;
     for (int step = 0; step < 100 && size != 0; ++step) {
         QCoreApplication::processEvents();
         size = read(end.get(), buffer.data(), given.ConsumeIntegralInRange<std::size_t>(1, buffer.size()));
         pasted.append(buffer, 0, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
         expect(text.starts_with(pasted), "what is read is ours");
-        if (given.ConsumeIntegralInRange(0, 30) == 1)
+        const int next = given.ConsumeIntegralInRange(0, 30);
+        if (next == 1)
             end = {}; // Who pastes has enough.
+        if (next == 2)
+            time.pass(5s);
+        isLate = isLate || time.now() >= longestSilence;
     }
-    expect(size != 0 || pasted == text, "the end comes behind the whole text");
+    expect(size != 0 || isLate || pasted == text, "the end comes behind the whole text");
+    time.pass(20s);
+    expect(time.waiting() == 0, "who does not read is given up");
 }
 
 } // namespace
@@ -129,6 +162,8 @@ const std::vector<std::string> &DataControlDevice::offered() const
 FileDescriptor DataControlDevice::receive(const std::string &type)
 {
     auto [end, theirs] = newPipe();
+    if (owner.type == PlainText::secretMark)
+        owner.mark = owner.written;
     owner.pipe = std::move(theirs);
     owner.type = type;
     owner.written.clear();

@@ -6,6 +6,7 @@
 
 #include <Tests/Fakes/VirtualTime.h>
 
+#include <algorithm>
 #include <cstdint>
 
 // How the owner of an X11 selection answers: with lists, marks and texts of any form, at once or piece by piece, in any
@@ -15,7 +16,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::size_t mostBytes = 300;
+// Small, so that a short input goes beyond it.
+constexpr std::size_t mostBytes = 40;
 
 const std::vector<std::string> names = {"UTF8_STRING",
                                         "STRING",
@@ -23,6 +25,49 @@ const std::vector<std::string> names = {"UTF8_STRING",
                                         "text/plain;charset=utf-8",
                                         "text/plain;charset=utf-16",
                                         std::string(PlainText::secretMark)};
+
+// What the owner has said so far.
+struct Said {
+    std::vector<std::string> answers; // The bytes of each.
+    std::size_t conversions = 0;      // Those that it has begun to answer.
+    bool isSecret = false;
+};
+
+Said &said()
+{
+    static Said present;
+    return present;
+}
+
+void note(const PlayedServer::Property &property, const XcbConnection &connection)
+{
+    if (property.type == XCB_NONE || playedServer().propertyQuestions.empty())
+        return;
+    const std::string bytes = property.bytes.substr(0, property.bytes.size() & ~(property.format / 8U - 1));
+    said().answers.push_back(bytes);
+    const auto &conversions = playedServer().conversions;
+    const bool isFirst = std::exchange(said().conversions, conversions.size()) != conversions.size();
+    const bool isWhole =
+        isFirst && property.type != connection.atom(XcbAtom::incr) && property.bytesAfter == 0;
+    if (isWhole && conversions.back() == connection.atom(XcbAtom::passwordManagerHint))
+        said().isSecret = said().isSecret || PlainText::isSecret(bytes);
+}
+
+// Whether these are the bytes of one answer, or of some behind each other, as a type that the owner may have named.
+bool isFromOwner(const std::string &text)
+{
+    for (auto first = said().answers.begin(); first != said().answers.end(); ++first) {
+        std::string whole;
+        for (auto last = first; last != said().answers.end() && whole.size() + last->size() <= mostBytes;
+             ++last) {
+            whole += *last;
+            if (std::any_of(names.begin(), names.end(),
+                            [&](const std::string &name) { return PlainText::decoded(name, whole) == text; }))
+                return true;
+        }
+    }
+    return false;
+}
 
 void answerProperty(FuzzedDataProvider &given, const XcbConnection &connection)
 {
@@ -35,7 +80,8 @@ void answerProperty(FuzzedDataProvider &given, const XcbConnection &connection)
                                 connection.atom(XcbAtom::targets)});
     property.format = given.PickValueInArray<std::uint8_t>({8, 16, 32});
     property.bytesAfter = given.PickValueInArray({0U, 0U, 4U, 0x7fffffffU, 0xffffffffU});
-    property.bytes = given.ConsumeRandomLengthString(200);
+    property.bytes = given.ConsumeBool() ? given.ConsumeRandomLengthString(60) : std::string("secret");
+    note(property, connection);
     playedServer().answerProperty(&property);
 }
 
@@ -86,6 +132,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     static const std::unique_ptr<XcbConnection> connection = XcbConnection::open({});
     FuzzedDataProvider given(data, size);
     playedServer() = {};
+    said() = {};
     VirtualTime time;
     int answers = 0;
     const auto aim = given.ConsumeBool() ? SelectionReader::Aim::text : SelectionReader::Aim::permission;
@@ -95,8 +142,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
             ++answers;
             expect(!text || aim == SelectionReader::Aim::text || text->empty(),
                    "who asks for permission gets no text");
-            // Decoding makes at most four bytes of one.
-            expect(!text || text->size() <= 4 * mostBytes + 4, "no text is longer than the limit allows");
+            expect(!text || !said().isSecret, "a text that is marked as secret is left alone");
+            expect(!text || aim == SelectionReader::Aim::permission || isFromOwner(*text),
+                   "a text is what the owner gave, and no longer than the limit");
         });
     while (given.remaining_bytes() > 0) {
         takeStep(given, *connection, *reader, time);
