@@ -130,6 +130,13 @@ def pour(kind, env):
         pass  # Its receiver has ended.
 
 
+def begin_flood(kind, count, env):
+    floods = [multiprocessing.Process(target=pour, args=(kind, env), daemon=True) for _ in range(count)]
+    for flood in floods:
+        flood.start()
+    return floods
+
+
 def start(desktop, is_long):
     """The program, once it owns a text that it has cleaned."""
     velmora = desktop.start_velmora()
@@ -145,9 +152,7 @@ def time_to_end(program, kind, count, is_long):
     """Milliseconds from the signal on."""
     with Desktop(program, tray="none", compositor=False, bus=kind is not pour_callers) as desktop:
         velmora = start(desktop, is_long)
-        floods = [multiprocessing.Process(target=pour, args=(kind, desktop.env), daemon=True) for _ in range(count)]
-        for flood in floods:
-            flood.start()
+        floods = begin_flood(kind, count, desktop.env)
         time.sleep(1)
         if not all(flood.is_alive() for flood in floods) or velmora.poll() is not None:
             raise AssertionError("the flood has ended before the signal")

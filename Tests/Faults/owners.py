@@ -13,11 +13,10 @@ import sys
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
-from x11_desktop import Desktop, wait_until  # noqa: E402
+from misbehaviour import CLEAN, TRACKED, try_kinds  # noqa: E402
 from x11_person import LIBRARY, Handle  # noqa: E402
 from x11_programs import ATOM, NEVER, PROPERTY_NOTIFY, SELECTION_CLEAR, SELECTION_NOTIFY, Copier, Event, Paster  # noqa: E402
 
-TRACKED, CLEAN = b"https://shop.example/?id=7&utm_source=mail", b"https://shop.example/?id=7"
 INTEGER, STRING = 19, 31
 WAIT = 1  # Second for each hostile owner: four of the program's looks at the clipboard.
 MOST_MEMORY = 16  # MiB more than at the start.
@@ -178,13 +177,13 @@ class Vanishing(Owner):
 
 
 @row("ends when asked for its forms")
-class Dying(Owner):
+class EndingAtForms(Owner):
     def handle(self, event):
         self.close()
 
 
 @row("ends when asked for the text")
-class DyingLater(Owner):
+class EndingAtText(Owner):
     def answer(self, *_):
         self.close()
         return False
@@ -243,7 +242,7 @@ class EndlessPieces(Pieces):
 
 
 @row("pieces: ends behind the first")
-class DyingPieces(Pieces):
+class EndingPieces(Pieces):
     def piece(self, *place):
         super().piece(*place)
         if self.sent > 1:
@@ -283,16 +282,10 @@ class Forger(Owner):
         self.flush()
 
 
-def written_memory(process):
-    lines = pathlib.Path(f"/proc/{process.pid}/smaps_rollup").read_text().splitlines()
-    return next(int(line.split()[1]) / 1024 for line in lines if line.startswith("Private_Dirty"))
-
-
-def try_row(desktop, name, neighbour, victim):
-    """What is wrong behind this row; nothing when all is well."""
+def try_row(desktop, name, neighbour):
     complaints, display = [], desktop.env["DISPLAY"]
     with ROWS[name](display) as owner, Paster(display) as paster:
-        owner.victim = victim
+        owner.victim = LIBRARY.XGetSelectionOwner(neighbour.server, neighbour.atom("CLIPBOARD"))
         owner.begin()
         end = time.monotonic() + WAIT
         was_taken = False
@@ -315,26 +308,7 @@ def try_row(desktop, name, neighbour, victim):
 def main():
     if len(sys.argv) < 2:
         sys.exit(__doc__.split("\n\n")[1])
-    wrong = 0
-    with Desktop(str(pathlib.Path(sys.argv[1]).resolve()), tray="none", compositor=False) as desktop:
-        velmora = desktop.start_velmora()
-        wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
-        desktop.settle()
-        neighbour = Copier(desktop.env["DISPLAY"])
-        neighbour.copy(TRACKED)
-        neighbour.wait_until_lost(5)
-        victim = LIBRARY.XGetSelectionOwner(neighbour.server, neighbour.atom("CLIPBOARD"))
-        before = written_memory(velmora)
-        for name in sys.argv[2:] or ROWS:
-            outcome, complaints = try_row(desktop, name, neighbour, victim)
-            wrong += bool(complaints)
-            print(f"{name:48} {outcome:8} {'; '.join(complaints) or 'the next copy is cleaned'}", flush=True)
-            if velmora.poll() is not None:
-                sys.exit(f"ended with {velmora.returncode}\n{desktop.log('velmora')}")
-        time.sleep(8)  # Until the last notice has gone, and its memory.
-        after, said = written_memory(velmora), desktop.log("velmora")
-    print(f"{len(sys.argv[2:]) or len(ROWS)} kinds, {wrong} wrong; written memory {before:.1f} MiB before, {after:.1f} MiB after")
-    sys.exit(f"it said:\n{said}" if said else 1 if wrong or after > before + MOST_MEMORY else 0)
+    try_kinds(sys.argv[1], sys.argv[2:] or list(ROWS), try_row, MOST_MEMORY, rest=8)  # Until the last notice has gone.
 
 
 if __name__ == "__main__":

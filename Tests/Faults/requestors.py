@@ -14,10 +14,9 @@ import sys
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
-from owners import CLEAN, TRACKED, written_memory  # noqa: E402
-from x11_desktop import Desktop, wait_until  # noqa: E402
+from misbehaviour import CLEAN, TRACKED, try_kinds  # noqa: E402
 from x11_person import LIBRARY, REPLACE, Handle  # noqa: E402
-from x11_programs import ATOM, NEVER, PROPERTY_NOTIFY, SELECTION_REQUEST, Copier, Event, Paster  # noqa: E402
+from x11_programs import ATOM, NEVER, PROPERTY_NOTIFY, SELECTION_REQUEST, Event, Paster  # noqa: E402
 
 MOST_MEMORY = 32  # MiB more than at the start.
 FILLING = b"words " * 2_000_000
@@ -176,7 +175,7 @@ def try_row(desktop, name, neighbour):
     tracked, clean = (text + b" " + FILLING if name in LARGE else text for text in (TRACKED, CLEAN))
     neighbour.copy(tracked)
     if neighbour.wait_until_lost(5) is None:
-        return ["the text itself was not cleaned"]
+        return "not cleaned", ["the text itself was not cleaned"]
     complaints = []
     with Paster(display) as program:
         ROWS[name](program)
@@ -189,29 +188,14 @@ def try_row(desktop, name, neighbour):
             complaints.append("the next copy was not cleaned within a second")
         elif not pastes_all(display, CLEAN):
             complaints.append("nobody can paste the next copy")
-    return complaints
+    return "wrong" if complaints else "others get the text", complaints
 
 
 def main():
     if len(sys.argv) < 2:
         sys.exit(__doc__.split("\n\n")[1])
-    wrong = 0
-    with Desktop(str(pathlib.Path(sys.argv[1]).resolve()), tray="none", compositor=False) as desktop:
-        velmora = desktop.start_velmora()
-        wait_until("the program", lambda: desktop.has_owner("app.velmora.Velmora"))
-        desktop.settle()
-        neighbour = Copier(desktop.env["DISPLAY"])
-        before = written_memory(velmora)
-        for name in sys.argv[2:] or ROWS:
-            complaints = try_row(desktop, name, neighbour)
-            wrong += bool(complaints)
-            print(f"{name:48} {'; '.join(complaints) or 'others get the text'}", flush=True)
-            if velmora.poll() is not None:
-                sys.exit(f"ended with {velmora.returncode}\n{desktop.log('velmora')}")
-        time.sleep(20)  # Until the last transfer has been given up, and its memory.
-        after, said = written_memory(velmora), desktop.log("velmora")
-    print(f"{len(sys.argv[2:]) or len(ROWS)} kinds, {wrong} wrong; written memory {before:.1f} MiB before, {after:.1f} MiB after")
-    sys.exit(f"it said:\n{said}" if said else 1 if wrong or after > before + MOST_MEMORY else 0)
+    rest = 20  # Until the last transfer has been given up, and its memory.
+    try_kinds(sys.argv[1], sys.argv[2:] or list(ROWS), try_row, MOST_MEMORY, rest)
 
 
 if __name__ == "__main__":

@@ -12,7 +12,7 @@ import sys
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
-from owners import written_memory  # noqa: E402
+from misbehaviour import written_memory  # noqa: E402
 from x11_desktop import Desktop  # noqa: E402
 from x11_programs import SELECTION_CLEAR, Copier  # noqa: E402
 

@@ -21,7 +21,7 @@ import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
 from disks import SPACE  # noqa: E402
-from owners import written_memory  # noqa: E402
+from misbehaviour import written_memory  # noqa: E402
 from x11_desktop import Desktop, wait_until  # noqa: E402
 
 GIGABYTE = 1_000_000_000

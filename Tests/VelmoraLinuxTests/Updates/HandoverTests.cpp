@@ -19,6 +19,7 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <functional>
 #include <optional>
 #include <thread>
 
@@ -157,30 +158,23 @@ private Q_SLOTS:
         const QByteArray old =
             "#!/bin/sh\necho $VELMORA_UPDATE_FAILED >'" + QFile::encodeName(marker) + "'\n";
         const Replacement replacement = exchangedWith(old);
-        std::array<int, 2> ends{};
-        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
         std::array<int, 2> belongings{}; // Open in the old process, and not in the watch.
         QCOMPARE(pipe2(belongings.data(), O_CLOEXEC | O_NONBLOCK), 0);
-        const pid_t oldProcess = fork();
-        if (oldProcess == 0) {
-            close(ends[1]);
-            const bool isWatched = HandoverWatch::start(ends[0], getppid(), replacement.preparedExchange(),
-                                                        QFile::encodeName(launcher()));
-            _exit(isWatched ? 0 : 1);
-        }
-        close(ends[0]);
+        const int connection = startWatch([&](int socket) {
+            return HandoverWatch::start(socket, getppid(), replacement.preparedExchange(),
+                                        QFile::encodeName(launcher()));
+        });
         close(belongings[1]);
-        waitForTheEndOf(oldProcess, ends[1]);
         char byte = 0;
         QCOMPARE(read(belongings[0], &byte, 1), ssize_t{0});
         close(belongings[0]);
         QVERIFY(!QFile::exists(marker));
-        QCOMPARE(write(ends[1], report.constData(), size_t(report.size())), ssize_t(report.size()));
+        QCOMPARE(write(connection, report.constData(), size_t(report.size())), ssize_t(report.size()));
         if (stands) {
-            while (send(ends[1], &byte, 1, MSG_NOSIGNAL) == 1) // Until the watch has ended.
+            while (send(connection, &byte, 1, MSG_NOSIGNAL) == 1) // Until the watch has ended.
                 QTest::qWait(10);
         }
-        close(ends[1]);
+        close(connection);
         if (!stands)
             QTRY_COMPARE_WITH_TIMEOUT(readFile(marker), "1\n", patience);
         QCOMPARE(QFile::exists(marker), !stands);
@@ -192,28 +186,20 @@ private Q_SLOTS:
         const QString marker = folder_->filePath(u"started"_s);
         const Replacement replacement =
             exchangedWith("#!/bin/sh\ntouch '" + QFile::encodeName(marker) + "'\n");
-        std::array<int, 2> ends{};
-        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
         const pid_t hanging = fork();
         if (hanging == 0) {
-            close(ends[0]);
             while (true)
                 pause();
         }
-        const pid_t oldProcess = fork();
-        if (oldProcess == 0) {
-            close(ends[1]);
-            (void)HandoverWatch::start(ends[0], hanging, replacement.preparedExchange(),
-                                       QFile::encodeName(launcher()), 200ms);
-            _exit(0);
-        }
-        close(ends[0]);
-        waitForTheEndOf(oldProcess, ends[1]);
+        const int connection = startWatch([&](int socket) {
+            return HandoverWatch::start(socket, hanging, replacement.preparedExchange(),
+                                        QFile::encodeName(launcher()), 200ms);
+        });
         int status = 0;
         QCOMPARE(waitpid(hanging, &status, 0), hanging);
         QVERIFY(WIFSIGNALED(status));
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(marker), patience);
-        close(ends[1]);
+        close(connection);
     }
 
     void theWatchEndsByASignal_data()
@@ -230,26 +216,19 @@ private Q_SLOTS:
     {
         QFETCH(int, number);
         const Replacement replacement = exchangedWith("#!/bin/sh\n");
-        std::array<int, 2> ends{};
-        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
         const QList<QByteArray> before = children();
         QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); // Orphans are ours from now on.
-        const pid_t oldProcess = fork();
-        if (oldProcess == 0) {
-            close(ends[1]);
+        const int connection = startWatch([&](int socket) {
             std::signal(number, SIG_IGN);
-            const bool isWatched = HandoverWatch::start(ends[0], getppid(), replacement.preparedExchange(),
-                                                        QFile::encodeName(launcher()));
-            _exit(isWatched ? 0 : 1);
-        }
-        close(ends[0]);
-        waitForTheEndOf(oldProcess, ends[1]);
+            return HandoverWatch::start(socket, getppid(), replacement.preparedExchange(),
+                                        QFile::encodeName(launcher()));
+        });
         QList<QByteArray> orphans = children();
         orphans.removeIf([&before](const QByteArray &child) { return before.contains(child); });
         QCOMPARE(orphans.size(), 1);
         const pid_t watch = orphans.first().toInt();
         QCOMPARE(kill(watch, number), 0);
-        close(ends[1]); // Whatever the signal did, the watch ends now.
+        close(connection); // Whatever the signal did, the watch ends now.
         int status = 0;
         QCOMPARE(waitpid(watch, &status, 0), watch);
         QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 0), 0);
@@ -294,6 +273,22 @@ private:
     static QList<QByteArray> children()
     {
         return readFile(u"/proc/self/task/%1/children"_s.arg(getpid())).split(' ');
+    }
+
+    // Runs `start` in a process that plays the old version and ends then. The new version's end of the connection.
+    static int startWatch(const std::function<bool(int socket)> &start)
+    {
+        std::array<int, 2> ends{};
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
+            return -1;
+        const pid_t oldProcess = fork();
+        if (oldProcess == 0) {
+            close(ends[1]);
+            _exit(start(ends[0]) ? 0 : 1);
+        }
+        close(ends[0]);
+        waitForTheEndOf(oldProcess, ends[1]);
+        return ends[1];
     }
 
     // The watch closes its half of the connection when the old process has ended.
