@@ -4,6 +4,7 @@ Everything is started for one test and ended with it: X server, session bus, win
 tray, and the program under test. Nothing waits for a fixed time: every wait ends with what it waits for, and what
 several programs do together has ended when none of them runs any more.
 """
+import contextlib
 import os
 import pathlib
 import re
@@ -183,7 +184,8 @@ class Desktop:
         self.person.tap_key("Shift_L")
 
     def start_compositor(self):
-        self.compositor = self.start("picom", "picom", "--backend", "xrender", "--config", "/dev/null")
+        # Newer ones draw by themselves what has changed only, and leave what is around it black now and then.
+        self.compositor = self.start("picom", "picom", "--backend", "xrender", "--config", "/dev/null", "--no-use-damage")
         wait_until("the compositor", lambda: self.person.owns_selection("_NET_WM_CM_S0"))
 
     # Panel and tray
@@ -292,7 +294,8 @@ class Desktop:
 
     def store(self, **values):
         """Changes stored settings while the program does not run but has run before."""
-        with sqlite3.connect(pathlib.Path(self.env["XDG_DATA_HOME"]) / "velmora/defaults.sqlite") as connection:
+        path = pathlib.Path(self.env["XDG_DATA_HOME"]) / "velmora/defaults.sqlite"
+        with contextlib.closing(sqlite3.connect(path)) as connection, connection:
             for key, value in values.items():
                 connection.execute("INSERT OR REPLACE INTO defaults(key, type, value) VALUES(?, 'bool', ?)", (key, value))
 
@@ -366,6 +369,12 @@ class Desktop:
     def copy(self, text):
         subprocess.run(["xclip", "-selection", "clipboard"], env=self.env, input=text.encode(), check=True,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=TIMEOUT)
+
+    def begin_copy(self, text):
+        """Returns before the text is on the clipboard."""
+        path = self.folder / "copied"
+        path.write_text(text)
+        self.start("copy", "xclip", "-selection", "clipboard", path)
 
     def clipboard(self):
         return self.ask("xclip", "-o", "-selection", "clipboard")
