@@ -108,6 +108,11 @@ exec sh -c 'echo "$WAYLAND_DISPLAY $SWAYSOCK $DISPLAY" > {names}.new; mv {names}
         """The names of the windows that sway has given a place; panels are none of them."""
         return [node["name"] for node in self.nodes() if node["type"] in ("con", "floating_con") and node.get("pid")]
 
+    def state(self):
+        arranged = [f"{node['type']} {node['name']}, {'focused' if node['focused'] else 'not focused'}, {node['rect']}"
+                    for node in self.nodes()]
+        return "\n".join([super().state(), *arranged, self.ask("xwininfo", "-root", "-tree")])
+
     # What is to be seen
 
     def pixels(self, rect):
