@@ -1,4 +1,3 @@
-import QtQuick
 import VelmoraMac
 import QtQuick.Layouts
 

@@ -1,4 +1,3 @@
-import QtQuick
 import VelmoraMac
 
 // The settings' cleaning tab.

@@ -1,4 +1,3 @@
-import QtQuick
 import VelmoraMac
 
 // The gradient of a theme under two slowly moving glows.
