@@ -111,6 +111,8 @@ private Q_SLOTS:
         AppState state(fakes->dependencies());
         const QSignalSpy results(&state, &AppState::lastResultChanged);
         const QSignalSpy moments(&state, &AppState::lastCleanedAtChanged);
+        connect(&state, &AppState::lastCleanedAtChanged, this,
+                [&] { QCOMPARE(results.count(), moments.count()); }); // The result is announced first.
 
         const CleaningResult result = resultOf(u"https://a.example/"_s, {u"si"_s});
         state.record(result);

@@ -123,6 +123,7 @@ private Q_SLOTS:
         fakes->time.pass(10s);
         QCOMPARE(fakes->pasteboard.reads, 1);
         QCOMPARE(fakes->pasteboard.written, std::vector<std::string>({cleaned}));
+        QCOMPARE(fakes->pasteboard.clears, 1);
         QCOMPARE(state->totalCleaned(), 1);
     }
 
