@@ -9,8 +9,8 @@ calls            three programs that call a method on the bus
 menu             three programs that ask for its menu on the bus
 properties       three programs that ask for all properties of its icon
 
-A row ends with the first copy that is not clean after ten seconds. Ends with 1 when a copy waited a second, or when a paste
-with a flood waited 50 ms longer than the longest without.
+A row ends with the first copy that is not clean after ten seconds. Ends with 1 when a copy waited a second, or a paste a
+quarter of one.
 """
 import contextlib
 import pathlib
@@ -25,7 +25,7 @@ from misbehaviour import written_memory  # noqa: E402
 from x11_desktop import Desktop  # noqa: E402
 from x11_programs import Copier, Paster  # noqa: E402
 
-LONGEST_COPY, LONGEST_PASTE = 1000, 50  # Milliseconds; that of a paste is added to the longest without a flood.
+LONGEST_COPY, LONGEST_PASTE = 1000, 250  # Milliseconds.
 PASTES = 5  # Of each copy.
 PATIENCE = 10
 
@@ -84,15 +84,14 @@ def main():
         sys.exit(__doc__.split("\n\n")[1])
     program = str(pathlib.Path(sys.argv[1]).resolve())
     copies = int(sys.argv[2]) if len(sys.argv) > 2 else 100
-    usual, failed = 0, False
+    failed = False
     for name in sys.argv[3:] or KINDS:
         copied, pasted, memory = measure(program, *KINDS[name], copies)
         if max(copied) >= PATIENCE * 1000:
             failed = True
             print(f"{name:12} copy {len(copied)} was not cleaned in {PATIENCE} s; written memory {memory:.1f} MiB", flush=True)
             continue
-        usual = usual or max(pasted)
-        failed |= max(copied) > LONGEST_COPY or max(pasted) > usual + LONGEST_PASTE
+        failed |= max(copied) > LONGEST_COPY or max(pasted) > LONGEST_PASTE
         print(f"{name:12} copy to clean: median {statistics.median(copied):.0f} ms, longest {max(copied):.0f} ms; "
               f"paste: median {statistics.median(pasted):.1f} ms, longest {max(pasted):.1f} ms; "
               f"written memory {memory:.1f} MiB", flush=True)

@@ -75,6 +75,7 @@ LinuxApplicationInstance::claimOnBus(QDBusConnectionInterface::ServiceQueueOptio
             reopen_();
     });
     connect(application, &DBusApplication::actionChosen, this, &LinuxApplicationInstance::act);
+    budget_.emplace(std::initializer_list<QObject *>{application});
     // The object is registered before the name: calls may come as soon as the name exists.
     bus_.registerObject(objectPath(identifier_), application, QDBusConnection::ExportScriptableInvokables);
     const auto reply =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <VelmoraLinux/Bus/CallBudget.h>
 #include <VelmoraLinux/Windows/ActivationToken.h>
 #include <VelmoraPlatform/ApplicationInstance.h>
 
@@ -42,6 +43,7 @@ private:
     bool startedByBus_; // D-Bus activation: the first call is the launch itself, not a second start.
     QString identifier_;
     ActivationToken &token_;
+    std::optional<CallBudget> budget_; // Of what is registered on the bus.
     std::unique_ptr<LocalInstance> local_;
     std::optional<Action> request_;
     ReopenHandler reopen_;

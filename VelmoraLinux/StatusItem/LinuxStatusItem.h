@@ -7,6 +7,7 @@
 #include "StatusNotifierRegistration.h"
 #include "XEmbedIcon.h"
 
+#include <VelmoraLinux/Bus/CallBudget.h>
 #include <VelmoraLinux/Windows/ActivationToken.h>
 #include <VelmoraPlatform/Appearance.h>
 #include <VelmoraPlatform/Screens.h>
@@ -76,6 +77,7 @@ private:
     QString id_;
     StatusNotifierItem item_;
     DBusMenu menu_;
+    CallBudget budget_{&item_, &menu_};
     StatusNotifierRegistration registration_;
     XEmbedIcon embedded_;
     StatusItemTip tip_;
