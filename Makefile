@@ -56,7 +56,7 @@ bench: packages ## Measure the engine, and what it costs to let the program run 
 fuzz: packages ## Run each fuzzer for a minute
 	Tools/dev/fuzz
 
-faults: packages ## Kill, flood, cut off and lie to the program, and look at what is lost; takes most of an hour
+faults: packages ## Kill, flood, cut off and lie to the program, and look at what is lost; takes half an hour
 	cmake --preset release
 	cmake --build --preset program -j $(JOBS)
 	cmake --build build/release -j $(JOBS) --target VelmoraLinuxTests velmora-shifted-clock
