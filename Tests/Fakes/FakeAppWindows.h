@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 // Windows in memory that record the calls.
@@ -21,7 +23,8 @@ public:
     View view;
     AppWindowOptions options;
     QStringList log;
-    bool visible = false; // The close button sets it to false.
+    bool visible = false;                      // The close button sets it to false.
+    std::function<void()> aboutToCome = [] {}; // Called before a window comes to the front.
 
 private:
     class FakeWindow final : public AppWindow {
@@ -37,6 +40,7 @@ private:
 
         void bringToFront() override
         {
+            windows_.aboutToCome();
             windows_.visible = true;
             windows_.log.append(u"to the front"_s);
         }

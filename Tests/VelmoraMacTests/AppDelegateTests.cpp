@@ -13,6 +13,8 @@
 #include <Fakes/RecordingNotifications.h>
 #include <Runner/RegisteredTest.h>
 
+#include <optional>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -130,6 +132,27 @@ private Q_SLOTS:
         QVERIFY(app.item.visible);
         QVERIFY(app.windows.visible);
         QCOMPARE(app.shownTab(), u"general"_s);
+    }
+
+    void theIconComesBackBeforeTheWindow()
+    {
+        Application app;
+        app.delegate->applicationDidFinishLaunching();
+        app.item.setVisible(false);
+        std::optional<bool> isIconBack;
+        app.windows.aboutToCome = [&] { isIconBack = app.item.visible; };
+        app.delegate->applicationShouldHandleReopen();
+        QCOMPARE(isIconBack, std::optional(true));
+    }
+
+    void theSettingsAreReportedBeforeTheyAreShown()
+    {
+        Application app;
+        app.delegate->applicationDidFinishLaunching();
+        QString latest;
+        app.windows.aboutToCome = [&] { latest = app.events().constLast(); };
+        app.delegate->showAppWindow(AppTab::cleaning);
+        QCOMPARE(latest, u"settings_opened"_s);
     }
 
     void aSecondRequestChangesTheTabAndDoesNotCentreAgain()

@@ -79,10 +79,11 @@ public:
         return count;
     }
 
+    // Without the name of a property none is named.
     void askInto(const QByteArray &property)
     {
-        xcb_convert_selection(x_, window_, atom("CLIPBOARD"), atom("UTF8_STRING"), atom(property),
-                              XCB_CURRENT_TIME);
+        xcb_convert_selection(x_, window_, atom("CLIPBOARD"), atom("UTF8_STRING"),
+                              property.isEmpty() ? xcb_atom_t(XCB_NONE) : atom(property), XCB_CURRENT_TIME);
         xcb_flush(x_);
     }
 
@@ -265,6 +266,15 @@ private Q_SLOTS:
         std::memcpy(pairs.data(), list.data(), sizeof pairs);
         QCOMPARE(pairs.at(1), other.atom("FIRST"));
         QCOMPARE(pairs.at(3), xcb_atom_t(XCB_NONE)); // Says that this one was refused.
+    }
+
+    void aRequestThatNamesNoPropertyGetsTheTextInThatOfTheTarget()
+    {
+        offer("for old programs");
+        Requestor old(server_->display());
+        old.askInto({});
+        QCOMPARE(old.answer(), std::optional(old.atom("UTF8_STRING")));
+        QCOMPARE(old.take("UTF8_STRING"), std::optional<std::string>("for old programs"));
     }
 
     void oneRequestGetsNoMoreThanAMebibyteAtOnce()

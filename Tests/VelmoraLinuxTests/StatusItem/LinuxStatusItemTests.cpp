@@ -67,6 +67,7 @@ class LinuxStatusItemTests : public QObject {
     QString iconFolder_;
     X11WorkAreas screens_{nullptr};
     int newIcons_ = 0;
+    int newToolTips_ = 0;
 
     void startWatcher()
     {
@@ -142,6 +143,7 @@ private Q_SLOTS:
     {
         panel_ = QDBusConnection::connectToBus(daemon_->address(), u"panel"_s);
         newIcons_ = 0;
+        newToolTips_ = 0;
         iconFolder_.clear();
     }
 
@@ -178,6 +180,19 @@ private Q_SLOTS:
         item_->setToolTip(u"Example \u00b7 Active"_s);
         const auto toolTip = qdbus_cast<StatusNotifierToolTip>(property(u"ToolTip"_s).value<QDBusArgument>());
         QCOMPARE(toolTip.title, u"Example \u00b7 Active"_s);
+    }
+
+    void hostsAreToldOfATooltipThatIsAnotherOne()
+    {
+        makeShownItem();
+        QVERIFY(panel_->connect(service_, StatusNotifierItem::path(), u"org.kde.StatusNotifierItem"_s,
+                                u"NewToolTip"_s, this, SLOT(hearNewToolTip())));
+        for (const QString &text : {u"one"_s, u"one"_s, u"another"_s})
+            item_->setToolTip(text);
+        QTRY_COMPARE(newToolTips_, 2);
+        item_->setToolTip(u"another"_s);
+        QCOMPARE(property(u"Id"_s).toString(), u"app.example"_s); // Comes behind what was told before.
+        QCOMPARE(newToolTips_, 2);
     }
 
     void theIconIsAsOpaqueAsWished_data()
@@ -284,6 +299,8 @@ private Q_SLOTS:
 public Q_SLOTS:
 
     void hearNewIcon() { ++newIcons_; }
+
+    void hearNewToolTip() { ++newToolTips_; }
 };
 
 static const RegisteredGuiTest<LinuxStatusItemTests> registered;
