@@ -94,14 +94,17 @@ private Q_SLOTS:
     void theMouseAloneClosesNothing()
     {
         begin();
+        hidesOnTurn_ = false;
         show();
         QTRY_COMPARE(coveredScreens(), 1);
         server_->movePointerToDesktop(0);
         server_->turnWheel(1);
         server_->leavePointerFromDesktop(0);
+        server_->configure(); // Answered later than what came before.
+        QVERIFY(QTest::qWaitFor([this] { return server_->isAcknowledged(); }));
+        QCOMPARE(timesTurnedAway_, 0);
         press(0);
-        QTRY_VERIFY(!surface_->isVisible());
-        QCOMPARE(timesTurnedAway_, 1);
+        QTRY_COMPARE(timesTurnedAway_, 1);
     }
 
     void theKeyboardIsGivenBackAndNobodyIsToldTwice()
