@@ -137,6 +137,11 @@ def begin_flood(kind, count, env):
     return floods
 
 
+def require_running(floods, velmora):
+    if not all(flood.is_alive() for flood in floods) or velmora.poll() is not None:
+        raise AssertionError("the flood or the program has ended")
+
+
 def start(desktop, is_long):
     """The program, once it owns a text that it has cleaned."""
     velmora = desktop.start_velmora()
@@ -154,8 +159,7 @@ def time_to_end(program, kind, count, is_long):
         velmora = start(desktop, is_long)
         floods = begin_flood(kind, count, desktop.env)
         time.sleep(1)
-        if not all(flood.is_alive() for flood in floods) or velmora.poll() is not None:
-            raise AssertionError("the flood has ended before the signal")
+        require_running(floods, velmora)
         end = os.pidfd_open(velmora.pid)
         begin = time.monotonic()
         velmora.send_signal(signal.SIGTERM)

@@ -20,7 +20,7 @@ import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "TestBed"))
 from bus_client import BusClient  # noqa: E402
-from floods import begin_flood, pour_calls, pour_menu, pour_on_the_bus  # noqa: E402
+from floods import begin_flood, pour_calls, pour_menu, pour_on_the_bus, require_running  # noqa: E402
 from misbehaviour import written_memory  # noqa: E402
 from x11_desktop import Desktop  # noqa: E402
 from x11_programs import Copier, Paster  # noqa: E402
@@ -74,8 +74,7 @@ def measure(program, kind, count, copies):
             if waits[0][-1] >= PATIENCE * 1000:
                 break
             waits[1].extend(wait_of_paste(paster, number) * 1000 for _ in range(PASTES))
-        if not all(flood.is_alive() for flood in floods) or velmora.poll() is not None:
-            raise AssertionError("the flood or the program has ended")
+        require_running(floods, velmora)
         return *waits, written_memory(velmora)
 
 

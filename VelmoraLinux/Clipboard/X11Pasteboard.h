@@ -24,8 +24,7 @@
 class X11Pasteboard final : public Pasteboard {
 public:
     // Nothing when there is no server or it lacks XFixes. Waits for the server's answers; every copy made later is
-    // seen. An empty display name stands for $DISPLAY. `reach`:
-    // what the session lets this server see.
+    // seen. An empty display name stands for $DISPLAY. `reach`: what the session lets this server see.
     [[nodiscard]] static std::unique_ptr<X11Pasteboard> create(Scheduler &scheduler,
                                                                const QByteArray &displayName = {},
                                                                TransferLimits limits = {},

@@ -36,7 +36,8 @@ LocalInstance::LocalInstance(const QString &identifier)
 
 LocalInstance::~LocalInstance() = default;
 
-// A first instance that is starting has the lock a moment before it can be called, and one that is ending a moment longer.
+// A first instance that is starting has the lock a moment before it can be called, and one that is ending a moment
+// longer.
 ApplicationInstance::Role LocalInstance::claim(std::optional<ApplicationInstance::Action> request,
                                                const QByteArray &token)
 {
