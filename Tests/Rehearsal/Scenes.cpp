@@ -116,28 +116,28 @@ std::vector<Scene> toastScenes()
 std::vector<Scene> settingsScenes()
 {
     return {
-        {u"settings-general"_s, false, [](Stage &stage) { return stage.showSettings(AppTab::general); },
+        {u"settings-general"_s, true, [](Stage &stage) { return stage.showSettings(AppTab::general); },
          settled},
-        {u"settings-general-whole"_s, false,
+        {u"settings-general-whole"_s, true,
          [](Stage &stage) {
              return stage.showSettings(AppTab::general, {660, 1180});
          },
          settled},
-        {u"settings-cleaning"_s, false,
+        {u"settings-cleaning"_s, true,
          [](Stage &stage) {
              stage.state->setIgnoredDomainsText(u"intranet.example\nshop.example.org\n"_s);
              return stage.showSettings(AppTab::cleaning);
          },
          settled},
-        {u"settings-history"_s, false,
+        {u"settings-history"_s, true,
          [](Stage &stage) {
              fillHistory(stage, 30);
              return stage.showSettings(AppTab::history);
          },
          settled},
-        {u"settings-history-empty"_s, false, [](Stage &stage) { return stage.showSettings(AppTab::history); },
+        {u"settings-history-empty"_s, true, [](Stage &stage) { return stage.showSettings(AppTab::history); },
          settled},
-        {u"details"_s, false, [](Stage &stage) { return stage.showDetails(longEntry()); }, settled},
+        {u"details"_s, true, [](Stage &stage) { return stage.showDetails(longEntry()); }, settled},
     };
 }
 
